@@ -1,0 +1,79 @@
+// Base class of the algorithms, and how they report progress.
+//
+//   struct Dots : IProgressObserver {
+//     void Start(int64 steps, char const*) override { left = steps; }
+//     void Advance() override { std::cerr << --left << ' '; }
+//     int64 left = 0;
+//   } dots;
+//   algorithm.SetProgressObserver(&dots);
+#pragma once
+
+#include <SeluBase/Export.h>
+#include <pxlib2core/Object.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2core/ValueMap.h>
+
+#include <string>
+
+namespace ORVA {
+
+/// What a caller may watch of a running operation; every call comes from the operation's thread.
+class SELUBASE_EXPORT IProgressObserver {
+public:
+  virtual ~IProgressObserver();
+  virtual void Start(int64 steps, char const* text);
+  virtual void Advance();
+  /// Called once after Start, also when an error ends the operation (`complete` is false then).
+  virtual void Finish(bool complete) noexcept;
+  /// Asked at every step: true stops the operation there with a CException.
+  [[nodiscard]] virtual bool IsCancelled();
+};
+
+/// An algorithm with a name, a parent object (referred to, may be null) and an observer.
+class SELUBASE_EXPORT CAlgorithm : public IPluginObject {
+public:
+  /// Throws CExBadParam for a null name.
+  CAlgorithm(char const* name, IObject const* parent);
+  CAlgorithm(CAlgorithm const&) = default;
+  CAlgorithm& operator=(CAlgorithm const&) = default;
+  ~CAlgorithm() override;
+
+  [[nodiscard]] std::string const& Name() const noexcept { return m_name; }
+  [[nodiscard]] std::string const& Instance() const noexcept { return m_instance; }
+  [[nodiscard]] IObject const* Parent() const noexcept { return m_parent; }
+  void SetInstance(char const* name) override;
+  /// Keeps a copy of the setup.
+  void Init(CValueMap const* setup) override;
+  /// Adds the entries "name" and "instance" and those given to Init.
+  void GetPluginSetup(CValueMap& setup) override;
+
+  /// The observer must outlive the operations that it watches; null for none. Copies of the
+  /// algorithm share it.
+  void SetProgressObserver(IProgressObserver* observer) noexcept { m_observer = observer; }
+
+protected:
+  /// Progress of one operation: starts with its life, advances, and finishes with it.
+  class SELUBASE_EXPORT CProgress {
+  public:
+    CProgress(CAlgorithm const& algorithm, int64 steps, char const* text);
+    CProgress(CProgress const&) = delete;
+    CProgress& operator=(CProgress const&) = delete;
+    ~CProgress();
+    /// One step done; throws CException "operation cancelled" when the observer asks to stop.
+    void Advance();
+    /// The whole operation done.
+    void Finish() noexcept;
+
+  private:
+    IProgressObserver* m_observer; // null: nobody watches, or finished
+  };
+
+private:
+  std::string m_name;
+  std::string m_instance;
+  IObject const* m_parent;
+  CValueMap m_setup;
+  IProgressObserver* m_observer = nullptr;
+};
+
+} // namespace ORVA

@@ -1,0 +1,19 @@
+// How an analysis treats what reaches over the edge of the image.
+//
+//   CMetric::EuclideanDistance(a, b, window, EEdgeTreatment::Periodic);
+#pragma once
+
+namespace ORVA {
+
+/// The framework's edge treatments.
+struct EEdgeTreatment {
+  enum EnEdgeTreatmentId {
+    NoEdgeTreatment = 0, ///< nothing is done
+    MinusSampling = 1,   ///< only what lies wholly inside counts
+    Mirroring = 2,       ///< the image continues mirrored
+    Periodic = 3,        ///< the image wraps around
+    PlusSampling = 4     ///< the surroundings are known; nothing is done
+  };
+};
+
+} // namespace ORVA

@@ -1,0 +1,31 @@
+// Base interfaces of the framework's objects.
+//
+//   class CMyAlgorithm : public IPluginObject { ... };
+//   algorithm.SetInstance("texture of the liver");
+//   algorithm.GetPluginSetup(setup);            // what Init would have to be given
+#pragma once
+
+#include <pxlib2core/Export.h>
+
+namespace ORVA {
+
+class CValueMap;
+
+/// An object with an instance name.
+class PXLIB2CORE_EXPORT IObject {
+public:
+  virtual ~IObject();
+  /// Names this instance; throws CExBadParam for a null pointer.
+  virtual void SetInstance(char const* name) = 0;
+};
+
+/// An object that is set up from, and describes itself by, a value map.
+class PXLIB2CORE_EXPORT IPluginObject : public IObject {
+public:
+  ~IPluginObject() override;
+  /// Takes the setup; null means the defaults.
+  virtual void Init(CValueMap const* setup) = 0;
+  virtual void GetPluginSetup(CValueMap& setup) = 0;
+};
+
+} // namespace ORVA

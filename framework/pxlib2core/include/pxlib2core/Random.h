@@ -1,0 +1,85 @@
+// The process-wide source of random bits.
+//
+//   CRandom& random = CRandom::Obj();
+//   random.Seed(42);                            // the same bits in every run, on every platform
+//   uint64 word = random.Rand64();
+//   random.Rand(buffer.data(), buffer.size());
+#pragma once
+
+#include <pxlib2core/Export.h>
+#include <pxlib2core/Types.h>
+
+#include <atomic>
+#include <bit>
+#include <cstddef>
+
+namespace ORVA {
+
+namespace Impl {
+
+/// One thread's stream: the generator xoshiro256++ (Blackman and Vigna, "Scrambled linear
+/// pseudorandom number generators", ACM TOMS 47, 2021), period 2^256 - 1.
+struct StRandomStream {
+  uint64 state[4];
+  uint64 rand15;     // state of the small generator behind Rand15
+  uint64 generation; // which Seed call this stream belongs to; 0: none yet
+
+  uint64 Next() noexcept {
+    uint64 const result = std::rotl(state[0] + state[3], 23) + state[0];
+    uint64 const shifted = state[1] << 17;
+    state[2] ^= state[0];
+    state[3] ^= state[1];
+    state[1] ^= state[2];
+    state[0] ^= state[3];
+    state[2] ^= shifted;
+    state[3] = std::rotl(state[3], 45);
+    return result;
+  }
+};
+
+// Constant-initialised and of the fixed TLS model, so that a draw reaches its stream by one load.
+[[gnu::tls_model("initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream
+    t_randomStream;
+extern PXLIB2CORE_EXPORT constinit std::atomic<uint64> g_randomGeneration;
+
+} // namespace Impl
+
+/// Random bits for every thread at once: each thread draws from a stream of its own, so draws never
+/// wait and never race. The thread that calls Seed gets stream 0 of that seed; each other thread
+/// gets the next stream at its first draw after that. Unseeded, the streams start from the
+/// operating system's entropy. A draw costs about a nanosecond.
+class PXLIB2CORE_EXPORT CRandom {
+public:
+  [[nodiscard]] static CRandom& Obj() noexcept { return s_object; }
+  CRandom(CRandom const&) = delete;
+  CRandom& operator=(CRandom const&) = delete;
+
+  /// Restarts the streams of all threads from this number.
+  void Seed(uint64 seed);
+
+  /// 8, 32 or 64 random bits; each takes one step of the stream and its highest bits.
+  [[nodiscard]] std::uint8_t Rand8() { return static_cast<std::uint8_t>(Rand64() >> 56); }
+  [[nodiscard]] std::uint32_t Rand32() { return static_cast<std::uint32_t>(Rand64() >> 32); }
+  [[nodiscard]] uint64 Rand64() { return Stream().Next(); }
+  /// Fills a buffer: the bytes of successive Rand64 words, lowest byte first; a last part of fewer
+  /// than 8 bytes takes the lowest bytes of one more word. A null buffer is refused with CExBadParam
+  /// unless `bytes` is 0.
+  void Rand(void* buffer, std::size_t bytes);
+  /// 0 to 32767, from a small generator of its own that Seed starts anew as well.
+  [[nodiscard]] int Rand15();
+  static constexpr int c_rand15Max = 32767;
+
+private:
+  constexpr CRandom() = default;
+  [[nodiscard]] static Impl::StRandomStream& Stream() {
+    Impl::StRandomStream& stream = Impl::t_randomStream;
+    if (stream.generation != Impl::g_randomGeneration.load(std::memory_order_relaxed)) [[unlikely]]
+      Restart(stream);
+    return stream;
+  }
+  static void Restart(Impl::StRandomStream& stream);
+
+  static CRandom s_object;
+};
+
+} // namespace ORVA

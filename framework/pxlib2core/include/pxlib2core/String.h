@@ -1,0 +1,74 @@
+// Message text with numbered placeholders, and printf-style formatting.
+//
+//   CString text("m_fEnd=%1 is smaller than m_fStart=%2.");
+//   text.Arg(2.0).Arg(3.0);          // "m_fEnd=2 is smaller than m_fStart=3."
+//   throw CException(ORVA_LOCATION("src/Utils/Metric", "ORVA::CMetric::Distance"), text.c_str());
+#pragma once
+
+#include <pxlib2core/Export.h>
+#include <pxlib2core/Types.h>
+
+#include <compare>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace ORVA {
+
+/// How the bytes given to a CString are to be read; the text itself is kept as UTF-8.
+enum class EnEncoding { Utf8, Latin1 };
+
+/// A UTF-8 text whose placeholders %1 to %99 are filled one after the other.
+class PXLIB2CORE_EXPORT CString {
+public:
+  static constexpr std::size_t NPOS = std::string::npos;
+
+  CString() = default;
+  /// Throws CExBadParam for a null pointer.
+  CString(char const* text, EnEncoding encoding = EnEncoding::Utf8);
+  CString(std::string text) : m_text(std::move(text)) {}
+
+  /// Replaces every occurrence of the lowest-numbered placeholder still present; the inserted text
+  /// is never searched again. Without a placeholder the text stays as it is. Cost O(length).
+  CString& Arg(CString const& argument);
+  /// The number in decimal, padded with blanks to |width|: on the left, or on the right for a
+  /// negative width.
+  CString& Arg(int64 number, int width = 0);
+  CString& Arg(int number, int width = 0) { return Arg(int64{number}, width); }
+  /// General notation with that many significant digits (at most 100); a negative precision means
+  /// the fewest digits that read back as the same number. Independent of the locale.
+  CString& Arg(double number, int precision = -1);
+
+  [[nodiscard]] std::string const& Std() const noexcept { return m_text; }
+  [[nodiscard]] char const* c_str() const noexcept { return m_text.c_str(); }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_text.size(); }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_text.empty(); }
+  /// Position of the first occurrence at or after `from`, else NPOS.
+  [[nodiscard]] std::size_t Find(CString const& text, std::size_t from = 0) const noexcept {
+    return m_text.find(text.m_text, from);
+  }
+
+  friend bool operator==(CString const& a, CString const& b) noexcept {
+    return a.m_text == b.m_text;
+  }
+  friend std::strong_ordering operator<=>(CString const& a, CString const& b) noexcept {
+    return a.m_text.compare(b.m_text) <=> 0;
+  }
+
+private:
+  struct StRange {
+    std::size_t begin, end;
+  };
+  CString& Insert(std::string const& argument);
+
+  std::string m_text;
+  std::vector<StRange> m_inserted; // argument texts, in order; placeholders in them do not count
+};
+
+/// Free-standing text helpers.
+struct PXLIB2CORE_EXPORT CStringTools {
+  /// printf-style formatting in the "C" locale; throws CExBadParam for a null or invalid format.
+  [[gnu::format(printf, 1, 2)]] static std::string Printf(char const* format, ...);
+};
+
+} // namespace ORVA

@@ -1,0 +1,192 @@
+// One value of a value tree: nothing, a Boolean, a number, a text, a map, a vector or an object.
+//
+//   CValue value = CValueDouble(0.25);
+//   value.Double() *= 2;                        // 0.5
+//   CValue copy = value;                        // deep: shares nothing with value
+//   if (copy.Type() == CValue::EnType::Double) std::cout << copy.Double();
+#pragma once
+
+#include <pxlib2core/Export.h>
+#include <pxlib2core/String.h>
+#include <pxlib2core/Types.h>
+
+#include <concepts>
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+#include <variant>
+
+namespace ORVA {
+
+class CValueMap;
+class CValueVector;
+
+namespace Impl {
+
+/// An object in a value, owned or only referred to; knows how to copy and compare what it owns.
+struct PXLIB2CORE_EXPORT StObject {
+  virtual ~StObject();
+  [[nodiscard]] virtual std::unique_ptr<StObject> Clone() const = 0;
+  [[nodiscard]] virtual bool Equal(StObject const& other) const = 0;
+  [[nodiscard]] virtual std::type_info const& Type() const noexcept = 0;
+  [[nodiscard]] virtual void* Address() noexcept = 0;
+  [[nodiscard]] virtual bool Owns() const noexcept = 0;
+};
+
+template <class T>
+struct StOwnedObject final : StObject {
+  explicit StOwnedObject(T value) : object(std::move(value)) {}
+  std::unique_ptr<StObject> Clone() const override {
+    return std::make_unique<StOwnedObject>(object);
+  }
+  bool Equal(StObject const& other) const override {
+    if constexpr (std::equality_comparable<T>) {
+      return other.Owns() && other.Type() == typeid(T) &&
+             static_cast<StOwnedObject const&>(other).object == object;
+    } else {
+      return &other == this;
+    }
+  }
+  std::type_info const& Type() const noexcept override { return typeid(T); }
+  void* Address() noexcept override { return &object; }
+  bool Owns() const noexcept override { return true; }
+  T object;
+};
+
+template <class T>
+struct StReferredObject final : StObject {
+  explicit StReferredObject(T* pointer) : object(pointer) {}
+  std::unique_ptr<StObject> Clone() const override {
+    return std::make_unique<StReferredObject>(object);
+  }
+  bool Equal(StObject const& other) const override {
+    return !other.Owns() && other.Type() == typeid(T) &&
+           static_cast<StReferredObject const&>(other).object == object;
+  }
+  std::type_info const& Type() const noexcept override { return typeid(T); }
+  void* Address() noexcept override { return object; }
+  bool Owns() const noexcept override { return false; }
+  T* object;
+};
+
+} // namespace Impl
+
+/// A value with deep copies and a kind that only assignment, Copy and Move change. The typed
+/// accessors throw CException when the value is of another kind; nothing is converted.
+class PXLIB2CORE_EXPORT CValue {
+public:
+  enum class EnType { Invalid, Bool, Long, Double, String, Map, Vector, Pointer };
+  enum class EnGenericType { None, Number, Text, Container, Object };
+
+  CValue() noexcept; ///< an invalid value
+  CValue(CValueMap map);
+  CValue(CValueVector vector);
+  CValue(CValue const& other);
+  CValue(CValue&& other) noexcept; ///< leaves the other invalid
+  CValue& operator=(CValue const& other);
+  CValue& operator=(CValue&& other) noexcept;
+  ~CValue();
+
+  [[nodiscard]] EnType Type() const noexcept;
+  [[nodiscard]] EnGenericType GenericType() const noexcept;
+  /// Name of the value's class, such as "CValueDouble"; "CValue" for an invalid value.
+  [[nodiscard]] char const* TypeName() const noexcept;
+  [[nodiscard]] bool IsValid() const noexcept { return Type() != EnType::Invalid; }
+
+  bool& Bool();
+  [[nodiscard]] bool Bool() const;
+  std::int32_t& Long();
+  [[nodiscard]] std::int32_t Long() const;
+  double& Double();
+  [[nodiscard]] double Double() const;
+  CString& String();
+  [[nodiscard]] CString const& String() const;
+  CValueMap& Map();
+  [[nodiscard]] CValueMap const& Map() const;
+  CValueVector& Vector();
+  [[nodiscard]] CValueVector const& Vector() const;
+  /// The object held, or null when the value holds none or one of another type.
+  template <class T>
+  [[nodiscard]] T* Pointer() noexcept {
+    return static_cast<T*>(ObjectAddress(typeid(T)));
+  }
+  template <class T>
+  [[nodiscard]] T const* Pointer() const noexcept {
+    return static_cast<T const*>(const_cast<CValue*>(this)->ObjectAddress(typeid(T)));
+  }
+
+  /// Annotations that travel with the value (copied and moved, not compared); made at the first
+  /// call on a mutable value.
+  CValueMap& Meta();
+  [[nodiscard]] CValueMap const& Meta() const noexcept;
+
+  [[nodiscard]] CValue Clone() const { return *this; }
+  /// Takes over a deep copy of the other value; on failure this one is unchanged.
+  void Copy(CValue const& other) { *this = other; }
+  /// Takes over the other value's content and leaves it invalid.
+  void Move(CValue& other) noexcept { *this = std::move(other); }
+  /// Same kind and same content, compared in depth; two NaN are not equal, objects compare by ==
+  /// where they are owned and have it, else by address.
+  [[nodiscard]] bool Equal(CValue const& other) const;
+  friend bool operator==(CValue const& a, CValue const& b) { return a.Equal(b); }
+
+protected:
+  explicit CValue(bool value);
+  explicit CValue(std::int32_t value);
+  explicit CValue(double value);
+  explicit CValue(CString value);
+  explicit CValue(std::unique_ptr<Impl::StObject> object);
+
+private:
+  using Content = std::variant<std::monostate, bool, std::int32_t, double, CString,
+                               std::unique_ptr<CValueMap>, std::unique_ptr<CValueVector>,
+                               std::unique_ptr<Impl::StObject>>;
+  [[nodiscard]] static Content CloneContent(Content const& content);
+  [[nodiscard]] void* ObjectAddress(std::type_info const& type) noexcept;
+  template <EnType kind>
+  auto& Get();
+  template <EnType kind>
+  auto const& Get() const;
+
+  Content m_content;
+  std::unique_ptr<CValueMap> m_meta;
+};
+
+// The typed leaves add a constructor and no state: a CValue made from one is the same value.
+
+struct CValueBool : CValue {
+  explicit CValueBool(bool value = false) : CValue(value) {}
+};
+
+struct CValueLong : CValue {
+  explicit CValueLong(std::int32_t value = 0) : CValue(value) {}
+};
+
+struct CValueDouble : CValue {
+  explicit CValueDouble(double value = 0) : CValue(value) {}
+};
+
+struct CValueString : CValue {
+  explicit CValueString(CString text = {}) : CValue(std::move(text)) {}
+  CValueString(char const* text, std::size_t length) : CValue(CString(std::string(text, length))) {}
+};
+
+/// An object in a value: owned (moved in, copied with the value) or referred to by address.
+struct CValuePointer : CValue {
+  template <class T>
+  [[nodiscard]] static CValuePointer Own(T object) {
+    return CValuePointer(std::make_unique<Impl::StOwnedObject<T>>(std::move(object)));
+  }
+  /// The object must outlive the value and its copies.
+  template <class T>
+  [[nodiscard]] static CValuePointer Refer(T* object) {
+    return CValuePointer(std::make_unique<Impl::StReferredObject<T>>(object));
+  }
+
+private:
+  explicit CValuePointer(std::unique_ptr<Impl::StObject> object) : CValue(std::move(object)) {}
+};
+
+} // namespace ORVA

@@ -1,0 +1,61 @@
+// Key of an entry in a value map: a number or a text.
+//
+//   map.SetEntry("volume [px]", CValueLong(12));
+//   map.SetEntry(7, CValueDouble(0.5));
+//   CValue_Key(7) < CValue_Key("7");            // numbers come before texts
+#pragma once
+
+#include <pxlib2core/Export.h>
+#include <pxlib2core/String.h>
+#include <pxlib2core/Types.h>
+
+#include <compare>
+#include <concepts>
+#include <string>
+#include <utility>
+
+namespace ORVA {
+
+/// Keys that the framework's own maps use again and again.
+enum class EnFixedKey { MaximumLabel, NumberOfObjects, NumberOfGrayvalues, Object, Status };
+
+/// A number or a text; numbers sort by value and before texts, texts by their bytes. The number 7
+/// and the text "7" are two keys.
+class PXLIB2CORE_EXPORT CValue_Key {
+public:
+  /// Throws CExBadParam for a null pointer.
+  CValue_Key(char const* text);
+  CValue_Key(std::string text) : m_isText(true), m_text(std::move(text)) {}
+  CValue_Key(CString const& text) : CValue_Key(text.Std()) {}
+  CValue_Key(EnFixedKey key);
+  /// Throws CExBadParam for an unsigned number beyond the int64 range.
+  template <std::integral T>
+    requires(!std::same_as<T, bool> && !std::same_as<T, char>)
+  CValue_Key(T number) : m_number(static_cast<int64>(number)) {
+    if (!std::in_range<int64>(number)) RaiseTooLarge(static_cast<uint64>(number));
+  }
+
+  [[nodiscard]] bool IsText() const noexcept { return m_isText; }
+  /// The number; 0 for a text key.
+  [[nodiscard]] int64 Number() const noexcept { return m_number; }
+  /// The text itself, or the number in decimal.
+  [[nodiscard]] std::string ToString() const;
+
+  friend bool operator==(CValue_Key const& a, CValue_Key const& b) noexcept {
+    return (a <=> b) == 0;
+  }
+  friend std::strong_ordering operator<=>(CValue_Key const& a, CValue_Key const& b) noexcept {
+    if (a.m_isText != b.m_isText) return a.m_isText <=> b.m_isText;
+    if (!a.m_isText) return a.m_number <=> b.m_number;
+    return a.m_text.compare(b.m_text) <=> 0;
+  }
+
+private:
+  [[noreturn]] static void RaiseTooLarge(uint64 number);
+
+  bool m_isText = false;
+  int64 m_number = 0;
+  std::string m_text;
+};
+
+} // namespace ORVA

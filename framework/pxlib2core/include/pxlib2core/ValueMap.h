@@ -1,0 +1,82 @@
+// Keyed tree of values that owns everything set into it.
+//
+//   CValueMap features;
+//   features.SetEntry("object 1/volume [px]", CValueLong(12));   // makes the sub-map "object 1"
+//   features.HasEntry("object 1");                               // true
+//   for (auto const& [key, value] : features) std::cout << key.ToString() << '\n';
+#pragma once
+
+#include <pxlib2core/Export.h>
+#include <pxlib2core/Value.h>
+#include <pxlib2core/ValueKey.h>
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ORVA {
+
+/// A map from keys to values, iterated in ascending key order, with deep copies.
+///
+/// A key text with "/" is a path. Each part names an entry of a sub-map, or by its decimal index
+/// one of a vector; empty parts are passed over. A part that is the decimal form of a number also
+/// finds the entry with that number as its key where no text entry has that name. Every operation
+/// below takes paths; a failure leaves the map as it was. Cost O(log entries) a part.
+class PXLIB2CORE_EXPORT CValueMap {
+public:
+  using Entries = std::map<CValue_Key, CValue>;
+  /// Standard iterator over pairs, with Key() and Value() beside.
+  class const_iterator : public Entries::const_iterator {
+  public:
+    const_iterator() = default;
+    const_iterator(Entries::const_iterator position) : Entries::const_iterator(position) {}
+    [[nodiscard]] CValue_Key const& Key() const noexcept { return (*this)->first; }
+    [[nodiscard]] CValue const& Value() const noexcept { return (*this)->second; }
+  };
+
+  CValueMap() = default;
+  CValueMap(CValueMap const&) = default;
+  CValueMap(CValueMap&&) noexcept = default;
+  CValueMap& operator=(CValueMap const& other);
+  CValueMap& operator=(CValueMap&& other) noexcept;
+  virtual ~CValueMap();
+
+  [[nodiscard]] const_iterator begin() const noexcept { return m_entries.begin(); }
+  [[nodiscard]] const_iterator end() const noexcept { return m_entries.end(); }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_entries.size(); }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_entries.empty(); }
+  [[nodiscard]] std::vector<CValue_Key> Keys() const;
+
+  /// The entry. A missing one is created as an invalid value, with the sub-maps on the way, if
+  /// `create` is set; otherwise the result is an invalid value outside the map, good until the next
+  /// such call on the same thread. Creating throws CExBadParam where a part of the path before the
+  /// last is neither a map nor a vector, or an index lies beyond a vector's end.
+  CValue& Entry(CValue_Key const& key, bool create = false);
+  /// The entry, or an invalid value where there is none: a const map creates nothing.
+  [[nodiscard]] CValue const& Entry(CValue_Key const& key, bool create = false) const;
+  /// Sets or replaces the entry and makes the sub-maps on the way; throws as Entry does.
+  void SetEntry(CValue_Key const& key, CValue value);
+  [[nodiscard]] bool HasEntry(CValue_Key const& key) const { return Find(key) != nullptr; }
+  /// The entry, or null.
+  [[nodiscard]] CValue* Find(CValue_Key const& key);
+  [[nodiscard]] CValue const* Find(CValue_Key const& key) const;
+  /// Whether there was such an entry. Entries behind it in a vector move up.
+  bool RemoveEntry(CValue_Key const& key);
+  /// Takes the entry out of the map; invalid where there is none.
+  CValue Detach(CValue_Key const& key);
+  void Clear() noexcept { m_entries.clear(); }
+
+  /// Whether every entry of this map is in the other with an equal value.
+  [[nodiscard]] bool IsSubset(CValueMap const& other) const;
+  friend bool operator==(CValueMap const& a, CValueMap const& b) {
+    return a.Size() == b.Size() && a.IsSubset(b);
+  }
+
+private:
+  [[nodiscard]] Entries::const_iterator FindHere(CValue_Key const& key) const;
+
+  Entries m_entries;
+};
+
+} // namespace ORVA

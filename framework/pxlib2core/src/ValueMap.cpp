@@ -1,0 +1,219 @@
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/ValueMap.h>
+#include <pxlib2core/ValueVector.h>
+
+#include <charconv>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_module[] = "framework/pxlib2core/ValueMap";
+
+using Parts = std::vector<CValue_Key>;
+
+bool IsPath(CValue_Key const& key) {
+  return key.IsText() && key.ToString().find('/') != std::string::npos;
+}
+
+// The parts of a path; a key that is none is its own only part. Empty for a text of slashes only.
+Parts Split(CValue_Key const& key) {
+  if (!IsPath(key)) return {key};
+  std::string const path = key.ToString();
+  Parts parts;
+  for (std::size_t begin = 0; begin < path.size();) {
+    std::size_t const slash = std::min(path.find('/', begin), path.size());
+    if (slash > begin) parts.emplace_back(path.substr(begin, slash - begin));
+    begin = slash + 1;
+  }
+  return parts;
+}
+
+// The number whose decimal form a text is (no sign but minus, no leading zeros).
+std::optional<int64> AsNumber(CValue_Key const& part) {
+  if (!part.IsText()) return part.Number();
+  std::string const text = part.ToString();
+  int64 number = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return std::to_string(number) == text ? std::optional(number) : std::nullopt;
+}
+
+// The entry that a part names in a value, or null.
+CValue const* Child(CValue const& value, CValue_Key const& part) {
+  if (value.Type() == CValue::EnType::Map) return value.Map().Find(part);
+  if (value.Type() != CValue::EnType::Vector) return nullptr;
+  auto const index = AsNumber(part);
+  return index ? value.Vector().Find(*index) : nullptr;
+}
+
+CValue const* Descend(CValue const* value, std::span<CValue_Key const> parts) {
+  for (auto part = parts.begin(); value != nullptr && part != parts.end(); ++part)
+    value = Child(*value, *part);
+  return value;
+}
+
+// The value wrapped into one new map for each part.
+CValue Wrap(std::span<CValue_Key const> parts, CValue value) {
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    CValueMap map;
+    map.SetEntry(*part, std::move(value));
+    value = CValue(std::move(map));
+  }
+  return value;
+}
+
+[[noreturn]] void RaiseNoContainer(CValue_Key const& path, CValue_Key const& part,
+                                   CValue const& found) {
+  CString message("no entry \"%1\" can be made: \"%2\" would have to be in a %3");
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
+                      message.Arg(path.ToString()).Arg(part.ToString()).Arg(found.TypeName()));
+}
+
+// Sets parts[0] .. below an existing value; the chain of new maps is complete before it goes in.
+void SetBelow(CValue& owner, CValue_Key const& path, std::span<CValue_Key const> parts,
+              CValue value) {
+  CValue wrapped = Wrap(parts.subspan(1), std::move(value));
+  auto const index = AsNumber(parts.front());
+  switch (owner.Type()) {
+  case CValue::EnType::Invalid:
+    owner = Wrap(parts.first(1), std::move(wrapped));
+    break;
+  case CValue::EnType::Map:
+    owner.Map().SetEntry(parts.front(), std::move(wrapped));
+    break;
+  case CValue::EnType::Vector:
+    if (index) {
+      owner.Vector().SetEntry(*index, std::move(wrapped));
+      break;
+    }
+    [[fallthrough]];
+  default:
+    RaiseNoContainer(path, parts.front(), owner);
+  }
+}
+
+} // namespace
+
+CValueMap::~CValueMap() = default;
+
+// The other map may lie inside this one.
+CValueMap& CValueMap::operator=(CValueMap const& other) {
+  Entries copy(other.m_entries);
+  m_entries.swap(copy);
+  return *this;
+}
+
+CValueMap& CValueMap::operator=(CValueMap&& other) noexcept {
+  Entries taken(std::move(other.m_entries));
+  m_entries.swap(taken);
+  return *this;
+}
+
+std::vector<CValue_Key> CValueMap::Keys() const {
+  std::vector<CValue_Key> keys;
+  keys.reserve(m_entries.size());
+  for (auto const& entry : m_entries) keys.push_back(entry.first);
+  return keys;
+}
+
+CValueMap::Entries::const_iterator CValueMap::FindHere(CValue_Key const& key) const {
+  auto found = m_entries.find(key);
+  if (found == m_entries.end() && key.IsText())
+    if (auto const number = AsNumber(key)) found = m_entries.find(CValue_Key(*number));
+  return found;
+}
+
+CValue const* CValueMap::Find(CValue_Key const& key) const {
+  if (!IsPath(key)) {
+    auto const found = FindHere(key);
+    return found == m_entries.end() ? nullptr : &found->second;
+  }
+  Parts const parts = Split(key);
+  if (parts.empty()) return nullptr;
+  return Descend(Find(parts.front()), std::span(parts).subspan(1));
+}
+
+CValue* CValueMap::Find(CValue_Key const& key) {
+  return const_cast<CValue*>(std::as_const(*this).Find(key));
+}
+
+CValue const& CValueMap::Entry(CValue_Key const& key, bool) const {
+  static CValue const none;
+  CValue const* const found = Find(key);
+  return found != nullptr ? *found : none;
+}
+
+CValue& CValueMap::Entry(CValue_Key const& key, bool create) {
+  if (CValue* const found = Find(key)) return *found;
+  if (create) {
+    SetEntry(key, CValue());
+    return *Find(key);
+  }
+  thread_local CValue none;
+  none = CValue();
+  return none;
+}
+
+void CValueMap::SetEntry(CValue_Key const& key, CValue value) {
+  Parts const parts = Split(key);
+  if (parts.empty())
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
+                        CString("path \"%1\" names no entry").Arg(key.ToString()));
+  auto const top = FindHere(parts.front());
+  if (top == m_entries.end()) {
+    CValue wrapped = Wrap(std::span(parts).subspan(1), std::move(value));
+    m_entries.insert_or_assign(parts.front(), std::move(wrapped));
+    return;
+  }
+  // Down to the deepest value that exists, then the rest of the path below it.
+  CValue* deepest = const_cast<CValue*>(&top->second);
+  std::size_t next = 1;
+  while (next < parts.size()) {
+    auto* const child = const_cast<CValue*>(Child(*deepest, parts[next]));
+    if (child == nullptr) break;
+    deepest = child;
+    ++next;
+  }
+  if (next == parts.size()) {
+    *deepest = std::move(value);
+  } else {
+    SetBelow(*deepest, key, std::span(parts).subspan(next), std::move(value));
+  }
+}
+
+CValue CValueMap::Detach(CValue_Key const& key) {
+  Parts const parts = Split(key);
+  if (parts.empty()) return {};
+  auto const top = FindHere(parts.front());
+  if (top == m_entries.end()) return {};
+  if (parts.size() == 1) {
+    CValue taken = std::move(const_cast<CValue&>(top->second));
+    m_entries.erase(top);
+    return taken;
+  }
+  auto const middle = std::span(parts).subspan(1, parts.size() - 2);
+  auto* const owner = const_cast<CValue*>(Descend(&top->second, middle));
+  if (owner == nullptr || Child(*owner, parts.back()) == nullptr) return {};
+  if (owner->Type() == CValue::EnType::Map) return owner->Map().Detach(parts.back());
+  return owner->Vector().Detach(*AsNumber(parts.back()));
+}
+
+bool CValueMap::RemoveEntry(CValue_Key const& key) {
+  bool const found = HasEntry(key);
+  if (found) Detach(key);
+  return found;
+}
+
+bool CValueMap::IsSubset(CValueMap const& other) const {
+  for (auto const& [key, value] : m_entries) {
+    auto const found = other.m_entries.find(key);
+    if (found == other.m_entries.end() || !found->second.Equal(value)) return false;
+  }
+  return true;
+}
+
+} // namespace ORVA

@@ -1,0 +1,69 @@
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/ValueVector.h>
+
+#include <utility>
+
+namespace ORVA {
+
+namespace {
+
+[[noreturn]] void RaiseIndex(int64 index, std::size_t size) {
+  CString message("index %1 does not fit a vector of %2 values");
+  Impl::RaiseBadParam(ORVA_LOCATION("framework/pxlib2core/ValueVector", "ORVA::CValueVector"),
+                      message.Arg(index).Arg(static_cast<int64>(size)));
+}
+
+} // namespace
+
+CValueVector::CValueVector(CValue first, CValue second) {
+  m_values.reserve(2);
+  m_values.push_back(std::move(first));
+  m_values.push_back(std::move(second));
+}
+
+// The other vector may be one of this vector's own values.
+CValueVector& CValueVector::operator=(CValueVector const& other) {
+  CValueVector copy(other);
+  return *this = std::move(copy);
+}
+
+CValueVector& CValueVector::operator=(CValueVector&& other) noexcept {
+  std::vector<CValue> taken(std::move(other.m_values));
+  m_values.swap(taken);
+  return *this;
+}
+
+CValue& CValueVector::Entry(int64 index) {
+  CValue* const found = Find(index);
+  if (found == nullptr) RaiseIndex(index, Size());
+  return *found;
+}
+
+CValue const& CValueVector::Entry(int64 index) const {
+  return const_cast<CValueVector*>(this)->Entry(index);
+}
+
+void CValueVector::SetEntry(int64 index, CValue value) {
+  if (index == static_cast<int64>(Size())) {
+    PushBack(std::move(value));
+  } else {
+    Entry(index) = std::move(value);
+  }
+}
+
+CValue* CValueVector::Find(int64 index) noexcept {
+  if (index < 0 || static_cast<uint64>(index) >= m_values.size()) return nullptr;
+  return &m_values[static_cast<std::size_t>(index)];
+}
+
+CValue const* CValueVector::Find(int64 index) const noexcept {
+  return const_cast<CValueVector*>(this)->Find(index);
+}
+
+CValue CValueVector::Detach(int64 index) {
+  CValue taken = std::move(Entry(index));
+  m_values.erase(m_values.begin() + index);
+  return taken;
+}
+
+} // namespace ORVA

@@ -1,0 +1,27 @@
+// Meta information in an image's header.
+//
+//   CSeluHeaderTools::SetMetaInfo(image, "cylinderMaskParameters", parameters);
+//   CValue value;
+//   if (CSeluHeaderTools::GetMetaInfo(image, "cylinderMaskParameters", value))
+//     std::cout << value.Map().Entry("radius").Double();
+#pragma once
+
+#include <pxlib2core/Value.h>
+#include <pxlib2image/Export.h>
+#include <pxlib2image/Image.h>
+
+namespace ORVA {
+
+/// Meta information lives in the sub-map "Header" of the image's attributes, so it is copied with
+/// the image.
+struct PXLIB2IMAGE_EXPORT CSeluHeaderTools {
+  /// Key of the pair (smallest, largest) pixel value.
+  static constexpr char c_sMetaMinMax[] = "minmax";
+
+  /// Copies the information into `value` and returns true, or returns false and leaves it alone.
+  [[nodiscard]] static bool GetMetaInfo(IImage const& image, char const* key, CValue& value);
+  /// Stores a copy, replacing earlier information under the key.
+  static void SetMetaInfo(IImage& image, char const* key, CValue const& value);
+};
+
+} // namespace ORVA

@@ -1,0 +1,137 @@
+// A 2D or 3D image: pixel type, size, pixels in one block, and a map of attributes.
+//
+//   CImage image(IMAGE_GREY_8, CSize(64, 64, 32), CSize(0, 0, 0));
+//   CImageAccess access = image.CreateAccess(true);
+//   auto* pixel = reinterpret_cast<std::uint8_t*>(access.WritableBase());
+//   pixel[z * access.Stride(2) + y * access.Stride(1) + x] = 200;
+#pragma once
+
+#include <pxlib2core/Types.h>
+#include <pxlib2core/ValueMap.h>
+#include <pxlib2image/Export.h>
+#include <pxlib2image/Size.h>
+
+#include <array>
+#include <cstddef>
+#include <memory>
+
+namespace ORVA {
+
+/// Read or write access to the voxels of a box of an image. The access shares the pixel block, so
+/// its addresses stay good while it lives, whatever becomes of the image; an image that is resized
+/// or assigned to meanwhile gets a block of its own. Released at the end of its life.
+class PXLIB2IMAGE_EXPORT CImageAccess {
+public:
+  /// Address of the box's first voxel; null when the box is empty or the access was released.
+  [[nodiscard]] std::byte const* Base() const noexcept { return m_base; }
+  /// The same for writing; throws CExBadParam on an access opened for reading.
+  [[nodiscard]] std::byte* WritableBase() const;
+  /// Voxels of the box along axis 0, 1 or 2.
+  [[nodiscard]] int64 Extent(int axis) const noexcept { return m_extent[Index(axis)]; }
+  [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_extent; }
+  /// Bytes from a voxel to its successor along axis 0, 1 or 2.
+  [[nodiscard]] int64 Stride(int axis) const noexcept { return m_stride[Index(axis)]; }
+  [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_stride; }
+  void Release() noexcept;
+
+private:
+  friend class CImage;
+  CImageAccess() = default;
+  static constexpr std::size_t Index(int axis) { return static_cast<std::size_t>(axis); }
+
+  std::shared_ptr<std::byte> m_block;
+  std::byte* m_base = nullptr;
+  std::array<int64, 3> m_extent{};
+  std::array<int64, 3> m_stride{};
+  bool m_writable = false;
+};
+
+/// What the algorithms need of an image.
+class PXLIB2IMAGE_EXPORT IImage {
+public:
+  /// A pixel type; the constants below are the ones there are.
+  class PXLIB2IMAGE_EXPORT CType {
+  public:
+    enum class EnId : std::uint8_t { None, Bool, BinaryFg, Grey8, Grey16, Grey32, GreyF };
+    constexpr CType() noexcept = default;
+    constexpr explicit CType(EnId id) noexcept : m_id(id) {}
+    [[nodiscard]] constexpr EnId Id() const noexcept { return m_id; }
+    /// Bytes of one pixel; 0 for no type.
+    [[nodiscard]] int64 Bytes() const noexcept;
+    /// The name of the constant, such as "IMAGE_GREY_8".
+    [[nodiscard]] char const* ToString() const noexcept;
+    friend constexpr bool operator==(CType const&, CType const&) noexcept = default;
+
+  private:
+    EnId m_id = EnId::None;
+  };
+
+  virtual ~IImage();
+  [[nodiscard]] virtual CSize Size() const noexcept = 0;
+  [[nodiscard]] virtual CType Type() const noexcept = 0;
+  [[nodiscard]] virtual CValueMap& Attributes() noexcept = 0;
+  [[nodiscard]] virtual CValueMap const& Attributes() const noexcept = 0;
+  /// Access to the whole image, for reading or writing.
+  [[nodiscard]] virtual CImageAccess CreateAccess(bool write) = 0;
+  /// Access for reading; asking a const image for write access throws CExBadParam.
+  [[nodiscard]] virtual CImageAccess CreateAccess(bool write) const = 0;
+
+protected:
+  IImage() = default;
+  IImage(IImage const&) = default;
+  IImage& operator=(IImage const&) = default;
+};
+
+inline constexpr IImage::CType IMAGE_BOOL{IImage::CType::EnId::Bool};           ///< 1 byte, 0 or 1
+inline constexpr IImage::CType IMAGE_BINARY_FG{IImage::CType::EnId::BinaryFg};  ///< 1 byte
+inline constexpr IImage::CType IMAGE_GREY_8{IImage::CType::EnId::Grey8};        ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_16{IImage::CType::EnId::Grey16};      ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_32{IImage::CType::EnId::Grey32};      ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_F{IImage::CType::EnId::GreyF};        ///< float
+
+/// An image that owns its pixels: x fastest, then y, then z, without gaps. A value: copies are
+/// deep, a moved-from image is empty. New pixels are 0.
+class PXLIB2IMAGE_EXPORT CImage final : public IImage {
+public:
+  CImage() = default; ///< no type, dimension 0
+  /// Throws CExBadParam for a missing type or dimension, a negative extent, a size that overflows,
+  /// or a margin other than (0, 0, 0); std::bad_alloc when memory is out.
+  CImage(CType const& type, CSize const& size, CSize const& margin = CSize(0, 0, 0));
+  CImage(CImage const& other);
+  CImage(CImage&& other) noexcept;
+  CImage& operator=(CImage const& other);
+  CImage& operator=(CImage&& other) noexcept;
+  ~CImage() override;
+
+  /// Gives the image another size with all pixels 0; attributes stay. Errors as the constructor's;
+  /// on failure the image is unchanged.
+  void Resize(CSize const& size, CSize const& margin = CSize(0, 0, 0));
+
+  [[nodiscard]] CSize Size() const noexcept override { return m_size; }
+  [[nodiscard]] CType Type() const noexcept override { return m_type; }
+  [[nodiscard]] CValueMap& Attributes() noexcept override { return m_attributes; }
+  [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_attributes; }
+  /// Bytes of all pixels.
+  [[nodiscard]] std::size_t Bytes() const noexcept;
+
+  [[nodiscard]] CImageAccess CreateAccess(bool write) override;
+  [[nodiscard]] CImageAccess CreateAccess(bool write) const override;
+  /// Access to the voxels of the box from `first` to `last`, both included; throws CExBadParam for
+  /// a box that is not inside the image.
+  [[nodiscard]] CImageAccess CreateAccess(bool write, CPos const& first, CPos const& last);
+  [[nodiscard]] CImageAccess CreateAccess(bool write, CPos const& first, CPos const& last) const;
+
+  /// Same type, size, pixels and attributes.
+  friend PXLIB2IMAGE_EXPORT bool operator==(CImage const& a, CImage const& b);
+
+private:
+  [[nodiscard]] CImageAccess Open(bool write, CPos const& first, CSize const& extents) const;
+  [[nodiscard]] CImageAccess OpenBox(bool write, CPos const& first, CPos const& last) const;
+
+  CType m_type;
+  CSize m_size;
+  std::shared_ptr<std::byte> m_block; // shared with accesses only, never with another image
+  CValueMap m_attributes;
+};
+
+} // namespace ORVA

@@ -1,0 +1,34 @@
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/ValueMap.h>
+#include <pxlib2image/HeaderTools.h>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_header[] = "Header";
+
+} // namespace
+
+bool CSeluHeaderTools::GetMetaInfo(IImage const& image, char const* key, CValue& value) {
+  CValue const* const header = image.Attributes().Find(c_header);
+  if (header == nullptr || header->Type() != CValue::EnType::Map) return false;
+  CValue const* const found = header->Map().Find(key);
+  if (found == nullptr) return false;
+  value.Copy(*found);
+  return true;
+}
+
+void CSeluHeaderTools::SetMetaInfo(IImage& image, char const* key, CValue const& value) {
+  CValueMap& attributes = image.Attributes();
+  if (CValue* const header = attributes.Find(c_header);
+      header != nullptr && header->Type() == CValue::EnType::Map) {
+    header->Map().SetEntry(key, value);
+    return;
+  }
+  CValueMap header;
+  header.SetEntry(key, value);
+  attributes.SetEntry(c_header, std::move(header));
+}
+
+} // namespace ORVA

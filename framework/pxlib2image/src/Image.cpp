@@ -1,0 +1,185 @@
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/String.h>
+#include <pxlib2image/Image.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_module[] = "framework/pxlib2image/Image";
+
+struct StPixelType {
+  char const* name;
+  int64 bytes;
+};
+
+// By CType::EnId.
+constexpr std::array<StPixelType, 7> c_types = {{
+    {"no pixel type", 0},
+    {"IMAGE_BOOL", 1},
+    {"IMAGE_BINARY_FG", 1},
+    {"IMAGE_GREY_8", 1},
+    {"IMAGE_GREY_16", 2},
+    {"IMAGE_GREY_32", 4},
+    {"IMAGE_GREY_F", 4},
+}};
+
+CString Text(int64 x, int64 y, int64 z) {
+  return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z);
+}
+
+// Product of non-negative factors, or -1 where it does not fit.
+int64 Multiply(int64 a, int64 b) {
+  if (a < 0 || b < 0) return -1;
+  return a != 0 && b > std::numeric_limits<int64>::max() / a ? -1 : a * b;
+}
+
+[[noreturn]] void RaiseSize(char const* message, CSize const& size) {
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CImage"),
+                      CString(message).Arg(Text(size.x, size.y, size.z)));
+}
+
+// Bytes of an image of that type and size, every argument checked.
+int64 CheckedBytes(IImage::CType type, CSize const& size, CSize const& margin) {
+  if (type.Bytes() == 0) RaiseSize("an image of size %1 needs a pixel type", size);
+  if (size.Dim() == 0) RaiseSize("image size %1 has no dimension", size);
+  if (size.x < 0 || size.y < 0 || size.z < 0) RaiseSize("image size %1 is negative", size);
+  if (margin.x != 0 || margin.y != 0 || margin.z != 0)
+    RaiseSize("image margin %1 is not supported, only (0, 0, 0)", margin);
+  if (size.IsEmpty()) return 0;
+  int64 const bytes = Multiply(Multiply(Multiply(type.Bytes(), size.x), size.y), size.z);
+  if (bytes < 0) RaiseSize("image size %1 is too large to address", size);
+  return bytes;
+}
+
+// calloc: the system hands out zeroed pages without touching them, which matters for large volumes.
+std::shared_ptr<std::byte> AllocateZeroed(int64 bytes) {
+  if (bytes == 0) return {};
+  auto* const memory = static_cast<std::byte*>(std::calloc(static_cast<std::size_t>(bytes), 1));
+  if (memory == nullptr) throw std::bad_alloc();
+  return {memory, [](std::byte* p) { std::free(p); }};
+}
+
+} // namespace
+
+int64 IImage::CType::Bytes() const noexcept { return c_types[static_cast<std::size_t>(m_id)].bytes; }
+
+char const* IImage::CType::ToString() const noexcept {
+  return c_types[static_cast<std::size_t>(m_id)].name;
+}
+
+IImage::~IImage() = default;
+
+std::byte* CImageAccess::WritableBase() const {
+  if (!m_writable)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::WritableBase"),
+                        "the image was opened for reading only");
+  return m_base;
+}
+
+void CImageAccess::Release() noexcept { *this = CImageAccess(); }
+
+CImage::CImage(CType const& type, CSize const& size, CSize const& margin)
+    : m_type(type), m_size(size), m_block(AllocateZeroed(CheckedBytes(type, size, margin))) {}
+
+CImage::CImage(CImage const& other)
+    : IImage(other), m_type(other.m_type), m_size(other.m_size),
+      m_block(AllocateZeroed(static_cast<int64>(other.Bytes()))), m_attributes(other.m_attributes) {
+  if (m_block) std::memcpy(m_block.get(), other.m_block.get(), Bytes());
+}
+
+CImage::CImage(CImage&& other) noexcept
+    : IImage(other), m_type(std::exchange(other.m_type, CType())),
+      m_size(std::exchange(other.m_size, CSize())), m_block(std::move(other.m_block)),
+      m_attributes(std::move(other.m_attributes)) {
+  other.m_attributes.Clear();
+}
+
+CImage& CImage::operator=(CImage const& other) {
+  CImage copy(other);
+  return *this = std::move(copy);
+}
+
+// Taken aside first: the other image may be held by this image's own attributes.
+CImage& CImage::operator=(CImage&& other) noexcept {
+  CImage taken(std::move(other));
+  m_type = taken.m_type;
+  m_size = taken.m_size;
+  m_block = std::move(taken.m_block);
+  m_attributes = std::move(taken.m_attributes);
+  return *this;
+}
+
+CImage::~CImage() = default;
+
+void CImage::Resize(CSize const& size, CSize const& margin) {
+  m_block = AllocateZeroed(CheckedBytes(m_type, size, margin));
+  m_size = size;
+}
+
+std::size_t CImage::Bytes() const noexcept {
+  return m_block ? static_cast<std::size_t>(m_type.Bytes() * m_size.x * m_size.y * m_size.z) : 0;
+}
+
+CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) const {
+  CImageAccess access;
+  access.m_block = m_block;
+  access.m_writable = write;
+  access.m_extent = {extents.x, extents.y, extents.z};
+  if (m_block && !extents.IsEmpty()) {
+    int64 const row = m_type.Bytes() * m_size.x;
+    access.m_stride = {m_type.Bytes(), row, row * m_size.y};
+    access.m_base = m_block.get() + (first.x * access.m_stride[0] + first.y * access.m_stride[1] +
+                                     first.z * access.m_stride[2]);
+  }
+  return access;
+}
+
+CImageAccess CImage::OpenBox(bool write, CPos const& first, CPos const& last) const {
+  auto const inside = [](int64 from, int64 to, int64 extent) {
+    return 0 <= from && from <= to && to < extent;
+  };
+  if (!inside(first.x, last.x, m_size.x) || !inside(first.y, last.y, m_size.y) ||
+      !inside(first.z, last.z, m_size.z)) {
+    CString message("box %1 to %2 is not inside an image of size %3");
+    message.Arg(Text(first.x, first.y, first.z)).Arg(Text(last.x, last.y, last.z));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
+                        message.Arg(Text(m_size.x, m_size.y, m_size.z)));
+  }
+  return Open(write, first,
+              CSize(last.x - first.x + 1, last.y - first.y + 1, last.z - first.z + 1));
+}
+
+CImageAccess CImage::CreateAccess(bool write) { return Open(write, CPos(), m_size); }
+
+CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& last) {
+  return OpenBox(write, first, last);
+}
+
+CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& last) const {
+  if (write)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
+                        "a const image cannot be opened for writing");
+  return OpenBox(false, first, last);
+}
+
+CImageAccess CImage::CreateAccess(bool write) const {
+  if (write)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
+                        "a const image cannot be opened for writing");
+  return Open(false, CPos(), m_size);
+}
+
+bool operator==(CImage const& a, CImage const& b) {
+  return a.m_type == b.m_type && a.m_size == b.m_size &&
+         (!a.m_block || std::memcmp(a.m_block.get(), b.m_block.get(), a.Bytes()) == 0) &&
+         a.m_attributes == b.m_attributes;
+}
+
+} // namespace ORVA

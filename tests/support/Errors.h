@@ -1,0 +1,31 @@
+// Checks that an operation raises the error it should: type, message to the letter, and place.
+#pragma once
+
+#include <pxlib2core/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <typeinfo>
+
+namespace test {
+
+/// Runs the operation and checks the exact exception type, its message and, where they are given,
+/// the module and the function of its location record.
+template <class Error = ORVA::CException, class Operation>
+void ExpectError(Operation operation, std::string const& message, std::string const& function = "",
+                 std::string const& source = "") {
+  try {
+    operation();
+  } catch (ORVA::CException const& error) {
+    EXPECT_TRUE(typeid(error) == typeid(Error)) << typeid(error).name() << ": " << error.what();
+    EXPECT_EQ(error.what(), message);
+    if (!function.empty()) EXPECT_EQ(error.Location().function, function);
+    if (!source.empty()) EXPECT_EQ(error.Location().source, source);
+    EXPECT_EQ(error.Location().reserved, 0);
+    return;
+  }
+  ADD_FAILURE() << "no error; expected \"" << message << '"';
+}
+
+} // namespace test
