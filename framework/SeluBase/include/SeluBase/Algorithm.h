@@ -35,7 +35,9 @@ public:
   /// Throws CExBadParam for a null name.
   CAlgorithm(char const* name, IObject const* parent);
   CAlgorithm(CAlgorithm const&) = default;
+  CAlgorithm(CAlgorithm&&) noexcept = default;
   CAlgorithm& operator=(CAlgorithm const&) = default;
+  CAlgorithm& operator=(CAlgorithm&&) noexcept = default;
   ~CAlgorithm() override;
 
   [[nodiscard]] std::string const& Name() const noexcept { return m_name; }
