@@ -20,8 +20,12 @@ void ExpectError(Operation operation, std::string const& message, std::string co
   } catch (ORVA::CException const& error) {
     EXPECT_TRUE(typeid(error) == typeid(Error)) << typeid(error).name() << ": " << error.what();
     EXPECT_EQ(error.what(), message);
-    if (!function.empty()) EXPECT_EQ(error.Location().function, function);
-    if (!source.empty()) EXPECT_EQ(error.Location().source, source);
+    if (!function.empty()) {
+      EXPECT_EQ(error.Location().function, function);
+    }
+    if (!source.empty()) {
+      EXPECT_EQ(error.Location().source, source);
+    }
     EXPECT_EQ(error.Location().reserved, 0);
     return;
   }
