@@ -101,8 +101,7 @@ TEST_F(Cooccurrence, ImageWithAnEmptyExtentCountsNothing) {
 }
 
 TEST_F(Cooccurrence, GreyLevelIsTheHighestByte) {
-  auto const sixteen =
-      test::MakeImage<std::uint16_t>(IMAGE_GREY_16, CSize(2, 1), {0x1234, 0xFF00});
+  auto const sixteen = test::MakeImage<std::uint16_t>(IMAGE_GREY_16, CSize(2, 1), {0x1234, 0xFF00});
   texture.ComputeMatrix(out, sixteen, &right);
   EXPECT_EQ(Cells(test::ReadMatrix(out)), (CellList{{0x12, 0xFF, 1}}));
   auto const thirtyTwo =
@@ -178,9 +177,10 @@ TEST_F(Cooccurrence, MatrixRefusesAWrongOutput) {
     CImage wrongSize(IMAGE_GREY_32, size);
     ExpectError([&] { texture.ComputeMatrix(wrongSize, SmallPlane(), &right); },
                 "output image size does not match", where, c_source);
-    ExpectError([&] { texture.ComputeMatrixAndFeatures(wrongSize, SmallPlane(), &right, &features); },
-                "output image size does not match",
-                "ORVA::CCooccurrence::ComputeMatrixAndFeatures", c_source);
+    ExpectError(
+        [&] { texture.ComputeMatrixAndFeatures(wrongSize, SmallPlane(), &right, &features); },
+        "output image size does not match", "ORVA::CCooccurrence::ComputeMatrixAndFeatures",
+        c_source);
   }
   ExpectError([&] { texture.ComputeMatrixAndFeatures(wrongType, SmallPlane(), &right, &features); },
               "output image type does not match", "ORVA::CCooccurrence::ComputeMatrixAndFeatures",
@@ -236,15 +236,16 @@ TEST_F(Cooccurrence, AllDirectionsRefuse32BitImagesThatOneDirectionTakes) {
   EXPECT_NO_THROW(texture.ComputeMatrix(out, image, &right));
   CImage all = Output(4);
   ExpectError([&] { texture.ComputeMatrixAllDirections(all, image); },
-              "input image type not supported",
-              "ORVA::CCooccurrence::ComputeMatrixAllDirections", c_source);
+              "input image type not supported", "ORVA::CCooccurrence::ComputeMatrixAllDirections",
+              c_source);
 }
 
 TEST_F(Cooccurrence, AllDirectionsCheckInputBeforeOutput) {
   std::string const where = "ORVA::CCooccurrence::ComputeMatrixAllDirections";
   CImage wrongType(IMAGE_GREY_16, CSize(4, 256, 256));
-  ExpectError([&] { texture.ComputeMatrixAllDirections(wrongType, CImage(IMAGE_GREY_F, CSize(2, 2))); },
-              "input image type not supported", where, c_source);
+  ExpectError(
+      [&] { texture.ComputeMatrixAllDirections(wrongType, CImage(IMAGE_GREY_F, CSize(2, 2))); },
+      "input image type not supported", where, c_source);
   ExpectError([&] { texture.ComputeMatrixAllDirections(wrongType, SmallPlane()); },
               "output image type does not match", where, c_source);
   CImage thirteen = Output(13), four = Output(4);
@@ -359,7 +360,8 @@ TEST_F(Cooccurrence, ReportsOneStepAStage) {
   texture.ComputeFeatures(SmallPlane(), &right, &features);
   EXPECT_EQ(std::exchange(observer.notes, {}), (Notes{"Busy... 3", "step", "step", "done"}));
   texture.ComputeMatrixAndFeatures(out, SmallPlane(), &right, &features);
-  EXPECT_EQ(std::exchange(observer.notes, {}), (Notes{"Busy... 4", "step", "step", "step", "done"}));
+  EXPECT_EQ(std::exchange(observer.notes, {}),
+            (Notes{"Busy... 4", "step", "step", "step", "done"}));
   CImage all = Output(4);
   texture.ComputeMatrixAllDirections(all, SmallPlane());
   EXPECT_EQ(observer.notes, (Notes{"Busy... 4", "step", "step", "step", "step", "done"}));

@@ -19,8 +19,7 @@ inline std::uint64_t Seed(std::uint64_t standard = 20240229) {
 class CRandomNumbers {
 public:
   explicit CRandomNumbers(std::uint64_t seed = Seed())
-      : m_generator(seed),
-        m_trace(__FILE__, __LINE__, "SELU_TEST_SEED=" + std::to_string(seed)) {}
+      : m_generator(seed), m_trace(__FILE__, __LINE__, "SELU_TEST_SEED=" + std::to_string(seed)) {}
 
   /// Uniform in [low, high].
   template <class T>
