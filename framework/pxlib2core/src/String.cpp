@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <clocale>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
-#include <locale.h>
 #include <utility>
 
 namespace ORVA {
