@@ -7,6 +7,8 @@
 #pragma once
 
 #include <pxlib2core/Value.h>
+#include <pxlib2core/ValueMap.h>
+#include <pxlib2core/ValueVector.h>
 #include <pxlib2image/Export.h>
 #include <pxlib2image/Image.h>
 
