@@ -32,6 +32,7 @@ function(selu_add_library name)
   selu_configure_target(${name})
   set_target_properties(${name} PROPERTIES
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH "$ORIGIN" # the libraries find each other wherever they are installed
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   string(TOUPPER ${name} upper)
   set(generated ${CMAKE_CURRENT_BINARY_DIR}/generated)
