@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <charconv>
 #include <clocale>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 namespace ORVA {
@@ -37,8 +39,9 @@ struct StPlaceholder {
 };
 
 // A percent sign and a number of one or two digits, 1 to 99.
-StPlaceholder PlaceholderAt(std::string const& text, std::size_t position) {
-  if (text[position] != '%' || position + 1 >= text.size() || !IsDigit(text[position + 1])) return {};
+StPlaceholder PlaceholderAt(std::string_view text, std::size_t position) {
+  if (text[position] != '%' || position + 1 >= text.size() || !IsDigit(text[position + 1]))
+    return {};
   int number = text[position + 1] - '0';
   std::size_t length = 2;
   if (position + 2 < text.size() && IsDigit(text[position + 2])) {
@@ -58,12 +61,9 @@ void ForEachPlaceholder(std::string const& text, Ranges const& inserted, Visit v
       i = range->end;
       continue;
     }
-    StPlaceholder placeholder = PlaceholderAt(text, i);
     // Digits of an argument that follows directly do not belong to this placeholder.
-    if (range != inserted.end() && placeholder.length > range->begin - i) {
-      std::string const own = text.substr(i, range->begin - i);
-      placeholder = PlaceholderAt(own, 0);
-    }
+    std::size_t const end = range == inserted.end() ? text.size() : range->begin;
+    StPlaceholder const placeholder = PlaceholderAt(std::string_view(text).substr(0, end), i);
     if (placeholder.number != 0) visit(i, placeholder);
     i += std::max<std::size_t>(placeholder.length, 1);
   }
@@ -74,6 +74,24 @@ std::string Pad(std::string digits, int width) {
   if (digits.size() >= wanted) return digits;
   std::string const blanks(wanted - digits.size(), ' ');
   return width < 0 ? digits + blanks : blanks + digits;
+}
+
+// Without an exponent where that stays readable: to_chars alone would print 100000 as 1e+05.
+std::string Shortest(double number) {
+  double const size = std::abs(number);
+  bool const plain = number == 0 || (size >= 1e-5 && size < 1e16);
+  char digits[32];
+  auto const written =
+      std::to_chars(digits, digits + sizeof digits, number,
+                    plain ? std::chars_format::fixed : std::chars_format::scientific);
+  return {digits, written.ptr};
+}
+
+std::string Rounded(double number, int precision) {
+  char digits[128];
+  auto const written = std::to_chars(digits, digits + sizeof digits, number,
+                                     std::chars_format::general, std::min(precision, 100));
+  return {digits, written.ptr};
 }
 
 // Keeps the calling thread in the "C" locale while it lives.
@@ -102,16 +120,17 @@ CString::CString(char const* text, EnEncoding encoding) {
 
 CString& CString::Arg(CString const& argument) { return Insert(std::string(argument.m_text)); }
 
-CString& CString::Arg(int64 number, int width) { return Insert(Pad(std::to_string(number), width)); }
+CString& CString::Arg(int64 number, int width) {
+  return Insert(Pad(std::to_string(number), width));
+}
 
 CString& CString::Arg(double number, int precision) {
-  char digits[128];
-  auto const end = digits + sizeof digits;
-  auto const written =
-      precision < 0 ? std::to_chars(digits, end, number)
-                    : std::to_chars(digits, end, number, std::chars_format::general,
-                                    std::min(precision, 100));
-  return Insert(std::string(digits, written.ptr));
+  if (std::isnan(number)) return Insert("nan"); // the sign of a NaN differs between machines
+  return Insert(precision < 0 ? Shortest(number) : Rounded(number, precision));
+}
+
+CString& CString::ArgUnsigned(uint64 number, int width) {
+  return Insert(Pad(std::to_string(number), width));
 }
 
 CString& CString::Insert(std::string const& argument) {
@@ -135,7 +154,8 @@ CString& CString::Insert(std::string const& argument) {
   ForEachPlaceholder(m_text, m_inserted, [&](std::size_t position, StPlaceholder found) {
     if (found.number != lowest) return;
     copyUpTo(position);
-    if (!argument.empty()) inserted.push_back({text.size(), text.size() + argument.size()});
+    // An empty argument is noted as well: the texts on its two sides do not join to a placeholder.
+    inserted.push_back({text.size(), text.size() + argument.size()});
     text += argument;
     copied = position + found.length;
   });

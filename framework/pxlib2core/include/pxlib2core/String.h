@@ -9,8 +9,10 @@
 #include <pxlib2core/Types.h>
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ORVA {
@@ -18,7 +20,8 @@ namespace ORVA {
 /// How the bytes given to a CString are to be read; the text itself is kept as UTF-8.
 enum class EnEncoding { Utf8, Latin1 };
 
-/// A UTF-8 text whose placeholders %1 to %99 are filled one after the other.
+/// A UTF-8 text whose placeholders %1 to %99 are filled one after the other. A placeholder takes up
+/// to two digits: where a digit is to follow %1, write %01.
 class PXLIB2CORE_EXPORT CString {
 public:
   static constexpr std::size_t NPOS = std::string::npos;
@@ -34,9 +37,16 @@ public:
   /// The number in decimal, padded with blanks to |width|: on the left, or on the right for a
   /// negative width.
   CString& Arg(int64 number, int width = 0);
-  CString& Arg(int number, int width = 0) { return Arg(int64{number}, width); }
-  /// General notation with that many significant digits (at most 100); a negative precision means
-  /// the fewest digits that read back as the same number. Independent of the locale.
+  /// The same for every other integer type (a bool or a character is no number).
+  template <std::integral T>
+  requires(!std::same_as<T, bool> && !std::same_as<T, char> &&
+           !std::same_as<T, int64>) CString& Arg(T number, int width = 0) {
+    return std::in_range<int64>(number) ? Arg(static_cast<int64>(number), width)
+                                        : ArgUnsigned(static_cast<uint64>(number), width);
+  }
+  /// General notation with that many significant digits (1 to 100; 0 counts as 1, more as 100). A
+  /// negative precision means the fewest digits that read back as the same number, without an
+  /// exponent from 1e-5 up to 1e16. Infinities print as "inf" and "-inf", every NaN as "nan".
   CString& Arg(double number, int precision = -1);
 
   [[nodiscard]] std::string const& Std() const noexcept { return m_text; }
@@ -59,6 +69,7 @@ private:
   struct StRange {
     std::size_t begin, end;
   };
+  CString& ArgUnsigned(uint64 number, int width);
   CString& Insert(std::string const& argument);
 
   std::string m_text;
