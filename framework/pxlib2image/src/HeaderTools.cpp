@@ -21,14 +21,19 @@ bool CSeluHeaderTools::GetMetaInfo(IImage const& image, char const* key, CValue&
 
 void CSeluHeaderTools::SetMetaInfo(IImage& image, char const* key, CValue const& value) {
   CValueMap& attributes = image.Attributes();
-  if (CValue* const header = attributes.Find(c_header);
-      header != nullptr && header->Type() == CValue::EnType::Map) {
+  CValue* const header = attributes.Find(c_header);
+  if (header == nullptr || !header->IsValid()) {
+    CValueMap information;
+    information.SetEntry(key, value);
+    attributes.SetEntry(c_header, std::move(information));
+  } else if (header->Type() == CValue::EnType::Map) {
     header->Map().SetEntry(key, value);
-    return;
+  } else {
+    CString message("the image attribute \"Header\" is a %1, not a CValueMap");
+    Impl::RaiseBadParam(
+        ORVA_LOCATION("framework/pxlib2image/HeaderTools", "ORVA::CSeluHeaderTools::SetMetaInfo"),
+        message.Arg(header->TypeName()));
   }
-  CValueMap header;
-  header.SetEntry(key, value);
-  attributes.SetEntry(c_header, std::move(header));
 }
 
 } // namespace ORVA

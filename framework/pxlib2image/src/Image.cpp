@@ -30,9 +30,7 @@ constexpr std::array<StPixelType, 7> c_types = {{
     {"IMAGE_GREY_F", 4},
 }};
 
-CString Text(int64 x, int64 y, int64 z) {
-  return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z);
-}
+CString Text(int64 x, int64 y, int64 z) { return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z); }
 
 // Product of non-negative factors, or -1 where it does not fit.
 int64 Multiply(int64 a, int64 b) {
@@ -40,22 +38,30 @@ int64 Multiply(int64 a, int64 b) {
   return a != 0 && b > std::numeric_limits<int64>::max() / a ? -1 : a * b;
 }
 
-[[noreturn]] void RaiseSize(char const* message, CSize const& size) {
-  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CImage"),
-                      CString(message).Arg(Text(size.x, size.y, size.z)));
-}
-
-// Bytes of an image of that type and size, every argument checked.
-int64 CheckedBytes(IImage::CType type, CSize const& size, CSize const& margin) {
-  if (type.Bytes() == 0) RaiseSize("an image of size %1 needs a pixel type", size);
-  if (size.Dim() == 0) RaiseSize("image size %1 has no dimension", size);
-  if (size.x < 0 || size.y < 0 || size.z < 0) RaiseSize("image size %1 is negative", size);
+// Bytes of an image of that type and size, every argument checked on behalf of `function`.
+int64 CheckedBytes(IImage::CType type, CSize const& size, CSize const& margin,
+                   char const* function) {
+  auto const refuse = [function](char const* message, CSize const& refused) {
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString(message).Arg(Text(refused.x, refused.y, refused.z)));
+  };
+  if (type.Bytes() == 0) refuse("an image of size %1 needs a pixel type", size);
+  if (size.Dim() == 0) refuse("image size %1 has no dimension", size);
+  if (size.x < 0 || size.y < 0 || size.z < 0) refuse("image size %1 is negative", size);
+  if ((size.Dim() < 3 && size.z != 1) || (size.Dim() < 2 && size.y != 1))
+    refuse("image size %1 extends beyond its dimension", size);
   if (margin.x != 0 || margin.y != 0 || margin.z != 0)
-    RaiseSize("image margin %1 is not supported, only (0, 0, 0)", margin);
+    refuse("image margin %1 is not supported, only (0, 0, 0)", margin);
   if (size.IsEmpty()) return 0;
   int64 const bytes = Multiply(Multiply(Multiply(type.Bytes(), size.x), size.y), size.z);
-  if (bytes < 0) RaiseSize("image size %1 is too large to address", size);
+  if (bytes < 0) refuse("image size %1 is too large to address", size);
   return bytes;
+}
+
+void RefuseWriting(bool write) {
+  if (write)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
+                        "a const image cannot be opened for writing");
 }
 
 // calloc: the system hands out zeroed pages without touching them, which matters for large volumes.
@@ -68,7 +74,9 @@ std::shared_ptr<std::byte> AllocateZeroed(int64 bytes) {
 
 } // namespace
 
-int64 IImage::CType::Bytes() const noexcept { return c_types[static_cast<std::size_t>(m_id)].bytes; }
+int64 IImage::CType::Bytes() const noexcept {
+  return c_types[static_cast<std::size_t>(m_id)].bytes;
+}
 
 char const* IImage::CType::ToString() const noexcept {
   return c_types[static_cast<std::size_t>(m_id)].name;
@@ -76,17 +84,30 @@ char const* IImage::CType::ToString() const noexcept {
 
 IImage::~IImage() = default;
 
+CImageAccess::CImageAccess(CImageAccess&& other) noexcept : CImageAccess(other) { other.Release(); }
+
+CImageAccess& CImageAccess::operator=(CImageAccess&& other) noexcept {
+  CImageAccess const taken(std::move(other));
+  return *this = taken;
+}
+
+void CImageAccess::RaiseAxis(int axis) {
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::Index"),
+                      CString("axis %1 is not 0, 1 or 2").Arg(axis));
+}
+
 std::byte* CImageAccess::WritableBase() const {
   if (!m_writable)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::WritableBase"),
-                        "the image was opened for reading only");
+                        "the access was not opened for writing");
   return m_base;
 }
 
 void CImageAccess::Release() noexcept { *this = CImageAccess(); }
 
 CImage::CImage(CType const& type, CSize const& size, CSize const& margin)
-    : m_type(type), m_size(size), m_block(AllocateZeroed(CheckedBytes(type, size, margin))) {}
+    : m_type(type), m_size(size),
+      m_block(AllocateZeroed(CheckedBytes(type, size, margin, "ORVA::CImage::CImage"))) {}
 
 CImage::CImage(CImage const& other)
     : IImage(other), m_type(other.m_type), m_size(other.m_size),
@@ -119,7 +140,7 @@ CImage& CImage::operator=(CImage&& other) noexcept {
 CImage::~CImage() = default;
 
 void CImage::Resize(CSize const& size, CSize const& margin) {
-  m_block = AllocateZeroed(CheckedBytes(m_type, size, margin));
+  m_block = AllocateZeroed(CheckedBytes(m_type, size, margin, "ORVA::CImage::Resize"));
   m_size = size;
 }
 
@@ -163,16 +184,12 @@ CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& las
 }
 
 CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& last) const {
-  if (write)
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
-                        "a const image cannot be opened for writing");
+  RefuseWriting(write);
   return OpenBox(false, first, last);
 }
 
 CImageAccess CImage::CreateAccess(bool write) const {
-  if (write)
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
-                        "a const image cannot be opened for writing");
+  RefuseWriting(write);
   return Open(false, CPos(), m_size);
 }
 

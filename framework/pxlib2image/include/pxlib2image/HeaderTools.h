@@ -21,8 +21,10 @@ struct PXLIB2IMAGE_EXPORT CSeluHeaderTools {
   static constexpr char c_sMetaMinMax[] = "minmax";
 
   /// Copies the information into `value` and returns true, or returns false and leaves it alone.
+  /// Both operations throw CExBadParam for a null key; a key with "/" is a path (see CValueMap).
   [[nodiscard]] static bool GetMetaInfo(IImage const& image, char const* key, CValue& value);
-  /// Stores a copy, replacing earlier information under the key.
+  /// Stores a copy, replacing earlier information under the key; throws CExBadParam, and changes
+  /// nothing, where the attribute "Header" is no map.
   static void SetMetaInfo(IImage& image, char const* key, CValue const& value);
 };
 

@@ -22,22 +22,35 @@ namespace ORVA {
 /// or assigned to meanwhile gets a block of its own. Released at the end of its life.
 class PXLIB2IMAGE_EXPORT CImageAccess {
 public:
+  CImageAccess(CImageAccess const&) = default;
+  CImageAccess& operator=(CImageAccess const&) = default;
+  CImageAccess(CImageAccess&& other) noexcept; ///< leaves the other released
+  CImageAccess& operator=(CImageAccess&& other) noexcept;
+  ~CImageAccess() = default;
+
   /// Address of the box's first voxel; null when the box is empty or the access was released.
   [[nodiscard]] std::byte const* Base() const noexcept { return m_base; }
-  /// The same for writing; throws CExBadParam on an access opened for reading.
+  /// The same for writing; throws CExBadParam on an access released or opened for reading.
   [[nodiscard]] std::byte* WritableBase() const;
-  /// Voxels of the box along axis 0, 1 or 2.
-  [[nodiscard]] int64 Extent(int axis) const noexcept { return m_extent[Index(axis)]; }
+  /// Voxels of the box along axis 0, 1 or 2; throws CExBadParam for another axis.
+  [[nodiscard]] int64 Extent(int axis) const { return m_extent[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_extent; }
-  /// Bytes from a voxel to its successor along axis 0, 1 or 2.
-  [[nodiscard]] int64 Stride(int axis) const noexcept { return m_stride[Index(axis)]; }
+  /// Bytes from a voxel to its successor along axis 0, 1 or 2 (all 0 in an empty image); throws
+  /// CExBadParam for another axis.
+  [[nodiscard]] int64 Stride(int axis) const { return m_stride[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_stride; }
+  /// Lets go of the pixels before the end of the access's life: no address, no extents.
   void Release() noexcept;
 
 private:
   friend class CImage;
   CImageAccess() = default;
-  static constexpr std::size_t Index(int axis) { return static_cast<std::size_t>(axis); }
+  static std::size_t Index(int axis) {
+    if (axis < 0 || axis > 2) [[unlikely]]
+      RaiseAxis(axis);
+    return static_cast<std::size_t>(axis);
+  }
+  [[noreturn]] static void RaiseAxis(int axis);
 
   std::shared_ptr<std::byte> m_block;
   std::byte* m_base = nullptr;
@@ -82,20 +95,21 @@ protected:
   IImage& operator=(IImage const&) = default;
 };
 
-inline constexpr IImage::CType IMAGE_BOOL{IImage::CType::EnId::Bool};           ///< 1 byte, 0 or 1
-inline constexpr IImage::CType IMAGE_BINARY_FG{IImage::CType::EnId::BinaryFg};  ///< 1 byte
-inline constexpr IImage::CType IMAGE_GREY_8{IImage::CType::EnId::Grey8};        ///< unsigned
-inline constexpr IImage::CType IMAGE_GREY_16{IImage::CType::EnId::Grey16};      ///< unsigned
-inline constexpr IImage::CType IMAGE_GREY_32{IImage::CType::EnId::Grey32};      ///< unsigned
-inline constexpr IImage::CType IMAGE_GREY_F{IImage::CType::EnId::GreyF};        ///< float
+inline constexpr IImage::CType IMAGE_BOOL{IImage::CType::EnId::Bool};          ///< 1 byte, 0 or 1
+inline constexpr IImage::CType IMAGE_BINARY_FG{IImage::CType::EnId::BinaryFg}; ///< 1 byte
+inline constexpr IImage::CType IMAGE_GREY_8{IImage::CType::EnId::Grey8};       ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_16{IImage::CType::EnId::Grey16};     ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_32{IImage::CType::EnId::Grey32};     ///< unsigned
+inline constexpr IImage::CType IMAGE_GREY_F{IImage::CType::EnId::GreyF};       ///< float
 
 /// An image that owns its pixels: x fastest, then y, then z, without gaps. A value: copies are
 /// deep, a moved-from image is empty. New pixels are 0.
 class PXLIB2IMAGE_EXPORT CImage final : public IImage {
 public:
   CImage() = default; ///< no type, dimension 0
-  /// Throws CExBadParam for a missing type or dimension, a negative extent, a size that overflows,
-  /// or a margin other than (0, 0, 0); std::bad_alloc when memory is out.
+  /// Throws CExBadParam for a missing type or dimension, a negative extent, an extent other than 1
+  /// beyond the dimension, a size that overflows, or a margin other than (0, 0, 0); std::bad_alloc
+  /// when memory is out.
   CImage(CType const& type, CSize const& size, CSize const& margin = CSize(0, 0, 0));
   CImage(CImage const& other);
   CImage(CImage&& other) noexcept;
