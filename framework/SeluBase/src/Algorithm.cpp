@@ -31,7 +31,7 @@ void CAlgorithm::SetInstance(char const* name) {
 
 void CAlgorithm::Init(CValueMap const* setup) { m_setup = setup ? *setup : CValueMap(); }
 
-void CAlgorithm::GetPluginSetup(CValueMap& setup) {
+void CAlgorithm::GetPluginSetup(CValueMap& setup) const {
   CValueMap complete(setup);
   for (auto const& [key, value] : m_setup) complete.SetEntry(key, value);
   complete.SetEntry("name", CValueString(m_name));

@@ -7,10 +7,10 @@ namespace ORVA {
 
 struct CException::StContent {
   StContent(Impl::StExLocation const& where, char const* text)
-      : timestamp(where.timestamp ? where.timestamp : ""),
-        source(where.source ? where.source : ""), function(where.function ? where.function : ""),
-        message(text ? text : ""),
-        location{timestamp.c_str(), source.c_str(), function.c_str(), where.line, 0} {}
+      : timestamp(where.timestamp ? where.timestamp : ""), source(where.source ? where.source : ""),
+        function(where.function ? where.function : ""),
+        message(text ? text : ""), location{timestamp.c_str(), source.c_str(), function.c_str(),
+                                            where.line, 0} {}
   StContent(StContent const&) = delete; // location points into the texts
   StContent& operator=(StContent const&) = delete;
 

@@ -14,18 +14,19 @@ constexpr char c_module[] = "framework/pxlib2core/Value";
 struct StKind {
   char const* name;
   CValue::EnGenericType generic;
+  char const* accessor;
 };
 
 // By EnType.
 constexpr std::array<StKind, 8> c_kinds = {{
-    {"CValue", CValue::EnGenericType::None},
-    {"CValueBool", CValue::EnGenericType::Number},
-    {"CValueLong", CValue::EnGenericType::Number},
-    {"CValueDouble", CValue::EnGenericType::Number},
-    {"CValueString", CValue::EnGenericType::Text},
-    {"CValueMap", CValue::EnGenericType::Container},
-    {"CValueVector", CValue::EnGenericType::Container},
-    {"CValuePointer", CValue::EnGenericType::Object},
+    {"CValue", CValue::EnGenericType::None, ""},
+    {"CValueBool", CValue::EnGenericType::Number, "ORVA::CValue::Bool"},
+    {"CValueLong", CValue::EnGenericType::Number, "ORVA::CValue::Long"},
+    {"CValueDouble", CValue::EnGenericType::Number, "ORVA::CValue::Double"},
+    {"CValueString", CValue::EnGenericType::Text, "ORVA::CValue::String"},
+    {"CValueMap", CValue::EnGenericType::Container, "ORVA::CValue::Map"},
+    {"CValueVector", CValue::EnGenericType::Container, "ORVA::CValue::Vector"},
+    {"CValuePointer", CValue::EnGenericType::Object, "ORVA::CValue::Pointer"},
 }};
 
 StKind const& KindOf(CValue::EnType type) { return c_kinds[static_cast<std::size_t>(type)]; }
@@ -35,9 +36,10 @@ struct IsOwner : std::false_type {};
 template <class T>
 struct IsOwner<std::unique_ptr<T>> : std::true_type {};
 
-[[noreturn]] void RaiseWrongKind(char const* found, char const* wanted) {
+[[noreturn]] void RaiseWrongKind(CValue::EnType found, CValue::EnType wanted) {
   CString message("the value is a %1, not a %2");
-  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CValue"), message.Arg(found).Arg(wanted));
+  Impl::Raise(ORVA_LOCATION(c_module, KindOf(wanted).accessor),
+              message.Arg(KindOf(found).name).Arg(KindOf(wanted).name));
 }
 
 } // namespace
@@ -101,7 +103,7 @@ char const* CValue::TypeName() const noexcept { return KindOf(Type()).name; }
 template <CValue::EnType kind>
 auto& CValue::Get() {
   if (Type() != kind) [[unlikely]]
-    RaiseWrongKind(TypeName(), KindOf(kind).name);
+    RaiseWrongKind(Type(), kind);
   return *std::get_if<static_cast<std::size_t>(kind)>(&m_content);
 }
 

@@ -10,26 +10,31 @@ namespace {
 constexpr char c_module[] = "framework/pxlib2core/ValueKey";
 
 // By EnFixedKey.
-constexpr std::array<char const*, 5> c_fixedKeys = {
-    "maximum label", "no. of objects", "no. of grayvalues", "object", "status"};
+constexpr std::array<char const*, 5> c_fixedKeys = {"maximum label", "no. of objects",
+                                                    "no. of grayvalues", "object", "status"};
 
 } // namespace
 
 CValue_Key::CValue_Key(char const* text) : m_isText(true) {
   if (text == nullptr)
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"), "key text is null");
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
+                        "key text is null");
   m_text = text;
 }
 
-CValue_Key::CValue_Key(EnFixedKey key)
-    : CValue_Key(c_fixedKeys.at(static_cast<std::size_t>(key))) {}
+CValue_Key::CValue_Key(EnFixedKey key) : m_isText(true) {
+  auto const index = static_cast<std::size_t>(key);
+  if (index >= c_fixedKeys.size())
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
+                        CString("there is no fixed key %1").Arg(static_cast<int>(key)));
+  m_text = c_fixedKeys[index];
+}
 
 std::string CValue_Key::ToString() const { return m_isText ? m_text : std::to_string(m_number); }
 
 void CValue_Key::RaiseTooLarge(uint64 number) {
   CString message("key %1 is larger than the largest 64-bit signed integer");
-  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
-                      message.Arg(CString(std::to_string(number))));
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"), message.Arg(number));
 }
 
 } // namespace ORVA

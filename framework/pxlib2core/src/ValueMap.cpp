@@ -2,6 +2,7 @@
 #include <pxlib2core/ValueMap.h>
 #include <pxlib2core/ValueVector.h>
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <span>
@@ -15,14 +16,13 @@ constexpr char c_module[] = "framework/pxlib2core/ValueMap";
 
 using Parts = std::vector<CValue_Key>;
 
-bool IsPath(CValue_Key const& key) {
-  return key.IsText() && key.ToString().find('/') != std::string::npos;
-}
+// A number key has no text and so is no path.
+bool IsPath(CValue_Key const& key) { return key.Text().find('/') != std::string::npos; }
 
 // The parts of a path; a key that is none is its own only part. Empty for a text of slashes only.
 Parts Split(CValue_Key const& key) {
   if (!IsPath(key)) return {key};
-  std::string const path = key.ToString();
+  std::string const& path = key.Text();
   Parts parts;
   for (std::size_t begin = 0; begin < path.size();) {
     std::size_t const slash = std::min(path.find('/', begin), path.size());
@@ -35,11 +35,13 @@ Parts Split(CValue_Key const& key) {
 // The number whose decimal form a text is (no sign but minus, no leading zeros).
 std::optional<int64> AsNumber(CValue_Key const& part) {
   if (!part.IsText()) return part.Number();
-  std::string const text = part.ToString();
+  std::string const& text = part.Text();
+  std::size_t const first = text.starts_with('-') ? 1 : 0;
+  bool const padded = text.size() > first && text[first] == '0' && text.size() > 1;
   int64 number = 0;
   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return std::to_string(number) == text ? std::optional(number) : std::nullopt;
+  if (padded || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
 }
 
 // The entry that a part names in a value, or null.

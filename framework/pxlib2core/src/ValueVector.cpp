@@ -7,10 +7,11 @@ namespace ORVA {
 
 namespace {
 
-[[noreturn]] void RaiseIndex(int64 index, std::size_t size) {
+constexpr char c_module[] = "framework/pxlib2core/ValueVector";
+
+[[noreturn]] void RaiseIndex(Impl::StExLocation const& location, int64 index, std::size_t size) {
   CString message("index %1 does not fit a vector of %2 values");
-  Impl::RaiseBadParam(ORVA_LOCATION("framework/pxlib2core/ValueVector", "ORVA::CValueVector"),
-                      message.Arg(index).Arg(static_cast<int64>(size)));
+  Impl::RaiseBadParam(location, message.Arg(index).Arg(size));
 }
 
 } // namespace
@@ -35,7 +36,8 @@ CValueVector& CValueVector::operator=(CValueVector&& other) noexcept {
 
 CValue& CValueVector::Entry(int64 index) {
   CValue* const found = Find(index);
-  if (found == nullptr) RaiseIndex(index, Size());
+  if (found == nullptr)
+    RaiseIndex(ORVA_LOCATION(c_module, "ORVA::CValueVector::Entry"), index, Size());
   return *found;
 }
 
@@ -46,9 +48,12 @@ CValue const& CValueVector::Entry(int64 index) const {
 void CValueVector::SetEntry(int64 index, CValue value) {
   if (index == static_cast<int64>(Size())) {
     PushBack(std::move(value));
-  } else {
-    Entry(index) = std::move(value);
+    return;
   }
+  CValue* const found = Find(index);
+  if (found == nullptr)
+    RaiseIndex(ORVA_LOCATION(c_module, "ORVA::CValueVector::SetEntry"), index, Size());
+  *found = std::move(value);
 }
 
 CValue* CValueVector::Find(int64 index) noexcept {
@@ -61,7 +66,10 @@ CValue const* CValueVector::Find(int64 index) const noexcept {
 }
 
 CValue CValueVector::Detach(int64 index) {
-  CValue taken = std::move(Entry(index));
+  CValue* const found = Find(index);
+  if (found == nullptr)
+    RaiseIndex(ORVA_LOCATION(c_module, "ORVA::CValueVector::Detach"), index, Size());
+  CValue taken = std::move(*found);
   m_values.erase(m_values.begin() + index);
   return taken;
 }

@@ -47,7 +47,7 @@ public:
   /// Keeps a copy of the setup.
   void Init(CValueMap const* setup) override;
   /// Adds the entries "name" and "instance" and those given to Init.
-  void GetPluginSetup(CValueMap& setup) override;
+  void GetPluginSetup(CValueMap& setup) const override;
 
   /// The observer must outlive the operations that it watches; null for none. Copies of the
   /// algorithm share it.

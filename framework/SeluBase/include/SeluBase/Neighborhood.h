@@ -8,6 +8,7 @@
 #include <pxlib2core/Types.h>
 
 #include <array>
+#include <cstddef>
 
 namespace ORVA {
 

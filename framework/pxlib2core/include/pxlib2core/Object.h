@@ -25,7 +25,8 @@ public:
   ~IPluginObject() override;
   /// Takes the setup; null means the defaults.
   virtual void Init(CValueMap const* setup) = 0;
-  virtual void GetPluginSetup(CValueMap& setup) = 0;
+  /// Adds to the map what Init would have to be given to set up an object like this one.
+  virtual void GetPluginSetup(CValueMap& setup) const = 0;
 };
 
 } // namespace ORVA

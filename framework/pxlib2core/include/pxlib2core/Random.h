@@ -38,8 +38,8 @@ struct StRandomStream {
 };
 
 // Constant-initialised and of the fixed TLS model, so that a draw reaches its stream by one load.
-[[gnu::tls_model("initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream
-    t_randomStream;
+[[gnu::tls_model(
+    "initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream t_randomStream;
 extern PXLIB2CORE_EXPORT constinit std::atomic<uint64> g_randomGeneration;
 
 } // namespace Impl
@@ -62,8 +62,8 @@ public:
   [[nodiscard]] std::uint32_t Rand32() { return static_cast<std::uint32_t>(Rand64() >> 32); }
   [[nodiscard]] uint64 Rand64() { return Stream().Next(); }
   /// Fills a buffer: the bytes of successive Rand64 words, lowest byte first; a last part of fewer
-  /// than 8 bytes takes the lowest bytes of one more word. A null buffer is refused with CExBadParam
-  /// unless `bytes` is 0.
+  /// than 8 bytes takes the lowest bytes of one more word. A null buffer is refused with
+  /// CExBadParam unless `bytes` is 0.
   void Rand(void* buffer, std::size_t bytes);
   /// 0 to 32767, from a small generator of its own that Seed starts anew as well.
   [[nodiscard]] int Rand15();

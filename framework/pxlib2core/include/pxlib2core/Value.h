@@ -140,9 +140,9 @@ protected:
   explicit CValue(std::unique_ptr<Impl::StObject> object);
 
 private:
-  using Content = std::variant<std::monostate, bool, std::int32_t, double, CString,
-                               std::unique_ptr<CValueMap>, std::unique_ptr<CValueVector>,
-                               std::unique_ptr<Impl::StObject>>;
+  using Content =
+      std::variant<std::monostate, bool, std::int32_t, double, CString, std::unique_ptr<CValueMap>,
+                   std::unique_ptr<CValueVector>, std::unique_ptr<Impl::StObject>>;
   [[nodiscard]] static Content CloneContent(Content const& content);
   [[nodiscard]] void* ObjectAddress(std::type_info const& type) noexcept;
   template <EnType kind>
@@ -175,13 +175,14 @@ struct CValueString : CValue {
 
 /// An object in a value: owned (moved in, copied with the value) or referred to by address.
 struct CValuePointer : CValue {
-  template <class T>
+  template <std::copy_constructible T>
   [[nodiscard]] static CValuePointer Own(T object) {
     return CValuePointer(std::make_unique<Impl::StOwnedObject<T>>(std::move(object)));
   }
-  /// The object must outlive the value and its copies.
+  /// The object must outlive the value and its copies; it is not const, as Pointer hands it out for
+  /// writing.
   template <class T>
-  [[nodiscard]] static CValuePointer Refer(T* object) {
+  requires(!std::is_const_v<T>) [[nodiscard]] static CValuePointer Refer(T* object) {
     return CValuePointer(std::make_unique<Impl::StReferredObject<T>>(object));
   }
 

@@ -27,17 +27,20 @@ public:
   CValue_Key(char const* text);
   CValue_Key(std::string text) : m_isText(true), m_text(std::move(text)) {}
   CValue_Key(CString const& text) : CValue_Key(text.Std()) {}
+  /// The text of that fixed key, such as "maximum label".
   CValue_Key(EnFixedKey key);
   /// Throws CExBadParam for an unsigned number beyond the int64 range.
   template <std::integral T>
-    requires(!std::same_as<T, bool> && !std::same_as<T, char>)
-  CValue_Key(T number) : m_number(static_cast<int64>(number)) {
+  requires(!std::same_as<T, bool> && !std::same_as<T, char>) CValue_Key(T number)
+      : m_number(static_cast<int64>(number)) {
     if (!std::in_range<int64>(number)) RaiseTooLarge(static_cast<uint64>(number));
   }
 
   [[nodiscard]] bool IsText() const noexcept { return m_isText; }
   /// The number; 0 for a text key.
   [[nodiscard]] int64 Number() const noexcept { return m_number; }
+  /// The text; empty for a number key.
+  [[nodiscard]] std::string const& Text() const noexcept { return m_text; }
   /// The text itself, or the number in decimal.
   [[nodiscard]] std::string ToString() const;
 

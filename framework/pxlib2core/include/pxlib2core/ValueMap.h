@@ -11,8 +11,9 @@
 #include <pxlib2core/ValueKey.h>
 
 #include <cstddef>
+#include <iterator>
 #include <map>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace ORVA {
@@ -33,6 +34,20 @@ public:
     const_iterator(Entries::const_iterator position) : Entries::const_iterator(position) {}
     [[nodiscard]] CValue_Key const& Key() const noexcept { return (*this)->first; }
     [[nodiscard]] CValue const& Value() const noexcept { return (*this)->second; }
+    const_iterator& operator++() noexcept {
+      return Step([](auto& at) { ++at; });
+    }
+    const_iterator& operator--() noexcept {
+      return Step([](auto& at) { --at; });
+    }
+    const_iterator operator++(int) noexcept { return std::exchange(*this, std::next(*this)); }
+    const_iterator operator--(int) noexcept { return std::exchange(*this, std::prev(*this)); }
+
+  private:
+    const_iterator& Step(auto step) noexcept {
+      step(static_cast<Entries::const_iterator&>(*this));
+      return *this;
+    }
   };
 
   CValueMap() = default;
