@@ -58,14 +58,27 @@ CValue const* Descend(CValue const* value, std::span<CValue_Key const> parts) {
   return value;
 }
 
-// The value wrapped into one new map for each part.
-CValue Wrap(std::span<CValue_Key const> parts, CValue value) {
+// A value wrapped into one new map for each part. The innermost value keeps its address when the
+// maps around it are moved, as entries of a map do.
+struct StWrapped {
+  CValue outer;
+  CValue* inner = nullptr; // null: nothing around it, the value itself is still to be placed
+
+  CValue& PlaceInto(CValue& place) && noexcept {
+    place = std::move(outer);
+    return inner != nullptr ? *inner : place;
+  }
+};
+
+StWrapped Wrap(std::span<CValue_Key const> parts, CValue value) {
+  StWrapped wrapped{std::move(value)};
   for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
     CValueMap map;
-    map.SetEntry(*part, std::move(value));
-    value = CValue(std::move(map));
+    CValue& placed = map.SetEntry(*part, std::move(wrapped.outer));
+    if (wrapped.inner == nullptr) wrapped.inner = &placed;
+    wrapped.outer = CValue(std::move(map));
   }
-  return value;
+  return wrapped;
 }
 
 [[noreturn]] void RaiseNoContainer(CValue_Key const& path, CValue_Key const& part,
@@ -75,27 +88,23 @@ CValue Wrap(std::span<CValue_Key const> parts, CValue value) {
                       message.Arg(path.ToString()).Arg(part.ToString()).Arg(found.TypeName()));
 }
 
-// Sets parts[0] .. below an existing value; the chain of new maps is complete before it goes in.
-void SetBelow(CValue& owner, CValue_Key const& path, std::span<CValue_Key const> parts,
-              CValue value) {
-  CValue wrapped = Wrap(parts.subspan(1), std::move(value));
-  auto const index = AsNumber(parts.front());
-  switch (owner.Type()) {
-  case CValue::EnType::Invalid:
-    owner = Wrap(parts.first(1), std::move(wrapped));
-    break;
-  case CValue::EnType::Map:
-    owner.Map().SetEntry(parts.front(), std::move(wrapped));
-    break;
-  case CValue::EnType::Vector:
-    if (index) {
-      owner.Vector().SetEntry(*index, std::move(wrapped));
-      break;
-    }
-    [[fallthrough]];
-  default:
+// Sets parts[0] .. below an existing value; the chain of new maps is complete before it goes in,
+// and nothing that can fail comes after.
+CValue& PutBelow(CValue& owner, CValue_Key const& path, std::span<CValue_Key const> parts,
+                 CValue value) {
+  if (!owner.IsValid()) return Wrap(parts, std::move(value)).PlaceInto(owner);
+  StWrapped wrapped = Wrap(parts.subspan(1), std::move(value));
+  CValue* place = nullptr;
+  if (owner.Type() == CValue::EnType::Map) {
+    place = &owner.Map().SetEntry(parts.front(), CValue());
+  } else if (auto const index = AsNumber(parts.front());
+             index && owner.Type() == CValue::EnType::Vector) {
+    owner.Vector().SetEntry(*index, CValue());
+    place = owner.Vector().Find(*index);
+  } else {
     RaiseNoContainer(path, parts.front(), owner);
   }
+  return std::move(wrapped).PlaceInto(*place);
 }
 
 } // namespace
@@ -151,25 +160,21 @@ CValue const& CValueMap::Entry(CValue_Key const& key, bool) const {
 
 CValue& CValueMap::Entry(CValue_Key const& key, bool create) {
   if (CValue* const found = Find(key)) return *found;
-  if (create) {
-    SetEntry(key, CValue());
-    return *Find(key);
-  }
+  if (create) return SetEntry(key, CValue());
   thread_local CValue none;
   none = CValue();
   return none;
 }
 
-void CValueMap::SetEntry(CValue_Key const& key, CValue value) {
+CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
   Parts const parts = Split(key);
   if (parts.empty())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
                         CString("path \"%1\" names no entry").Arg(key.ToString()));
   auto const top = FindHere(parts.front());
   if (top == m_entries.end()) {
-    CValue wrapped = Wrap(std::span(parts).subspan(1), std::move(value));
-    m_entries.insert_or_assign(parts.front(), std::move(wrapped));
-    return;
+    StWrapped wrapped = Wrap(std::span(parts).subspan(1), std::move(value));
+    return std::move(wrapped).PlaceInto(m_entries[parts.front()]);
   }
   // Down to the deepest value that exists, then the rest of the path below it.
   CValue* deepest = const_cast<CValue*>(&top->second);
@@ -180,11 +185,8 @@ void CValueMap::SetEntry(CValue_Key const& key, CValue value) {
     deepest = child;
     ++next;
   }
-  if (next == parts.size()) {
-    *deepest = std::move(value);
-  } else {
-    SetBelow(*deepest, key, std::span(parts).subspan(next), std::move(value));
-  }
+  if (next == parts.size()) return *deepest = std::move(value);
+  return PutBelow(*deepest, key, std::span(parts).subspan(next), std::move(value));
 }
 
 CValue CValueMap::Detach(CValue_Key const& key) {

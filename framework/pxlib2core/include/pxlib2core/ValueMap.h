@@ -70,8 +70,9 @@ public:
   CValue& Entry(CValue_Key const& key, bool create = false);
   /// The entry, or an invalid value where there is none: a const map creates nothing.
   [[nodiscard]] CValue const& Entry(CValue_Key const& key, bool create = false) const;
-  /// Sets or replaces the entry and makes the sub-maps on the way; throws as Entry does.
-  void SetEntry(CValue_Key const& key, CValue value);
+  /// Sets or replaces the entry, makes the sub-maps on the way, and gives the value in its place;
+  /// throws as Entry does.
+  CValue& SetEntry(CValue_Key const& key, CValue value);
   [[nodiscard]] bool HasEntry(CValue_Key const& key) const { return Find(key) != nullptr; }
   /// The entry, or null.
   [[nodiscard]] CValue* Find(CValue_Key const& key);
