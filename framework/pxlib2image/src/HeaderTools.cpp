@@ -11,23 +11,25 @@ constexpr char c_header[] = "Header";
 } // namespace
 
 bool CSeluHeaderTools::GetMetaInfo(IImage const& image, char const* key, CValue& value) {
+  CValue_Key const name(key); // refuses null, with or without a header
   CValue const* const header = image.Attributes().Find(c_header);
   if (header == nullptr || header->Type() != CValue::EnType::Map) return false;
-  CValue const* const found = header->Map().Find(key);
+  CValue const* const found = header->Map().Find(name);
   if (found == nullptr) return false;
   value.Copy(*found);
   return true;
 }
 
 void CSeluHeaderTools::SetMetaInfo(IImage& image, char const* key, CValue const& value) {
+  CValue_Key const name(key);
   CValueMap& attributes = image.Attributes();
   CValue* const header = attributes.Find(c_header);
   if (header == nullptr || !header->IsValid()) {
     CValueMap information;
-    information.SetEntry(key, value);
+    information.SetEntry(name, value);
     attributes.SetEntry(c_header, std::move(information));
   } else if (header->Type() == CValue::EnType::Map) {
-    header->Map().SetEntry(key, value);
+    header->Map().SetEntry(name, value);
   } else {
     CString message("the image attribute \"Header\" is a %1, not a CValueMap");
     Impl::RaiseBadParam(

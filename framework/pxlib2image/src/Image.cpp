@@ -103,7 +103,10 @@ std::byte* CImageAccess::WritableBase() const {
   return m_base;
 }
 
-void CImageAccess::Release() noexcept { *this = CImageAccess(); }
+void CImageAccess::Release() noexcept {
+  CImageAccess const released;
+  *this = released; // a copy: moving releases the source and would come back here
+}
 
 CImage::CImage(CType const& type, CSize const& size, CSize const& margin)
     : m_type(type), m_size(size),
