@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <memory>
-#include <regex>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
+#include <utility>
 
 using ORVA::CExBadParam;
 using ORVA::CException;
@@ -27,6 +29,18 @@ CException Caught(Raise raise) {
   }
   ADD_FAILURE() << "nothing was raised";
   return CException("", "");
+}
+
+// Every letter as A or a, every digit as 0, and the first place of the day as _.
+std::string Shape(std::string text) {
+  for (char& c : text) {
+    auto const byte = static_cast<unsigned char>(c);
+    if (std::isdigit(byte)) c = '0';
+    if (std::isupper(byte)) c = 'A';
+    if (std::islower(byte)) c = 'a';
+  }
+  if (text.size() > 4 && (text[4] == ' ' || text[4] == '0')) text[4] = '_';
+  return text;
 }
 
 } // namespace
@@ -142,10 +156,7 @@ TEST(Location, NamesBuildTimeModuleFunctionAndLine) {
   EXPECT_STREQ(here.source, "src/Utils/Lines");
   EXPECT_STREQ(here.function, "ORVA::CLine::Step");
   EXPECT_EQ(here.reserved, 0);
-  // Month, day and year, a hyphen, hours:minutes:seconds.
-  EXPECT_TRUE(std::regex_match(
-      here.timestamp, std::regex("[A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4}-[0-9]{2}:[0-9]{2}:[0-9]{2}")))
-      << here.timestamp;
+  EXPECT_EQ(Shape(here.timestamp), "Aaa _0 0000-00:00:00");
 }
 
 TEST(Location, LineCanBeFixedByHand) {

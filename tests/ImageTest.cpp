@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 using namespace ORVA;
@@ -291,7 +292,9 @@ TEST(ImageAccess, BoxOutsideIsRefused) {
     return "(" + std::to_string(p.x) + ", " + std::to_string(p.y) + ", " + std::to_string(p.z) +
            ")";
   };
-  for (auto const& [first, last] : boxes) {
+  for (auto const& box : boxes) {
+    auto const& first = box.first; // no structured binding: Clang 14 captures none
+    auto const& last = box.second;
     std::string const message =
         "box " + text(first) + " to " + text(last) + " is not inside an image of size (4, 3, 2)";
     test::ExpectError<CExBadParam>([&] { (void)image.CreateAccess(true, first, last); }, message,
