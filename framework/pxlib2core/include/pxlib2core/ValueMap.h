@@ -35,19 +35,15 @@ public:
     [[nodiscard]] CValue_Key const& Key() const noexcept { return (*this)->first; }
     [[nodiscard]] CValue const& Value() const noexcept { return (*this)->second; }
     const_iterator& operator++() noexcept {
-      return Step([](auto& at) { ++at; });
+      Entries::const_iterator::operator++();
+      return *this;
     }
     const_iterator& operator--() noexcept {
-      return Step([](auto& at) { --at; });
+      Entries::const_iterator::operator--();
+      return *this;
     }
     const_iterator operator++(int) noexcept { return std::exchange(*this, std::next(*this)); }
     const_iterator operator--(int) noexcept { return std::exchange(*this, std::prev(*this)); }
-
-  private:
-    const_iterator& Step(auto step) noexcept {
-      step(static_cast<Entries::const_iterator&>(*this));
-      return *this;
-    }
   };
 
   CValueMap() = default;
