@@ -1,7 +1,7 @@
 #include "ImageFile.h"
 
 #include "FileFormat.h"
-#include "Memory.h"
+#include "PixelStore.h"
 #include "Quiet.h"
 #include "Texts.h"
 
@@ -93,29 +93,45 @@ itk::ImageIOBase::Pointer MakeIo(EnFormat format) {
   throw CAppError("cannot read " + Quoted(path) + ": " + why);
 }
 
-// Runs calls of the image library in silence and turns whatever it throws into the sentence.
-template <class Calls>
-void Guarded(Calls calls, std::string const& sentence) {
-  try {
-    CQuiet quiet;
-    calls();
-  } catch (std::bad_alloc const&) {
-    throw CAppError(sentence + " (out of memory)");
-  } catch (std::exception const&) {
-    throw CAppError(sentence);
-  } catch (...) { // some readers throw plain texts
-    throw CAppError(sentence);
-  }
+// Bytes a second that any reader manages; some spin for ever on damaged headers.
+constexpr double c_slowest = 4e6;
+
+// What a file's header says, before anyone has judged it.
+struct StClaim {
+  std::vector<int64> extents; // as many as the file has
+  int64 components = 0;
+  int64 pixel = -1; // EnPixel, or -1
+};
+
+itk::ImageIOBase::Pointer OpenReader(fs::path const& path, EnFormat format) {
+  auto const io = MakeIo(format);
+  io->SetFileName(path.string());
+  io->ReadImageInformation();
+  return io;
+}
+
+// In a process of its own: extents, components and pixel type as numbers between commas.
+std::string ReadClaim(fs::path const& path, EnFormat format) {
+  auto const io = OpenReader(path, format);
+  auto const pixel = PixelOf(io->GetComponentType());
+  std::vector<int64> numbers = {pixel ? static_cast<int64>(*pixel) : -1,
+                                static_cast<int64>(io->GetNumberOfComponents())};
+  for (unsigned axis = 0; axis < io->GetNumberOfDimensions(); ++axis)
+    numbers.push_back(static_cast<int64>(io->GetDimensions(axis)));
+  return Joined(numbers, ",");
+}
+
+StClaim ClaimOf(fs::path const& path, EnFormat format) {
+  auto const answer = RunIsolated([&] { return ReadClaim(path, format); },
+                                  5 + static_cast<double>(SizeOfReadable(path)) / c_slowest);
+  auto numbers = answer ? ParseIntegers(*answer) : std::nullopt;
+  if (!numbers || numbers->size() < 3)
+    RefuseRead(path, std::string("it is damaged or no ") + FormatText(format) + " image");
+  return {{numbers->begin() + 2, numbers->end()}, (*numbers)[1], (*numbers)[0]};
 }
 
 // The extents without trailing ones beyond the second.
-std::vector<int64> Extents(itk::ImageIOBase const& io, fs::path const& path) {
-  std::vector<int64> extents;
-  for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
-    auto const extent = io.GetDimensions(axis);
-    if (extent > static_cast<itk::SizeValueType>(INT64_MAX)) RefuseRead(path, "its size is absurd");
-    extents.push_back(static_cast<int64>(extent));
-  }
+std::vector<int64> UsedExtents(std::vector<int64> extents, fs::path const& path) {
   while (extents.size() > 2 && extents.back() == 1) extents.pop_back();
   std::string const text = Joined(extents, " x ");
   if (extents.size() < 2) RefuseRead(path, "it has 1 dimension, but selu needs 2 or 3");
@@ -127,51 +143,22 @@ std::vector<int64> Extents(itk::ImageIOBase const& io, fs::path const& path) {
   return extents;
 }
 
-// What a file claims must be possible for its size; the bytes of its pixels, where it is.
-void CheckClaim(fs::path const& path, EnFormat format, std::vector<int64> const& extents,
-                EnPixel pixel) {
-  double bytes = static_cast<double>(PixelBytes(pixel));
-  for (int64 const extent : extents) bytes *= static_cast<double>(extent);
-  auto const store = PixelStoreOf(path, format);
-  if (bytes > static_cast<double>(store.bytes) * static_cast<double>(store.ratio))
-    RefuseRead(path, "its header claims " + Joined(extents, " x ") + " pixels of " +
-                         std::to_string(PixelBytes(pixel) * 8) + " bits, but the file has only " +
-                         BytesText(static_cast<double>(store.bytes)));
-  RefuseBeyondMemory(bytes, "the image " + Quoted(path));
-}
-
-struct StOpened {
-  itk::ImageIOBase::Pointer io;
-  StHeader header;
-};
-
-char const* FormatText(EnFormat format) {
-  constexpr std::array<char const*, 6> texts = {"PNG",       "TIFF",  "NRRD",
-                                                "MetaImage", "NIfTI", "DICOM"};
-  return texts[static_cast<std::size_t>(format)];
-}
-
-StOpened Open(fs::path const& path) {
-  EnFormat const format = FormatOfFile(path);
-  (void)PixelStoreOf(path, format); // before a reader could wait for a pipe
-  auto const io = MakeIo(format);
-  Guarded(
-      [&] {
-        io->SetFileName(path.string());
-        io->ReadImageInformation();
-      },
-      "cannot read " + Quoted(path) + ": it is damaged or no " + FormatText(format) + " image");
-  auto const extents = Extents(*io, path);
-  auto const pixel = PixelOf(io->GetComponentType());
-  if (!pixel) RefuseRead(path, "its pixel type is unknown");
-  if (io->GetNumberOfComponents() != 1)
-    RefuseRead(path, "it has " + std::to_string(io->GetNumberOfComponents()) +
+StHeader Judge(StClaim const& claim, fs::path const& path, EnFormat format) {
+  auto const extents = UsedExtents(claim.extents, path);
+  if (claim.pixel < 0) RefuseRead(path, "its pixel type is unknown");
+  if (claim.components != 1)
+    RefuseRead(path, "it has " + std::to_string(claim.components) +
                          " components per pixel, but selu needs grey values: one");
-  CheckClaim(path, format, extents, *pixel);
-  return {io,
-          {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
-                               : ORVA::CSize(extents[0], extents[1], extents[2]),
-           *pixel}};
+  auto const pixel = static_cast<EnPixel>(claim.pixel);
+  CheckClaim(path, format, extents, PixelBytes(pixel));
+  return {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
+                              : ORVA::CSize(extents[0], extents[1], extents[2]),
+          pixel};
+}
+
+StHeader OpenHeader(fs::path const& path, EnFormat format) {
+  CheckPixelStore(path, format);
+  return Judge(ClaimOf(path, format), path, format);
 }
 
 itk::ImageIORegion WholeRegion(itk::ImageIOBase const& io) {
@@ -193,43 +180,52 @@ bool HasOwnGreyLevels(EnPixel pixel) noexcept {
   return pixel == EnPixel::UInt8 || pixel == EnPixel::UInt16 || pixel == EnPixel::UInt32;
 }
 
-CRawImage::CRawImage(StHeader const& header) : m_header(header) {
-  if (HasOwnGreyLevels(header.pixel)) {
-    m_grey = ORVA::CImage(GreyType(header.pixel), header.size);
-  } else {
-    auto const pixels = static_cast<std::size_t>(header.size.x) *
-                        static_cast<std::size_t>(header.size.y) *
-                        static_cast<std::size_t>(header.size.z);
-    m_other.resize(pixels * PixelBytes(header.pixel));
-  }
+CRawImage::CRawImage(StHeader const& header)
+    : m_header(header),
+      m_pixels(static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
+               static_cast<std::size_t>(header.size.z) * PixelBytes(header.pixel)) {}
+
+ORVA::CImage CRawImage::ToGrey() const {
+  ORVA::CImage image(GreyType(m_header.pixel), m_header.size);
+  std::memcpy(image.CreateAccess(true).WritableBase(), m_pixels.Bytes().data(), image.Bytes());
+  return image;
 }
 
-std::span<std::byte> CRawImage::Bytes() {
-  if (HasOwnGreyLevels(m_header.pixel))
-    return {m_grey.CreateAccess(true).WritableBase(), m_grey.Bytes()};
-  return m_other;
-}
-
-std::span<std::byte const> CRawImage::Bytes() const {
-  if (HasOwnGreyLevels(m_header.pixel)) return {m_grey.CreateAccess(false).Base(), m_grey.Bytes()};
-  return m_other;
-}
-
-StHeader ReadHeader(fs::path const& path) { return Open(path).header; }
+StHeader ReadHeader(fs::path const& path) { return OpenHeader(path, FormatOfFile(path)); }
 
 CRawImage ReadImage(fs::path const& path) {
-  StOpened const opened = Open(path);
-  CRawImage image(opened.header);
-  Guarded(
+  EnFormat const format = FormatOfFile(path);
+  StHeader const header = OpenHeader(path, format);
+  CRawImage image(header);
+  auto const answer = RunIsolated(
       [&] {
-        opened.io->SetIORegion(WholeRegion(*opened.io));
-        opened.io->Read(image.Bytes().data());
+        auto const io = OpenReader(path, format);
+        // The file may have changed since its header was judged.
+        if (static_cast<std::size_t>(io->GetImageSizeInBytes()) != image.Bytes().size())
+          throw CAppError("another size");
+        io->SetIORegion(WholeRegion(*io));
+        io->Read(image.Bytes().data());
+        return std::string("whole");
       },
-      "cannot read " + Quoted(path) + ": the file is damaged or cut off");
+      30 + static_cast<double>(image.Bytes().size()) / c_slowest);
+  if (!answer) RefuseRead(path, "the file is damaged or cut off");
   return image;
 }
 
 namespace {
+
+// Runs calls of the image library in silence and turns whatever it throws into the sentence.
+template <class Calls>
+void Guarded(Calls calls, std::string const& sentence) {
+  try {
+    CQuiet quiet;
+    calls();
+  } catch (std::bad_alloc const&) {
+    throw CAppError(sentence + " (out of memory)");
+  } catch (...) {
+    throw CAppError(sentence);
+  }
+}
 
 EnPixel PixelOfImage(ORVA::IImage::CType type) {
   if (type == ORVA::IMAGE_GREY_16) return EnPixel::UInt16;
@@ -286,7 +282,10 @@ void WriteImage(CAtomicFile& file, ORVA::CImage const& image) {
   Guarded([&] { WritePixels(*io, file.Temporary(), image); }, sentence);
   // Some writers overlook a full disk.
   bool same = false;
-  Guarded([&] { same = HoldsTheSame(file.Temporary(), image); }, sentence);
+  try {
+    same = HoldsTheSame(file.Temporary(), image);
+  } catch (CAppError const&) { // the sentence about reading would name the temporary
+  }
   if (!same) throw CAppError(sentence);
 }
 

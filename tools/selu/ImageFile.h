@@ -8,6 +8,7 @@
 
 #include "AtomicFile.h"
 #include "Errors.h"
+#include "Isolated.h"
 
 #include <pxlib2image/Image.h>
 
@@ -40,21 +41,21 @@ public:
   explicit CRawImage(StHeader const& header);
   [[nodiscard]] ORVA::CSize Size() const noexcept { return m_header.size; }
   [[nodiscard]] EnPixel Pixel() const noexcept { return m_header.pixel; }
-  [[nodiscard]] std::span<std::byte> Bytes();
-  [[nodiscard]] std::span<std::byte const> Bytes() const;
-  /// The pixels as a framework image, without a copy; for types with grey levels of their own.
-  [[nodiscard]] ORVA::CImage TakeGrey() && { return std::move(m_grey); }
+  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_pixels.Bytes(); }
+  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_pixels.Bytes(); }
+  /// A copy as framework image; for types with grey levels of their own.
+  [[nodiscard]] ORVA::CImage ToGrey() const;
 
 private:
   StHeader m_header;
-  ORVA::CImage m_grey;            // where the framework has the pixel type
-  std::vector<std::byte> m_other; // where it has not
+  CSharedBuffer m_pixels;
 };
 
 /// Both throw CAppError, with one sentence that names the file, for whatever is not a whole image
 /// with one component a pixel, two or three dimensions (further extents of 1 are left out) and at
 /// least one pixel. Nothing that a file merely claims is allocated: the extents must be possible
-/// for the file's size and for the machine's memory.
+/// for the file's size and for the machine's memory. The reading itself happens in a process of its
+/// own, since damaged files bring the readers of some formats down.
 [[nodiscard]] StHeader ReadHeader(std::filesystem::path const& path);
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
 

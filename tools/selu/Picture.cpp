@@ -190,7 +190,7 @@ void CPicture::ColourBar(StBox const& box, Colour (*ramp)(double) noexcept,
     Line(box.x + box.width, y, box.x + box.width + 5, y, c_faint);
     Text(box.x + box.width + 9, y, tick.text, {.size = 12, .colour = c_faint});
   }
-  Text(box.x, box.y - 14, title, {});
+  Text(box.x, box.y - 20, title, {});
 }
 
 std::string CPicture::Finish() {

@@ -45,7 +45,8 @@ void CProgressBar::Draw() {
 std::string TimeText(double seconds) {
   auto const total = static_cast<long long>(std::ceil(std::clamp(seconds, 0.0, 3.6e8)));
   auto const two = [](long long value) {
-    return std::string(1, static_cast<char>('0' + value / 10)) + static_cast<char>('0' + value % 10);
+    return std::string(1, static_cast<char>('0' + value / 10)) +
+           static_cast<char>('0' + value % 10);
   };
   if (total < 3600) return std::to_string(total / 60) + ":" + two(total % 60);
   return std::to_string(total / 3600) + ":" + two(total / 60 % 60) + ":" + two(total % 60);

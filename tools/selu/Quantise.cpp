@@ -171,9 +171,9 @@ StLevels MeasureLevels(CRawImage const& image, std::optional<StRange> const& ran
   return result;
 }
 
-ORVA::CImage ToGrey(CRawImage&& image, std::optional<StRange> const& range,
+ORVA::CImage ToGrey(CRawImage const& image, std::optional<StRange> const& range,
                     std::filesystem::path const& path) {
-  if (!range && HasOwnGreyLevels(image.Pixel())) return std::move(image).TakeGrey();
+  if (!range && HasOwnGreyLevels(image.Pixel())) return image.ToGrey();
   if (!range) {
     StLevels values;
     VisitPixels(image, [&](auto pixels) { MeasureRange(pixels, values); });

@@ -2,7 +2,7 @@
 //
 //   auto range = ParseRange("-200,300");
 //   StLevels levels = MeasureLevels(raw, range);   // value range, levels used, voxels that survive
-//   ORVA::CImage grey = ToGrey(std::move(raw), range, "scan.nrrd");
+//   ORVA::CImage grey = ToGrey(raw, range, "scan.nrrd");
 #pragma once
 
 #include "ImageFile.h"
@@ -44,7 +44,7 @@ struct StLevels {
 /// The image whose grey levels the texture counts: unsigned 8, 16 and 32-bit pixels as they are,
 /// others (and these, with a range) mapped to 8 bits: rounded, clamped, NaN to 0. Throws CAppError
 /// for a type that needs a range and has none; `path` and the value range are in the sentence.
-[[nodiscard]] ORVA::CImage ToGrey(CRawImage&& image, std::optional<StRange> const& range,
+[[nodiscard]] ORVA::CImage ToGrey(CRawImage const& image, std::optional<StRange> const& range,
                                   std::filesystem::path const& path);
 
 /// The warning for an image that keeps few of its values, or an empty text.

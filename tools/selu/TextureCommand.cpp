@@ -114,6 +114,14 @@ void Compute(StTexture& texture, CImage const& grey, std::vector<Direction> cons
   }
 }
 
+CImage ReadGrey(std::string const& path, std::optional<StRange> const& range) {
+  CRawImage const raw = ReadImage(path);
+  CImage grey = ToGrey(raw, range, path);
+  auto const warning = CollapseWarning(raw, range, path);
+  if (!warning.empty()) PrintNote("warning: " + warning);
+  return grey;
+}
+
 std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
   if (options.matrix.empty()) return std::nullopt;
   CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
@@ -147,11 +155,7 @@ void Run(StOptions const& options) {
   auto matrix = OpenMatrix(options);
   auto picture = OpenPicture(options);
 
-  CRawImage raw = ReadImage(options.image);
-  auto const warning = CollapseWarning(raw, texture.range, options.image);
-  CImage const grey = ToGrey(std::move(raw), texture.range, options.image);
-  if (!warning.empty()) PrintNote("warning: " + warning);
-  Compute(texture, grey, directions);
+  Compute(texture, ReadGrey(options.image, texture.range), directions);
 
   // Everything is made before the first file gets its name.
   if (matrix) WriteImage(*matrix, texture.matrices);

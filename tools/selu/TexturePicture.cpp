@@ -3,7 +3,10 @@
 #include "Texture.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstring>
+#include <numeric>
 
 namespace selu {
 namespace {
@@ -14,26 +17,53 @@ using ORVA::int64;
 constexpr double c_margin = 40, c_top = 128;
 constexpr double c_mapLeft = 104, c_mapSize = 530;
 constexpr double c_barLeft = c_mapLeft + c_mapSize + 18, c_barWidth = 16;
-constexpr double c_tableLeft = 790, c_nameWidth = 250, c_columnLeast = 62, c_columnMost = 110;
+constexpr double c_tableLeft = 790, c_nameWidth = 250, c_columnLeast = 70, c_columnMost = 110;
 constexpr double c_thumbGap = 18, c_thumbLeast = 120, c_thumbMost = 200;
 constexpr double c_tableBottomGap = 96;
 constexpr std::size_t c_mostDirections = 40; // a wider page would not be read
 
-// The counts, and the part of the grey levels that any direction uses.
+// The counts, and the grey levels to show: all from the least to the greatest that any direction
+// uses, or where these are few and scattered, the used ones alone.
 class CMatrices {
 public:
   CMatrices(ORVA::CImage const& image, std::size_t count) : m_access(image.CreateAccess(false)) {
     for (std::size_t s = 0; s < count; ++s) Include(static_cast<int64>(s));
-    constexpr int least = 8; // levels shown even where fewer are used
-    if (m_high < m_low) m_low = 0, m_high = 255;
-    m_high = std::min(255, std::max(m_high, m_low + least - 1));
-    m_low = std::max(0, std::min(m_low, m_high - least + 1));
+    for (int level = 0; level < 256; ++level)
+      if (m_used[static_cast<std::size_t>(level)]) m_levels.push_back(level);
+    constexpr std::size_t few = 24;
+    if (m_levels.empty()) m_levels = {0, 255};
+    m_scattered = m_levels.size() <= few;
+    if (m_scattered) return;
+    int const low = m_levels.front(), high = m_levels.back();
+    m_levels.resize(static_cast<std::size_t>(high - low + 1));
+    std::iota(m_levels.begin(), m_levels.end(), low);
   }
 
-  [[nodiscard]] int Low() const noexcept { return m_low; }
-  [[nodiscard]] int Levels() const noexcept { return m_high - m_low + 1; }
+  [[nodiscard]] int Levels() const noexcept { return static_cast<int>(m_levels.size()); }
   [[nodiscard]] double Most() const noexcept { return m_most; }
 
+  /// Ticks stand at the middle of their level's cell.
+  [[nodiscard]] std::vector<StTick> Ticks() const {
+    double const low = m_levels.front() - 0.5;
+    if (!m_scattered) return LinearTicks(low, low + Levels(), 6);
+    std::vector<StTick> ticks;
+    for (std::size_t k = 0; k < m_levels.size(); ++k)
+      ticks.push_back({(static_cast<double>(k) + 0.5) / Levels(), std::to_string(m_levels[k])});
+    return ticks;
+  }
+
+  /// Colours of the levels shown: i to the right, j upwards.
+  [[nodiscard]] std::vector<Colour> Cells(std::size_t s) const {
+    std::vector<Colour> colours;
+    for (auto j = m_levels.rbegin(); j != m_levels.rend(); ++j)
+      for (int const i : m_levels) {
+        auto const count = Count(static_cast<int64>(s), i, *j);
+        colours.push_back(count == 0 ? c_empty : SequentialRamp(LogarithmicShare(count, m_most)));
+      }
+    return colours;
+  }
+
+private:
   [[nodiscard]] std::uint32_t Count(int64 s, int64 i, int64 j) const {
     std::uint32_t count = 0;
     std::memcpy(&count,
@@ -43,31 +73,20 @@ public:
     return count;
   }
 
-  /// Colours of the used part: i to the right, j upwards.
-  [[nodiscard]] std::vector<Colour> Cells(std::size_t s) const {
-    std::vector<Colour> colours;
-    for (int row = 0; row < Levels(); ++row)
-      for (int column = 0; column < Levels(); ++column) {
-        auto const count = Count(static_cast<int64>(s), m_low + column, m_high - row);
-        colours.push_back(count == 0 ? c_empty : SequentialRamp(LogarithmicShare(count, m_most)));
-      }
-    return colours;
-  }
-
-private:
   void Include(int64 s) {
-    for (int i = 0; i < 256; ++i)
-      for (int j = 0; j < 256; ++j) {
-        auto const count = Count(s, i, j);
+    for (std::size_t i = 0; i < 256; ++i)
+      for (std::size_t j = 0; j < 256; ++j) {
+        auto const count = Count(s, static_cast<int64>(i), static_cast<int64>(j));
         if (count == 0) continue;
-        m_low = std::min({m_low, i, j});
-        m_high = std::max({m_high, i, j});
+        m_used[i] = m_used[j] = true;
         m_most = std::max(m_most, static_cast<double>(count));
       }
   }
 
   ORVA::CImageAccess m_access;
-  int m_low = 255, m_high = 0;
+  std::array<bool, 256> m_used{};
+  std::vector<int> m_levels;
+  bool m_scattered = false;
   double m_most = 1;
 };
 
@@ -75,15 +94,15 @@ private:
 struct StLayout {
   explicit StLayout(std::size_t count) {
     auto const n = static_cast<double>(count);
-    column = std::clamp(806 / n, c_columnLeast, c_columnMost);
-    width = std::max(1880.0, c_tableLeft + c_nameWidth + column * n + c_margin);
+    column = std::clamp(910 / n, c_columnLeast, c_columnMost);
+    width = std::ceil(c_tableLeft + c_nameWidth + std::max(column * n, 260.0) + c_margin);
     double const room = width - 2 * c_margin;
     double const thumbs = std::max(n - 1, 1.0);
     thumb = std::clamp(room / thumbs - c_thumbGap, c_thumbLeast, c_thumbMost);
     thumbsInRow = static_cast<std::size_t>((room + c_thumbGap) / (thumb + c_thumbGap));
     thumbTop = c_top + c_mapSize + c_tableBottomGap;
     auto const rows = static_cast<double>((count - 1 + thumbsInRow - 1) / thumbsInRow);
-    height = thumbTop + rows * (thumb + 34) + (rows > 0 ? 16 : 0);
+    height = std::ceil(thumbTop + rows * (thumb + 34) + (rows > 0 ? 16 : -24));
   }
   double column, width, height, thumb, thumbTop;
   std::size_t thumbsInRow;
@@ -114,9 +133,7 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
                {.size = 15, .bold = true});
   picture.Cells(box, levels, levels, matrices.Cells(0));
   picture.Frame(box, c_hairline);
-  // Ticks stand at the middle of their level's cell.
-  double const low = matrices.Low() - 0.5;
-  auto const ticks = LinearTicks(low, low + levels, 6);
+  auto const ticks = matrices.Ticks();
   picture.AxisBelow(box, ticks, "grey level i of a voxel");
   picture.AxisLeft(box, ticks, "grey level j of the voxel displaced from it");
   picture.ColourBar({c_barLeft, c_top, c_barWidth, c_mapSize}, SequentialRamp,
@@ -138,8 +155,8 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
                         layout.column, row.height};
     double const share = high > low ? (value - low) / (high - low) : 0;
     picture.Fill({cell.x + 1, cell.y + 1, cell.width - 2, cell.height - 2}, SoftRamp(share));
-    picture.Text(cell.x + cell.width / 2, cell.y + cell.height / 2, Rounded(value, 3),
-                 {.size = 12, .align = EnAlign::Centre});
+    picture.Text(cell.x + cell.width / 2, cell.y + cell.height / 2, Rounded(value, 4),
+                 {.size = 11, .align = EnAlign::Centre});
   }
 }
 
