@@ -1,0 +1,77 @@
+#include "Application.h"
+
+#include "Commands.h"
+#include "Errors.h"
+#include "Output.h"
+#include "Signals.h"
+
+#include <CLI/CLI.hpp>
+
+#include <new>
+#include <string>
+
+namespace selu {
+namespace {
+
+// The first line of a text without its full stop; a sentence of ours has none.
+std::string OneLine(std::string text) {
+  text.resize(std::min(text.find('\n'), text.size()));
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
+void AddCommands(CLI::App& app) {
+  app.name("selu");
+  app.set_version_flag("--version", "selu " SELU_VERSION);
+  app.require_subcommand(1);
+  app.footer("Example:\n  selu texture brick.png --picture brick-texture.png\n\n"
+             "Each command has a help page of its own: selu texture --help");
+  AddInfoCommand(app);
+  AddTextureCommand(app);
+  AddSynthCommand(app);
+}
+
+// Help and version come as exceptions, too, with exit code 0.
+int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
+  if (error.get_exit_code() != 0) throw CUsageError(OneLine(error.what()) + " (see selu --help)");
+  std::ostringstream out;
+  (void)app.exit(error, out, out);
+  PrintOut(out.str());
+  return 0;
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app(
+      "Texture of 2D and 3D grey-value images: co-occurrence matrices and Haralick features");
+  AddCommands(app);
+  try {
+    app.parse(argc, argv);
+  } catch (CLI::ParseError const& error) {
+    return AnswerParseError(app, error);
+  }
+  return 0;
+}
+
+int Report(std::string const& sentence, int code) noexcept {
+  PrintNote(sentence);
+  return code;
+}
+
+} // namespace
+
+int RunApplication(int argc, char** argv) noexcept {
+  try {
+    InstallSignalHandlers();
+    return Run(argc, argv);
+  } catch (CUsageError const& error) {
+    return Report(error.what(), c_exitUsage);
+  } catch (std::bad_alloc const&) {
+    return Report("out of memory", c_exitError);
+  } catch (std::exception const& error) {
+    return Report(OneLine(error.what()), c_exitError);
+  } catch (...) {
+    return Report("an unknown error", c_exitError);
+  }
+}
+
+} // namespace selu

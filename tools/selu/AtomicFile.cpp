@@ -1,0 +1,130 @@
+#include "AtomicFile.h"
+
+#include "Errors.h"
+#include "FileFormat.h"
+#include "Texts.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace selu {
+namespace fs = std::filesystem;
+namespace {
+
+class CDescriptor {
+public:
+  CDescriptor(fs::path const& path, int flags, mode_t mode = 0)
+      : m_descriptor(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
+  CDescriptor(CDescriptor const&) = delete;
+  CDescriptor& operator=(CDescriptor const&) = delete;
+  ~CDescriptor() { (void)Close(); }
+  [[nodiscard]] bool IsOpen() const noexcept { return m_descriptor >= 0; }
+  [[nodiscard]] int Get() const noexcept { return m_descriptor; }
+  /// 0, or the error that the system had kept until now.
+  [[nodiscard]] int Close() noexcept {
+    int const result = m_descriptor >= 0 && ::close(m_descriptor) != 0 ? errno : 0;
+    m_descriptor = -1;
+    return result;
+  }
+
+private:
+  int m_descriptor;
+};
+
+// The file behind symbolic links, also where that does not exist yet.
+fs::path Resolve(fs::path path) {
+  std::error_code error;
+  for (int links = 0; links < 40 && fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+    fs::path const next = fs::read_symlink(path, error);
+    if (error) break;
+    path = path.parent_path() / next;
+  }
+  return path;
+}
+
+fs::path FolderOf(fs::path const& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+fs::path TemporaryPath(fs::path const& folder, fs::path const& target) {
+  static std::atomic<int> count = 0;
+  return folder /
+         (".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count++) + EndingOf(target));
+}
+
+} // namespace
+
+CAtomicFile::CAtomicFile(fs::path const& target) : m_target(target), m_resolved(Resolve(target)) {
+  if (target.empty()) throw CAppError("the name of the output file is empty");
+  struct stat status = {};
+  bool const exists = ::stat(m_resolved.c_str(), &status) == 0;
+  if (!exists && errno != ENOENT) Fail(errno);
+  if (exists && S_ISDIR(status.st_mode)) Fail(EISDIR);
+  if (exists && ::access(m_resolved.c_str(), W_OK) != 0) Fail(errno);
+  m_replaces = !exists || S_ISREG(status.st_mode);
+
+  fs::path const folder = m_replaces ? FolderOf(m_resolved) : fs::temp_directory_path();
+  if (!fs::is_directory(folder))
+    throw CAppError("cannot write " + Quoted(target) + ": there is no folder " + Quoted(folder));
+  m_temporary = std::make_unique<CTemporaryName>(TemporaryPath(folder, target));
+  CDescriptor file(Temporary(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+  if (!file.IsOpen()) Fail(errno);
+  // A file that is replaced keeps its permissions.
+  if (exists && m_replaces && ::fchmod(file.Get(), status.st_mode & 07777) != 0) Fail(errno);
+}
+
+void CAtomicFile::Fail(int error) const {
+  throw CAppError("cannot write " + Quoted(m_target) + ": " + SystemText(error));
+}
+
+void CAtomicFile::Write(std::string_view bytes) {
+  CDescriptor file(Temporary(), O_WRONLY | O_TRUNC);
+  if (!file.IsOpen()) Fail(errno);
+  if (int const error = WriteAll(file.Get(), bytes); error != 0) Fail(error);
+  if (int const error = file.Close(); error != 0) Fail(error);
+}
+
+void CAtomicFile::Commit() {
+  if (!m_replaces) return CopyInto(m_resolved);
+  CDescriptor file(Temporary(), O_RDONLY);
+  if (!file.IsOpen() || ::fsync(file.Get()) != 0) Fail(errno);
+  if (::rename(Temporary().c_str(), m_resolved.c_str()) != 0) Fail(errno);
+}
+
+void CAtomicFile::CopyInto(fs::path const& device) const {
+  CDescriptor from(Temporary(), O_RDONLY), to(device, O_WRONLY);
+  if (!from.IsOpen() || !to.IsOpen()) Fail(errno);
+  std::array<char, 1 << 16> buffer;
+  while (true) {
+    ssize_t const count = ::read(from.Get(), buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) Fail(errno);
+    if (count == 0) break;
+    int const error = WriteAll(to.Get(), {buffer.data(), static_cast<std::size_t>(count)});
+    if (error != 0) Fail(error);
+  }
+  if (int const error = to.Close(); error != 0) Fail(error);
+}
+
+void WriteAtomically(fs::path const& target, std::string_view bytes) {
+  CAtomicFile file(target);
+  file.Write(bytes);
+  file.Commit();
+}
+
+int WriteAll(int descriptor, std::string_view bytes) noexcept {
+  while (!bytes.empty()) {
+    ssize_t const count = ::write(descriptor, bytes.data(), bytes.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return 0;
+}
+
+} // namespace selu

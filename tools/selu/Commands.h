@@ -1,0 +1,18 @@
+// The subcommands: each registers its options and, as callback, what it does.
+//
+//   CLI::App app;
+//   AddInfoCommand(app);
+//   app.parse(argc, argv);          // runs the command that was named
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace selu {
+
+void AddInfoCommand(CLI::App& app);
+void AddTextureCommand(CLI::App& app);
+void AddSynthCommand(CLI::App& app);
+
+} // namespace selu

@@ -1,0 +1,106 @@
+// Image files as they are on disk: every pixel type, 2D or 3D, one component.
+//
+//   StHeader header = ReadHeader("scan.nii.gz");         // extents and pixel type, no pixels
+//   CRawImage image = ReadImage("scan.nii.gz");          // the pixels in their own type
+//   VisitPixels(image, [](auto pixels) { ... std::span<T const> ... });
+//   WriteImage(atomicFile, grey);                        // a CImage, by the file's ending
+#pragma once
+
+#include "AtomicFile.h"
+#include "Errors.h"
+#include "Isolated.h"
+
+#include <pxlib2image/Image.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <utility>
+
+namespace selu {
+
+enum class EnPixel { UInt8, Int8, UInt16, Int16, UInt32, Int32, UInt64, Int64, Float, Double };
+
+/// Such as "unsigned 16-bit integer".
+[[nodiscard]] char const* PixelText(EnPixel pixel) noexcept;
+/// Such as "uint16".
+[[nodiscard]] char const* PixelName(EnPixel pixel) noexcept;
+[[nodiscard]] std::size_t PixelBytes(EnPixel pixel) noexcept;
+/// Unsigned with 8, 16 or 32 bits: the types that have grey levels without a range.
+[[nodiscard]] bool HasOwnGreyLevels(EnPixel pixel) noexcept;
+
+struct StHeader {
+  ORVA::CSize size;
+  EnPixel pixel = EnPixel::UInt8;
+};
+
+/// An image with the pixels of its file, x fastest.
+class CRawImage {
+public:
+  explicit CRawImage(StHeader const& header);
+  [[nodiscard]] ORVA::CSize Size() const noexcept { return m_header.size; }
+  [[nodiscard]] EnPixel Pixel() const noexcept { return m_header.pixel; }
+  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_pixels.Bytes(); }
+  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_pixels.Bytes(); }
+  /// A copy as framework image; for types with grey levels of their own.
+  [[nodiscard]] ORVA::CImage ToGrey() const;
+
+private:
+  StHeader m_header;
+  CSharedBuffer m_pixels;
+};
+
+/// Both throw CAppError, with one sentence that names the file, for whatever is not a whole image
+/// with one component a pixel, two or three dimensions (further extents of 1 are left out) and at
+/// least one pixel. Nothing that a file merely claims is allocated: the extents must be possible
+/// for the file's size and for the machine's memory. The reading itself happens in a process of its
+/// own, since damaged files bring the readers of some formats down.
+[[nodiscard]] StHeader ReadHeader(std::filesystem::path const& path);
+[[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
+
+/// Refuses, with CAppError, what WriteImage could not write under this name: an unknown ending or a
+/// pixel type or dimension that the format does not hold.
+void CheckImageOutput(std::filesystem::path const& path, ORVA::IImage::CType type, int dimension);
+/// Writes a framework image of 8, 16 or 32-bit or floating-point pixels to the file's temporary and
+/// reads it back to be sure; the file is not committed.
+void WriteImage(CAtomicFile& file, ORVA::CImage const& image);
+
+namespace Impl {
+template <class T, class Function>
+decltype(auto) CallWith(CRawImage const& image, Function&& function) {
+  auto const bytes = image.Bytes();
+  return std::forward<Function>(function)(
+      std::span<T const>(reinterpret_cast<T const*>(bytes.data()), bytes.size() / sizeof(T)));
+}
+} // namespace Impl
+
+/// Calls the function with the pixels as a span of their type.
+template <class Function>
+decltype(auto) VisitPixels(CRawImage const& image, Function&& function) {
+  switch (image.Pixel()) {
+  case EnPixel::UInt8:
+    return Impl::CallWith<std::uint8_t>(image, function);
+  case EnPixel::Int8:
+    return Impl::CallWith<std::int8_t>(image, function);
+  case EnPixel::UInt16:
+    return Impl::CallWith<std::uint16_t>(image, function);
+  case EnPixel::Int16:
+    return Impl::CallWith<std::int16_t>(image, function);
+  case EnPixel::UInt32:
+    return Impl::CallWith<std::uint32_t>(image, function);
+  case EnPixel::Int32:
+    return Impl::CallWith<std::int32_t>(image, function);
+  case EnPixel::UInt64:
+    return Impl::CallWith<std::uint64_t>(image, function);
+  case EnPixel::Int64:
+    return Impl::CallWith<std::int64_t>(image, function);
+  case EnPixel::Float:
+    return Impl::CallWith<float>(image, function);
+  case EnPixel::Double:
+    return Impl::CallWith<double>(image, function);
+  }
+  throw CAppError("unknown pixel type");
+}
+
+} // namespace selu

@@ -1,0 +1,45 @@
+#include "Output.h"
+
+#include "AtomicFile.h"
+#include "Errors.h"
+#include "Texts.h"
+
+#include <cstdlib>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace selu {
+
+void PrintOut(std::string_view text) {
+  if (int const error = WriteAll(STDOUT_FILENO, text); error != 0)
+    throw CAppError("cannot write to standard output: " + SystemText(error));
+}
+
+void PrintNote(std::string_view text) noexcept {
+  // Nobody can be told that standard error failed.
+  (void)WriteAll(STDERR_FILENO, "selu: ");
+  (void)WriteAll(STDERR_FILENO, text);
+  (void)WriteAll(STDERR_FILENO, "\n");
+}
+
+bool StderrIsTerminal() noexcept {
+  char const* const kind = std::getenv("TERM");
+  return ::isatty(STDERR_FILENO) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
+}
+
+int OutputColumns() noexcept {
+  constexpr int page = 120;
+  winsize size = {};
+  bool const known = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return known ? size.ws_col : page;
+}
+
+std::string CsvField(std::string_view text) {
+  if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
+  std::string quoted = "\"";
+  for (char const c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return quoted + "\"";
+}
+
+} // namespace selu

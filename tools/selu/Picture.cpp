@@ -1,0 +1,236 @@
+#include "Picture.h"
+
+#include "Errors.h"
+#include "Texts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include <cairo-svg.h>
+#include <cairo.h>
+
+namespace selu {
+namespace {
+
+extern "C" cairo_status_t AppendBytes(void* closure, unsigned char const* data,
+                                      unsigned int length) {
+  try {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<char const*>(data), length);
+    return CAIRO_STATUS_SUCCESS;
+  } catch (...) { // no exception may cross Cairo
+    return CAIRO_STATUS_NO_MEMORY;
+  }
+}
+
+void Check(cairo_status_t status) {
+  if (status != CAIRO_STATUS_SUCCESS)
+    throw CAppError(std::string("the picture cannot be drawn: ") + cairo_status_to_string(status));
+}
+
+std::uint32_t Rgb24(Colour colour) {
+  auto const part = [](double share) {
+    return static_cast<std::uint32_t>(std::clamp(share, 0.0, 1.0) * 255 + 0.5);
+  };
+  return part(colour.red) << 16 | part(colour.green) << 8 | part(colour.blue);
+}
+
+using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+
+// Cells enlarged to whole pixels, so that no viewer blurs them.
+Surface CellSurface(int columns, int rows, int scale, std::vector<Colour> const& colours) {
+  Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, columns * scale, rows * scale),
+                  cairo_surface_destroy);
+  Check(cairo_surface_status(surface.get()));
+  unsigned char* const data = cairo_image_surface_get_data(surface.get());
+  int const stride = cairo_image_surface_get_stride(surface.get());
+  for (int y = 0; y < rows * scale; ++y) {
+    auto* const row =
+        reinterpret_cast<std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
+    for (int x = 0; x < columns * scale; ++x)
+      row[x] = Rgb24(colours[static_cast<std::size_t>(y / scale * columns + x / scale)]);
+  }
+  cairo_surface_mark_dirty(surface.get());
+  return surface;
+}
+
+} // namespace
+
+struct CPicture::StCairo {
+  std::string bytes; // of an SVG while it grows
+  bool svg = false;
+  Surface surface{nullptr, cairo_surface_destroy};
+  Context context{nullptr, cairo_destroy};
+};
+
+CPicture::CPicture(double width, double height, std::string const& ending)
+    : m_cairo(std::make_unique<StCairo>()) {
+  m_cairo->svg = ending == ".svg";
+  m_cairo->surface.reset(
+      m_cairo->svg
+          ? cairo_svg_surface_create_for_stream(AppendBytes, &m_cairo->bytes, width, height)
+          : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(std::ceil(width)),
+                                       static_cast<int>(std::ceil(height))));
+  Check(cairo_surface_status(m_cairo->surface.get()));
+  m_cairo->context.reset(cairo_create(m_cairo->surface.get()));
+  Check(cairo_status(m_cairo->context.get()));
+  Fill({0, 0, width, height}, c_paper);
+}
+
+CPicture::~CPicture() = default;
+
+void CPicture::Use(Colour colour) {
+  cairo_set_source_rgb(m_cairo->context.get(), colour.red, colour.green, colour.blue);
+}
+
+void CPicture::Style(StTextStyle const& style) {
+  cairo_select_font_face(m_cairo->context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
+                         style.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+  cairo_set_font_size(m_cairo->context.get(), style.size);
+}
+
+double CPicture::TextWidth(std::string const& text, StTextStyle const& style) {
+  Style(style);
+  cairo_text_extents_t extents;
+  cairo_text_extents(m_cairo->context.get(), text.c_str(), &extents);
+  return extents.x_advance;
+}
+
+void CPicture::Text(double x, double y, std::string const& text, StTextStyle const& style) {
+  auto* const context = m_cairo->context.get();
+  double const share = style.align == EnAlign::Left ? 0 : style.align == EnAlign::Centre ? 0.5 : 1;
+  double const shift = share * TextWidth(text, style);
+  cairo_save(context);
+  cairo_translate(context, x, y);
+  if (style.upwards) cairo_rotate(context, -1.5707963267948966);
+  constexpr double halfCapital = 0.36; // of the font's size
+  cairo_move_to(context, -shift, halfCapital * style.size);
+  Use(style.colour);
+  cairo_show_text(context, text.c_str());
+  cairo_restore(context);
+}
+
+void CPicture::TextWithin(double x, double y, double width, std::string text,
+                          StTextStyle const& style) {
+  std::size_t keep = text.size();
+  std::string shown = text;
+  while (keep > 4 && TextWidth(shown, style) > width) {
+    --keep;
+    shown = text.substr(0, keep / 2) + "..." + text.substr(text.size() - (keep - keep / 2));
+  }
+  Text(x, y, shown, style);
+}
+
+void CPicture::Line(double x0, double y0, double x1, double y1, Colour colour, double width) {
+  auto* const context = m_cairo->context.get();
+  Use(colour);
+  cairo_set_line_width(context, width);
+  cairo_move_to(context, x0, y0);
+  cairo_line_to(context, x1, y1);
+  cairo_stroke(context);
+}
+
+void CPicture::Fill(StBox const& box, Colour colour) {
+  Use(colour);
+  cairo_rectangle(m_cairo->context.get(), box.x, box.y, box.width, box.height);
+  cairo_fill(m_cairo->context.get());
+}
+
+void CPicture::Frame(StBox const& box, Colour colour, double width) {
+  Use(colour);
+  cairo_set_line_width(m_cairo->context.get(), width);
+  cairo_rectangle(m_cairo->context.get(), box.x, box.y, box.width, box.height);
+  cairo_stroke(m_cairo->context.get());
+}
+
+void CPicture::Cells(StBox const& box, int columns, int rows, std::vector<Colour> const& colours) {
+  auto* const context = m_cairo->context.get();
+  int const scale = std::max(1, static_cast<int>(std::ceil(box.width / columns)));
+  Surface const cells = CellSurface(columns, rows, scale, colours);
+  cairo_save(context);
+  cairo_translate(context, box.x, box.y);
+  cairo_scale(context, box.width / (columns * scale), box.height / (rows * scale));
+  cairo_set_source_surface(context, cells.get(), 0, 0);
+  cairo_rectangle(context, 0, 0, columns * scale, rows * scale);
+  cairo_fill(context);
+  cairo_restore(context);
+}
+
+void CPicture::AxisBelow(StBox const& box, std::vector<StTick> const& ticks,
+                         std::string const& title) {
+  double const y = box.y + box.height;
+  for (auto const& tick : ticks) {
+    double const x = box.x + tick.place * box.width;
+    Line(x, y, x, y + 5, c_faint);
+    Text(x, y + 15, tick.text, {.size = 12, .align = EnAlign::Centre, .colour = c_faint});
+  }
+  Text(box.x + box.width / 2, y + 38, title, {.align = EnAlign::Centre});
+}
+
+void CPicture::AxisLeft(StBox const& box, std::vector<StTick> const& ticks,
+                        std::string const& title) {
+  for (auto const& tick : ticks) {
+    double const y = box.y + (1 - tick.place) * box.height;
+    Line(box.x - 5, y, box.x, y, c_faint);
+    Text(box.x - 9, y, tick.text, {.size = 12, .align = EnAlign::Right, .colour = c_faint});
+  }
+  Text(box.x - 48, box.y + box.height / 2, title, {.align = EnAlign::Centre, .upwards = true});
+}
+
+void CPicture::ColourBar(StBox const& box, Colour (*ramp)(double) noexcept,
+                         std::vector<StTick> const& ticks, std::string const& title) {
+  constexpr int steps = 256;
+  std::vector<Colour> colours;
+  for (int i = 0; i < steps; ++i) colours.push_back(ramp(1 - (i + 0.5) / steps));
+  Cells(box, 1, steps, colours);
+  Frame(box, c_hairline);
+  for (auto const& tick : ticks) {
+    double const y = box.y + (1 - tick.place) * box.height;
+    Line(box.x + box.width, y, box.x + box.width + 5, y, c_faint);
+    Text(box.x + box.width + 9, y, tick.text, {.size = 12, .colour = c_faint});
+  }
+  Text(box.x, box.y - 20, title, {});
+}
+
+std::string CPicture::Finish() {
+  Check(cairo_status(m_cairo->context.get()));
+  if (!m_cairo->svg)
+    Check(cairo_surface_write_to_png_stream(m_cairo->surface.get(), AppendBytes, &m_cairo->bytes));
+  m_cairo->context.reset();
+  cairo_surface_finish(m_cairo->surface.get());
+  Check(cairo_surface_status(m_cairo->surface.get()));
+  return std::move(m_cairo->bytes);
+}
+
+std::vector<StTick> LinearTicks(double low, double high, int wanted) {
+  double const rough = (high - low) / std::max(wanted, 1);
+  double const power = std::pow(10, std::floor(std::log10(rough)));
+  double const factor = rough / power <= 1   ? 1
+                        : rough / power <= 2 ? 2
+                        : rough / power <= 5 ? 5
+                                             : 10;
+  double const step = factor * power;
+  std::vector<StTick> ticks;
+  for (double k = std::ceil(low / step); k * step <= high; ++k)
+    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step, 6)});
+  return ticks;
+}
+
+double LogarithmicShare(double count, double high) noexcept {
+  return high > 1 ? std::log(count) / std::log(high) : 1;
+}
+
+std::vector<StTick> LogarithmicTicks(double high) {
+  std::vector<StTick> ticks;
+  for (double count = 1; count <= high; count *= 10) {
+    double const place = high > 1 ? LogarithmicShare(count, high) : 0.5;
+    // The highest tick is the largest count; a power of ten close below would run into it.
+    if (count == high || place < 0.95) ticks.push_back({place, Rounded(count, 10)});
+  }
+  if (ticks.empty() || ticks.back().text != Rounded(high, 10))
+    ticks.push_back({1, Rounded(high, 10)});
+  return ticks;
+}
+
+} // namespace selu

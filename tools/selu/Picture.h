@@ -1,0 +1,83 @@
+// Drawing with Cairo: texts, lines, boxes, cells, axes and colour bars on a white page.
+//
+//   CPicture picture(800, 600, ".png");
+//   picture.Text(400, 30, "title", {.size = 20, .align = EnAlign::Centre});
+//   picture.Cells({60, 60, 500, 500}, 256, 256, colours);
+//   std::string bytes = picture.Finish();               // the PNG or SVG file
+#pragma once
+
+#include "Colours.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace selu {
+
+/// A box in points of the page, y downwards.
+struct StBox {
+  double x, y, width, height;
+};
+
+enum class EnAlign { Left, Centre, Right };
+
+struct StTextStyle {
+  double size = 13;
+  EnAlign align = EnAlign::Left;
+  Colour colour = c_ink;
+  bool bold = false;
+  bool upwards = false; ///< rotated by 90 degrees, from bottom to top
+};
+
+/// A tick of an axis: where (0 to 1 along the axis) and what stands there.
+struct StTick {
+  double place;
+  std::string text;
+};
+
+/// About `wanted` round numbers between low and high, placed on an axis from low to high.
+[[nodiscard]] std::vector<StTick> LinearTicks(double low, double high, int wanted);
+/// Powers of ten from 1 to high, placed on a logarithmic axis from 1 to high, and high itself.
+[[nodiscard]] std::vector<StTick> LogarithmicTicks(double high);
+/// Place of a count from 1 to high on that axis.
+[[nodiscard]] double LogarithmicShare(double count, double high) noexcept;
+
+/// Throws CAppError when Cairo fails.
+class CPicture {
+public:
+  /// `ending` is ".png" or ".svg"; a point is a pixel of a PNG.
+  CPicture(double width, double height, std::string const& ending);
+  CPicture(CPicture const&) = delete;
+  CPicture& operator=(CPicture const&) = delete;
+  ~CPicture();
+
+  /// (x, y) is the text's middle height, and its left end, centre or right end.
+  void Text(double x, double y, std::string const& text, StTextStyle const& style = {});
+  /// Shortened in the middle to the width.
+  void TextWithin(double x, double y, double width, std::string text,
+                  StTextStyle const& style = {});
+  [[nodiscard]] double TextWidth(std::string const& text, StTextStyle const& style);
+  void Line(double x0, double y0, double x1, double y1, Colour colour, double width = 1);
+  void Fill(StBox const& box, Colour colour);
+  void Frame(StBox const& box, Colour colour, double width = 1);
+  /// A grid of cells in sharp colours, rows from the top, row by row.
+  void Cells(StBox const& box, int columns, int rows, std::vector<Colour> const& colours);
+  /// Ticks and their texts below a box, and left of it (upwards).
+  void AxisBelow(StBox const& box, std::vector<StTick> const& ticks, std::string const& title);
+  void AxisLeft(StBox const& box, std::vector<StTick> const& ticks, std::string const& title);
+  /// A ramp from bottom to top with ticks on its right.
+  void ColourBar(StBox const& box, Colour (*ramp)(double) noexcept,
+                 std::vector<StTick> const& ticks, std::string const& title);
+
+  /// Ends the drawing; the file's bytes.
+  [[nodiscard]] std::string Finish();
+
+private:
+  struct StCairo;
+  void Use(Colour colour);
+  void Style(StTextStyle const& style);
+
+  std::unique_ptr<StCairo> m_cairo;
+};
+
+} // namespace selu

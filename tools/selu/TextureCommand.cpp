@@ -1,0 +1,204 @@
+#include "AtomicFile.h"
+#include "Commands.h"
+#include "Errors.h"
+#include "FileFormat.h"
+#include "Memory.h"
+#include "Output.h"
+#include "Progress.h"
+#include "Texts.h"
+#include "Texture.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace selu {
+namespace {
+
+using ORVA::CCooccurrence;
+using ORVA::CImage;
+using ORVA::CSize;
+using ORVA::int64;
+
+struct StOptions {
+  std::string image, range, format = "table", matrix, picture;
+  std::vector<std::string> directions;
+  bool all = false;
+};
+
+// A direction as written, before the image is known.
+struct StGiven {
+  std::string text;
+  std::vector<int64> components;
+};
+
+StGiven ParseDirection(std::string const& text) {
+  auto const numbers = ParseIntegers(text);
+  if (!numbers || numbers->size() < 2 || numbers->size() > 3)
+    throw CUsageError("--direction needs whole numbers dx,dy[,dz], not \"" + text + "\"");
+  for (auto const number : *numbers)
+    if (number < INT32_MIN || number > INT32_MAX)
+      throw CUsageError("--direction needs numbers of 32 bits, not \"" + text + "\"");
+  return {text, *numbers};
+}
+
+void CheckAxis(int64 step, int64 extent, char axis, std::string const& text) {
+  if (std::abs(step) >= extent)
+    throw CAppError("the direction " + text + " is as long as the image or longer along " + axis +
+                    " (" + std::to_string(extent) + (extent == 1 ? " voxel)" : " voxels)"));
+}
+
+Direction FitDirection(StGiven const& given, CSize const& size) {
+  auto const& d = given.components;
+  if (size.Dim() == 3 && d.size() == 2)
+    throw CAppError("the direction " + given.text + " needs dz, since the image is 3D");
+  if (size.Dim() == 2 && d.size() == 3 && d[2] != 0)
+    throw CAppError("the direction " + given.text + " needs dz = 0, since the image is 2D");
+  Direction const direction(static_cast<long>(d[0]), static_cast<long>(d[1]),
+                            d.size() == 3 ? static_cast<long>(d[2]) : 0);
+  CheckAxis(direction.x, size.x, 'x', given.text);
+  CheckAxis(direction.y, size.y, 'y', given.text);
+  CheckAxis(direction.z, size.z, 'z', given.text);
+  return direction;
+}
+
+std::vector<Direction> FitDirections(StOptions const& options, std::vector<StGiven> given,
+                                     CSize const& size) {
+  if (given.empty() || options.all) {
+    auto const count = static_cast<std::size_t>(CCooccurrence::NumberOfDirections(size.Dim()));
+    for (std::size_t s = 0; s < count; ++s) {
+      auto const& d = CCooccurrence::m_cDirections[s];
+      given.push_back({DirectionText(d, size.Dim()), {d.x, d.y, d.z}});
+    }
+  }
+  std::vector<Direction> directions;
+  for (auto const& one : given) directions.push_back(FitDirection(one, size));
+  return directions;
+}
+
+int64 PairsOf(CSize const& size, Direction const& d) {
+  return (size.x - std::abs(d.x)) * (size.y - std::abs(d.y)) * (size.z - std::abs(d.z));
+}
+
+// Matrix s of `all` from the only one of `one`.
+void CopyMatrix(CImage& all, int64 s, CImage const& one) {
+  auto const to = all.CreateAccess(true);
+  auto const from = one.CreateAccess(false);
+  for (int64 j = 0; j < 256; ++j)
+    for (int64 i = 0; i < 256; ++i)
+      std::memcpy(to.WritableBase() + s * to.Stride(0) + i * to.Stride(1) + j * to.Stride(2),
+                  from.Base() + i * from.Stride(1) + j * from.Stride(2), sizeof(std::uint32_t));
+}
+
+void Compute(StTexture& texture, CImage const& grey, std::vector<Direction> const& directions) {
+  constexpr int64 stepsOfOne = 3; // what ComputeMatrixAndFeatures advances by
+  auto const count = static_cast<int64>(directions.size());
+  CProgressBar bar("counting pairs", count * stepsOfOne);
+  CCooccurrence cooccurrence("texture", nullptr);
+  cooccurrence.SetProgressObserver(&bar);
+  texture.matrices = CImage(ORVA::IMAGE_GREY_32, CSize(count, 256, 256));
+  CImage one(ORVA::IMAGE_GREY_32, CSize(1, 256, 256));
+  for (int64 s = 0; s < count; ++s) {
+    Direction direction = directions[static_cast<std::size_t>(s)];
+    ORVA::CValueMap map;
+    cooccurrence.ComputeMatrixAndFeatures(one, grey, &direction, &map);
+    CopyMatrix(texture.matrices, s, one);
+    StDirectionTexture& result = texture.directions.emplace_back();
+    result.direction = direction;
+    result.pairs = PairsOf(grey.Size(), direction);
+    for (std::size_t f = 0; f < c_featureNames.size(); ++f)
+      result.features[f] = map.Entry(c_featureNames[f]).Double();
+  }
+}
+
+CImage ReadGrey(std::string const& path, std::optional<StRange> const& range) {
+  CRawImage const raw = ReadImage(path);
+  CImage grey = ToGrey(raw, range, path);
+  auto const warning = CollapseWarning(raw, range, path);
+  if (!warning.empty()) PrintNote("warning: " + warning);
+  return grey;
+}
+
+std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
+  if (options.matrix.empty()) return std::nullopt;
+  CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
+  return std::optional<CAtomicFile>(std::in_place, options.matrix);
+}
+
+std::optional<CAtomicFile> OpenPicture(StOptions const& options) {
+  if (options.picture.empty()) return std::nullopt;
+  std::string const ending = EndingOf(options.picture);
+  if (ending != ".png" && ending != ".svg")
+    throw CAppError("cannot write " + Quoted(options.picture) + ": a picture ends in .png or .svg");
+  return std::optional<CAtomicFile>(std::in_place, options.picture);
+}
+
+std::string Formatted(StOptions const& options, StTexture const& texture) {
+  if (options.format == "json") return ToJson(texture);
+  if (options.format == "csv") return ToCsv(texture);
+  return ToTable(texture, OutputColumns());
+}
+
+void Run(StOptions const& options) {
+  StTexture texture;
+  texture.image = options.image;
+  if (!options.range.empty()) texture.range = ParseRange(options.range);
+  std::vector<StGiven> given;
+  for (auto const& text : options.directions) given.push_back(ParseDirection(text));
+  StHeader const header = ReadHeader(options.image);
+  texture.size = header.size;
+  texture.pixel = header.pixel;
+  auto const directions = FitDirections(options, std::move(given), header.size);
+  auto matrix = OpenMatrix(options);
+  auto picture = OpenPicture(options);
+
+  Compute(texture, ReadGrey(options.image, texture.range), directions);
+
+  // Everything is made before the first file gets its name.
+  if (matrix) WriteImage(*matrix, texture.matrices);
+  if (picture) picture->Write(DrawTexture(texture, EndingOf(options.picture)));
+  if (matrix) matrix->Commit();
+  if (picture) picture->Commit();
+  PrintOut(Formatted(options, texture));
+}
+
+} // namespace
+
+void AddTextureCommand(CLI::App& app) {
+  auto const options = std::make_shared<StOptions>();
+  CLI::App* const command =
+      app.add_subcommand("texture", "Co-occurrence matrices and the 13 Haralick features");
+  command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
+      ->required();
+  command
+      ->add_option("--direction", options->directions,
+                   "dx,dy,dz (2D: dx,dy), the displacement in voxels; may be given repeatedly")
+      ->take_all()
+      ->expected(1);
+  command->add_flag("--all-directions", options->all,
+                    "the 13 directions to the neighbours, in 2D 4; taken when no other is given");
+  command->add_option("--range", options->range,
+                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
+  command->add_option("--format", options->format, "table, json or csv")
+      ->check(CLI::IsMember({"table", "json", "csv"}))
+      ->capture_default_str();
+  command->add_option("--matrix", options->matrix,
+                      "write the counts as an image (.nrrd, .mha, .nii.gz): C[i][j] of direction s "
+                      "at x = s, y = i, z = j");
+  command->add_option("--picture", options->picture,
+                      "draw the matrices and the features (.png or .svg)");
+  command->footer(
+      "Grey levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
+      "floating-point pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are "
+      "clamped.\n\n"
+      "Examples:\n"
+      "  selu texture brick.png --picture brick-texture.png\n"
+      "  selu texture scan.nii.gz --range -200,300 --direction 1,0,0 --direction 0,0,2 "
+      "--format csv");
+  command->callback([options] { Run(*options); });
+}
+
+} // namespace selu

@@ -1,0 +1,165 @@
+#include "TiffPages.h"
+
+#include "Errors.h"
+#include "FileFormat.h"
+#include "Texts.h"
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace selu {
+namespace {
+
+using Word = std::uint64_t;
+
+// Tags of a page's directory that matter here.
+enum EnTag : Word {
+  SubfileType = 254,
+  Width = 256,
+  Length = 257,
+  StripOffsets = 273,
+  StripBytes = 279,
+  TileOffsets = 324,
+  TileBytes = 325
+};
+
+struct StPage {
+  Word next = 0, width = 0, length = 0;
+  bool preview = false;
+};
+
+// Numbers of a TIFF file in its byte order; each read is checked against the file's end.
+class CTiffFile {
+public:
+  explicit CTiffFile(std::filesystem::path const& path)
+      : m_path(path), m_size(SizeOfReadable(path)), m_file(path, std::ios::binary) {
+    m_bigEndian = Bytes(0, 1)[0] == 'M';
+    m_big = Number(2, 2) == 43;
+    m_first = m_big ? Number(8, 8) : Number(4, 4);
+  }
+
+  [[nodiscard]] Word FirstPage() const noexcept { return m_first; }
+
+  [[nodiscard]] StPage Page(Word place) {
+    Word const countBytes = m_big ? 8 : 2, entryBytes = m_big ? 20 : 12;
+    Word const count = Number(place, countBytes);
+    if (count > 4096) Fail();
+    StPage page;
+    std::vector<Word> offsets, sizes;
+    for (Word i = 0; i < count; ++i)
+      Entry(place + countBytes + i * entryBytes, page, offsets, sizes);
+    if (offsets.size() != sizes.size()) Fail();
+    for (std::size_t i = 0; i < offsets.size(); ++i)
+      if (offsets[i] > m_size || sizes[i] > m_size - offsets[i]) Fail();
+    page.next = Number(place + countBytes + count * entryBytes, m_big ? 8 : 4);
+    return page;
+  }
+
+  [[noreturn]] void Fail(char const* why = "the file is damaged or cut off") const {
+    throw CAppError("cannot read " + Quoted(m_path) + ": " + why);
+  }
+
+private:
+  std::array<unsigned char, 8> Bytes(Word place, Word count) {
+    if (place > m_size || count > m_size - place) Fail();
+    std::array<unsigned char, 8> bytes{};
+    m_file.seekg(static_cast<std::streamoff>(place));
+    if (!m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count)))
+      Fail();
+    return bytes;
+  }
+
+  Word Number(Word place, Word count) {
+    auto const bytes = Bytes(place, count);
+    Word value = 0;
+    for (std::size_t i = 0; i < count; ++i)
+      value = value << 8 | bytes[m_bigEndian ? i : static_cast<std::size_t>(count) - 1 - i];
+    return value;
+  }
+
+  // Bytes of a number of type 0, 1, ...; 0 where there is no such type.
+  static Word TypeBytes(Word type) {
+    constexpr std::array<Word, 19> bytes = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4,
+                                            8, 4, 8, 4, 0, 0, 8, 8, 8};
+    return type < bytes.size() ? bytes[type] : 0;
+  }
+
+  // Where the values of an entry are, which must be inside the file, and how many: in the entry
+  // itself where they fit, else where it points to.
+  std::pair<Word, Word> Place(Word entry, Word bytes) {
+    Word const room = m_big ? 8 : 4, count = Number(entry + 4, room);
+    if (bytes == 0 || count > m_size / bytes) Fail();
+    Word const inside = entry + 4 + room;
+    Word const place = count * bytes <= room ? inside : Number(inside, room);
+    if (place > m_size || count * bytes > m_size - place) Fail();
+    return {place, count};
+  }
+
+  std::vector<Word> Values(Word entry) {
+    Word const bytes = TypeBytes(Number(entry + 2, 2));
+    auto const [place, count] = Place(entry, bytes);
+    std::vector<Word> values(count);
+    for (Word i = 0; i < count; ++i) values[i] = Number(place + i * bytes, bytes);
+    return values;
+  }
+
+  Word Value(Word entry) {
+    auto const values = Values(entry);
+    return values.empty() ? 0 : values.front();
+  }
+
+  void Entry(Word entry, StPage& page, std::vector<Word>& offsets, std::vector<Word>& sizes) {
+    switch (Number(entry, 2)) {
+    case SubfileType:
+      page.preview = (Value(entry) & 1) != 0;
+      break;
+    case Width:
+      page.width = Value(entry);
+      break;
+    case Length:
+      page.length = Value(entry);
+      break;
+    case StripOffsets:
+    case TileOffsets:
+      offsets = Values(entry);
+      break;
+    case StripBytes:
+    case TileBytes:
+      sizes = Values(entry);
+      break;
+    default:
+      break;
+    }
+  }
+
+  std::filesystem::path m_path;
+  Word m_size;
+  std::ifstream m_file;
+  bool m_bigEndian = false, m_big = false;
+  Word m_first = 0;
+};
+
+} // namespace
+
+void CheckTiffPages(std::filesystem::path const& path) {
+  CTiffFile file(path);
+  std::set<Word> seen; // a chain of directories that bites its tail would never end
+  std::optional<StPage> first;
+  for (Word place = file.FirstPage(); place != 0;) {
+    if (!seen.insert(place).second) file.Fail();
+    StPage const page = file.Page(place);
+    place = page.next;
+    if (page.preview) continue;
+    if (!first) first = page;
+    if (page.width != first->width || page.length != first->length)
+      file.Fail("its pages differ in size");
+  }
+}
+
+} // namespace selu
