@@ -50,7 +50,7 @@ install_packages() {
 }
 
 # As many compilers at once as there are processors and memory for: 1.5 GiB each.
-jobs() {
+build_jobs() {
   local kib
   kib=$(awk '/^MemAvailable:/ { print $2 }' /proc/meminfo)
   local by_memory=$((kib / 1572864)) processors
