@@ -138,19 +138,21 @@ void ExpectExactlyInEveryWay(StGreyBlock const& block, Triple d, StPairScratch& 
 
 // ---------------------------------------------------------------------------------------------
 
+// All extents from 0 to 4, all directions that stay inside or lead just out.
 TEST(PairCounting, TinyImagesInEveryDirection) {
   test::CRandomNumbers random;
   StPairScratch scratch;
   Counts counts(c_nCells);
   for (std::int64_t code = 0; code < 125; ++code) {
-    Triple const extent{code % 5, code / 5 % 5, code / 25};
-    StImage const image = MakeNoise(c_layouts[0], extent, 1, random);
-    for (std::int64_t d = 0; d < 729; ++d) {
-      Triple const direction{d % 9 - 4, d / 9 % 9 - 4, d / 81 - 4};
-      ASSERT_TRUE(CountPairs(image.block, direction, AsSpan(counts), scratch));
-      ExpectExactly(counts, image.block, direction);
-      if (HasFailure()) return;
-    }
+    auto const [nx, ny, nz] = Triple{code % 5, code / 5 % 5, code / 25};
+    StImage const image = MakeNoise(c_layouts[0], {nx, ny, nz}, 1, random);
+    for (std::int64_t dx = -nx; dx <= nx; ++dx)
+      for (std::int64_t dy = -ny; dy <= ny; ++dy)
+        for (std::int64_t dz = -nz; dz <= nz; ++dz) {
+          ASSERT_TRUE(CountPairs(image.block, {dx, dy, dz}, AsSpan(counts), scratch));
+          ExpectExactly(counts, image.block, {dx, dy, dz});
+          if (HasFailure()) return;
+        }
   }
 }
 
@@ -299,6 +301,16 @@ TEST(PairCounting, MorePairsThan32BitsWhoseCellsAllFit) {
   EXPECT_EQ(counts[0x0404], 32767 * times);
   EXPECT_EQ(counts[0x0304], times);
   EXPECT_EQ(std::ranges::count(counts, 0U), std::ptrdiff_t{c_nCells - 3});
+}
+
+// 2^32 pairs that fit, and after them a cell that does not.
+TEST(PairCounting, CellTooLargeAfterTheFirstBatchIsRefused) {
+  std::vector<std::byte> rows(2 * 65536, std::byte{3});
+  std::fill_n(rows.begin(), 32768, std::byte{4});
+  std::fill_n(rows.begin() + 32768, 32768, std::byte{5});
+  StGreyBlock const block{rows.data(), {65536, 65536, 2}, {1, 0, 65536}, 1};
+  Counts counts(c_nCells);
+  EXPECT_FALSE(CountPairs(block, {0, 0, 0}, AsSpan(counts)));
 }
 
 // The scratch memory of a refused image serves the next one.

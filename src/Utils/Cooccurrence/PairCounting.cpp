@@ -28,6 +28,8 @@ struct StRowPair {
   }
 };
 
+using AllOfBlock = std::make_index_sequence<c_nBlockPairs>;
+
 // Inlined always: a call would move the block from registers to memory and back.
 template <class Block, std::size_t... I>
 [[gnu::always_inline]] inline void CountBlock(Block const& block, Tables tables,
@@ -52,16 +54,13 @@ void CountShortRow(StRowPair row, std::int64_t n, Tables tables) noexcept {
     ++tables[i % 2][PairIndex<Bytes>(row.a, row.b)];
 }
 
-// The pairs after the last whole block of a row. They too may belong to a run, which shows in the
-// block that ends with the row; its other pairs are counted already.
-template <class Block, int Bytes>
-void CountRest(StRowPair row, std::int64_t n, Tables tables) noexcept {
-  Block const last = row.From(n - c_nBlockPairs).template Load<Block, Bytes>();
-  if (last == last.Run()) {
-    tables[0][last.First()] += static_cast<std::uint32_t>(n);
-  } else {
-    CountShortRow<Bytes>(row, n, tables);
-  }
+// The last `n` pairs of a block. The rows of an image leave the same number over, so that the
+// comparisons are foreseen.
+template <class Block, std::size_t... I>
+[[gnu::always_inline]] inline void CountLast(Block const& block, std::size_t n, Tables tables,
+                                             std::index_sequence<I...>) noexcept {
+  (static_cast<void>(I + n >= c_nBlockPairs ? ++tables[I % 2][block.template Index<I>()] : 0U),
+   ...);
 }
 
 template <class Block, int Bytes>
@@ -75,12 +74,19 @@ void CountRow(StRowPair row, std::int64_t n, Tables tables) noexcept {
       length += RunLength<Block, Bytes>(row.From(length), n - length, run);
       tables[0][block.First()] += static_cast<std::uint32_t>(length);
     } else {
-      CountBlock(block, tables, std::make_index_sequence<c_nBlockPairs>());
+      CountBlock(block, tables, AllOfBlock());
     }
     row = row.From(length);
     n -= length;
   } while (n >= c_nBlockPairs);
-  if (n > 0) CountRest<Block, Bytes>(row, n, tables);
+  if (n == 0) return;
+  // The rest is the end of the row's last block, the other pairs of which are counted already.
+  Block const last = row.From(n - c_nBlockPairs).template Load<Block, Bytes>();
+  if (last == last.Run()) {
+    tables[0][last.First()] += static_cast<std::uint32_t>(n);
+  } else {
+    CountLast(last, static_cast<std::size_t>(n), tables, AllOfBlock());
+  }
 }
 
 // The counters of one call. A batch of pairs goes into 32-bit tables that cannot overflow within
