@@ -100,7 +100,8 @@ TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.csv"}, "the ending must be one of");
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.png"}, "PNG holds no volumes");
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.tif"}, "32-bit");
-  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"}, "no folder");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"},
+                "no folder");
   EXPECT_EQ(Files(), Arguments{"a.nrrd"});
 }
 

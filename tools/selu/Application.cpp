@@ -65,7 +65,7 @@ int Run(int argc, char** argv) {
   } catch (CLI::RequiredError const& error) {
     std::string const unknown = UnknownCommand(app, argc, argv);
     if (unknown.empty()) return AnswerParseError(app, error);
-    throw CUsageError("there is no command " + Quoted(unknown) + " (see selu --help)");
+    throw CUsageError("there is no command or option " + Quoted(unknown) + " (see selu --help)");
   } catch (CLI::ParseError const& error) {
     return AnswerParseError(app, error);
   }
