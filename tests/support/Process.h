@@ -34,7 +34,7 @@ struct StProcessOptions {
 };
 
 struct StProcessResult {
-  int code = -1; ///< exit code, or 1000 + signal
+  int code = -1; ///< -1: no process or terminal was to be had; else exit code, or 1000 + signal
   std::string out, error;
 };
 
@@ -96,6 +96,11 @@ inline StProcessResult RunProcess(std::vector<std::string> const& command,
   }
   ::close(out[1]);
   ::close(error[1]);
+  if (child < 0) {
+    ::close(out[0]);
+    ::close(error[0]);
+    return {};
+  }
   if (options.terminal) ::close(error[0]);
   std::thread interrupter([&] {
     if (options.interruptAfter < 0) return;
