@@ -106,13 +106,13 @@ TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
 }
 
 TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {
-  if (::geteuid() != 0) GTEST_SKIP() << "needs root to give its rights up";
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root, who gives rights up";
   Write("a.nrrd", "old");
   fs::create_directory(Folder() / "locked");
   ::chmod(Path("a.nrrd").c_str(), 0444);
   ::chmod(Path("locked").c_str(), 0555);
-  ExpectFailure(Synth("a.nrrd"), "Permission denied", 1, {.nobody = true});
-  ExpectFailure(Synth("locked/a.nrrd"), "Permission denied", 1, {.nobody = true});
+  ExpectFailure(Synth("a.nrrd"), "Permission denied", 1, {.obeysPermissions = true});
+  ExpectFailure(Synth("locked/a.nrrd"), "Permission denied", 1, {.obeysPermissions = true});
   EXPECT_EQ(Read("a.nrrd"), "old");
   EXPECT_EQ(Files(), (Arguments{"a.nrrd", "locked"}));
 }

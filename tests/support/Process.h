@@ -15,8 +15,10 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,17 +26,17 @@
 namespace test {
 
 struct StProcessOptions {
-  std::string outFile = {};   ///< standard output goes there instead of being caught
-  std::string folder = {};    ///< working folder
-  long fileLimit = -1;        ///< bytes that a file may have
-  bool nobody = false;        ///< gives up root's rights first
-  double interruptAfter = -1; ///< seconds until SIGINT
-  int signal = SIGINT;        ///< what to send then
-  bool terminal = false;      ///< standard error is a terminal; caught in `error`
+  std::string outFile = {};      ///< standard output goes there instead of being caught
+  std::string folder = {};       ///< working folder
+  long fileLimit = -1;           ///< bytes that a file may have
+  bool obeysPermissions = false; ///< root gives up the right to pass over them
+  double interruptAfter = -1;    ///< seconds until SIGINT
+  int signal = SIGINT;           ///< what to send then
+  bool terminal = false;         ///< standard error is a terminal; caught in `error`
 };
 
 struct StProcessResult {
-  int code = -1; ///< exit code, or 1000 + signal
+  int code = -1; ///< -1: no process or terminal was to be had; else exit code, or 1000 + signal
   std::string out, error;
 };
 
@@ -53,8 +55,10 @@ namespace Impl {
     rlimit const limit = {bytes, bytes};
     ::setrlimit(RLIMIT_FSIZE, &limit);
   }
-  constexpr unsigned nobody = 65534;
-  if (options.nobody && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) ::_exit(126);
+  // Root without these obeys the permissions of its own files, and still reaches the program.
+  for (auto const capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH})
+    if (options.obeysPermissions && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0)
+      ::_exit(126);
   std::vector<char*> arguments;
   for (auto const& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
@@ -96,6 +100,11 @@ inline StProcessResult RunProcess(std::vector<std::string> const& command,
   }
   ::close(out[1]);
   ::close(error[1]);
+  if (child < 0) {
+    ::close(out[0]);
+    ::close(error[0]);
+    return {};
+  }
   if (options.terminal) ::close(error[0]);
   std::thread interrupter([&] {
     if (options.interruptAfter < 0) return;

@@ -8,8 +8,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace selu {
 namespace {
@@ -32,6 +34,19 @@ void AddCommands(CLI::App& app) {
   AddSynthCommand(app);
 }
 
+// The first argument that should name a command and does not, or an empty text.
+std::string UnknownCommand(CLI::App const& app, int argc, char const* const* argv) {
+  std::vector<CLI::App const*> known = app.get_subcommands({});
+  for (int i = 1; i < argc && !known.empty(); ++i) {
+    auto const next = std::find_if(known.begin(), known.end(), [&](CLI::App const* command) {
+      return command->get_name() == argv[i];
+    });
+    if (next == known.end()) return argv[i];
+    known = (*next)->get_subcommands({});
+  }
+  return {};
+}
+
 // Help and version come as exceptions, too, with exit code 0.
 int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
   if (error.get_exit_code() != 0) throw CUsageError(OneLine(error.what()) + " (see selu --help)");
@@ -47,6 +62,10 @@ int Run(int argc, char** argv) {
   AddCommands(app);
   try {
     app.parse(argc, argv);
+  } catch (CLI::RequiredError const& error) {
+    std::string const unknown = UnknownCommand(app, argc, argv);
+    if (unknown.empty()) return AnswerParseError(app, error);
+    throw CUsageError("there is no command or option " + Quoted(unknown) + " (see selu --help)");
   } catch (CLI::ParseError const& error) {
     return AnswerParseError(app, error);
   }

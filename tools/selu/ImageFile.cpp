@@ -11,6 +11,8 @@
 #include <optional>
 #include <vector>
 
+#include "ItkCompiler.h"
+
 #include <itkGDCMImageIO.h>
 #include <itkImageIOBase.h>
 #include <itkMetaImageIO.h>
