@@ -11,8 +11,6 @@
 #include <optional>
 #include <vector>
 
-#include "ItkCompiler.h"
-
 #include <itkGDCMImageIO.h>
 #include <itkImageIOBase.h>
 #include <itkMetaImageIO.h>
