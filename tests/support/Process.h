@@ -57,7 +57,8 @@ namespace Impl {
   }
   // Root without these obeys the permissions of its own files, and still reaches the program.
   for (auto const capability : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH})
-    if (options.obeysPermissions && ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0)
+    if (options.obeysPermissions && ::geteuid() == 0 &&
+        ::prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0)
       ::_exit(126);
   std::vector<char*> arguments;
   for (auto const& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
