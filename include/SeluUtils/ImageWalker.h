@@ -13,7 +13,9 @@
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
+#include <algorithm>
 #include <array>
+#include <limits>
 #include <vector>
 
 namespace ORVA {
@@ -23,18 +25,53 @@ namespace Impl {
 [[noreturn]] SELUUTILS_EXPORT void RaisePointOutsideWindow();
 /// Throws CException "No more Points".
 [[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePoints();
+
+/// Clips the range from low to high to 0 .. extent - 1, which leaves low > high where they are
+/// apart.
+constexpr void Clip(int64& low, int64& high, int64 extent) noexcept {
+  int64 const last = extent == std::numeric_limits<int64>::min() ? extent : extent - 1;
+  low = std::max<int64>(low, 0);
+  high = std::min(high, last);
+}
+constexpr void Clip(CTriple<int64>& low, CTriple<int64>& high,
+                    CTriple<int64> const& extents) noexcept {
+  Clip(low.x, high.x, extents.x);
+  Clip(low.y, high.y, extents.y);
+  Clip(low.z, high.z, extents.z);
+}
+
+/// Whether a box from low to high, both included, has a point.
+constexpr bool HasPoints(CTriple<int64> const& low, CTriple<int64> const& high) noexcept {
+  return low.x <= high.x && low.y <= high.y && low.z <= high.z;
+}
+
+/// Sum modulo 2^64.
+constexpr int64 WrappedSum(int64 a, int64 b) noexcept {
+  return static_cast<int64>(static_cast<uint64>(a) + static_cast<uint64>(b));
+}
+constexpr CTriple<int64> WrappedSum(CTriple<int64> const& a, CTriple<int64> const& b) noexcept {
+  return {WrappedSum(a.x, b.x), WrappedSum(a.y, b.y), WrappedSum(a.z, b.z)};
+}
 } // namespace Impl
 
 /// Every voxel of the box from low to high, both included, in raster order: x fastest, then y, then
 /// z. O(1) a point, no memory. A box with a low above its high has no points.
-class SELUUTILS_EXPORT CWindowVisitor {
+///
+/// All of a walk is inline, so that a window that lives in one function walks in registers.
+class CWindowVisitor {
 public:
   /// The one-voxel box at the origin, already walked.
   constexpr CWindowVisitor() noexcept = default;
-  CWindowVisitor(CTriple<int64> low, CTriple<int64> high) noexcept;
+  constexpr CWindowVisitor(CTriple<int64> low, CTriple<int64> high) noexcept
+      : m_low(low), m_high(high) {
+    Start();
+  }
 
   /// Clips the box to an image of these extents and starts anew.
-  void SetImageSize(CTriple<int64> extents) noexcept;
+  constexpr void SetImageSize(CTriple<int64> extents) noexcept {
+    Impl::Clip(m_low, m_high, extents);
+    Start();
+  }
   void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_current != m_end; }
@@ -52,7 +89,12 @@ public:
   }
   /// The product of the three extents high - low + 1, modulo 2^64. It is taken from the corners as
   /// they stand, so a box without points may have an extent below zero and a product other than 0.
-  [[nodiscard]] uint64 Steps() const noexcept;
+  [[nodiscard]] uint64 Steps() const noexcept {
+    auto const extent = [](int64 low, int64 high) {
+      return static_cast<uint64>(high) - static_cast<uint64>(low) + 1;
+    };
+    return extent(m_low.x, m_high.x) * extent(m_low.y, m_high.y) * extent(m_low.z, m_high.z);
+  }
   /// Whether Steps() is 0.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
@@ -70,7 +112,10 @@ private:
       m_current = {m_low.x, m_low.y, m_current.z + 1};
     }
   }
-  void Start() noexcept;
+  constexpr void Start() noexcept {
+    m_end = Impl::WrappedSum(m_high, {1, 1, 1});
+    m_current = Impl::HasPoints(m_low, m_high) ? m_low : m_end;
+  }
 
   CTriple<int64> m_low, m_high;
   CTriple<int64> m_end; // one past the high corner
@@ -101,13 +146,13 @@ public:
   /// The next point; meaningless where MorePoints is false.
   CTriple<int64> NextPoint() {
     CTriple<int64> const point = m_current;
-    Advance();
+    m_current = Impl::WrappedSum(point, m_direction); // no box of an image reaches where it wraps
     if (!IsInBox(m_current)) [[unlikely]]
       NextLine();
     return point;
   }
   /// As for CWindowVisitor.
-  [[nodiscard]] uint64 Steps() const noexcept;
+  [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_low, m_high).Steps(); }
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:
@@ -119,14 +164,6 @@ private:
   void TakeFace();
   void NextLine();
 
-  // Wraps around at the ends of the 64-bit range, where no box reaches that an image holds.
-  void Advance() noexcept {
-    auto const sum = [](int64 a, int64 b) {
-      return static_cast<int64>(static_cast<uint64>(a) + static_cast<uint64>(b));
-    };
-    m_current = {sum(m_current.x, m_direction.x), sum(m_current.y, m_direction.y),
-                 sum(m_current.z, m_direction.z)};
-  }
   [[nodiscard]] bool IsInBox(CTriple<int64> const& p) const noexcept {
     return m_low.x <= p.x && p.x <= m_high.x && m_low.y <= p.y && p.y <= m_high.y &&
            m_low.z <= p.z && p.z <= m_high.z;

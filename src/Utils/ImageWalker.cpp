@@ -5,9 +5,7 @@
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace ORVA {
@@ -17,41 +15,6 @@ namespace {
 constexpr char c_module[] = "src/Utils/ImageWalker";
 constexpr char c_moduleOfDeclaration[] = "src/utils/ImageWalker";
 constexpr char c_invalidUnitDirection[] = "Invalid Direction given to CDirectionalIterator";
-
-// Sum and product modulo 2^64.
-int64 WrappedSum(int64 a, int64 b) {
-  return static_cast<int64>(static_cast<uint64>(a) + static_cast<uint64>(b));
-}
-uint64 WrappedProduct(CTriple<int64> const& a) {
-  return static_cast<uint64>(a.x) * static_cast<uint64>(a.y) * static_cast<uint64>(a.z);
-}
-
-CTriple<int64> OnePast(CTriple<int64> const& high) {
-  return {WrappedSum(high.x, 1), WrappedSum(high.y, 1), WrappedSum(high.z, 1)};
-}
-
-bool HasPoints(CTriple<int64> const& low, CTriple<int64> const& high) {
-  return low.x <= high.x && low.y <= high.y && low.z <= high.z;
-}
-
-void Clip(int64& low, int64& high, int64 extent) {
-  low = std::max<int64>(low, 0);
-  int64 const last = extent == std::numeric_limits<int64>::min() ? extent : extent - 1;
-  high = std::min(high, last);
-}
-
-void Clip(CTriple<int64>& low, CTriple<int64>& high, CTriple<int64> const& extents) {
-  Clip(low.x, high.x, extents.x);
-  Clip(low.y, high.y, extents.y);
-  Clip(low.z, high.z, extents.z);
-}
-
-uint64 NumberOfVoxels(CTriple<int64> const& low, CTriple<int64> const& high) {
-  auto const extent = [](int64 from, int64 to) {
-    return static_cast<int64>(static_cast<uint64>(to) - static_cast<uint64>(from) + 1);
-  };
-  return WrappedProduct({extent(low.x, high.x), extent(low.y, high.y), extent(low.z, high.z)});
-}
 
 // One entry face: along each axis it spans the box, less a margin, or is one of its two ends. A
 // later face leaves out the edges that it shares with the faces before it.
@@ -131,26 +94,9 @@ void RaiseNoMorePoints() {
 
 } // namespace Impl
 
-CWindowVisitor::CWindowVisitor(CTriple<int64> low, CTriple<int64> high) noexcept
-    : m_low(low), m_high(high) {
-  Start();
-}
-
-void CWindowVisitor::Start() noexcept {
-  m_end = OnePast(m_high);
-  m_current = HasPoints(m_low, m_high) ? m_low : m_end;
-}
-
-void CWindowVisitor::SetImageSize(CTriple<int64> extents) noexcept {
-  Clip(m_low, m_high, extents);
-  Start();
-}
-
-uint64 CWindowVisitor::Steps() const noexcept { return NumberOfVoxels(m_low, m_high); }
-
 CDirectionalVisitor::CDirectionalVisitor(CTriple<int64> low, CTriple<int64> high,
                                          CTriple<int64> direction)
-    : m_low(low), m_high(high), m_end(OnePast(high)), m_direction(direction) {
+    : m_low(low), m_high(high), m_end(Impl::WrappedSum(high, {1, 1, 1})), m_direction(direction) {
   if (!CheckDir_And_DefineFaces(direction))
     Impl::Raise(
         ORVA_LOCATION(c_moduleOfDeclaration, "ORVA::CDirectionalVisitor::CDirectionalVisitor"),
@@ -166,11 +112,9 @@ void CDirectionalVisitor::SetDirection(CTriple<int64> direction) {
 }
 
 void CDirectionalVisitor::SetImageSize(CTriple<int64> extents) {
-  Clip(m_low, m_high, extents);
+  Impl::Clip(m_low, m_high, extents);
   Initialize();
 }
-
-uint64 CDirectionalVisitor::Steps() const noexcept { return NumberOfVoxels(m_low, m_high); }
 
 bool CDirectionalVisitor::CheckDir_And_DefineFaces(CTriple<int64> direction) noexcept {
   auto const [x, y, z] = direction;
@@ -190,14 +134,14 @@ void CDirectionalVisitor::FillBorderContours() {
     auto const [lowY, highY] = FaceRange(axes[1], m_low.y, m_high.y, m_plus[1], m_minus[1]);
     auto const [lowZ, highZ] = FaceRange(axes[2], m_low.z, m_high.z, m_plus[2], m_minus[2]);
     CTriple<int64> const low(lowX, lowY, lowZ), high(highX, highY, highZ);
-    if (HasPoints(low, high)) m_faces.insert(m_faces.end(), {low, high});
+    if (Impl::HasPoints(low, high)) m_faces.insert(m_faces.end(), {low, high});
   }
 }
 
 void CDirectionalVisitor::Initialize() {
   m_current = m_end;
   m_face = CWindowVisitor();
-  if (!HasPoints(m_low, m_high)) return;
+  if (!Impl::HasPoints(m_low, m_high)) return;
   FillBorderContours();
   TakeFace();
   m_current = m_face.NextPoint();
@@ -228,7 +172,10 @@ void CDeltaVisitor::SetDirection(CTriple<double> direction) {
   Initialize();
 }
 
-uint64 CDeltaVisitor::Steps() const noexcept { return WrappedProduct(m_imageSize); }
+uint64 CDeltaVisitor::Steps() const noexcept {
+  return static_cast<uint64>(m_imageSize.x) * static_cast<uint64>(m_imageSize.y) *
+         static_cast<uint64>(m_imageSize.z);
+}
 
 int64 CDeltaVisitor::MainAxis() const {
   if (!IsFinite(m_direction))
