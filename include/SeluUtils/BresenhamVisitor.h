@@ -9,6 +9,7 @@
 
 #include <SeluUtils/BresenhamVisitorImpl.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/MovingPoint.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -61,13 +62,13 @@ public:
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end of the line it stays the last one.
   CTriple<int64> NextPoint() {
-    m_Current = m_Next;
-    m_Next += InnerStep(m_StepIndex + m_FirstInnerStep);
+    CTriple<int64> const point = m_Next.Get();
+    m_Next.MoveBy(InnerStep(m_StepIndex + m_FirstInnerStep));
     ++m_StepIndex;
-    return m_Current;
+    return point;
   }
   /// What NextPoint will return, without advancing.
-  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next; }
+  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next.Get(); }
 
   /// Move i of the walk: of its first point to the second, and so on; the null move past the end.
   /// CException for a negative i.
@@ -138,7 +139,8 @@ private:
   Impl::CBresenhamVisitor1D m_Line1D;
   Impl::CBresenhamVisitor2D m_Line2D;
   Impl::CBresenhamVisitor3D m_Line3D;
-  CTriple<int64> m_Current, m_Next, m_Start;
+  CTriple<int64> m_Start;
+  Impl::StMovingPoint m_Next;
   int64 m_StepIndex = 0;
   int64 m_LastStepBound = -1;
 };
@@ -166,13 +168,13 @@ public:
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= LastStep(); }
   CTriple<int64> NextPoint() {
-    m_Current = m_Next;
-    m_Next += Step(m_StepIndex);
+    CTriple<int64> const point = m_Next.Get();
+    m_Next.MoveBy(Step(m_StepIndex));
     ++m_StepIndex;
-    return m_Current;
+    return point;
   }
   /// What NextPoint will return, without advancing.
-  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next; }
+  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next.Get(); }
   /// Selected move i; the null move past the end. CException for a negative i.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
@@ -195,7 +197,7 @@ private:
   CTriple<int64> m_SelectionStart;
   bool m_IsClipped = false;
   std::vector<CTriple<int64>> m_Selected;
-  CTriple<int64> m_Current, m_Next;
+  Impl::StMovingPoint m_Next;
   int64 m_StepIndex = 0;
 };
 

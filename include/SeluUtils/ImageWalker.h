@@ -9,6 +9,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/MovingPoint.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -74,12 +75,12 @@ public:
   }
   void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_current != m_end; }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_current.Get() != m_end; }
   /// CException after the last point.
   CTriple<int64> NextPoint() {
-    if (m_current == m_end) [[unlikely]]
+    if (!MorePoints()) [[unlikely]]
       Impl::RaisePointOutsideWindow();
-    CTriple<int64> const point = m_current;
+    CTriple<int64> const point = m_current.Get();
     if (m_current.x < m_high.x) [[likely]] {
       ++m_current.x;
     } else {
@@ -107,19 +108,21 @@ private:
       m_current.x = m_low.x;
       ++m_current.y;
     } else if (m_current.z >= m_high.z) {
-      m_current = m_end;
+      m_current = Impl::StMovingPoint(m_end);
     } else {
-      m_current = {m_low.x, m_low.y, m_current.z + 1};
+      m_current.x = m_low.x;
+      m_current.y = m_low.y;
+      ++m_current.z;
     }
   }
   constexpr void Start() noexcept {
     m_end = Impl::WrappedSum(m_high, {1, 1, 1});
-    m_current = Impl::HasPoints(m_low, m_high) ? m_low : m_end;
+    m_current = Impl::StMovingPoint(Impl::HasPoints(m_low, m_high) ? m_low : m_end);
   }
 
   CTriple<int64> m_low, m_high;
   CTriple<int64> m_end; // one past the high corner
-  CTriple<int64> m_current;
+  Impl::StMovingPoint m_current;
 };
 
 /// Covers a box with straight lines along a unit direction: a line starts at every voxel of the
@@ -142,12 +145,13 @@ public:
   void SetImageSize(CTriple<int64> extents);
   void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_current != m_end; }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_current.Get() != m_end; }
   /// The next point; meaningless where MorePoints is false.
   CTriple<int64> NextPoint() {
-    CTriple<int64> const point = m_current;
-    m_current = Impl::WrappedSum(point, m_direction); // no box of an image reaches where it wraps
-    if (!IsInBox(m_current)) [[unlikely]]
+    CTriple<int64> const point = m_current.Get();
+    CTriple<int64> const next = Impl::WrappedSum(point, m_direction); // an image's box never wraps
+    m_current = Impl::StMovingPoint(next);
+    if (!IsInBox(next)) [[unlikely]]
       NextLine();
     return point;
   }
@@ -171,7 +175,8 @@ private:
 
   CTriple<int64> m_low, m_high;
   CTriple<int64> m_end; // one past the high corner that the constructor was given
-  CTriple<int64> m_direction, m_current;
+  CTriple<int64> m_direction;
+  Impl::StMovingPoint m_current;
   CWindowVisitor m_face;               // walks the entry face whose lines come next
   std::vector<CTriple<int64>> m_faces; // the remaining faces, low and high in turn
   std::array<bool, 3> m_plus{}, m_minus{};

@@ -2,7 +2,7 @@
 //
 //   CWindowVisitor window(low, high);
 //   for (CTriple<int64> const& p : ORVA::Points(window)) Visit(p);
-//   auto const last = std::ranges::max(ORVA::Points(CBresenhamVisitor(from, to, 2, 9, true)), {},
+//   auto const last = std::ranges::max(ORVA::Points(CBresenhamVisitor(from, to, 1, 0, true)), {},
 //                                      &CTriple<int64>::x);
 #pragma once
 

@@ -121,20 +121,19 @@ void CBresenhamVisitor::Build() {
 
 void CBresenhamVisitor::Start() {
   m_LastStepBound = InnerSteps();
-  m_Next = m_Start;
+  m_Next = Impl::StMovingPoint(m_Start);
   if (m_FirstInnerStep == 0) return;
-  m_Next += InnerStep(0);
+  m_Next.MoveBy(InnerStep(0));
   m_LastStepBound -= 2;
 }
 
 void CBresenhamVisitor::Reset() {
   if (m_Dimension < 1 || m_Dimension > 3)
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Reset"), "invalid dimension\n");
-  m_Current = {};
-  m_Next = m_Start;
+  m_Next = Impl::StMovingPoint(m_Start);
   m_StepIndex = 0;
   if (m_FirstInnerStep == 0) return;
-  m_Next += InnerStep(0);
+  m_Next.MoveBy(InnerStep(0));
   m_LastStepBound -= 2; // the bound is not restored first: each rewind shortens the walk
 }
 
@@ -176,7 +175,7 @@ void CBresenhamVisitorSelect::SetImageSize(CTriple<int64> size) {
 }
 
 void CBresenhamVisitorSelect::Reset() noexcept {
-  m_Current = m_Next = m_SelectionStart;
+  m_Next = Impl::StMovingPoint(m_SelectionStart);
   m_StepIndex = 0;
 }
 

@@ -139,12 +139,12 @@ void CDirectionalVisitor::FillBorderContours() {
 }
 
 void CDirectionalVisitor::Initialize() {
-  m_current = m_end;
+  m_current = Impl::StMovingPoint(m_end);
   m_face = CWindowVisitor();
   if (!Impl::HasPoints(m_low, m_high)) return;
   FillBorderContours();
   TakeFace();
-  m_current = m_face.NextPoint();
+  m_current = Impl::StMovingPoint(m_face.NextPoint());
 }
 
 // The first face of the list becomes the one that is walked.
@@ -159,7 +159,9 @@ CTriple<int64> CDirectionalVisitor::NextBorderPoint() {
   return point;
 }
 
-void CDirectionalVisitor::NextLine() { m_current = MoreBorderPoints() ? NextBorderPoint() : m_end; }
+void CDirectionalVisitor::NextLine() {
+  m_current = Impl::StMovingPoint(MoreBorderPoints() ? NextBorderPoint() : m_end);
+}
 
 void CDeltaVisitor::SetImageSize(CTriple<int64> extents) {
   m_imageSize = extents;
