@@ -75,7 +75,9 @@ public:
   }
   void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_current.Get() != m_end; }
+  [[nodiscard]] bool MorePoints() const noexcept {
+    return m_current.x != m_end.x; // which lies past every x of the box
+  }
   /// CException after the last point.
   CTriple<int64> NextPoint() {
     if (!MorePoints()) [[unlikely]]
