@@ -64,13 +64,13 @@ TEST(EulerRotation, AnglesMustBeFinite) {
     double phi, theta, psi;
     char const* message;
   };
-  for (auto const& [phi, theta, psi, message] : {
+  for (StCase const& angles : {
            StCase{c_infinity, 1, 2, "Invalid Parameter! inf or 1 or 2."},
            StCase{1, -c_infinity, 2, "Invalid Parameter! 1 or -inf or 2."},
            StCase{1, 2, c_nan, "Invalid Parameter! 1 or 2 or nan."},
        })
-    test::ExpectError([&] { (void)CEulerRotation(phi, theta, psi); }, message, c_constructor,
-                      c_source, 58);
+    test::ExpectError([&] { (void)CEulerRotation(angles.phi, angles.theta, angles.psi); },
+                      angles.message, c_constructor, c_source, 58);
   test::ExpectError([] { (void)CEulerRotation(CPolarCoordinates(0, 0, 0), 1); },
                     "Invalid Parameter! 1 or nan or nan.", c_constructor, c_source, 58);
   EXPECT_TRUE(CEulerRotation(1e300, -1e300, 1e10).IsValid());
@@ -153,9 +153,9 @@ TEST(EulerRotation, MatrixMustBeOrthonormal) {
 }
 
 TEST(EulerRotation, MatrixMustHaveThreeColumns) {
-  for (auto const& [rows, cols] :
+  for (auto const& shape :
        {std::pair<uint64, uint64>{4, 4}, {3, 4}, {3, 2}, {2, 2}, {0, 0}, {100, 1}})
-    test::ExpectError([&] { (void)CEulerRotation(Identity(rows, cols)); },
+    test::ExpectError([&] { (void)CEulerRotation(Identity(shape.first, shape.second)); },
                       "Trying to multiply non-conform matrices.",
                       "ORVA::CMatrix<double>::operator *", "src/Numeric/Matrix", 124);
 }

@@ -1,5 +1,7 @@
 #include <SeluUtils/Matrix.h>
 
+#include <SeluUtils/Triple.h>
+
 #include "support/Errors.h"
 
 #include <gtest/gtest.h>
@@ -80,13 +82,13 @@ TEST(Matrix, AccessOutsideNamesIndexAndShape) {
   Matrix m(2, 3);
   Matrix const& readOnly = m;
   std::string const where = "ORVA::CMatrix<double>::operator ()";
-  for (auto const& [row, col] :
-       {std::pair<uint64, uint64>{2, 0}, {0, 3}, {2, 3}, {c_most, c_most}}) {
-    auto const tail = "Tried to access index (" + std::to_string(row) + "," + std::to_string(col) +
-                      ") but Matrix size is 2-by-3";
-    ExpectError([&] { (void)readOnly(row, col); }, "Index exceeds matrix bounds. " + tail, where,
+  for (CTriple<uint64> const at :
+       {CTriple<uint64>(2, 0, 0), {0, 3, 0}, {2, 3, 0}, {c_most, c_most, 0}}) {
+    auto const tail = "Tried to access index (" + std::to_string(at.x) + "," +
+                      std::to_string(at.y) + ") but Matrix size is 2-by-3";
+    ExpectError([&] { (void)readOnly(at.x, at.y); }, "Index exceeds matrix bounds. " + tail, where,
                 c_matrix);
-    ExpectError([&] { m(row, col) = 1; }, "Index exceeds matrix bounds." + tail, where, c_matrix);
+    ExpectError([&] { m(at.x, at.y) = 1; }, "Index exceeds matrix bounds." + tail, where, c_matrix);
   }
   EXPECT_EQ(m, Matrix(2, 3));
 }
@@ -293,7 +295,8 @@ TEST(Matrix, OperandMayBeTheMatrixItself) {
   a = Counting(2, 2);
   a.AddCols(a);
   EXPECT_EQ(a, Make(2, 4, {1, 2, 1, 2, 3, 4, 3, 4}));
-  a -= a;
+  Matrix const& itself = a;
+  a -= itself;
   EXPECT_EQ(a, Matrix(2, 4));
   Matrix scaled = Counting(2, 2);
   scaled *= scaled(1, 1);
