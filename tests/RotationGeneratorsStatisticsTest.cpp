@@ -69,7 +69,7 @@ private:
 };
 
 CPolarCoordinates const c_means[] = {CPolarCoordinates(0.0, 0.0), CPolarCoordinates(1.0, 2.5),
-                                     CPolarCoordinates(c_pi, 0.0), CWatsonRotation::xaxis};
+                                     CPolarCoordinates(c_pi, 0.0)};
 
 double Sphere(double t) { return (t + 1) / 2; }
 

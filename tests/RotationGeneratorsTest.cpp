@@ -25,7 +25,6 @@ using namespace ORVA;
 
 namespace {
 
-constexpr double c_pi = 3.141592653589793;
 constexpr double c_twoPi = 6.283185307179586;
 constexpr double c_infinity = std::numeric_limits<double>::infinity();
 constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
