@@ -171,8 +171,7 @@ TEST(FixRotation, GivesItsRotationThroughEveryBase) {
 }
 
 TEST(FixRotation, AcceptsWhatARotationAccepts) {
-  // No public way leads to a rotation that is not valid, except angles so large that sine and
-  // cosine would fail; those are exact too.
+  // Every rotation that can be made is valid, whatever its angles.
   EXPECT_NO_THROW(CFixRotation(CEulerRotation(1e22, -1e300, 1e100)));
 }
 

@@ -29,6 +29,7 @@ public:
   /// Copies the elements one by one. The shape is taken over only where the numbers of rows differ
   /// (or all agrees): with equal rows, a source with more columns ends in the index error of the
   /// element access, and one with fewer leaves the last columns as they are.
+  // NOLINTNEXTLINE(misc-unconventional-assign-operator): through the base, any storage into any
   virtual IMatrix& operator=(IMatrix const& other);
 
   /// Exact equality of shape and elements; a matrix equals itself even with NaN in it, and nothing

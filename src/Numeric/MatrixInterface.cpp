@@ -47,8 +47,10 @@ std::vector<T> Snapshot(IMatrix<T> const& matrix) {
 template <class T>
 IMatrix<T>::~IMatrix() = default;
 
+// NOLINTBEGIN(misc-unconventional-assign-operator)
 template <class T>
 IMatrix<T>& IMatrix<T>::operator=(IMatrix const& other) {
+  // NOLINTEND(misc-unconventional-assign-operator)
   uint64 const rows = other.Rows();
   uint64 const cols = other.Cols();
   // Equal rows with unequal columns keep this matrix's shape: stored code relies on it.

@@ -19,7 +19,7 @@ class SELUUTILS_EXPORT CFixRotation : public IRotationGenerator,
 public:
   CFixRotation() = default;
   /// Throws CException if the rotation is not valid.
-  explicit CFixRotation(CEulerRotation rotation);
+  explicit CFixRotation(CEulerRotation const& rotation);
 
   CEulerRotation operator()() override { return m_rotation; }
   [[nodiscard]] bool IsValid() const override { return m_rotation.IsValid(); }

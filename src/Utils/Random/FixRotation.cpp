@@ -4,7 +4,7 @@
 
 namespace ORVA {
 
-CFixRotation::CFixRotation(CEulerRotation rotation) : m_rotation(rotation) {
+CFixRotation::CFixRotation(CEulerRotation const& rotation) : m_rotation(rotation) {
   if (!m_rotation.IsValid())
     Impl::Raise(ORVA_LOCATION("src/Utils/Random/FixRotation", "ORVA::CFixRotation::CFixRotation")
                     .AtLine(37),

@@ -20,7 +20,7 @@ CGirdleRotation::CGirdleRotation(double beta, CPolarCoordinates const& axis)
 }
 
 void CGirdleRotation::Check(int line) const {
-  if (!IsValid())
+  if (!Impl::IsPositiveNormal(m_beta))
     Impl::Raise(
         ORVA_LOCATION("src/Utils/Random/GirdleRotation", "ORVA::CGirdleRotation::CGirdleRotation")
             .AtLine(line),

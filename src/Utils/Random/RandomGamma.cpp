@@ -82,8 +82,11 @@ double CRandomGamma::PositiveUniform() const {
 double CRandomGamma::sexpo() const {
   double const ln2 = c_expSums[0];
   double sum = 0;
-  double u = PositiveUniform();
-  for (u += u; u <= 1; u += u) sum += ln2;
+  double u = 2 * PositiveUniform();
+  while (u <= 1) {
+    sum += ln2;
+    u += u;
+  }
   u -= 1;
   if (u <= ln2) return sum + u;
   double least = m_uniform();
@@ -125,8 +128,14 @@ double CRandomGamma::NormalTail(double u) const {
   std::size_t i = c_firstTailInterval;
   double base = c_quantiles[c_intervals - 1];
   // The smallest u is 2^-26, so i ends at 31 at most, the end of the table.
-  for (u += u; u < 1; u += u) base += c_tailWidths[i++ - 1];
-  for (u -= 1;; u = m_uniform()) {
+  u += u;
+  while (u < 1) {
+    base += c_tailWidths[i - 1];
+    ++i;
+    u += u;
+  }
+  u -= 1;
+  for (;; u = m_uniform()) {
     double const w = u * c_tailWidths[i - 1];
     double bound = (w / 2 + base) * w;
     for (;;) {

@@ -8,7 +8,7 @@
 namespace ORVA {
 
 CRandomLogNormal::CRandomLogNormal(double mu, double sigma) : m_mu(mu), m_sigma(sigma) {
-  if (!IsValid())
+  if (!std::isfinite(mu) || !std::isfinite(sigma))
     Impl::Raise(ORVA_LOCATION("src/Utils/Random/RandomLogNormal",
                               "ORVA::CRandomLogNormal::CRandomLogNormal")
                     .AtLine(44),
