@@ -6,8 +6,8 @@
 # What a bare Debian 12 needs to build the library, the application, and the tests.
 build_packages=(g++ cmake ninja-build pkg-config
   libinsighttoolkit5-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev fonts-dejavu-core)
-test_packages=(libgtest-dev)
-bench_packages=(libbenchmark-dev)
+test_packages=(libgtest-dev libboost-math-dev libeigen3-dev)
+bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 say() { printf '== %s\n' "$*"; }
