@@ -8,6 +8,7 @@
 #pragma once
 
 #include <SeluUtils/BresenhamVisitorImpl.h>
+#include <SeluUtils/CutSlice.h> // IWYU pragma: export
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
