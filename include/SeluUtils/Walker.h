@@ -109,3 +109,7 @@ requires Walker<std::remove_cvref_t<W>>
 }
 
 } // namespace ORVA
+
+/// Its iterators hold the walker, not the range.
+template <class W>
+inline constexpr bool std::ranges::enable_borrowed_range<ORVA::CPointRange<W>> = true;
