@@ -25,8 +25,8 @@ static void AllDirections(CImage const& image) {
   CImage matrices(IMAGE_GREY_32, CSize(13, 256, 256));
   texture.ComputeMatrixAllDirections(matrices, image);
   CImageAccess access = matrices.CreateAccess(false, CPos(5, 0, 0), CPos(5, 255, 255));
-  auto const* count = reinterpret_cast<std::uint32_t const*>(
-      access.Base() + 10 * access.Stride(1) + 20 * access.Stride(2));
+  auto const* count = reinterpret_cast<std::uint32_t const*>(access.Base() + 10 * access.Stride(1) +
+                                                             20 * access.Stride(2));
   std::cout << *count << " pairs of levels 10 and 20 in direction 5\n";
 }
 

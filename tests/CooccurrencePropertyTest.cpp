@@ -41,10 +41,10 @@ CImage RandomImage(test::CRandomNumbers& random, CSize size) {
 
 template <class T>
 CImage Box(CImage const& image, CPos first, CPos last) {
-  CImage box(image.Type(), image.Size().Dim() == 2
-                               ? CSize(last.x - first.x + 1, last.y - first.y + 1)
-                               : CSize(last.x - first.x + 1, last.y - first.y + 1,
-                                       last.z - first.z + 1));
+  CImage box(image.Type(),
+             image.Size().Dim() == 2
+                 ? CSize(last.x - first.x + 1, last.y - first.y + 1)
+                 : CSize(last.x - first.x + 1, last.y - first.y + 1, last.z - first.z + 1));
   auto const from = image.CreateAccess(false, first, last);
   auto const to = box.CreateAccess(true);
   for (int64 z = 0; z < to.Extent(2); ++z)
@@ -114,8 +114,9 @@ TYPED_TEST(CooccurrenceProperty, TotalIsTheNumberOfPairs) {
     auto const left = [](int64 extent, long step) {
       return std::max<int64>(0, extent - std::abs(step));
     };
-    ASSERT_EQ(test::Total(CountWithLibrary(image, d)),
-              static_cast<std::uint64_t>(left(size.x, d.x) * left(size.y, d.y) * left(size.z, d.z)));
+    ASSERT_EQ(
+        test::Total(CountWithLibrary(image, d)),
+        static_cast<std::uint64_t>(left(size.x, d.x) * left(size.y, d.y) * left(size.z, d.z)));
   }
 }
 
@@ -158,8 +159,8 @@ TYPED_TEST(CooccurrenceProperty, CropTakesAwayJustThePairsItCuts) {
 TYPED_TEST(CooccurrenceProperty, RowsMayBeStackedAnyWay) {
   for (int n = 0; n < this->c_images; ++n) {
     auto const flat = RandomImage<TypeParam>(this->random, CSize(33, 24));
-    auto const stacked = test::MakeImage(PixelType<TypeParam>(), CSize(33, 4, 6),
-                                         test::Pixels<TypeParam>(flat));
+    auto const stacked =
+        test::MakeImage(PixelType<TypeParam>(), CSize(33, 4, 6), test::Pixels<TypeParam>(flat));
     long const dx = this->random.Between(-8L, 8L);
     ASSERT_EQ(CountWithLibrary(flat, {dx, 0, 0}), CountWithLibrary(stacked, {dx, 0, 0}));
   }

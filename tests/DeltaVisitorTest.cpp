@@ -25,7 +25,6 @@ char const c_initialize[] = "ORVA::CDeltaVisitor::Initialize";
 char const c_invalidDirection[] = "Invalid Direction given to CDeltaVisitor";
 char const c_invalidLine[] = "Invalid Calculation of Line in CDeltaVisitor";
 constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr int64 c_max = std::numeric_limits<int64>::max();
 constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double c_infinity = std::numeric_limits<double>::infinity();
 

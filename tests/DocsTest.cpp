@@ -1,4 +1,5 @@
-// Every C++ block of the README and the docs stands in one of the examples, which are built and run.
+// Every C++ block of the README and the docs stands in one of the examples, which are built and
+// run.
 
 #include <gtest/gtest.h>
 

@@ -266,11 +266,21 @@ TEST(ValueMap, TextFindsTheNumberWhereNoTextHasThatName) {
   EXPECT_EQ(map.Entry("-3/b/c").Long(), 2);
   for (char const* name : {"07", "+7", "7 ", " 7", "7.0", "-", "--3", "-03", "-0"})
     EXPECT_FALSE(map.HasEntry(name)) << name;
-  map.SetEntry("7", CValueLong(2));
+  map.SetEntry("/7", CValueLong(2));
   EXPECT_EQ(map.Size(), 2u);
   EXPECT_EQ(map.Entry(7).Long(), 2);
   EXPECT_TRUE(map.RemoveEntry("7"));
   EXPECT_FALSE(map.HasEntry(7));
+}
+
+TEST(ValueMap, SettingAPlainTextLeavesTheNumberAlone) {
+  CValueMap map, copy;
+  map.SetEntry(7, CValueLong(1));
+  map.SetEntry("7", CValueLong(2));
+  for (auto const& [key, value] : map) copy.SetEntry(key, value);
+  EXPECT_EQ(copy, map);
+  EXPECT_EQ(map.Entry(7).Long(), 1);
+  EXPECT_EQ(map.Entry("7").Long(), 2);
 }
 
 TEST(ValueMap, NumberDoesNotFindTheText) {

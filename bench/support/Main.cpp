@@ -7,9 +7,11 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -38,7 +40,10 @@ public:
     std::printf("\n|---|---|");
     for (std::size_t k = 0; k < m_peers.size(); ++k) std::printf("---|");
     std::printf("\n");
-    for (auto const& row : m_rows) PrintRow(row);
+    std::vector<std::pair<std::int64_t, std::string>> rows;
+    for (auto const& [row, order] : m_order) rows.emplace_back(order, row);
+    std::ranges::sort(rows);
+    for (auto const& [order, row] : rows) PrintRow(row);
     std::fflush(stdout);
   }
 
@@ -49,7 +54,8 @@ private:
   };
 
   void Add(std::string const& row, std::string const& contestant, Run const& run) {
-    if (std::ranges::find(m_rows, row) == m_rows.end()) m_rows.push_back(row);
+    auto const order = m_order.try_emplace(row, run.family_index).first;
+    order->second = std::min(order->second, run.family_index);
     if (contestant != c_ours && std::ranges::find(m_peers, contestant) == m_peers.end())
       m_peers.push_back(contestant);
     double const seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
@@ -75,13 +81,14 @@ private:
       if (time == times.end() || ours == times.end()) {
         std::printf(" |");
       } else {
-        std::printf(" %.2f |", ours->second.seconds / time->second.seconds);
+        std::printf(" %.2g |", ours->second.seconds / time->second.seconds);
       }
     }
     std::printf("\n");
   }
 
-  std::vector<std::string> m_rows, m_peers; // in the order of their first appearance
+  std::map<std::string, std::int64_t> m_order; // rows, as they were registered
+  std::vector<std::string> m_peers;            // in the order of their first appearance
   std::map<std::string, std::map<std::string, StTime>> m_times;
 };
 

@@ -7,6 +7,8 @@
 build_packages=(g++ cmake ninja-build pkg-config
   libinsighttoolkit5-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev fonts-dejavu-core)
 test_packages=(libgtest-dev)
+bench_packages=(libbenchmark-dev)
+check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 say() { printf '== %s\n' "$*"; }
 fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
@@ -48,7 +50,7 @@ install_packages() {
 }
 
 # As many compilers at once as there are processors and memory for: 1.5 GiB each.
-jobs() {
+build_jobs() {
   local kib
   kib=$(awk '/^MemAvailable:/ { print $2 }' /proc/meminfo)
   local by_memory=$((kib / 1572864)) processors

@@ -20,7 +20,6 @@ namespace {
 
 constexpr char c_module[] = "src/Utils/Cooccurrence";
 constexpr char c_busy[] = "Busy...";
-constexpr std::size_t c_cells = 256 * 256;
 
 // The checks below take the location of the public operation that they guard.
 
@@ -94,11 +93,13 @@ constexpr std::array<StFeature, 13> c_features = {{
 } // namespace
 
 struct CCooccurrence::StArrays {
-  std::vector<std::uint32_t> m_ppCounts = std::vector<std::uint32_t>(c_cells); // row i, column j
+  // C[i][j] at i * 256 + j.
+  std::vector<std::uint32_t> m_ppCounts = std::vector<std::uint32_t>(Impl::c_nCells);
+  Impl::StPairScratch scratch;
   Impl::StTextureArrays texture;
 
-  [[nodiscard]] std::span<std::uint32_t, c_cells> Counts() {
-    return std::span<std::uint32_t, c_cells>(m_ppCounts);
+  [[nodiscard]] std::span<std::uint32_t, Impl::c_nCells> Counts() {
+    return std::span<std::uint32_t, Impl::c_nCells>(m_ppCounts);
   }
 };
 
@@ -184,15 +185,15 @@ void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
 
 void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long>* direction) {
   auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ProcessMatrix");
-  if (in.Size().Dim() != 3 && in.Size().Dim() != 2)
-    Impl::Raise(where, "Images must be 2d or 3d.");
+  if (in.Size().Dim() != 3 && in.Size().Dim() != 2) Impl::Raise(where, "Images must be 2d or 3d.");
   auto const type = in.Type();
   if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
     Impl::Raise(where, "input image type does not match");
   CImageAccess const access = in.CreateAccess(false);
   Impl::StGreyBlock const block{access.Base(), access.Extents(), access.Strides(),
                                 static_cast<int>(type.Bytes())};
-  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_arrays->Counts())) {
+  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_arrays->Counts(),
+                        m_arrays->scratch)) {
     std::ranges::fill(m_arrays->m_ppCounts, 0u);
     Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
   }

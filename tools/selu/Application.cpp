@@ -4,6 +4,7 @@
 #include "Errors.h"
 #include "Output.h"
 #include "Signals.h"
+#include "Texts.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,5 +1,6 @@
 #include "PixelStore.h"
 
+#include "DicomElements.h"
 #include "Errors.h"
 #include "Memory.h"
 #include "Texts.h"
@@ -255,6 +256,7 @@ void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> 
   RefuseBeyondMemory(bytes, "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
   if (format == EnFormat::Tiff) CheckTiffPages(path);
+  if (format == EnFormat::Dicom) CheckDicomElements(path, bytes / static_cast<double>(bytesAPixel));
 }
 
 } // namespace selu

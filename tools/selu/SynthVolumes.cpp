@@ -27,6 +27,13 @@ std::size_t Index(int64 value) { return static_cast<std::size_t>(value); }
 // 0 <= result < 1
 double Uniform() { return static_cast<double>(CRandom::Obj().Rand32()) * 0x1p-32; }
 
+// Bell-shaped with mean 0 and deviation 3: the sum of four random bytes.
+double BellNoise() {
+  std::uint32_t const word = CRandom::Obj().Rand32();
+  auto const sum = (word & 255) + (word >> 8 & 255) + (word >> 16 & 255) + (word >> 24);
+  return (static_cast<double>(sum) - 510) * (3 / 147.8);
+}
+
 std::uint8_t* Pixels(CImage& image) {
   return reinterpret_cast<std::uint8_t*>(image.CreateAccess(true).WritableBase());
 }
@@ -143,16 +150,13 @@ CImage MakeLayers(CSize const& size, ORVA::uint64 seed, IProgressObserver* obser
   CRandom::Obj().Seed(seed);
   CImage image(ORVA::IMAGE_GREY_8, size);
   auto const profile = LayerProfile(size.x + size.y + size.z - 2);
-  std::vector<std::uint8_t> noise(Index(size.x));
   std::uint8_t* out = Pixels(image);
   for (int64 z = 0; z < size.z; ++z, Advance(observer))
-    for (int64 y = 0; y < size.y; ++y) {
-      CRandom::Obj().Rand(noise.data(), noise.size());
+    for (int64 y = 0; y < size.y; ++y)
       for (int64 x = 0; x < size.x; ++x) {
-        double const value = profile[Index(x + y + z)] + (noise[Index(x)] - 127.5) / 32;
-        *out++ = static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
+        double const value = profile[Index(x + y + z)] + BellNoise();
+        *out++ = static_cast<std::uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
       }
-    }
   return image;
 }
 

@@ -101,6 +101,12 @@ private:
     return {place, count};
   }
 
+  // Entries of types that are not known are left alone.
+  void CheckPlace(Word entry) {
+    Word const bytes = TypeBytes(Number(entry + 2, 2));
+    if (bytes > 0) (void)Place(entry, bytes);
+  }
+
   std::vector<Word> Values(Word entry) {
     Word const bytes = TypeBytes(Number(entry + 2, 2));
     auto const [place, count] = Place(entry, bytes);
@@ -134,6 +140,7 @@ private:
       sizes = Values(entry);
       break;
     default:
+      CheckPlace(entry);
       break;
     }
   }

@@ -171,7 +171,8 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
   if (parts.empty())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
                         CString("path \"%1\" names no entry").Arg(key.ToString()));
-  auto const top = FindHere(parts.front());
+  // A key that is no path names its entry exactly: entries copied one by one all arrive.
+  auto const top = IsPath(key) ? FindHere(parts.front()) : m_entries.find(parts.front());
   if (top == m_entries.end()) {
     StWrapped wrapped = Wrap(std::span(parts).subspan(1), std::move(value));
     return std::move(wrapped).PlaceInto(m_entries[parts.front()]);

@@ -84,7 +84,10 @@ char const* IImage::CType::ToString() const noexcept {
 
 IImage::~IImage() = default;
 
-CImageAccess::CImageAccess(CImageAccess&& other) noexcept : CImageAccess(other) { other.Release(); }
+CImageAccess::CImageAccess(CImageAccess&& other) noexcept {
+  *this = std::as_const(other);
+  other.Release();
+}
 
 CImageAccess& CImageAccess::operator=(CImageAccess&& other) noexcept {
   CImageAccess const taken(std::move(other));

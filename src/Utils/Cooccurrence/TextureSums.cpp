@@ -1,105 +1,272 @@
 #include "Utils/Cooccurrence/TextureSums.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <numeric>
+#include <utility>
+
 namespace ORVA::Impl {
 namespace {
-constexpr double eps = std::numeric_limits<double>::epsilon();
-using A = StTextureArrays;
-double EntropyOf(std::vector<double> const& p) {
-  double s = 0;
-  for (double v : p)
-    if (v > 0) s += v * std::log(v);
-  return 0.0 - s;
+
+constexpr std::size_t c_nLevels = 256;
+constexpr std::size_t c_nSums = 2 * c_nLevels - 1;
+constexpr std::size_t c_nStrip = 16; // cells that are skipped together when they are all zero
+constexpr double c_dEpsilon = std::numeric_limits<double>::epsilon();
+constexpr double c_dPerLevel = 1.0 / 256;
+
+using Counts = std::span<std::uint32_t const, c_nLevels * c_nLevels>;
+using Strip = std::span<std::uint32_t const, c_nStrip>;
+
+double TimesLog(double p) noexcept { return p > 0 ? p * std::log(p) : 0; }
+
+double EntropyOf(std::span<double const> p) noexcept {
+  double sum = 0;
+  for (double const pk : p) sum -= TimesLog(pk);
+  return sum;
 }
-double MeanOf(std::vector<double> const& p) {
-  double s = 0;
-  for (std::size_t k = 0; k < p.size(); ++k) s += static_cast<double>(k) * p[k];
-  return s;
-}
-double VarOf(std::vector<double> const& p, double mean) {
-  double s = 0;
+
+// Sum of (k - centre)^2 p(k).
+double MomentAbout(double centre, std::span<double const> p) noexcept {
+  double sum = 0;
   for (std::size_t k = 0; k < p.size(); ++k) {
-    double d = static_cast<double>(k) - mean;
-    s += d * d * p[k];
+    double const deviation = static_cast<double>(k) - centre;
+    sum += deviation * deviation * p[k];
   }
-  return s;
+  return sum;
 }
-} // namespace
-void FillTextureArrays(A& a, std::span<std::uint32_t const, 65536> counts, double N) {
-  for (auto* v : {&a.m_ppP, &a.m_pSum, &a.m_pDiff, &a.m_pX, &a.m_pY}) std::fill(v->begin(), v->end(), 0.0);
-  for (std::size_t i = 0; i < 256; ++i)
-    for (std::size_t j = 0; j < 256; ++j)
-      if (counts[i * 256 + j] != 0) {
-        double q = counts[i * 256 + j] / N;
-        a.m_ppP[i * 256 + j] += q;
-        a.m_pSum[i + j] += q;
-        a.m_pDiff[i > j ? i - j : j - i] += q;
-        a.m_pX[i] += q;
-        a.m_pY[j] += q;
+
+// The distributions as integers, hence without rounding: the sums below stay under 2^64, since a
+// cell is below 2^32 and the weights of all cells add up to less.
+struct StMarginals {
+  std::array<std::uint64_t, c_nLevels> x{}, y{};
+  std::array<std::uint64_t, c_nSums> sum{};
+  std::array<std::uint64_t, c_nSums> difference{}; // j - i + 255
+};
+
+// Sums over the cells, in four chains that the processor adds up side by side. The order of
+// additions is fixed, so that the results are the same wherever this is compiled.
+struct StCellSums {
+  std::array<double, 4> squares{}, entropy{};
+};
+
+double Total(std::array<double, 4> const& chains) noexcept {
+  return (chains[0] + chains[1]) + (chains[2] + chains[3]);
+}
+
+bool IsZero(Strip counts) noexcept {
+  std::uint32_t any = 0;
+  for (std::uint32_t const count : counts) any |= count;
+  return any == 0;
+}
+
+void AddTo(std::uint64_t* sums, Strip counts) noexcept {
+  for (std::size_t k = 0; k < c_nStrip; ++k) sums[k] += counts[k];
+}
+
+void AddToMarginals(StMarginals& marginals, std::size_t i, std::size_t j, Strip counts) noexcept {
+  AddTo(marginals.y.data() + j, counts);
+  AddTo(marginals.sum.data() + (i + j), counts);
+  AddTo(marginals.difference.data() + (j + c_nLevels - 1 - i), counts);
+  marginals.x[i] += std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
+}
+
+// The terms of the counts divided by N, those seen last kept by their lowest bits.
+class CTerms {
+public:
+  CTerms(std::span<StCountTerm> terms, double N) noexcept : m_terms(terms), m_N(N) {
+    std::ranges::fill(m_terms, StCountTerm{}); // the term of count 0, which is right in place 0
+  }
+
+  StCountTerm operator()(std::uint32_t count) noexcept {
+    StCountTerm& kept = m_terms[count % c_nTextureTerms];
+    if (kept.count == count) [[likely]]
+      return kept;
+    double const p = count / m_N;
+    StCountTerm const term{count, p, TimesLog(p)};
+    kept = term;
+    return term;
+  }
+
+private:
+  std::span<StCountTerm> m_terms;
+  double m_N;
+};
+
+// Fills p of a strip. Unrolled, so that the chains of sums stay in registers.
+template <std::size_t... K>
+[[gnu::always_inline]] inline void SweepCells(Strip counts, CTerms& terms, double* p,
+                                              StCellSums& sums,
+                                              std::index_sequence<K...>) noexcept {
+  StCellSums local = sums;
+  auto const sweepCell = [&](std::size_t k) {
+    StCountTerm const term = terms(counts[k]);
+    p[k] = term.p;
+    local.squares[k % 4] += term.p * term.p;
+    local.entropy[k % 4] -= term.pLogP;
+  };
+  (sweepCell(K), ...);
+  sums = local;
+}
+
+void Sweep(StTextureArrays& arrays, Counts counts, double N, StMarginals& marginals) noexcept {
+  CTerms terms(arrays.m_terms, N);
+  double squares = 0, entropy = 0;
+  for (std::size_t i = 0; i < c_nLevels; ++i) {
+    StCellSums sums;
+    for (std::size_t j = 0; j < c_nLevels; j += c_nStrip) {
+      Strip const strip(counts.data() + i * c_nLevels + j, c_nStrip);
+      double* const p = arrays.m_ppP.data() + i * c_nLevels + j;
+      if (IsZero(strip)) {
+        std::fill_n(p, c_nStrip, 0.0);
+        continue;
       }
-  a.m_dMeanX = MeanOf(a.m_pX) / 256;
-  a.m_dMeanY = MeanOf(a.m_pY) / 256;
-  a.m_dMeanDiff = MeanOf(a.m_pDiff) / 256;
+      AddToMarginals(marginals, i, j, strip);
+      SweepCells(strip, terms, p, sums, std::make_index_sequence<c_nStrip>());
+    }
+    squares += Total(sums.squares);
+    entropy += Total(sums.entropy);
+  }
+  arrays.m_dSumOfSquares = squares;
+  arrays.m_dEntropy = entropy;
 }
-double Sigma_x(A const& a) { return std::sqrt(VarOf(a.m_pX, a.m_dMeanX)); }
-double Sigma_y(A const& a) {
-  double s = 0;
-  for (double v : a.m_pY) s += (v - a.m_dMeanY) * (v - a.m_dMeanY);
-  return std::sqrt(s);
+
+template <std::size_t Size>
+void Normalise(std::span<double> p, std::array<std::uint64_t, Size> const& counts,
+               double N) noexcept {
+  for (std::size_t k = 0; k < Size; ++k) p[k] = static_cast<double>(counts[k]) / N;
 }
-double Hx(A const& a) { return EntropyOf(a.m_pX); }
-double Hy(A const& a) { return EntropyOf(a.m_pY); }
-double H1(A const& a) {
-  double s = 0;
-  for (std::size_t i = 0; i < 256; ++i)
-    for (std::size_t j = 0; j < 256; ++j)
-      if (a.m_pX[i] > 0 && a.m_pY[j] > 0) s += a.m_ppP[i * 256 + j] * std::log(a.m_pX[i] * a.m_pY[j]);
-  return 0.0 - s;
+
+// Sum of k^Power counts(k).
+template <int Power>
+std::uint64_t Moment(std::span<std::uint64_t const> counts) noexcept {
+  std::uint64_t sum = 0;
+  for (std::uint64_t k = 0; k < counts.size(); ++k) sum += (Power == 1 ? k : k * k) * counts[k];
+  return sum;
 }
-double H2(A const& a) {
-  double s = 0;
-  for (std::size_t i = 0; i < 256; ++i)
-    for (std::size_t j = 0; j < 256; ++j)
-      if (a.m_pX[i] > 0 && a.m_pY[j] > 0) s += a.m_pX[i] * a.m_pY[j] * std::log(a.m_pX[i] * a.m_pY[j]);
-  return 0.0 - s;
+
+// Brings j - i + 255 and i - j + 255 together at |i - j|.
+std::array<std::uint64_t, c_nLevels>
+Fold(std::array<std::uint64_t, c_nSums> const& signedDifference) noexcept {
+  constexpr std::size_t zero = c_nLevels - 1;
+  std::array<std::uint64_t, c_nLevels> difference{};
+  difference[0] = signedDifference[zero];
+  for (std::size_t k = 1; k < c_nLevels; ++k)
+    difference[k] = signedDifference[zero - k] + signedDifference[zero + k];
+  return difference;
 }
-double Contrast(A const& a) { return VarOf(a.m_pDiff, 0) / 256 / 256; }
-double Correlation(A const& a) {
-  double const sx = Sigma_x(a), sy = Sigma_y(a);
-  if (!(std::abs(sx) > eps) || !(std::abs(sy) > eps)) return 0;
-  double s = 0;
-  for (std::size_t i = 0; i < 256; ++i)
-    for (std::size_t j = 0; j < 256; ++j) s += static_cast<double>(i * j) * a.m_ppP[i * 256 + j];
-  return (s - a.m_dMeanX * a.m_dMeanY) / (sy * sx);
+
+} // namespace
+
+void FillTextureArrays(StTextureArrays& arrays, Counts counts, double N) noexcept {
+  StMarginals marginals;
+  Sweep(arrays, counts, N, marginals);
+  auto const difference = Fold(marginals.difference);
+  Normalise(arrays.m_pX, marginals.x, N);
+  Normalise(arrays.m_pY, marginals.y, N);
+  Normalise(arrays.m_pSum, marginals.sum, N);
+  Normalise(arrays.m_pDiff, difference, N);
+
+  auto const over = [N](std::uint64_t sum) { return static_cast<double>(sum) / N; };
+  arrays.m_dMeanX = over(Moment<1>(marginals.x)) * c_dPerLevel;
+  arrays.m_dMeanY = over(Moment<1>(marginals.y)) * c_dPerLevel;
+  arrays.m_dMeanDiff = over(Moment<1>(difference)) * c_dPerLevel;
+  // 2 i j = i^2 + j^2 - (i - j)^2: the difference is taken in integers, where it costs no digits.
+  arrays.m_dMeanProduct =
+      over((Moment<2>(marginals.x) + Moment<2>(marginals.y) - Moment<2>(difference)) / 2);
+  std::uint64_t total = 0;
+  for (std::uint64_t const row : marginals.x) total += row;
+  arrays.m_dTotal = over(total);
+  arrays.m_dEntropyX = EntropyOf(arrays.m_pX);
+  arrays.m_dEntropyY = EntropyOf(arrays.m_pY);
 }
-double DifferenceEntropy(A const& a) { return EntropyOf(a.m_pDiff); }
-double DifferenceVariance(A const& a) { return VarOf(a.m_pDiff, a.m_dMeanDiff) / 256 / 256; }
-double Entropy(A const& a) { return EntropyOf(a.m_ppP); }
-double InverseDifferenceMoment(A const& a) {
-  double s = 0;
-  for (std::size_t k = 0; k < 256; ++k) s += a.m_pDiff[k] / (1.0 + static_cast<double>(k * k));
-  return s;
+
+double Sigma_x(StTextureArrays const& arrays) noexcept {
+  return std::sqrt(MomentAbout(arrays.m_dMeanX, arrays.m_pX));
 }
-double InformationMeasureOfCorrelation1(A const& a) {
-  double const hx = Hx(a), hy = Hy(a);
-  double d;
-  if (hx - hy > eps && std::abs(hx) > eps) d = hx;
-  else if (std::abs(hy) > eps) d = hy;
-  else return 0;
-  return Entropy(a) - H1(a) / d;
+
+double Sigma_y(StTextureArrays const& arrays) noexcept {
+  double sum = 0;
+  for (double const p : arrays.m_pY) sum += (p - arrays.m_dMeanY) * (p - arrays.m_dMeanY);
+  return std::sqrt(sum);
 }
-double InformationMeasureOfCorrelation2(A const& a) {
-  double const e = std::exp(2 * (Entropy(a) - H2(a)));
-  return 1 - e > 0 ? std::sqrt(1 - e) : 0;
+
+double Hx(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropyX; }
+
+double Hy(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropyY; }
+
+// ln(p_x p_y) = ln p_x + ln p_y, and p summed along rows or columns is p_x or p_y.
+double H1(StTextureArrays const& arrays) noexcept { return Hx(arrays) + Hy(arrays); }
+
+// The same with p_x p_y in place of p: each sum factorises.
+double H2(StTextureArrays const& arrays) noexcept {
+  return Hx(arrays) * arrays.m_dTotal + Hy(arrays) * arrays.m_dTotal;
 }
-double SecondAngularMoment(A const& a) {
-  double s = 0;
-  for (double v : a.m_ppP) s += v * v;
-  return s;
+
+double Contrast(StTextureArrays const& arrays) noexcept {
+  return MomentAbout(0, arrays.m_pDiff) * c_dPerLevel * c_dPerLevel;
 }
-double SumAverage(A const& a) { return MeanOf(a.m_pSum) / 511; }
-double SumEntropy(A const& a) { return EntropyOf(a.m_pSum); }
-double SumVariance(A const& a) { return VarOf(a.m_pSum, SumAverage(a)) / 511 / 511; }
-double Variance(A const& a) { return VarOf(a.m_pX, a.m_dMeanX) / 256 / 256; }
+
+double Correlation(StTextureArrays const& arrays) noexcept {
+  double const sigmaX = Sigma_x(arrays);
+  double const sigmaY = Sigma_y(arrays);
+  if (!(std::abs(sigmaX) > c_dEpsilon) || !(std::abs(sigmaY) > c_dEpsilon)) return 0;
+  return (arrays.m_dMeanProduct - arrays.m_dMeanX * arrays.m_dMeanY) / (sigmaY * sigmaX);
+}
+
+double DifferenceEntropy(StTextureArrays const& arrays) noexcept {
+  return EntropyOf(arrays.m_pDiff);
+}
+
+double DifferenceVariance(StTextureArrays const& arrays) noexcept {
+  return MomentAbout(arrays.m_dMeanDiff, arrays.m_pDiff) * c_dPerLevel * c_dPerLevel;
+}
+
+double Entropy(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropy; }
+
+double InverseDifferenceMoment(StTextureArrays const& arrays) noexcept {
+  double sum = 0;
+  for (std::size_t k = 0; k < c_nLevels; ++k)
+    sum += arrays.m_pDiff[k] / (1 + static_cast<double>(k * k));
+  return sum;
+}
+
+// The quotient alone is divided by the larger entropy, not the difference.
+double InformationMeasureOfCorrelation1(StTextureArrays const& arrays) noexcept {
+  double const hx = Hx(arrays);
+  double const hy = Hy(arrays);
+  if (hx - hy > c_dEpsilon && std::abs(hx) > c_dEpsilon) return Entropy(arrays) - H1(arrays) / hx;
+  if (std::abs(hy) > c_dEpsilon) return Entropy(arrays) - H1(arrays) / hy;
+  return 0;
+}
+
+// 1 - exp(x) as -expm1(x), which keeps its digits where the voxels of a pair hardly depend on each
+// other and x is close to 0.
+double InformationMeasureOfCorrelation2(StTextureArrays const& arrays) noexcept {
+  double const square = -std::expm1(2 * (Entropy(arrays) - H2(arrays)));
+  return square > 0 ? std::sqrt(square) : 0;
+}
+
+double SecondAngularMoment(StTextureArrays const& arrays) noexcept {
+  return arrays.m_dSumOfSquares;
+}
+
+double SumAverage(StTextureArrays const& arrays) noexcept {
+  double sum = 0;
+  for (std::size_t k = 0; k < c_nSums; ++k) sum += static_cast<double>(k) * arrays.m_pSum[k];
+  return sum / c_nSums;
+}
+
+double SumEntropy(StTextureArrays const& arrays) noexcept { return EntropyOf(arrays.m_pSum); }
+
+double SumVariance(StTextureArrays const& arrays) noexcept {
+  return MomentAbout(SumAverage(arrays), arrays.m_pSum) / c_nSums / c_nSums;
+}
+
+double Variance(StTextureArrays const& arrays) noexcept {
+  return MomentAbout(arrays.m_dMeanX, arrays.m_pX) * c_dPerLevel * c_dPerLevel;
+}
+
 } // namespace ORVA::Impl

@@ -1,34 +1,83 @@
+// The distributions of a co-occurrence matrix and the texture features that follow from them.
+// Example:
+//   Impl::StTextureArrays arrays; // reused from matrix to matrix
+//   Impl::FillTextureArrays(arrays, counts, numberOfPairs);
+//   double const entropy = Impl::Entropy(arrays);
+//   double const contrast = Impl::Contrast(arrays);
+//   double const px = arrays.m_pX[17]; // probability of level 17 in the first voxel of a pair
 #pragma once
+
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
+
 namespace ORVA::Impl {
-struct StTextureArrays {
-  std::vector<double> m_ppP = std::vector<double>(65536);
-  std::vector<double> m_pSum = std::vector<double>(511);
-  std::vector<double> m_pDiff = std::vector<double>(256);
-  std::vector<double> m_pX = std::vector<double>(256);
-  std::vector<double> m_pY = std::vector<double>(256);
-  double m_dMeanX = 0, m_dMeanY = 0, m_dMeanDiff = 0;
+
+/// A count with its probability p and its share p ln p of the entropy (0 for p = 0). Equal counts
+/// are frequent, so that most cells find their logarithm taken already.
+struct StCountTerm {
+  std::uint32_t count = 0;
+  double p = 0;
+  double pLogP = 0;
 };
-void FillTextureArrays(StTextureArrays&, std::span<std::uint32_t const, 65536> counts, double N);
-double Sigma_x(StTextureArrays const&);
-double Sigma_y(StTextureArrays const&);
-double Hx(StTextureArrays const&);
-double Hy(StTextureArrays const&);
-double H1(StTextureArrays const&);
-double H2(StTextureArrays const&);
-double Contrast(StTextureArrays const&);
-double Correlation(StTextureArrays const&);
-double DifferenceEntropy(StTextureArrays const&);
-double DifferenceVariance(StTextureArrays const&);
-double Entropy(StTextureArrays const&);
-double InverseDifferenceMoment(StTextureArrays const&);
-double InformationMeasureOfCorrelation1(StTextureArrays const&);
-double InformationMeasureOfCorrelation2(StTextureArrays const&);
-double SecondAngularMoment(StTextureArrays const&);
-double SumAverage(StTextureArrays const&);
-double SumEntropy(StTextureArrays const&);
-double SumVariance(StTextureArrays const&);
-double Variance(StTextureArrays const&);
+
+/// How many of them are kept, by the lowest bits of the count.
+constexpr std::size_t c_nTextureTerms = 4096;
+
+/// Everything that the features read: the normalised matrix p, its distributions, and the sums that
+/// need the matrix itself, gathered in the one sweep that fills it. About 600 KiB.
+struct StTextureArrays {
+  std::vector<double> m_ppP = std::vector<double>(65536); // p(i, j) at i * 256 + j
+  std::vector<double> m_pSum = std::vector<double>(511);  // p of the sum i + j
+  std::vector<double> m_pDiff = std::vector<double>(256); // p of the difference |i - j|
+  std::vector<double> m_pX = std::vector<double>(256);    // p of row i
+  std::vector<double> m_pY = std::vector<double>(256);    // p of column j
+  double m_dMeanX = 0;                                    // sum of i p_x(i), divided by 256
+  double m_dMeanY = 0;                                    // sum of j p_y(j), divided by 256
+  double m_dMeanDiff = 0;                                 // sum of k p_d(k), divided by 256
+
+  double m_dTotal = 0;        // sum of p: 1 where the counts add up to N
+  double m_dMeanProduct = 0;  // sum of i j p
+  double m_dSumOfSquares = 0; // sum of p^2
+  double m_dEntropy = 0;      // -sum of p ln p, like the two below in nats
+  double m_dEntropyX = 0;     // the same of p_x
+  double m_dEntropyY = 0;     // the same of p_y
+
+  std::vector<StCountTerm> m_terms = std::vector<StCountTerm>(c_nTextureTerms);
+};
+
+/// Overwrites all arrays by those of the counts (row i, column j at i * 256 + j) divided by N, the
+/// number of pairs, which must not be 0. Allocates nothing. Cost: one pass over the counts.
+void FillTextureArrays(StTextureArrays& arrays, std::span<std::uint32_t const, 65536> counts,
+                       double N) noexcept;
+
+/// Standard deviation of the rows about m_dMeanX.
+[[nodiscard]] double Sigma_x(StTextureArrays const& arrays) noexcept;
+/// Root of the summed squared deviations of the column probabilities from m_dMeanY: not the mirror
+/// image of Sigma_x.
+[[nodiscard]] double Sigma_y(StTextureArrays const& arrays) noexcept;
+/// Entropies of rows, of columns, and the two mixed ones of rows and columns, in nats.
+[[nodiscard]] double Hx(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double Hy(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double H1(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double H2(StTextureArrays const& arrays) noexcept;
+
+/// The texture features after R. M. Haralick, K. Shanmugam and I. Dinstein, "Textural features for
+/// image classification", IEEE Trans. Systems, Man and Cybernetics 3 (1973), with scale factors
+/// 1/256 and 1/511 of this system's own. Pure functions of the arrays; none fails.
+[[nodiscard]] double Contrast(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double Correlation(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double DifferenceEntropy(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double DifferenceVariance(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double Entropy(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double InverseDifferenceMoment(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double InformationMeasureOfCorrelation1(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double InformationMeasureOfCorrelation2(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double SecondAngularMoment(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double SumAverage(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double SumEntropy(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double SumVariance(StTextureArrays const& arrays) noexcept;
+[[nodiscard]] double Variance(StTextureArrays const& arrays) noexcept;
+
 } // namespace ORVA::Impl

@@ -22,8 +22,9 @@ namespace ORVA {
 ///
 /// A key text with "/" is a path. Each part names an entry of a sub-map, or by its decimal index
 /// one of a vector; empty parts are passed over. A part that is the decimal form of a number also
-/// finds the entry with that number as its key where no text entry has that name. Every operation
-/// below takes paths; a failure leaves the map as it was. Cost O(log entries) a part.
+/// finds the entry with that number as its key where no text entry has that name; only SetEntry
+/// takes a key that is no path to the letter. Every operation below takes paths; a failure leaves
+/// the map as it was. Cost O(log entries) a part.
 class PXLIB2CORE_EXPORT CValueMap {
 public:
   using Entries = std::map<CValue_Key, CValue>;

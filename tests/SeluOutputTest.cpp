@@ -1,0 +1,136 @@
+// Outputs appear whole or not at all: full disks, signals, devices, links, permissions.
+#include "support/SeluRun.h"
+
+#include <chrono>
+
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Arguments = std::vector<std::string>;
+
+class SeluOutput : public test::CSeluTest {
+protected:
+  static Arguments Synth(std::string const& output, std::string const& size = "16,16,16") {
+    return {"synth", "noise", "--size", size, "--seed", "1", "-o", output};
+  }
+};
+
+TEST_F(SeluOutput, FullDiskLeavesNothing) {
+  // A limit on the size of files stands for the disk: the writers see the same failure.
+  for (std::string const ending : {"nrrd", "mha", "nii", "nii.gz", "tif"}) {
+    auto const result = Selu(Synth("a." + ending, "64,64,64"), {.fileLimit = 50000});
+    EXPECT_EQ(result.code, 1) << ending;
+    EXPECT_TRUE(result.error.starts_with("selu: cannot write \"a." + ending)) << result.error;
+    EXPECT_TRUE(Files().empty()) << ending << testing::PrintToString(Files());
+  }
+}
+
+TEST_F(SeluOutput, FullDiskKeepsTheOldFile) {
+  Write("a.nrrd", "old");
+  EXPECT_EQ(Selu(Synth("a.nrrd"), {.fileLimit = 1000}).code, 1);
+  EXPECT_EQ(Read("a.nrrd"), "old");
+  EXPECT_EQ(Files(), Arguments{"a.nrrd"});
+}
+
+TEST_F(SeluOutput, FullPictureLeavesNothingNotEvenTheMatrix) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  auto const result = Selu(
+      {"texture", "a.nrrd", "--direction", "1,0,0", "--matrix", "m.nii.gz", "--picture", "p.svg"},
+      {.fileLimit = 40000}); // the packed matrix fits, the picture does not
+  EXPECT_EQ(result.code, 1) << result.error;
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(Files(), Arguments{"a.nrrd"});
+}
+
+TEST_F(SeluOutput, DevicesGetTheFinishedBytes) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  fs::create_symlink("/dev/full", Folder() / "full.nrrd");
+  fs::create_symlink("/dev/full", Folder() / "full.png");
+  fs::create_symlink("/dev/null", Folder() / "null.nrrd");
+  ExpectFailure(Synth("full.nrrd"), "\"full.nrrd\": No space left on device");
+  ExpectFailure({"texture", "a.nrrd", "--picture", "full.png"}, "No space left on device");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "full.nrrd"}, "No space left on device");
+  EXPECT_EQ(Selu(Synth("null.nrrd")).code, 0);
+  EXPECT_TRUE(fs::is_symlink(Folder() / "full.nrrd")) << "the link was replaced";
+  EXPECT_TRUE(fs::is_character_file("/dev/full"));
+  EXPECT_EQ(Files(), (Arguments{"a.nrrd", "full.nrrd", "full.png", "null.nrrd"}));
+}
+
+TEST_F(SeluOutput, LinksToFilesAreFollowed) {
+  fs::create_directory(Folder() / "there");
+  Write("there/real.nrrd", "old");
+  fs::create_symlink("there/real.nrrd", Folder() / "link.nrrd");
+  fs::create_symlink("there/new.nrrd", Folder() / "dangling.nrrd");
+  ASSERT_EQ(Selu(Synth("link.nrrd")).code, 0);
+  ASSERT_EQ(Selu(Synth("dangling.nrrd")).code, 0);
+  EXPECT_TRUE(fs::is_symlink(Folder() / "link.nrrd"));
+  EXPECT_TRUE(Read("there/real.nrrd").starts_with("NRRD"));
+  EXPECT_EQ(Read("there/new.nrrd"), Read("there/real.nrrd"));
+}
+
+TEST_F(SeluOutput, ReplacedFilesKeepTheirPermissions) {
+  Write("a.nrrd", "old");
+  ::chmod(Path("a.nrrd").c_str(), 0640);
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  EXPECT_EQ(fs::status(Path("a.nrrd")).permissions(), static_cast<fs::perms>(0640));
+}
+
+TEST_F(SeluOutput, BadTargetsAreRefusedBeforeTheWork) {
+  // Work of this size would take seconds and gigabytes.
+  auto const start = std::chrono::steady_clock::now();
+  std::string const size = "2000,1000,1000";
+  fs::create_directory(Folder() / "dir.nrrd");
+  ExpectFailure(Synth("a.jpg", size), "the ending must be one of");
+  ExpectFailure(Synth("a", size), "the ending must be one of");
+  ExpectFailure(Synth("a.mhd", size), "the ending must be one of");
+  ExpectFailure(Synth("a.png", size), "PNG holds no volumes");
+  ExpectFailure(Synth("nowhere/a.nrrd", size), "there is no folder \"nowhere\"");
+  ExpectFailure(Synth("dir.nrrd", size), "Is a directory");
+  ExpectFailure(Synth("", size), "the ending must be one of");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(Files(), Arguments{"dir.nrrd"});
+}
+
+TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ExpectFailure({"texture", "a.nrrd", "--picture", "p.jpg"}, "a picture ends in .png or .svg");
+  ExpectFailure({"texture", "a.nrrd", "--picture", "no/p.png"}, "there is no folder \"no\"");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.csv"}, "the ending must be one of");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.png"}, "PNG holds no volumes");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.tif"}, "32-bit");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"},
+                "no folder");
+  EXPECT_EQ(Files(), Arguments{"a.nrrd"});
+}
+
+TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root to give its rights up";
+  Write("a.nrrd", "old");
+  fs::create_directory(Folder() / "locked");
+  ::chmod(Path("a.nrrd").c_str(), 0444);
+  ::chmod(Path("locked").c_str(), 0555);
+  ExpectFailure(Synth("a.nrrd"), "Permission denied", 1, {.nobody = true});
+  ExpectFailure(Synth("locked/a.nrrd"), "Permission denied", 1, {.nobody = true});
+  EXPECT_EQ(Read("a.nrrd"), "old");
+  EXPECT_EQ(Files(), (Arguments{"a.nrrd", "locked"}));
+}
+
+TEST_F(SeluOutput, SignalsLeaveNothing) {
+  struct StCase {
+    int signal, code;
+  };
+  for (auto const [signal, code] : {StCase{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}}) {
+    // Some seconds of work: the signal comes in its midst.
+    auto const result =
+        Selu({"synth", "blobs", "--size", "500,500,300", "--seed", "1", "-o", "a.nrrd"},
+             {.interruptAfter = 0.4, .signal = signal});
+    EXPECT_EQ(result.code, code);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.error, signal == SIGINT ? "selu: interrupted\n" : "");
+    EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
+  }
+}
+
+} // namespace
