@@ -41,7 +41,7 @@ CCutSlice Slice(Real const& normal, double distance, Point const& size,
 }
 
 CCutSlice Slice(PointList points, Point const& size, int64 neighborhood = NEIGHBORHOOD_26) {
-  CCutSlice slice(std::move(points), neighborhood);
+  CCutSlice slice(points, neighborhood);
   slice.SetImageSize(size);
   return slice;
 }
@@ -220,6 +220,16 @@ TEST(CutSlice, LineIsValidOnACommonFace) {
         << testing::PrintToString(c.a) << testing::PrintToString(c.b);
 }
 
+TEST(CutSlice, TakesThePointsOverUnlessItThrows) {
+  PointList points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+  CCutSlice const slice(points, NEIGHBORHOOD_26);
+  EXPECT_TRUE(points.empty());
+  EXPECT_EQ(points.capacity(), 0u);
+  PointList line = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}};
+  ExpectError([&] { CCutSlice(line, NEIGHBORHOOD_26); }, "the three points are lying in a line");
+  EXPECT_EQ(line.size(), 3u);
+}
+
 TEST(CutSlice, NeedsThreePoints) {
   for (std::size_t const count : {0u, 1u, 2u, 4u})
     ExpectError([&] { CCutSlice(PointList(count), NEIGHBORHOOD_26); },
@@ -234,8 +244,8 @@ TEST(CutSlice, EqualRatiosAreALine) {
       {{1, 1, 1}, {2, 3, 4}, {1, 1, 1}}, // 1 / 0 on every axis
   };
   for (auto const& line : lines)
-    ExpectError([&] { CCutSlice(line, NEIGHBORHOOD_26); }, "the three points are lying in a line",
-                c_constructor, c_source);
+    ExpectError([&] { CCutSlice(PointList(line), NEIGHBORHOOD_26); },
+                "the three points are lying in a line", c_constructor, c_source);
 }
 
 TEST(CutSlice, LinesWithZeroComponentsPassAndMeetNoImage) {
@@ -245,7 +255,7 @@ TEST(CutSlice, LinesWithZeroComponentsPassAndMeetNoImage) {
       {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}},
   };
   for (auto const& line : lines) {
-    CCutSlice slice(line, NEIGHBORHOOD_26);
+    CCutSlice slice(PointList(line), NEIGHBORHOOD_26);
     ExpectError([&] { slice.SetImageSize(CSize(10, 10, 10)); }, "plane not in image",
                 c_computeMoves, c_source);
   }

@@ -25,19 +25,22 @@ namespace Impl {
 /// its corners by two digital lines along its edges: each voxel is a point of the first line plus
 /// an offset of the second, row by row; those outside the box are skipped.
 ///
-/// On oblique planes such a lattice can repeat or miss single voxels, and its corners are rounded
-/// to voxels; CPlaneSection visits every voxel of the digital plane exactly once. Planes along two
-/// axes are exact here too.
+/// On oblique planes such a lattice can repeat or miss single voxels; and as its corner and edges
+/// are rounded to voxels it strays from the plane by up to two, and a strip can be missing where it
+/// so leaves the box. Planes along two axes are exact; CPlaneSection is for every plane.
 ///
 /// SetImageSize takes O(row starts * log(row moves)) time and 24 bytes for each of both; a point
 /// takes O(1).
 class SELUUTILS_EXPORT CCutSlice {
 public:
-  /// The plane through exactly three points, which the slice takes over. CException for another
+  /// The plane through exactly three points. Takes them over and leaves the vector empty; if it
+  /// throws, the vector is as it was. CException for another
   /// number of them and for three whose differences have equal ratios x, y and z, that is, most
   /// that lie in a line; those whose differences have zero components are not recognised and meet
   /// no image. CExBadParam where a difference does not fit 64 bits.
-  CCutSlice(std::vector<CTriple<int64>> points, int64 neighborhood);
+  CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood);
+  CCutSlice(std::vector<CTriple<int64>>&& points, int64 neighborhood)
+      : CCutSlice(points, neighborhood) {}
   /// The plane normal·p = distance; the normal need not have length 1.
   CCutSlice(CTriple<double> normal, double distance, int64 neighborhood);
 

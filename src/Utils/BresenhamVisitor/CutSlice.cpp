@@ -273,7 +273,7 @@ void Impl::RaiseNoMorePointsInSlice() {
   Raise(ORVA_LOCATION(c_module, "ORVA::CCutSlice::NextPoint"), "No more points available");
 }
 
-CCutSlice::CCutSlice(std::vector<CTriple<int64>> points, int64 neighborhood)
+CCutSlice::CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood)
     : m_Neighborhood(neighborhood) {
   if (points.size() != 3)
     Impl::Raise(ORVA_LOCATION(c_module, c_constructor),
@@ -285,6 +285,7 @@ CCutSlice::CCutSlice(std::vector<CTriple<int64>> points, int64 neighborhood)
               Determinant(u.x, u.y, v.x, v.y)};
   m_Distance = Dot(m_Normal, {static_cast<double>(points[0].x), static_cast<double>(points[0].y),
                               static_cast<double>(points[0].z)});
+  std::vector<CTriple<int64>>().swap(points);
 }
 
 CCutSlice::CCutSlice(CTriple<double> normal, double distance, int64 neighborhood)
