@@ -228,3 +228,5 @@ private:
 
 } // namespace Impl
 } // namespace ORVA
+
+#include <SeluUtils/AreaVisitor.h> // the areas, which are built of these lines
