@@ -123,3 +123,5 @@ private:
 };
 
 } // namespace ORVA
+
+#include <SeluUtils/VolumeVisitor.h> // the solids, whose slices are areas

@@ -8,7 +8,6 @@
 #pragma once
 
 #include <SeluUtils/BresenhamVisitorImpl.h>
-#include <SeluUtils/CutSlice.h> // IWYU pragma: export
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -230,3 +229,4 @@ private:
 } // namespace ORVA
 
 #include <SeluUtils/AreaVisitor.h> // the areas, which are built of these lines
+#include <SeluUtils/CutSlice.h>    // planes through a volume, likewise

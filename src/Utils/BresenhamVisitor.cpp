@@ -83,7 +83,8 @@ CBresenhamVisitor::CBresenhamVisitor(CSize from, CSize to, int64 dimension, int6
 
 CBresenhamVisitor::CBresenhamVisitor(CTriple<int64> start, CTriple<double> direction, double length,
                                      int64 dimension, int64 neighborhood, bool withEndPoints)
-    : m_Difference(Impl::RoundedSaturated(direction.x * length), Impl::RoundedSaturated(direction.y * length),
+    : m_Difference(Impl::RoundedSaturated(direction.x * length),
+                   Impl::RoundedSaturated(direction.y * length),
                    Impl::RoundedSaturated(direction.z * length)),
       m_Dimension(dimension), m_Neighborhood(neighborhood), m_FirstInnerStep(withEndPoints ? 0 : 1),
       m_Start(start) {
