@@ -23,7 +23,8 @@ namespace ORVA {
 /// CBresenhamAreaVisitor within their convex hull: concave slices are filled up to it.
 ///
 /// Every slice between the solid's ends needs border points: a slice without any ends the walk.
-/// Without border the first and the last slice and the border of every other are left out.
+/// With border the digital lines between a slice's hull corners belong to it, so that a point can
+/// lie half a voxel outside; without, they and the first and the last slice are left out.
 ///
 /// Coordinates x must lie in 0 to 2^31 - 1, as slices are numbered by them, and two points joined
 /// by a line at most 2^31 - 1 apart along each axis, else CExBadParam. Building takes O(n log n)
