@@ -183,7 +183,7 @@ void CPlaneSection::SetPlane(std::array<int128, 3> const& normal, int128 distanc
   m_Offset = 2 * sign * distance + divisor / 2;
 
   int64 const carry = m_Slopes[0] < 0 ? -1 : m_Slopes[0] == m_Divisor ? 1 : 0;
-  m_RemainderStep = m_Slopes[0] - carry * m_Divisor;
+  m_CarryStep = m_Slopes[0] - (carry + 1) * m_Divisor;
   m_Moves[0].*c_axes[row] = m_Moves[1].*c_axes[row] = 1;
   m_Moves[0].*c_axes[main] = carry;
   m_Moves[1].*c_axes[main] = carry + 1;

@@ -9,7 +9,6 @@
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
-#include <ranges>
 #include <tuple>
 #include <utility>
 
@@ -55,8 +54,7 @@ auto Order(CTriple<int64> const& p) { return std::tuple(p.x, p.y, p.z); }
 
 void SortAndMerge(Path& points) {
   std::ranges::sort(points, {}, Order);
-  auto const repeated = std::ranges::unique(points);
-  points.erase(repeated.begin(), repeated.end());
+  points.erase(std::unique(points.begin(), points.end()), points.end());
 }
 
 // Directions are compared in 128 bits.
@@ -73,13 +71,13 @@ bool IsTurnRight(CTriple<int64> const& a, CTriple<int64> const& b, CTriple<int64
 
 // Appends a side of the hull over points in their order, without the last one; every corner of it
 // turns right. Points that later ones overtake are dropped again.
-template <class Points>
-void AppendSide(Path& hull, Points const& points) {
+template <class Iterator>
+void AppendSide(Path& hull, Iterator begin, Iterator end) {
   std::size_t const first = hull.size();
-  for (auto const& point : points) {
-    while (hull.size() >= first + 2 && !IsTurnRight(hull[hull.size() - 2], hull.back(), point))
+  for (auto point = begin; point != end; ++point) {
+    while (hull.size() >= first + 2 && !IsTurnRight(hull[hull.size() - 2], hull.back(), *point))
       hull.pop_back();
-    hull.push_back(point);
+    hull.push_back(*point);
   }
   hull.pop_back();
 }
@@ -211,8 +209,8 @@ Path CBresenhamVolumeVisitor::ConvertListToPath(std::span<CTriple<int64> const> 
     Impl::Raise(ORVA_LOCATION(c_module, c_convertListToPath), "not possible to determine");
   if (points.size() == 1) return points;
   Path hull;
-  AppendSide(hull, points);
-  AppendSide(hull, std::ranges::reverse_view(points));
+  AppendSide(hull, points.begin(), points.end());
+  AppendSide(hull, points.rbegin(), points.rend());
   return hull;
 }
 
