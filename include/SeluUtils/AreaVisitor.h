@@ -32,9 +32,10 @@ namespace Impl {
 /// walk goes column by column along the first axis that is not shared and upward along the next.
 ///
 /// One corner with border is a point, two are a digital line, one or two without border nothing.
-/// Convex outlines are filled as they should be; concave ones, and those with a vertical edge
-/// within their upper or lower side, lose points or are refused, and oblique polygons depend on
-/// their orientation where neither pairs exactly: CPolygonVisitor serves them all.
+/// Convex outlines are filled as they should be. Concave ones, those with a vertical edge within
+/// their upper or lower side or a corner repeated in a vertical edge's column, and lines folded
+/// back on themselves lose points or are refused with a CException; oblique polygons hang on their
+/// orientation where neither pairs exactly. CPolygonVisitor serves them all.
 ///
 /// Corners may lie up to 2147483647 apart along each axis, else CExBadParam. Building takes
 /// O(n log n) time for n border points (in the oblique case O(p) for the p points besides).

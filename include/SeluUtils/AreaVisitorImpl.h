@@ -129,7 +129,8 @@ private:
 /// each column (value of x), and the run between them is a 3D digital line.
 ///
 /// Only one of a path's two orientations can be paired: for the other the constructor throws.
-/// Concave outlines can lose voxels or be refused: CPolygonVisitor serves any outline.
+/// Thin corners, where the digital borders of the two sides cross, can lose columns; concave
+/// outlines can lose voxels or be refused: CPolygonVisitor serves any outline.
 ///
 /// Without border the outermost columns and the two ends of each run are left out. Corners may lie
 /// up to 2147483647 apart along each axis, else CExBadParam. Building takes O(n log n + p) time for

@@ -28,11 +28,11 @@ struct StPolygonRun {
 /// nearest to the plane, the upper one on a tie. Coordinates are taken from `origin`.
 struct StPolygonPlane {
   CTriple<int64> origin;
-  CTriple<int64> unitU{1, 0, 0}, unitV{0, 1, 0}, unitW{0, 0, 1};
-  int64 slopeU = 0, slopeV = 0;  // the plane is w = (slopeU * u + slopeV * v) / norm
-  int64 norm = 1;                // > 0, at least as large as both slopes
-  CTriple<int64> stepV{0, 1, 0}; // from a voxel to the next one along v, without carry
-  std::uint64_t remainderV = 0;  // what that leaves over, below norm
+  int dominantAxis = 2;         // of w: 0 x, 1 y, 2 z; u and v are the other two in their order
+  int64 slopeU = 0, slopeV = 0; // the plane is w = (slopeU * u + slopeV * v) / norm
+  int64 norm = 1;               // > 0, at least as large as both slopes
+  int64 wholeV = 0;             // floor(slopeV / norm): what every step along v adds to w
+  int64 remainderV = 0;         // and what that leaves over, in 1 / norm
 };
 
 } // namespace Impl
@@ -76,15 +76,10 @@ public:
   CTriple<int64> NextPoint() noexcept {
     if (!MorePoints()) [[unlikely]]
       return {};
-    CTriple<int64> const point = m_Next;
-    if (m_LeftInRun > 0) [[likely]] {
-      --m_LeftInRun;
-      m_Next += m_Plane.stepV;
-      m_Residual += m_Plane.remainderV;
-      if (m_Residual >= static_cast<std::uint64_t>(m_Plane.norm)) {
-        m_Residual -= static_cast<std::uint64_t>(m_Plane.norm);
-        m_Next += m_Plane.unitW;
-      }
+    CTriple<int64> const point = InSpace(m_U, m_V, m_W);
+    if (m_V != m_LastV) [[likely]] {
+      ++m_V;
+      if (m_Plane.slopeV != 0) StepAcross();
     } else {
       ++m_Run;
       BeginRun();
@@ -103,14 +98,32 @@ public:
 
 private:
   void BeginRun() noexcept;
+  void StepAcross() noexcept {
+    m_W += m_Plane.wholeV;
+    m_Residual -= m_Plane.norm - m_Plane.remainderV; // 0 <= residual < norm: cannot overflow
+    if (m_Residual >= 0) {
+      ++m_W;
+    } else {
+      m_Residual += m_Plane.norm;
+    }
+  }
+  [[nodiscard]] CTriple<int64> InSpace(int64 u, int64 v, int64 w) const noexcept {
+    if (m_Plane.dominantAxis == 2) return {u, v, w};
+    if (m_Plane.dominantAxis == 1) return {u, w, v};
+    return {w, u, v};
+  }
 
   Impl::StPolygonPlane m_Plane;
   std::vector<Impl::StPolygonRun> m_Runs; // in scan order, disjoint
   std::uint64_t m_Steps = 0;
   std::size_t m_Run = 0; // the run being walked
-  int64 m_LeftInRun = 0; // its points after the next one
-  CTriple<int64> m_Next;
-  std::uint64_t m_Residual = 0; // how far the plane lies above m_Next, in 1 / norm, plus a half
+  // The next point is (m_U, m_V, m_W). Not side by side, or compilers join two of them into one
+  // load that has to wait for the store of one.
+  int64 m_U = 0;
+  int64 m_LastV = 0; // of its run
+  int64 m_V = 0;
+  int64 m_Residual = 0; // how far the plane lies above the point, in 1 / norm, plus a half
+  int64 m_W = 0;
 };
 
 } // namespace ORVA

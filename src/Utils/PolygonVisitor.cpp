@@ -56,7 +56,7 @@ int64 InPlane(int64 neighborhood, Impl::StPolygonPlane const& plane) {
   case NEIGHBORHOOD_14_1:
     return NEIGHBORHOOD_6_1;
   case NEIGHBORHOOD_14_2: // has (0, 1, -1) in the yz-plane
-    return plane.unitW.x == 1 ? NEIGHBORHOOD_6_2 : NEIGHBORHOOD_6_1;
+    return plane.dominantAxis == 0 ? NEIGHBORHOOD_6_2 : NEIGHBORHOOD_6_1;
   case NEIGHBORHOOD_26:
     return NEIGHBORHOOD_8;
   default:
@@ -81,15 +81,11 @@ void CheckArguments(int64 dimension, int64 neighborhood) {
         CString("neighborhood %1 is none of 4, 6.1, 6.2 and 8 (0, 3, 6, 9)").Arg(neighborhood));
 }
 
-int64 Along(CTriple<int64> const& a, CTriple<int64> const& unit) {
-  return a.x * unit.x + a.y * unit.y + a.z * unit.z;
-}
-
 void LookAlongDominantAxis(std::vector<Ring>& rings, Impl::StPolygonPlane const& plane) {
   for (Ring& ring : rings)
     for (CTriple<int64>& corner : ring) {
-      CTriple<int64> const d = corner - plane.origin;
-      corner = {Along(d, plane.unitU), Along(d, plane.unitV), 0};
+      CTriple<int64> const seen = Impl::SeenAlong(plane.dominantAxis, corner - plane.origin);
+      corner = {seen.x, seen.y, 0};
     }
 }
 
@@ -132,10 +128,12 @@ void CPolygonVisitor::BeginRun() noexcept {
   int128 const height =
       int128{m_Plane.slopeU} * run.column + int128{m_Plane.slopeV} * run.low + norm / 2;
   auto const w = static_cast<int64>(Impl::FloorDivide(height, norm));
-  m_Residual = static_cast<std::uint64_t>(height - w * norm);
-  m_Next =
-      m_Plane.origin + m_Plane.unitU * run.column + m_Plane.unitV * run.low + m_Plane.unitW * w;
-  m_LeftInRun = run.high - run.low;
+  m_Residual = static_cast<int64>(height - w * norm);
+  CTriple<int64> const origin = Impl::SeenAlong(m_Plane.dominantAxis, m_Plane.origin);
+  m_U = origin.x + run.column;
+  m_V = origin.y + run.low;
+  m_W = origin.z + w;
+  m_LastV = origin.y + run.high;
 }
 
 } // namespace ORVA

@@ -2,7 +2,6 @@
 
 #include <pxlib2core/String.h>
 
-#include <array>
 #include <cstdlib>
 #include <numeric>
 
@@ -55,27 +54,17 @@ void CheckPlane(std::span<Ring const> rings, CTriple<int64> const& normal) {
                           .Arg(p.z));
 }
 
-struct StAxes {
-  CTriple<int64> u, v, w;
-};
-
-constexpr CTriple<int64> c_x(1, 0, 0), c_y(0, 1, 0), c_z(0, 0, 1);
-
-StAxes AxesFor(CTriple<int64> const& normal) {
+// Of equal ones z before y before x.
+int DominantAxis(CTriple<int64> const& normal) {
   int64 const x = std::abs(normal.x), y = std::abs(normal.y), z = std::abs(normal.z);
-  if (z >= x && z >= y) return {c_x, c_y, c_z};
-  if (y >= x) return {c_x, c_z, c_y};
-  return {c_y, c_z, c_x};
-}
-
-int64 Along(CTriple<int64> const& a, CTriple<int64> const& unit) {
-  return a.x * unit.x + a.y * unit.y + a.z * unit.z;
+  if (z >= x && z >= y) return 2;
+  return y >= x ? 1 : 0;
 }
 
 } // namespace
 
 StPolygonPlane FlatPlane(std::span<Ring const> rings) {
-  CheckPlane(rings, c_z);
+  CheckPlane(rings, {0, 0, 1});
   StPolygonPlane plane;
   plane.origin = rings.front().front();
   return plane;
@@ -84,20 +73,17 @@ StPolygonPlane FlatPlane(std::span<Ring const> rings) {
 StPolygonPlane ObliquePlane(std::span<Ring const> rings) {
   CTriple<int64> const normal = Normal(rings);
   CheckPlane(rings, normal);
-  StAxes const axes = AxesFor(normal);
   StPolygonPlane plane;
   plane.origin = rings.front().front();
-  plane.unitU = axes.u;
-  plane.unitV = axes.v;
-  plane.unitW = axes.w;
+  plane.dominantAxis = DominantAxis(normal);
+  CTriple<int64> const seen = SeenAlong(plane.dominantAxis, normal);
   int64 const divisor = std::gcd(std::gcd(normal.x, normal.y), normal.z);
-  int64 const sign = Along(normal, axes.w) < 0 ? -1 : 1;
-  plane.norm = sign * Along(normal, axes.w) / divisor;
-  plane.slopeU = -sign * Along(normal, axes.u) / divisor;
-  plane.slopeV = -sign * Along(normal, axes.v) / divisor;
-  int64 const whole = FloorDivide(plane.slopeV, plane.norm);
-  plane.stepV = axes.v + axes.w * whole;
-  plane.remainderV = static_cast<std::uint64_t>(plane.slopeV - whole * plane.norm);
+  int64 const sign = seen.z < 0 ? -1 : 1;
+  plane.norm = sign * seen.z / divisor;
+  plane.slopeU = -sign * seen.x / divisor;
+  plane.slopeV = -sign * seen.y / divisor;
+  plane.wholeV = FloorDivide(plane.slopeV, plane.norm);
+  plane.remainderV = plane.slopeV - plane.wholeV * plane.norm;
   return plane;
 }
 

@@ -22,6 +22,15 @@ template <class Integer>
   return a / b - (a % b < 0 ? 1 : 0);
 }
 
+/// (u, v, w) of a triple: w is the component along the dominant axis, u and v are the others in
+/// their order.
+[[nodiscard]] constexpr CTriple<int64> SeenAlong(int dominantAxis,
+                                                 CTriple<int64> const& p) noexcept {
+  if (dominantAxis == 2) return p;
+  if (dominantAxis == 1) return {p.x, p.z, p.y};
+  return {p.y, p.z, p.x};
+}
+
 /// The plane z = const of the corners; CExBadParam where they have none.
 [[nodiscard]] StPolygonPlane FlatPlane(std::span<Ring const> rings);
 /// The plane through all corners, in whatever direction; CExBadParam where they have none. Corners
