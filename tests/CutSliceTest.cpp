@@ -48,7 +48,6 @@ CCutSlice Slice(PointList points, Point const& size, int64 neighborhood = NEIGHB
 
 struct StLattice {
   Point origin, first, second;
-  friend bool operator==(StLattice const&, StLattice const&) = default;
 };
 
 StLattice Initialization(CCutSlice const& slice, std::vector<Real>& corners) {

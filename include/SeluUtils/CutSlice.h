@@ -34,10 +34,10 @@ namespace Impl {
 class SELUUTILS_EXPORT CCutSlice {
 public:
   /// The plane through exactly three points. Takes them over and leaves the vector empty; if it
-  /// throws, the vector is as it was. CException for another
-  /// number of them and for three whose differences have equal ratios x, y and z, that is, most
-  /// that lie in a line; those whose differences have zero components are not recognised and meet
-  /// no image. CExBadParam where a difference does not fit 64 bits.
+  /// throws, the vector is as it was. CException for another number of them, and for three whose
+  /// differences have equal ratios in x, y and z, that is, most that lie in a line; those whose
+  /// differences have zero components are not recognised and meet no image. CExBadParam where a
+  /// difference does not fit 64 bits.
   CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood);
   CCutSlice(std::vector<CTriple<int64>>&& points, int64 neighborhood)
       : CCutSlice(points, neighborhood) {}
