@@ -229,3 +229,6 @@ private:
 
 } // namespace Impl
 } // namespace ORVA
+
+#include <SeluUtils/AreaVisitor.h> // the areas, which are built of these lines
+#include <SeluUtils/CutSlice.h>    // planes through a volume, likewise

@@ -189,3 +189,5 @@ private:
 };
 
 } // namespace ORVA::Impl
+
+#include <SeluUtils/AreaVisitorImpl.h> // the areas, which are built of these lines

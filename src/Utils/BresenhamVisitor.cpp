@@ -1,9 +1,10 @@
 #include <SeluUtils/BresenhamVisitor.h>
 
+#include "BresenhamVisitor/Rounding.h"
+
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
-#include <cmath>
 #include <utility>
 
 namespace ORVA {
@@ -29,13 +30,6 @@ CTriple<int64> CheckedDifference(CTriple<int64> const& from, CTriple<int64> cons
   return {CheckedDifference(from.x, to.x, dimension >= 1),
           CheckedDifference(from.y, to.y, dimension >= 2),
           CheckedDifference(from.z, to.z, dimension >= 3)};
-}
-
-int64 RoundedSaturated(double value) {
-  double const rounded = value >= 0 ? std::floor(value + 0.5) : std::ceil(value - 0.5);
-  if (rounded >= 0x1p63) return std::numeric_limits<int64>::max();
-  if (rounded >= -0x1p63) return static_cast<int64>(rounded);
-  return std::numeric_limits<int64>::min(); // NaN as well
 }
 
 void CheckReach(int64 start, int64 sign, int64 length) {
@@ -89,8 +83,9 @@ CBresenhamVisitor::CBresenhamVisitor(CSize from, CSize to, int64 dimension, int6
 
 CBresenhamVisitor::CBresenhamVisitor(CTriple<int64> start, CTriple<double> direction, double length,
                                      int64 dimension, int64 neighborhood, bool withEndPoints)
-    : m_Difference(RoundedSaturated(direction.x * length), RoundedSaturated(direction.y * length),
-                   RoundedSaturated(direction.z * length)),
+    : m_Difference(Impl::RoundedSaturated(direction.x * length),
+                   Impl::RoundedSaturated(direction.y * length),
+                   Impl::RoundedSaturated(direction.z * length)),
       m_Dimension(dimension), m_Neighborhood(neighborhood), m_FirstInnerStep(withEndPoints ? 0 : 1),
       m_Start(start) {
   Build();

@@ -1,0 +1,128 @@
+// Walks the points of a convex polygon in a plane or in space, with or without its border.
+//
+//   std::vector<CTriple<int64>> corners{{2, 1, 0}, {9, 3, 0}, {4, 8, 0}};
+//   CBresenhamAreaVisitor area(corners, 2, NEIGHBORHOOD_8, true);     // corners is empty now
+//   while (area.MorePoints()) Visit(area.NextPoint());
+//   area.Reset();                                                     // and once more
+#pragma once
+
+#include <SeluUtils/AreaVisitorImpl.h>
+#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace ORVA {
+
+namespace Impl {
+/// Throws CException "No valid m_Dimension!".
+[[noreturn]] SELUUTILS_EXPORT void RaiseAreaDimensionInNextPoint();
+[[noreturn]] SELUUTILS_EXPORT void RaiseAreaDimensionInMorePoints();
+} // namespace Impl
+
+/// A closed polygon given by its corners, each once, in either orientation.
+///
+/// In dimension 2 it lies in a plane z = const and takes NEIGHBORHOOD_4, _6_1, _6_2 or _8. In
+/// dimension 3, corners that share x, y or z are walked as a 2D polygon in NEIGHBORHOOD_26 or _6
+/// (first shared axis of x, y, z); others are an oblique polygon in NEIGHBORHOOD_14_1 or _26. The
+/// walk goes column by column along the first axis that is not shared and upward along the next.
+///
+/// One corner with border is a point, two are a digital line, one or two without border nothing.
+/// Convex outlines are filled as they should be. Concave ones, those with a vertical edge within
+/// their upper or lower side or a corner repeated in a vertical edge's column, and lines folded
+/// back on themselves lose points or are refused with a CException; oblique polygons hang on their
+/// orientation where neither pairs exactly. CPolygonVisitor serves them all.
+///
+/// Corners may lie up to 2147483647 apart along each axis, else CExBadParam. Building takes
+/// O(n log n) time for n border points (in the oblique case O(p) for the p points besides).
+class SELUUTILS_EXPORT CBresenhamAreaVisitor {
+public:
+  /// A walk without points.
+  CBresenhamAreaVisitor() = default;
+  /// Takes the corners over and leaves the vector empty; if it throws, the vector is as it was.
+  /// CException for another dimension ("No valid dimension!"), for shared coordinates in another
+  /// neighbourhood, for no corner with border, and as the inner visitors throw.
+  CBresenhamAreaVisitor(std::vector<CTriple<int64>>& corners, int64 dimension, int64 neighborhood,
+                        bool border);
+  CBresenhamAreaVisitor(std::vector<CTriple<int64>>&& corners, int64 dimension, int64 neighborhood,
+                        bool border)
+      : CBresenhamAreaVisitor(corners, dimension, neighborhood, border) {}
+
+  [[nodiscard]] bool MorePoints() const {
+    switch (m_Dimension) {
+    case 0:
+      return m_More;
+    case 1:
+      return m_Line.MorePoints();
+    case 2:
+      return m_Area2D.MorePoints();
+    case 3:
+      return m_Area3D.MorePoints();
+    default:
+      Impl::RaiseAreaDimensionInMorePoints();
+    }
+  }
+  /// The next point. After the last one, unspecified.
+  CTriple<int64> NextPoint() {
+    switch (m_Dimension) {
+    case 0:
+      m_More = false;
+      return m_Point;
+    case 1:
+      return m_Line.NextPoint();
+    case 2:
+      return Convert(m_Area2D.NextPoint());
+    case 3:
+      return m_Area3D.NextPoint();
+    default:
+      Impl::RaiseAreaDimensionInNextPoint();
+    }
+  }
+  /// Number of points of a full walk.
+  [[nodiscard]] std::uint64_t Steps() const;
+  /// Whether a full walk has no points.
+  [[nodiscard]] bool empty() const { return Steps() == 0; }
+  /// Back to the first point.
+  void Reset();
+  /// No effect: this walk is not clipped.
+  void SetImageSize(CSize) noexcept {}
+  void SetImageSize(CTriple<int64>) noexcept {}
+  /// Prints the start and end points of the runs to standard output; nothing for a point or a line.
+  void PrintBorder() const;
+
+  /// The closed path that begins and ends at the smallest corner and, while the walk is a 2D one,
+  /// leaves it along the side of greater second coordinate.
+  [[nodiscard]] std::vector<CTriple<int64>>
+  MakePathFitting(std::vector<CTriple<int64>> corners) const;
+  /// The 2D neighbourhood of a plane x, y or z = const: 8 of 26, 4 of 6; CException for another.
+  [[nodiscard]] int64 ConvertNeighborhood(int64 neighborhood) const;
+  /// A point of the 2D walk in space.
+  [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {
+    if (m_SharesX) return {m_SharedX, p.x, p.y};
+    if (m_SharesY) return {p.x, m_SharedY, p.y};
+    if (m_SharesZ) return {p.x, p.y, m_SharedZ};
+    return p;
+  }
+
+private:
+  int64 ReduceToPlane(std::vector<CTriple<int64>>& corners, int64 neighborhood);
+  void Build(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
+  void BuildOblique(std::vector<CTriple<int64>> const& path, int64 neighborhood, bool border);
+
+  int64 m_Dimension = 0; // 0 a point or nothing, 1 a line, 2 a plane area, 3 an oblique area
+  bool m_SharesX = false, m_SharesY = false, m_SharesZ = false;
+  int64 m_SharedX = 0, m_SharedY = 0, m_SharedZ = 0;
+  CTriple<int64> m_Point;
+  bool m_HasPoint = false, m_More = false;
+  CBresenhamVisitor m_Line;
+  Impl::CBresenhamAreaVisitor2D m_Area2D;
+  Impl::CBresenhamAreaVisitor3D m_Area3D;
+};
+
+} // namespace ORVA
+
+#include <SeluUtils/VolumeVisitor.h> // the solids, whose slices are areas

@@ -1,0 +1,103 @@
+// Walks the voxels of a plane through a volume on a lattice of two digital lines.
+//
+//   CCutSlice slice(CTriple<double>(1, 2, 2), 300.0, NEIGHBORHOOD_26);  // x + 2y + 2z = 300
+//   slice.SetImageSize(image.Size());
+//   while (slice.MorePoints()) Visit(slice.NextPoint());
+//   // CPlaneSection <SeluUtils/PlaneSection.h> visits each voxel of a plane exactly once
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace ORVA {
+
+namespace Impl {
+/// Throws CException "No more points available".
+[[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePointsInSlice();
+} // namespace Impl
+
+/// A plane n·p = d cut through an image box. The plane's polygon in the box is spanned from one of
+/// its corners by two digital lines along its edges: each voxel is a point of the first line plus
+/// an offset of the second, row by row; those outside the box are skipped.
+///
+/// On oblique planes such a lattice can repeat or miss single voxels; and as its corner and edges
+/// are rounded to voxels it strays from the plane by up to two, and a strip can be missing where it
+/// so leaves the box. Planes along two axes are exact; CPlaneSection is for every plane.
+///
+/// SetImageSize takes O(row starts * log(row moves)) time and 24 bytes for each of both; a point
+/// takes O(1).
+class SELUUTILS_EXPORT CCutSlice {
+public:
+  /// The plane through exactly three points. Takes them over and leaves the vector empty; if it
+  /// throws, the vector is as it was. CException for another number of them, and for three whose
+  /// differences have equal ratios in x, y and z, that is, most that lie in a line; those whose
+  /// differences have zero components are not recognised and meet no image. CExBadParam where a
+  /// difference does not fit 64 bits.
+  CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood);
+  CCutSlice(std::vector<CTriple<int64>>&& points, int64 neighborhood)
+      : CCutSlice(points, neighborhood) {}
+  /// The plane normal·p = distance; the normal need not have length 1.
+  CCutSlice(CTriple<double> normal, double distance, int64 neighborhood);
+
+  /// Cuts the plane with an image of three dimensions and rewinds. CException "invalid dimension"
+  /// for another dimension, "plane not in image" for a plane that does not meet the box from
+  /// (0, 0, 0) to the last voxel, and the line's own error for a neighbourhood that is not one of
+  /// the 3D ones; CExBadParam for an extent beyond 2^30, as digital lines have 32-bit lengths.
+  /// After an error the slice is as it was.
+  void SetImageSize(CSize size);
+  /// The same from three extents.
+  void SetImageSize(CTriple<int64> size);
+  /// Builds the lattice anew for the image size that is set.
+  void ComputeMoves();
+
+  /// Whether not all points were handed out; false before SetImageSize.
+  [[nodiscard]] bool MorePoints() const noexcept { return m_HandedOut != m_Total; }
+  /// The next point. CException "No more points available" after the last one.
+  CTriple<int64> NextPoint() {
+    if (m_HandedOut == m_Total) [[unlikely]]
+      Impl::RaiseNoMorePointsInSlice();
+    if (m_Inner == m_InnerEnd) [[unlikely]]
+      NextRow();
+    ++m_HandedOut;
+    return m_RowStarts[m_Outer] + m_RowMoves[m_Inner++];
+  }
+  /// Number of points of a whole walk.
+  [[nodiscard]] uint64 Steps() const noexcept { return m_Total; }
+  [[nodiscard]] bool empty() const noexcept { return m_Total == 0; }
+  /// Back to the first point.
+  void Reset() noexcept;
+
+  /// Puts the corners of the plane's polygon into cyclic order and chooses among them the lattice's
+  /// origin and the two edges that leave it, towards its successor and its predecessor: the first
+  /// corner with an angle of at most 90 degrees, else the sharpest. Edges too short to cover the
+  /// polygon are lengthened. CException "no valid configuration possible" for corners that are not
+  /// those of a plane in the box.
+  void GetInitialization(CTriple<int64>& origin, CTriple<int64>& firstEdge,
+                         CTriple<int64>& secondEdge, std::vector<CTriple<double>>& corners) const;
+  /// Whether both points lie on one face of the image box.
+  [[nodiscard]] bool lineValid(CTriple<double> a, CTriple<double> b) const noexcept;
+
+  [[nodiscard]] CTriple<double> Normal() const noexcept { return m_Normal; }
+  [[nodiscard]] double Distance() const noexcept { return m_Distance; }
+
+private:
+  void Compute(CTriple<int64> const& size);
+  void NextRow();
+
+  CTriple<int64> m_ImageSize;
+  CTriple<double> m_Normal;
+  double m_Distance = 0;
+  int64 m_Neighborhood = 0;
+  std::vector<CTriple<int64>> m_RowStarts; // points of the first line
+  std::vector<CTriple<int64>> m_RowMoves;  // offsets of the second line, monotone along each axis
+  std::size_t m_Inner = 0, m_InnerEnd = 0; // next row move, and the end of those inside the box
+  std::size_t m_Outer = 0;                 // current row start
+  uint64 m_HandedOut = 0, m_Total = 0;
+};
+
+} // namespace ORVA

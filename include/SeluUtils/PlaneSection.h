@@ -1,0 +1,110 @@
+// Walks every voxel of a plane through a volume exactly once, whatever the plane's direction.
+//
+//   CPlaneSection section(CTriple<double>(1, 2, 2), 300.0);             // x + 2y + 2z = 300
+//   section.SetImageSize(image.Size());
+//   for (auto const& p : ORVA::Points(section)) Visit(p);               // <SeluUtils/Walker.h>
+//   CPlaneSection({0, 0, 0}, {9, 4, 0}, {0, 2, 7});                     // through three points
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+#include <array>
+#include <cstddef>
+
+namespace ORVA {
+
+namespace Impl {
+
+__extension__ typedef __int128 int128;
+
+/// Throws CException "No more points available".
+[[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePointsInSection();
+
+} // namespace Impl
+
+/// The digital plane of n·p = d inside an image box: in each column along the dominant axis (that
+/// of the largest |n|; of equal ones z before y before x) the voxel nearest the plane, the upper
+/// one where two are equally near, if it lies in the box. The walk goes in raster order over the
+/// columns, the lower of the other two axes fastest.
+///
+/// The arithmetic is exact. A plane through points is walked as it stands; so is one given by
+/// doubles that are multiples of 2^-59 of the largest |n| (more exactly, of the greatest power of
+/// two in it), as all planes with integer normals up to 2^53 and integer distances are. Other
+/// doubles are first rounded to such multiples, half away from zero, which moves the plane by less
+/// than extent * 2^-58 voxels. Doubled or negated planes give the same walk.
+///
+/// A plane that meets the box from (0, 0, 0) to the last voxel always has points; one that misses
+/// it by at most half a voxel can have some; any other is an empty walk. Nothing is allocated;
+/// SetImageSize takes O(log extent) time, a point O(1).
+class SELUUTILS_EXPORT CPlaneSection {
+public:
+  /// No plane: never any points.
+  CPlaneSection() = default;
+  /// The plane through three points. CExBadParam for points in a line, and for points so far apart
+  /// that the plane's smallest integer normal exceeds 2^60 (never for differences up to 2^29).
+  CPlaneSection(CTriple<int64> a, CTriple<int64> b, CTriple<int64> c);
+  /// The plane normal·p = distance; the normal need not have length 1. CExBadParam for a number
+  /// that is not finite and for the normal (0, 0, 0).
+  CPlaneSection(CTriple<double> normal, double distance);
+
+  /// Selects the voxels inside an image of two or three dimensions and rewinds; none where an
+  /// extent is 0 or less. CExBadParam, with the walk as it was, for more points than 64 bits count.
+  void SetImageSize(CTriple<int64> size);
+  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+
+  [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRow > 0; }
+  /// The next point. CException "No more points available" after the last one.
+  CTriple<int64> NextPoint() {
+    CTriple<int64> const point = m_Point;
+    if (m_LeftInRow <= 1) [[unlikely]] {
+      NextRow();
+      return point;
+    }
+    --m_LeftInRow;
+    // Without branches, as no processor foresees the carries of an oblique plane.
+    m_Remainder += m_CarryStep;
+    int64 const borrow = m_Remainder >> 63; // 0 or -1
+    m_Remainder += m_Divisor & borrow;
+    m_Point += m_Moves[static_cast<std::size_t>(1 + borrow)];
+    return point;
+  }
+  /// Number of points of a whole walk; 0 before SetImageSize.
+  [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
+  [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
+  /// Back to the first point.
+  void Reset() noexcept;
+
+  /// The axis along which each column has one voxel: 0 x, 1 y, 2 z.
+  [[nodiscard]] int DominantAxis() const noexcept { return m_Axes[2]; }
+
+private:
+  void SetPlane(std::array<Impl::int128, 3> const& normal, Impl::int128 distance);
+  void NextRow();
+  void EnterRow() noexcept;
+  [[nodiscard]] Impl::int128 RowValue(int64 v) const noexcept;
+
+  // Over column (u, v) the plane's voxel is at w = floor(value / divisor), where value = offset +
+  // slopes[0] * u + slopes[1] * v and |slopes| <= divisor <= 2^61.
+  std::array<int, 3> m_Axes = {0, 1, 2}; // real axes of u (along a row), v (across the rows), w
+  Impl::int128 m_Offset = 0;
+  std::array<int64, 2> m_Slopes = {};
+  int64 m_Divisor = 0; // 0 without a plane
+
+  std::array<int64, 3> m_Extents = {}; // along u, v, w
+  uint64 m_Steps = 0;
+  int64 m_FirstRow = 0, m_RowEnd = 0; // these rows have points, no others do
+
+  int64 m_Row = 0;
+  Impl::int128 m_RowQuotient = 0; // value at u = 0 of the row, divided: it moves on by additions
+  int64 m_RowRemainder = 0;
+  CTriple<int64> m_Point; // the next one
+  int64 m_LeftInRow = 0;  // points of the row not handed out
+  int64 m_Remainder = 0, m_RemainderStep = 0;
+  int64 m_CarryStep = 0;                 // the same less the divisor
+  std::array<CTriple<int64>, 2> m_Moves; // to the next column, without and with a carry
+};
+
+} // namespace ORVA

@@ -1,0 +1,225 @@
+#include <SeluUtils/VolumeVisitor.h>
+
+#include <SeluBase/Neighborhood.h>
+#include <SeluUtils/BresenhamVisitor.h>
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/String.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <tuple>
+#include <utility>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_module[] = "src/Utils/BresenhamVisitor";
+constexpr char c_constructor[] = "ORVA::CBresenhamVolumeVisitor::CBresenhamVolumeVisitor";
+constexpr char c_convertListToPath[] = "ORVA::CBresenhamVolumeVisitor::ConvertListToPath";
+
+constexpr int64 c_largestSlice = INT32_MAX;
+
+using Path = std::vector<CTriple<int64>>;
+
+int64 CheckedSliceNeighborhood(int64 neighborhood) {
+  if (neighborhood == NEIGHBORHOOD_6) return NEIGHBORHOOD_4;
+  if (neighborhood == NEIGHBORHOOD_26) return NEIGHBORHOOD_8;
+  Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "Neighborhood not supported");
+}
+
+void CheckSlices(Path const& points) {
+  for (auto const& p : points)
+    if (p.x < 0 || p.x > c_largestSlice)
+      Impl::RaiseBadParam(
+          ORVA_LOCATION(c_module, c_constructor),
+          CString("slice x = %1 is not within 0 and %2").Arg(p.x).Arg(c_largestSlice));
+}
+
+// Digital lines take the low 32 bits of a longer difference.
+void CheckLength(int64 from, int64 to) {
+  int64 difference = 0;
+  if (__builtin_sub_overflow(to, from, &difference) || difference < -INT32_MAX ||
+      difference > INT32_MAX)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        CString("edge from %1 to %2 is longer than %3 voxels")
+                            .Arg(from)
+                            .Arg(to)
+                            .Arg(int64{INT32_MAX}));
+}
+
+auto Order(CTriple<int64> const& p) { return std::tuple(p.x, p.y, p.z); }
+
+void SortAndMerge(Path& points) {
+  std::ranges::sort(points, {}, Order);
+  points.erase(std::unique(points.begin(), points.end()), points.end());
+}
+
+// Directions are compared in 128 bits.
+bool AreComparable(int64 low, int64 high) {
+  int64 difference = 0;
+  return !__builtin_sub_overflow(high, low, &difference) && difference <= int64{1} << 62;
+}
+
+__extension__ typedef __int128 Wide;
+
+bool IsTurnRight(CTriple<int64> const& a, CTriple<int64> const& b, CTriple<int64> const& c) {
+  return Wide{b.x - a.x} * (c.y - a.y) < Wide{b.y - a.y} * (c.x - a.x);
+}
+
+// Appends a side of the hull over points in their order, without the last one; every corner of it
+// turns right. Points that later ones overtake are dropped again.
+template <class Iterator>
+void AppendSide(Path& hull, Iterator begin, Iterator end) {
+  std::size_t const first = hull.size();
+  for (auto point = begin; point != end; ++point) {
+    while (hull.size() >= first + 2 && !IsTurnRight(hull[hull.size() - 2], hull.back(), *point))
+      hull.pop_back();
+    hull.push_back(*point);
+  }
+  hull.pop_back();
+}
+
+} // namespace
+
+CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& path, int64 neighborhood, bool border)
+    : m_Points(path), m_Neighborhood(neighborhood),
+      m_SliceNeighborhood(CheckedSliceNeighborhood(neighborhood)), m_Border(border) {
+  ComputeBorder();
+  CountSteps();
+  Reset();
+  Path().swap(path);
+}
+
+CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& startPoints, Path& endPoints,
+                                                 int64 neighborhood, bool border)
+    : m_Points(startPoints), m_EndPoints(endPoints), m_Neighborhood(neighborhood),
+      m_Border(border) {
+  if (startPoints.size() != endPoints.size())
+    Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "not same account of start- and endpoints");
+  m_SliceNeighborhood = CheckedSliceNeighborhood(neighborhood);
+  ComputeBorderFromPairs();
+  CountSteps();
+  Reset();
+  Path().swap(startPoints);
+  Path().swap(endPoints);
+}
+
+void CBresenhamVolumeVisitor::ComputeBorder() {
+  Restart();
+  CheckSlices(m_Points);
+  for (std::size_t i = 1; i < m_Points.size(); ++i)
+    if (m_Points[i - 1] != m_Points[i]) Collect(m_Points[i - 1], m_Points[i]);
+  EraseUselessBorderPoints();
+}
+
+void CBresenhamVolumeVisitor::ComputeBorderFromPairs() {
+  Restart();
+  CheckSlices(m_Points);
+  CheckSlices(m_EndPoints);
+  for (std::size_t i = 0; i < std::min(m_Points.size(), m_EndPoints.size()); ++i)
+    Collect(m_Points[i], m_EndPoints[i]);
+  EraseUselessBorderPoints();
+}
+
+void CBresenhamVolumeVisitor::Restart() {
+  m_BorderPoints.clear();
+  EnterFrom(0);
+}
+
+void CBresenhamVolumeVisitor::Collect(CTriple<int64> const& from, CTriple<int64> const& to) {
+  CheckLength(from.x, to.x);
+  CheckLength(from.y, to.y);
+  CheckLength(from.z, to.z);
+  CBresenhamVisitor line(from, to, 3, m_Neighborhood, true);
+  while (line.MorePoints()) m_BorderPoints.push_back(line.NextPoint());
+}
+
+void CBresenhamVolumeVisitor::EraseUselessBorderPoints() {
+  SortAndMerge(m_BorderPoints);
+  if (!m_Border && !m_BorderPoints.empty()) {
+    int64 const first = m_BorderPoints.front().x, last = m_BorderPoints.back().x;
+    std::erase_if(m_BorderPoints, [&](auto const& p) { return p.x == first || p.x == last; });
+  }
+  EnterFrom(m_BorderPoints.size());
+}
+
+std::size_t CBresenhamVolumeVisitor::SliceEnd(std::size_t begin) const noexcept {
+  std::size_t end = begin;
+  while (end < m_BorderPoints.size() && m_BorderPoints[end].x == m_BorderPoints[begin].x) ++end;
+  return end;
+}
+
+CBresenhamAreaVisitor CBresenhamVolumeVisitor::SliceArea(std::size_t begin, std::size_t end) const {
+  Path border;
+  border.reserve(end - begin);
+  for (std::size_t i = begin; i < end; ++i)
+    border.emplace_back(m_BorderPoints[i].y, m_BorderPoints[i].z, 0);
+  return {ConvertListToPath(border), 2, m_SliceNeighborhood, m_Border};
+}
+
+void CBresenhamVolumeVisitor::CountSteps() {
+  uint64 steps = 0;
+  for (std::size_t begin = 0; begin < m_BorderPoints.size();) {
+    std::size_t const end = SliceEnd(begin);
+    steps += SliceArea(begin, end).Steps();
+    bool const isGap =
+        end < m_BorderPoints.size() && m_BorderPoints[end].x != m_BorderPoints[begin].x + 1;
+    begin = isGap ? m_BorderPoints.size() : end;
+  }
+  m_Steps = steps;
+}
+
+void CBresenhamVolumeVisitor::Reset() { EnterFrom(0); }
+
+void CBresenhamVolumeVisitor::NextSlice() {
+  bool const isLast =
+      m_SliceEnd >= m_BorderPoints.size() || m_BorderPoints[m_SliceEnd].x != m_Slice + 1;
+  EnterFrom(isLast ? m_BorderPoints.size() : m_SliceEnd);
+}
+
+// The first slice from here on that has points of its own; slices too thin for any are passed over,
+// and one without border points ends the walk.
+void CBresenhamVolumeVisitor::EnterFrom(std::size_t begin) {
+  std::size_t const count = m_BorderPoints.size();
+  while (begin < count) {
+    std::size_t const end = SliceEnd(begin);
+    int64 const slice = m_BorderPoints[begin].x;
+    m_Area = SliceArea(begin, end);
+    m_Slice = slice;
+    m_SliceEnd = end;
+    if (m_Area.MorePoints()) return;
+    begin = end < count && m_BorderPoints[end].x == slice + 1 ? end : count;
+  }
+  m_Area = {};
+  m_Slice = 0;
+  m_SliceEnd = count;
+}
+
+Path CBresenhamVolumeVisitor::ConvertListToPath(std::span<CTriple<int64> const> border) {
+  if (border.empty())
+    Impl::Raise(ORVA_LOCATION(c_module, c_convertListToPath), "failure in program");
+  Path points(border.begin(), border.end());
+  for (auto& p : points) p.z = 0;
+  SortAndMerge(points);
+  auto const [low, high] = std::ranges::minmax(points, {}, &CTriple<int64>::y);
+  if (!AreComparable(points.front().x, points.back().x) || !AreComparable(low.y, high.y))
+    Impl::Raise(ORVA_LOCATION(c_module, c_convertListToPath), "not possible to determine");
+  if (points.size() == 1) return points;
+  Path hull;
+  AppendSide(hull, points.begin(), points.end());
+  AppendSide(hull, points.rbegin(), points.rend());
+  return hull;
+}
+
+void CBresenhamVolumeVisitor::PrintBorder() const {
+  for (std::size_t i = 0; i < m_BorderPoints.size(); ++i) {
+    auto const& p = m_BorderPoints[i];
+    if (i == 0 || p.x != m_BorderPoints[i - 1].x) std::printf("Slice %" PRId64 ":\n", p.x);
+    std::printf("(%" PRId64 ", %" PRId64 ")\n", p.y, p.z);
+  }
+}
+
+} // namespace ORVA

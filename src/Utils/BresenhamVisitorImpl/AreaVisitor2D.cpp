@@ -1,0 +1,95 @@
+#include "RunLimits.h"
+
+#include <functional>
+
+namespace ORVA::Impl {
+
+namespace {
+
+constexpr char c_module[] = "src/Utils/BresenhamVisitorImpl";
+
+} // namespace
+
+void RaiseAreaStatus2D() {
+  Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::NextPoint"),
+        "intern failure with Status in CBresenhamAreaVisitor2D");
+}
+
+void RaiseAreaIndex2D(bool isStart) {
+  Raise(ORVA_LOCATION(c_module, isStart
+                                    ? "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentStartPoint"
+                                    : "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentEndPoint"),
+        "index not valid");
+}
+
+CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& corners,
+                                                 int64 neighborhood, bool border)
+    : m_Neighborhood(neighborhood), m_Border(border), m_Corners(corners) {
+  if (m_Corners.size() < 3)
+    Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D"),
+          "The area has to have at least three surrounding points!");
+  SignBorder();
+  std::vector<CTriple<int64>>().swap(corners);
+}
+
+void CBresenhamAreaVisitor2D::SignBorder() {
+  auto const location = ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::SignBorder");
+  CheckSpan(m_Corners, location);
+  // Lines refuse a change of z; edges that need no line must not let one pass.
+  for (CTriple<int64> const& corner : m_Corners)
+    if (corner.z != m_Corners.front().z) Raise(location, "invalid Dimension");
+  m_Limits = {};
+  SignEdges<CBresenhamVisitor2D>(*this, m_Limits, m_Corners, m_Neighborhood, m_Border);
+  SortLimits(m_Limits);
+  EraseUselessBorders();
+  if (!m_Border) EraseBorderPoints();
+  CountSteps();
+  Reset();
+}
+
+void CBresenhamAreaVisitor2D::SignStartPoints(CTriple<int64> start,
+                                              CBresenhamVisitor2D const& line) {
+  SampleColumns(m_Limits.starts, start, line, std::less<>());
+}
+
+void CBresenhamAreaVisitor2D::SignEndPoints(CTriple<int64> start, CBresenhamVisitor2D const& line) {
+  SampleColumns(m_Limits.ends, start, line, std::greater<>());
+}
+
+// Without border the message names the 3D class; callers know both texts.
+void CBresenhamAreaVisitor2D::EraseUselessBorders() {
+  if (PairLimits(m_Limits, m_Border)) return;
+  Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::EraseUselessBorders"),
+        m_Border ? "intern failure in Border Calculation in CBresenhamAreaVisitor2D"
+                 : "intern failure in Border Calculation in CBresenhamAreaVisitor3D");
+}
+
+void CBresenhamAreaVisitor2D::EraseBorderPoints() {
+  EraseOuterColumns(m_Limits);
+  FilterRuns(m_Limits, [](CTriple<int64>& start, CTriple<int64>& end) {
+    // Concave outlines can pair across columns: such a run has no end to be reached.
+    if (start.x != end.x || end.y - start.y < 2) return false;
+    ++start.y;
+    --end.y;
+    return true;
+  });
+}
+
+void CBresenhamAreaVisitor2D::CountSteps() {
+  m_Steps = 0;
+  for (std::size_t k = 0; k < m_Limits.starts.size(); ++k) {
+    int64 const low = m_Limits.starts[k].y, high = m_Limits.ends[k].y;
+    if (low <= high) m_Steps += static_cast<std::uint64_t>(high - low) + 1;
+  }
+}
+
+void CBresenhamAreaVisitor2D::Reset() noexcept {
+  m_StartIndex = 0;
+  m_EndIndex = 0;
+  m_Actual = m_Limits.starts.empty() ? CTriple<int64>() : m_Limits.starts.front();
+  m_Status = m_Steps != 0 ? 0 : 2;
+}
+
+void CBresenhamAreaVisitor2D::PrintBorder() const { PrintLimits(m_Limits); }
+
+} // namespace ORVA::Impl

@@ -1,0 +1,160 @@
+#include "Polygon.h"
+
+#include <SeluUtils/BresenhamVisitorImpl.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace ORVA::Impl {
+
+namespace {
+
+// Where an edge crosses a column, in half units: 2y at a lattice point, else 2 floor(y) + 1. Which
+// lattice points lie above and below it, that is all a fill needs to know; it also sorts crossings
+// as far as their order matters.
+struct StCrossing {
+  int64 column, halfUnits;
+  friend auto operator<=>(StCrossing const&, StCrossing const&) = default;
+};
+
+constexpr int64 Floor(int64 halfUnits) { return halfUnits >> 1; }
+constexpr int64 Ceil(int64 halfUnits) { return (halfUnits + 1) >> 1; }
+
+// Calls visit(column, halfUnits) for each column that the edge from a to b touches; a.x < b.x. The
+// height is kept as whole + rest / dx.
+template <class Visit>
+void CrossColumns(CTriple<int64> const& a, CTriple<int64> const& b, Visit visit) {
+  int64 const dx = b.x - a.x;
+  int64 const rise = FloorDivide(b.y - a.y, dx), restRise = b.y - a.y - rise * dx;
+  int64 whole = a.y, rest = 0;
+  for (int64 x = a.x; x <= b.x; ++x) {
+    visit(x, 2 * whole + (rest != 0 ? 1 : 0));
+    whole += rise;
+    rest += restRise;
+    if (rest >= dx) {
+      rest -= dx;
+      ++whole;
+    }
+  }
+}
+
+bool RunLess(StPolygonRun const& a, StPolygonRun const& b) {
+  return a.column != b.column ? a.column < b.column : a.low < b.low;
+}
+
+// Sorts the runs and joins those that overlap or follow each other without a gap.
+void JoinRuns(std::vector<StPolygonRun>& runs) {
+  std::sort(runs.begin(), runs.end(), RunLess);
+  std::size_t kept = 0;
+  for (StPolygonRun const& run : runs) {
+    if (kept > 0 && runs[kept - 1].column == run.column && run.low <= runs[kept - 1].high + 1) {
+      runs[kept - 1].high = std::max(runs[kept - 1].high, run.high);
+    } else {
+      runs[kept++] = run;
+    }
+  }
+  runs.resize(kept);
+}
+
+// Runs of `from` without the points of `taken`; both sorted and disjoint.
+std::vector<StPolygonRun> Difference(std::vector<StPolygonRun> const& from,
+                                     std::vector<StPolygonRun> const& taken) {
+  std::vector<StPolygonRun> left;
+  std::size_t t = 0;
+  for (StPolygonRun run : from) {
+    while (t < taken.size() && (taken[t].column < run.column ||
+                                (taken[t].column == run.column && taken[t].high < run.low)))
+      ++t;
+    for (; t < taken.size() && taken[t].column == run.column && taken[t].low <= run.high; ++t) {
+      if (taken[t].low > run.low) left.push_back({run.column, run.low, taken[t].low - 1});
+      run.low = taken[t].high + 1;
+      if (run.low > run.high) break; // this one may reach into the next run as well
+    }
+    if (run.low <= run.high) left.push_back(run);
+  }
+  return left;
+}
+
+// The even-odd runs between crossings that come in pairs.
+void FillBetween(std::vector<StCrossing>& crossings, std::vector<StPolygonRun>& runs) {
+  std::sort(crossings.begin(), crossings.end());
+  for (std::size_t k = 0; k + 1 < crossings.size(); k += 2) {
+    int64 const low = Ceil(crossings[k].halfUnits), high = Floor(crossings[k + 1].halfUnits);
+    if (low <= high) runs.push_back({crossings[k].column, low, high});
+  }
+}
+
+template <class Visit>
+void ForEachEdge(std::span<Ring const> rings, Visit visit) {
+  for (Ring const& ring : rings) {
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+      CTriple<int64> const &a = ring[i], &b = ring[i + 1 < ring.size() ? i + 1 : 0];
+      bool const isAscending = a.x != b.x ? a.x < b.x : a.y <= b.y;
+      visit(isAscending ? a : b, isAscending ? b : a);
+    }
+  }
+}
+
+// All lattice points inside or on the outline. A point of a column belongs to the polygon if it
+// does on the column's left or right side, or lies on an edge along the column.
+std::vector<StPolygonRun> ClosedRegion(std::span<Ring const> rings) {
+  std::vector<StPolygonRun> runs;
+  std::vector<StCrossing> crossings;
+  ForEachEdge(rings, [&](CTriple<int64> const& a, CTriple<int64> const& b) {
+    if (a.x == b.x) {
+      runs.push_back({a.x, a.y, b.y});
+    } else {
+      CrossColumns(a, b, [&](int64 x, int64 y) {
+        if (x < b.x) crossings.push_back({x, y});
+      });
+    }
+  });
+  FillBetween(crossings, runs);
+  crossings.clear();
+  ForEachEdge(rings, [&](CTriple<int64> const& a, CTriple<int64> const& b) {
+    if (a.x == b.x) return;
+    CrossColumns(a, b, [&](int64 x, int64 y) {
+      if (x > a.x) crossings.push_back({x, y});
+    });
+  });
+  FillBetween(crossings, runs);
+  JoinRuns(runs);
+  return runs;
+}
+
+// The points of the digital lines of all edges. Each line meets a column in one run.
+std::vector<StPolygonRun> BorderLine(std::span<Ring const> rings, int64 neighborhood) {
+  std::vector<StPolygonRun> runs;
+  ForEachEdge(rings, [&](CTriple<int64> const& a, CTriple<int64> const& b) {
+    CBresenhamVisitor2D const line(b - a, neighborhood);
+    CTriple<int64> p = a;
+    runs.push_back({p.x, p.y, p.y});
+    for (int64 i = 0, steps = line.LastStep(); i < steps; ++i) {
+      p += line.Step(i);
+      if (p.x != runs.back().column) {
+        runs.push_back({p.x, p.y, p.y});
+      } else {
+        runs.back().low = std::min(runs.back().low, p.y);
+        runs.back().high = std::max(runs.back().high, p.y);
+      }
+    }
+  });
+  JoinRuns(runs);
+  return runs;
+}
+
+} // namespace
+
+std::vector<StPolygonRun> FillPolygon(std::span<Ring const> rings, int64 neighborhood,
+                                      bool border) {
+  std::vector<StPolygonRun> region = ClosedRegion(rings);
+  std::vector<StPolygonRun> const line = BorderLine(rings, neighborhood);
+  // The digital line passes through every lattice point of its edge, so the region without it has
+  // no point of the outline left.
+  if (!border) return Difference(region, line);
+  region.insert(region.end(), line.begin(), line.end());
+  JoinRuns(region);
+  return region;
+}
+
+} // namespace ORVA::Impl

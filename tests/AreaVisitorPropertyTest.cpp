@@ -1,0 +1,196 @@
+// The area walk on random polygons: exact where it can be, and well-behaved everywhere.
+#include "support/Polygons.h"
+#include "support/Printers.h"
+
+#include <SeluBase/Neighborhood.h>
+#include <SeluUtils/BresenhamVisitor.h>
+#include <pxlib2core/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace {
+
+using namespace ORVA;
+using test::Int;
+using test::Point;
+using test::PointSet;
+using test::Polygon;
+
+constexpr int64 c_flat[] = {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8};
+
+// Upper edges are drawn from left to right, lower ones from right to left.
+PointSet BorderLine(Polygon polygon, int64 neighborhood) {
+  Int area = 0;
+  for (std::size_t i = 0; i < polygon.size(); ++i)
+    area += test::Turn({}, polygon[i], polygon[(i + 1) % polygon.size()]);
+  if (area > 0) std::ranges::reverse(polygon);
+  PointSet points;
+  for (std::size_t i = 0; i < polygon.size(); ++i)
+    test::AddLine(points, polygon[i], polygon[(i + 1) % polygon.size()], neighborhood);
+  return points;
+}
+
+CBresenhamAreaVisitor Area(Polygon polygon, int64 dimension, int64 neighborhood, bool border) {
+  return CBresenhamAreaVisitor(std::move(polygon), dimension, neighborhood, border);
+}
+
+PointSet ExpectDistinctPoints(CBresenhamAreaVisitor area) {
+  test::Points const points = test::Walk(area, 100'000);
+  PointSet const distinct(points.begin(), points.end());
+  EXPECT_EQ(area.Steps(), points.size());
+  EXPECT_EQ(area.empty(), points.empty());
+  EXPECT_EQ(distinct.size(), points.size());
+  area.Reset();
+  EXPECT_EQ(test::Walk(area, 100'000), points);
+  return distinct;
+}
+
+bool Includes(PointSet const& all, PointSet const& some) {
+  return std::ranges::includes(all, some, test::StPointLess());
+}
+
+TEST(AreaVisitorProperty, ConvexOutlinesAreFilled) {
+  test::CRandomNumbers random;
+  for (int k = 0; k < 2000; ++k) {
+    Polygon const polygon =
+        test::Turned(random, test::ConvexPolygon(random, random.Between<Int>(2, 14)));
+    SCOPED_TRACE(test::Text(polygon));
+    PointSet const closed = test::LatticePoints({polygon}, true);
+    for (int64 const neighborhood : c_flat) {
+      SCOPED_TRACE(neighborhood);
+      PointSet const line = BorderLine(polygon, neighborhood);
+      PointSet all = closed;
+      all.insert(line.begin(), line.end());
+      PointSet const with = ExpectDistinctPoints(Area(polygon, 2, neighborhood, true));
+      EXPECT_TRUE(Includes(with, closed));
+      EXPECT_TRUE(Includes(all, with));
+
+      PointSet inner = test::LatticePoints({polygon}, false);
+      for (Point const& p : line) inner.erase(p);
+      PointSet const without = ExpectDistinctPoints(Area(polygon, 2, neighborhood, false));
+      EXPECT_TRUE(Includes(without, inner));
+    }
+    if (HasFailure()) return;
+  }
+}
+
+TEST(AreaVisitorProperty, OutlinesWithoutSteepEdgesAreExact) {
+  test::CRandomNumbers random;
+  int tested = 0;
+  for (int k = 0; k < 4000; ++k) {
+    Polygon const polygon = test::Turned(random, k % 2 == 0 ? test::ConvexPolygon(random, 10)
+                                                            : test::MonotonePolygon(random, 5));
+    bool isFlat = true;
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+      Point const d = polygon[(i + 1) % polygon.size()] - polygon[i];
+      isFlat = isFlat && std::abs(d.y) <= std::abs(d.x);
+    }
+    if (!isFlat) continue;
+    ++tested;
+    SCOPED_TRACE(test::Text(polygon));
+    PointSet const line = BorderLine(polygon, NEIGHBORHOOD_8);
+    PointSet all = test::LatticePoints({polygon}, true);
+    all.insert(line.begin(), line.end());
+    EXPECT_EQ(ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, true)), all);
+    PointSet inner = test::LatticePoints({polygon}, false);
+    for (Point const& p : line) inner.erase(p);
+    EXPECT_EQ(ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, false)), inner);
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(tested, 20);
+}
+
+TEST(AreaVisitorProperty, AnyOutlineIsWalkedWithoutRepetitionOrRefused) {
+  test::CRandomNumbers random;
+  int walked = 0;
+  for (test::StKind const& kind : test::c_kinds)
+    for (int k = 0; k < 500; ++k) {
+      Polygon const polygon = test::Turned(
+          random, test::Decorated(random, kind.make(random, random.Between<Int>(2, 14))));
+      SCOPED_TRACE(kind.name + (": " + test::Text(polygon)));
+      for (int64 const neighborhood : c_flat)
+        for (bool const border : {true, false}) {
+          std::optional<CBresenhamAreaVisitor> area;
+          try {
+            area = Area(polygon, 2, neighborhood, border);
+          } catch (CException const& error) {
+            EXPECT_STREQ(error.what(),
+                         border
+                             ? "intern failure in Border Calculation in CBresenhamAreaVisitor2D"
+                             : "intern failure in Border Calculation in CBresenhamAreaVisitor3D");
+            continue;
+          }
+          ++walked;
+          ExpectDistinctPoints(*area);
+        }
+      if (HasFailure()) return;
+    }
+  EXPECT_GT(walked, 1000);
+}
+
+TEST(AreaVisitorProperty, TrianglesAndRectanglesDoNotDependOnTheirOrientation) {
+  test::CRandomNumbers random;
+  for (int k = 0; k < 2000; ++k) {
+    Point const a = test::RandomPoint(random, 9), c = test::RandomPoint(random, 9);
+    Polygon polygon = k % 2 == 0 ? Polygon{a, {c.x, a.y, 0}, c, {a.x, c.y, 0}}
+                                 : Polygon{a, test::RandomPoint(random, 9), c};
+    if (test::Turn(polygon[0], polygon[1], polygon[2]) == 0) continue;
+    SCOPED_TRACE(test::Text(polygon));
+    for (bool const border : {true, false}) {
+      PointSet const forward = ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border));
+      for (int turn = 0; turn < 2; ++turn) {
+        std::ranges::reverse(polygon);
+        std::ranges::rotate(polygon, polygon.begin() + 1);
+        EXPECT_EQ(ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border)), forward);
+      }
+    }
+    if (HasFailure()) return;
+  }
+}
+
+TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceAndCloseToTheirPlane) {
+  test::CRandomNumbers random;
+  auto const number = [&] { return random.Between<Int>(-3, 3); };
+  int walks = 0, refused = 0;
+  for (int k = 0; k < 2000; ++k) {
+    Point const a(number(), number(), number()), b(number(), number(), number());
+    Point const normal(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+    if ((normal.x != 0) + (normal.y != 0) + (normal.z != 0) < 2 || normal.z == 0) continue;
+    Int const thickness = std::abs(normal.x) + std::abs(normal.y) + std::abs(normal.z);
+    Polygon polygon = test::Turned(random, test::ConvexPolygon(random, 6));
+    for (Point& p : polygon) p = a * p.x + b * p.y;
+    SCOPED_TRACE(test::Text(polygon));
+    Int const lowX = std::ranges::min(polygon, {}, &Point::x).x;
+    Int const highX = std::ranges::max(polygon, {}, &Point::x).x;
+    for (bool const border : {true, false}) {
+      ++walks;
+      CBresenhamAreaVisitor area;
+      try {
+        area = Area(polygon, 3, NEIGHBORHOOD_26, border);
+      } catch (CException const& error) { // the sides' digital lines cross
+        EXPECT_STREQ(error.what(), "Failure in Start- and Endpoints");
+        ++refused;
+        continue;
+      }
+      PointSet columns;
+      for (Point const& p : ExpectDistinctPoints(area)) {
+        // Without border, runs may lead from one column to another where the sides cross.
+        if (border) {
+          EXPECT_LE(std::abs(normal.x * p.x + normal.y * p.y + normal.z * p.z), thickness);
+        }
+        columns.insert({p.x, 0, 0});
+      }
+      if (columns.empty()) continue;
+      Int const margin = border ? 0 : 1;
+      EXPECT_GE(columns.begin()->x, lowX + margin);
+      EXPECT_LE(columns.rbegin()->x, highX - margin);
+    }
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(walks, 1000);
+  EXPECT_LT(refused, walks / 5) << "of " << walks;
+}
+
+} // namespace
