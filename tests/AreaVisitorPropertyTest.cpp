@@ -142,7 +142,7 @@ TEST(AreaVisitorProperty, TrianglesAndRectanglesDoNotDependOnTheirOrientation) {
       PointSet const forward = ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border));
       for (int turn = 0; turn < 2; ++turn) {
         std::ranges::reverse(polygon);
-        std::ranges::rotate(polygon, polygon.begin() + 1);
+        std::rotate(polygon.begin(), polygon.begin() + 1, polygon.end());
         EXPECT_EQ(ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border)), forward);
       }
     }

@@ -139,7 +139,8 @@ void CBresenhamAreaVisitor::BuildOblique(Path const& path, int64 neighborhood, b
 Path CBresenhamAreaVisitor::MakePathFitting(Path corners) const {
   if (corners.empty()) return corners;
   Impl::CheckSpan(corners, ORVA_LOCATION(c_module, "ORVA::CBresenhamAreaVisitor::MakePathFitting"));
-  std::ranges::rotate(corners, std::ranges::min_element(corners, Impl::LexicographicLess));
+  std::rotate(corners.begin(), std::ranges::min_element(corners, Impl::LexicographicLess),
+              corners.end());
   corners.push_back(corners.front());
   if (m_Dimension == 2 && ReturnsFromAbove(corners)) std::ranges::reverse(corners);
   return corners;
