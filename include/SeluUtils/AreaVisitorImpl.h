@@ -177,9 +177,9 @@ public:
       RaiseAreaIndex3D(false);
     return m_Limits.ends[m_EndIndex];
   }
-  /// Whether every run stays in its column, as it does where the path's orientation is the right
-  /// one; without border a wrong one can pair across columns.
-  [[nodiscard]] bool IsPairedByColumn() const noexcept;
+  /// Whether every start was paired with an end of its column, as it is where the path's
+  /// orientation is the right one. Without border other pairs are left out of the walk.
+  [[nodiscard]] bool IsPairedByColumn() const noexcept { return m_IsPairedByColumn; }
   /// Print the limits, or the state of the walk, to standard output.
   void PrintBorder() const;
   void PrintStatus() const;
@@ -205,6 +205,7 @@ private:
   CTriple<int64> m_Actual;
   int64 m_Status = 2; // as in the 2D case
   std::uint64_t m_Steps = 0;
+  bool m_IsPairedByColumn = true;
   CBresenhamVisitor3D m_Line; // of the run being walked
   int64 m_StepIndex = 0;      // its next step
   int64 m_LastStep = 0;       // how many of its steps are taken

@@ -71,12 +71,13 @@ public:
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_Run < m_Runs.size(); }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_Left != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
     if (!MorePoints()) [[unlikely]]
       return {};
     CTriple<int64> const point = InSpace(m_U, m_V, m_W);
+    --m_Left;
     if (m_V != m_LastV) [[likely]] {
       ++m_V;
       if (m_Plane.slopeV != 0) StepAcross();
@@ -119,6 +120,7 @@ private:
   std::size_t m_Run = 0; // the run being walked
   // The next point is (m_U, m_V, m_W). Not side by side, or compilers join two of them into one
   // load that has to wait for the store of one.
+  std::uint64_t m_Left = 0; // points to hand out
   int64 m_U = 0;
   int64 m_LastV = 0; // of its run
   int64 m_V = 0;

@@ -116,6 +116,7 @@ CPolygonVisitor::CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
 
 void CPolygonVisitor::Reset() noexcept {
   m_Run = 0;
+  m_Left = m_Steps;
   BeginRun();
 }
 

@@ -198,7 +198,8 @@ inline Polygon Decorated(CRandomNumbers& random, Polygon const& polygon) {
 
 /// Starting at another corner and, half the time, the other way round.
 inline Polygon Turned(CRandomNumbers& random, Polygon polygon) {
-  std::ranges::rotate(polygon, polygon.begin() + random.Between<Int>(0, std::ssize(polygon) - 1));
+  std::rotate(polygon.begin(), polygon.begin() + random.Between<Int>(0, std::ssize(polygon) - 1),
+              polygon.end());
   if (random.Between(0, 1) == 0) std::ranges::reverse(polygon);
   return polygon;
 }

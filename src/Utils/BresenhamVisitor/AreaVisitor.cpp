@@ -115,8 +115,8 @@ void CBresenhamAreaVisitor::Build(Path& corners, int64 neighborhood, bool border
   }
 }
 
-// One of the two orientations never pairs. Without border it may seem to, with runs that lead from
-// one column to another; such a pairing is taken only if the other orientation has none at all.
+// One of the two orientations never pairs. Without border it may seem to, with pairs across
+// columns; such a pairing is taken only if the other orientation has none at all.
 void CBresenhamAreaVisitor::BuildOblique(Path const& path, int64 neighborhood, bool border) {
   using Area = Impl::CBresenhamAreaVisitor3D;
   std::optional<CException> failure;

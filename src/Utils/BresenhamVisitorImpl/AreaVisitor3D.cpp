@@ -67,22 +67,20 @@ void CBresenhamAreaVisitor3D::SignEndPoints(CTriple<int64> start, CBresenhamVisi
 }
 
 void CBresenhamAreaVisitor3D::EraseUselessBorders() {
-  if (PairLimits(m_Limits, m_Border)) return;
-  Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::EraseUselessBorders"),
-        "Failure in Start- and Endpoints");
+  if (!PairLimits(m_Limits, m_Border))
+    Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::EraseUselessBorders"),
+          "Failure in Start- and Endpoints");
+  m_IsPairedByColumn = std::ranges::equal(m_Limits.starts, m_Limits.ends, {}, &CTriple<int64>::x,
+                                          &CTriple<int64>::x);
 }
 
-// The runs keep their ends, which the walk leaves out; what has nothing between them vanishes.
+// The runs keep their ends, which the walk leaves out; what has nothing between them vanishes, and
+// what leads from one column to another, which would meet other runs.
 void CBresenhamAreaVisitor3D::EraseBorderPoints() {
   EraseOuterColumns(m_Limits);
   FilterRuns(m_Limits, [this](CTriple<int64>& start, CTriple<int64>& end) {
-    return CBresenhamVisitor3D(end - start, m_Neighborhood).LastStep() >= 2;
+    return start.x == end.x && CBresenhamVisitor3D(end - start, m_Neighborhood).LastStep() >= 2;
   });
-}
-
-bool CBresenhamAreaVisitor3D::IsPairedByColumn() const noexcept {
-  return std::ranges::equal(m_Limits.starts, m_Limits.ends, {}, &CTriple<int64>::x,
-                            &CTriple<int64>::x);
 }
 
 CBresenhamVisitor3D CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
