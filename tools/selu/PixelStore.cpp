@@ -240,6 +240,7 @@ void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
 
 void CheckPixelStore(fs::path const& path, EnFormat format) {
   (void)SizeOfReadable(StoreOf(path, format).file);
+  if (format == EnFormat::Tiff) CheckTiffPages(path);
 }
 
 void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> const& extents,
@@ -255,7 +256,6 @@ void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> 
                     " bits, but the file has only " + BytesText(static_cast<double>(size)));
   RefuseBeyondMemory(bytes, "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
-  if (format == EnFormat::Tiff) CheckTiffPages(path);
   if (format == EnFormat::Dicom) CheckDicomElements(path, bytes / static_cast<double>(bytesAPixel));
 }
 
