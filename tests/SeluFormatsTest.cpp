@@ -4,6 +4,8 @@
 
 #include <ImageFile.h>
 
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -14,7 +16,7 @@
 
 namespace {
 
-using selu::EnPixel;
+using Json = nlohmann::json;
 
 // Numbers one after the other in a byte order.
 class CBytes {
@@ -111,22 +113,6 @@ std::string Nifti(std::vector<T> const& values, bool bigEndian, StNifti const& h
   bytes.Put(108, how.offset).Put(112, how.slope).Put(116, how.inter);
   std::string const header = bytes.All();
   return header.substr(0, 344) + how.magic + std::string(1, '\0') + header.substr(348) +
-         Pixels(values, bigEndian);
-}
-
-template <class T>
-std::string Nifti2(std::vector<T> const& values, bool bigEndian, StNifti const& how = {}) {
-  CBytes bytes(bigEndian);
-  bytes.Text(std::string(544, '\0')).Put(0, std::int32_t{540});
-  bytes.Put(12, TypeOf<T>().nifti).Put(14, static_cast<std::int16_t>(8 * sizeof(T)));
-  for (std::size_t i = 0; i < 8; ++i) {
-    constexpr std::array<std::int64_t, 8> extents = {2, 4, 3, 1, 1, 1, 1, 1};
-    bytes.Put(16 + 8 * i, extents[i]).Put(104 + 8 * i, 1.0);
-  }
-  bytes.Put(168, static_cast<std::int64_t>(how.offset));
-  bytes.Put(176, double{how.slope}).Put(184, double{how.inter});
-  std::string const header = bytes.All();
-  return header.substr(0, 4) + std::string("n+2\0\r\n\x1a\n", 8) + header.substr(12) +
          Pixels(values, bigEndian);
 }
 
@@ -278,6 +264,66 @@ TEST_F(SeluFormats, PngOf8And16Bits) {
   Write("16.png", Png(Values<std::uint16_t>()));
   ExpectPixels("8.png", Values<std::uint8_t>());
   ExpectPixels("16.png", Values<std::uint16_t>());
+}
+
+// Values 0, 1, 2, ... as 16-bit integers, which the header maps to others.
+class SeluNifti : public SeluFormats {
+protected:
+  void ExpectScaled(std::string const& file, double slope, double inter) const {
+    SCOPED_TRACE(file);
+    auto const info = Json::parse(Output({"info", file, "--format", "json"}));
+    EXPECT_EQ(info["least value"].get<double>(), inter);
+    EXPECT_EQ(info["greatest value"].get<double>(), 11 * slope + inter);
+    EXPECT_EQ(info["distinct values"], 12);
+    auto const image = selu::ReadImage(Path(file));
+    selu::VisitPixels(image, [&](auto pixels) {
+      ASSERT_EQ(pixels.size(), 12u);
+      for (std::size_t i = 0; i < pixels.size(); ++i)
+        EXPECT_EQ(static_cast<double>(pixels[i]), static_cast<double>(i) * slope + inter);
+    });
+  }
+  void WriteGzip(std::string const& name, std::string const& bytes) const {
+    gzFile const file = ::gzopen(Path(name).c_str(), "wb");
+    ASSERT_EQ(::gzwrite(file, bytes.data(), static_cast<unsigned>(bytes.size())),
+              static_cast<int>(bytes.size()));
+    ::gzclose(file);
+  }
+  template <class T>
+  static std::vector<T> Counting() {
+    return {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+  }
+};
+
+TEST_F(SeluNifti, SlopeAndInterceptScaleTheValues) {
+  for (auto const& [slope, inter] : {std::pair{1.0f, -1024.0f}, {0.5f, 0.0f}, {2.0f, 10.0f}})
+    for (bool const bigEndian : {false, true}) {
+      SCOPED_TRACE(slope);
+      StNifti const how = {.slope = slope, .inter = inter};
+      Write("16.nii", Nifti(Counting<std::int16_t>(), bigEndian, how));
+      Write("8.nii", Nifti(Counting<std::uint8_t>(), bigEndian, how));
+      WriteGzip("16.nii.gz", Nifti(Counting<std::int16_t>(), bigEndian, how));
+      WriteGzip("8.nii.gz", Nifti(Counting<std::uint8_t>(), bigEndian, how));
+      for (std::string const file : {"16.nii", "8.nii", "16.nii.gz", "8.nii.gz"})
+        ExpectScaled(file, slope, inter);
+    }
+}
+
+TEST_F(SeluNifti, SecondVersionIsRefused) {
+  for (bool const bigEndian : {false, true}) {
+    CBytes bytes(bigEndian);
+    bytes.Add(std::int32_t{540}).Text(std::string("n+2\0\r\n\x1a\n", 8) + std::string(600, '\0'));
+    Write("a.nii", bytes.All());
+    ExpectFailure({"info", "a.nii"}, "NIfTI-2 is not read, only NIfTI-1");
+  }
+}
+
+TEST_F(SeluNifti, ScaledPixelsMustAllBeThere) {
+  StNifti const how = {.slope = 1, .inter = -1024};
+  auto const whole = Nifti(Counting<std::int16_t>(), false, how);
+  Write("cut.nii", whole.substr(0, whole.size() - 1));
+  WriteGzip("cut.nii.gz", whole.substr(0, whole.size() - 1));
+  ExpectFailure({"info", "cut.nii"}, "its header claims 4 x 3 pixels of 16 bits, but");
+  ExpectFailure({"info", "cut.nii.gz"}, "its header claims 376 bytes unpacked");
 }
 
 TEST_F(SeluFormats, TiffOfOtherPixelsIsRefused) {

@@ -28,7 +28,8 @@ struct StStore {
   fs::path file;
   std::uint64_t offset = 0; // where they begin in the file
   double ratio = 1;
-  std::uint64_t before = 0; // unpacked bytes before them
+  std::uint64_t before = 0;    // unpacked bytes before them
+  std::size_t bytesAPixel = 0; // where that may differ from the pixels in memory
 };
 // Deflate reaches 1032; bzip2 and the methods of TIFF and DICOM far more.
 constexpr double c_deflate = 1100, c_anyMethod = 65536;
@@ -128,8 +129,31 @@ private:
   std::unique_ptr<gzFile_s, int (*)(gzFile)> m_file;
 };
 
-// Where the pixels begin by the header of NIfTI-1 (or its forerunner) or NIfTI-2.
-std::uint64_t NiftiOffset(fs::path const& path) {
+// Bytes of NIfTI's types of numbers; readers go by these, not by the header's own count of bits.
+std::size_t NiftiTypeBytes(int type) {
+  constexpr std::array<std::pair<int, std::size_t>, 10> types = {{{2, 1},
+                                                                  {4, 2},
+                                                                  {8, 4},
+                                                                  {16, 4},
+                                                                  {64, 8},
+                                                                  {256, 1},
+                                                                  {512, 2},
+                                                                  {768, 4},
+                                                                  {1024, 8},
+                                                                  {1280, 8}}};
+  for (auto const& [known, bytes] : types)
+    if (known == type) return bytes;
+  return 0;
+}
+
+// Where the pixels begin and how many bytes each has on disk, before a slope makes it a
+// floating-point number: by the header of NIfTI-1 or its forerunner.
+struct StNiftiHeader {
+  std::uint64_t offset = 0;
+  std::size_t bytesAPixel = 0; // 0: unknown
+};
+
+StNiftiHeader ReadNiftiHeader(fs::path const& path) {
   std::array<char, 352> header{};
   CGzipFile file(path); // reads plain files as well
   auto const count = file.Read(header.data(), header.size());
@@ -142,18 +166,19 @@ std::uint64_t NiftiOffset(fs::path const& path) {
     return std::bit_cast<T>(bytes);
   };
   bool const swapped = header[0] == 0;
-  bool const second = load(0, std::int32_t{}, swapped) == 540;
-  double const offset = second ? static_cast<double>(load(168, std::int64_t{}, swapped))
-                               : static_cast<double>(load(108, float{}, swapped));
+  if (load(0, std::int32_t{}, swapped) == 540)
+    throw CAppError("cannot read " + Quoted(path) + ": NIfTI-2 is not read, only NIfTI-1");
+  auto const offset = static_cast<double>(load(108, float{}, swapped));
   // Readers take an offset inside the header for its end.
-  return offset >= 0 && offset < 1e15 ? static_cast<std::uint64_t>(offset) : 0;
+  return {offset >= 0 && offset < 1e15 ? static_cast<std::uint64_t>(offset) : 0,
+          NiftiTypeBytes(load(70, std::int16_t{}, swapped))};
 }
 
 StStore NiftiStore(fs::path const& path) {
   fs::path const data = NiftiDataFile(path);
   bool const gzipped = BeginningOf(data, 2) == "\x1f\x8b"sv;
-  auto const offset = NiftiOffset(path);
-  return gzipped ? StStore{data, 0, c_deflate, offset} : StStore{data, offset, 1, 0};
+  auto const [offset, bytes] = ReadNiftiHeader(path);
+  return gzipped ? StStore{data, 0, c_deflate, offset, bytes} : StStore{data, offset, 1, 0, bytes};
 }
 
 StStore StoreOf(fs::path const& path, EnFormat format) {
@@ -245,18 +270,20 @@ void CheckPixelStore(fs::path const& path, EnFormat format) {
 
 void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> const& extents,
                 std::size_t bytesAPixel) {
-  double bytes = static_cast<double>(bytesAPixel);
-  for (auto const extent : extents) bytes *= static_cast<double>(extent);
+  double pixels = 1;
+  for (auto const extent : extents) pixels *= static_cast<double>(extent);
   StStore const store = StoreOf(path, format);
+  std::size_t const stored = store.bytesAPixel > 0 ? store.bytesAPixel : bytesAPixel;
+  double const bytes = pixels * static_cast<double>(stored);
   auto const size = SizeOfReadable(store.file);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
   if (bytes > room * store.ratio)
     throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
-                    Joined(extents, " x ") + " pixels of " + std::to_string(bytesAPixel * 8) +
+                    Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
                     " bits, but the file has only " + BytesText(static_cast<double>(size)));
-  RefuseBeyondMemory(bytes, "the image " + Quoted(path));
+  RefuseBeyondMemory(pixels * static_cast<double>(bytesAPixel), "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
-  if (format == EnFormat::Dicom) CheckDicomElements(path, bytes / static_cast<double>(bytesAPixel));
+  if (format == EnFormat::Dicom) CheckDicomElements(path, pixels);
 }
 
 } // namespace selu

@@ -18,8 +18,8 @@ namespace selu {
 /// one size and of a pixel type that is read. Throws CAppError.
 void CheckPixelStore(std::filesystem::path const& path, EnFormat format);
 
-/// Throws CAppError when the file is too small for the claimed pixels. Exact for pixels stored
-/// plainly; deflated ones (NIfTI, NRRD, MetaImage) are unpacked once to see that they are whole;
+/// Throws CAppError when the file is too small for the claimed pixels, of so many bytes in memory,
+/// or they for the memory. Exact for pixels stored plainly; deflated ones (NIfTI, NRRD, MetaImage) are unpacked once to see that they are whole;
 /// files packed otherwise may unpack to what their method can make of them at most. O(file).
 void CheckClaim(std::filesystem::path const& path, EnFormat format,
                 std::vector<ORVA::int64> const& extents, std::size_t bytesAPixel);
