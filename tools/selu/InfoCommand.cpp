@@ -30,9 +30,12 @@ double SurvivingShare(StLevels const& levels) {
 }
 
 // Numbers of any size go into JSON as they are written: as integers or doubles where these hold
-// them exactly, which every value of the pixel types does.
+// them exactly, which every value of the pixel types does. JSON has no infinite numbers: they
+// become the texts "inf" and "-inf".
 Json ValueJson(std::string const& text) {
-  return text.empty() ? Json() : Json::parse(text, nullptr, false);
+  if (text.empty()) return {};
+  Json value = Json::parse(text, nullptr, false);
+  return value.is_discarded() ? Json(text) : value;
 }
 
 std::string ToJson(StOptions const& options, CRawImage const& image, StLevels const& levels) {
