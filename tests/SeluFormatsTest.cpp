@@ -317,6 +317,34 @@ TEST_F(SeluNifti, SecondVersionIsRefused) {
   }
 }
 
+TEST_F(SeluNifti, PixelsBeginBehindTheHeader) {
+  auto const values = Counting<std::int16_t>();
+  constexpr float infinite = std::numeric_limits<float>::infinity();
+  for (float const offset : {-16.0f, 0.0f, 4.0f, 348.0f, 351.0f, -1e9f, infinite, -infinite,
+                             std::numeric_limits<float>::quiet_NaN()}) {
+    SCOPED_TRACE(offset);
+    Write("a.nii", Nifti(values, false, {.offset = offset}));
+    WriteGzip("a.nii.gz", Nifti(values, true, {.offset = offset}));
+    ExpectFailure({"info", "a.nii"}, "its pixels begin inside its header");
+    ExpectFailure({"info", "a.nii.gz"}, "its pixels begin inside its header");
+  }
+  for (float const offset : {354.0f, 1e9f, 1e16f, 3e38f}) {
+    SCOPED_TRACE(offset);
+    Write("a.nii", Nifti(values, false, {.offset = offset}));
+    ExpectFailure({"info", "a.nii"}, "its header claims 4 x 3 pixels");
+  }
+  auto const whole = Nifti(values, false, {.offset = 368});
+  Write("later.nii", whole.substr(0, 352) + std::string(16, 'x') + whole.substr(352));
+  ExpectPixels("later.nii", values);
+}
+
+TEST_F(SeluNifti, PairsOfHeaderAndPixels) {
+  auto const whole = Nifti(Counting<std::int16_t>(), false, {.offset = 0, .magic = "ni1"});
+  Write("a.hdr", whole.substr(0, 348));
+  Write("a.img", whole.substr(352));
+  ExpectPixels("a.hdr", Counting<std::int16_t>());
+}
+
 TEST_F(SeluNifti, ScaledPixelsMustAllBeThere) {
   StNifti const how = {.slope = 1, .inter = -1024};
   auto const whole = Nifti(Counting<std::int16_t>(), false, how);
@@ -324,6 +352,37 @@ TEST_F(SeluNifti, ScaledPixelsMustAllBeThere) {
   WriteGzip("cut.nii.gz", whole.substr(0, whole.size() - 1));
   ExpectFailure({"info", "cut.nii"}, "its header claims 4 x 3 pixels of 16 bits, but");
   ExpectFailure({"info", "cut.nii.gz"}, "its header claims 376 bytes unpacked");
+}
+
+TEST_F(SeluFormats, MetaImagePixelsBehindAHeaderOfTheirOwn) {
+  auto const values = Values<std::int16_t>();
+  auto const pixels = Pixels(values, false);
+  auto const header = [](std::string const& skipped, std::string const& data) {
+    return "ObjectType = Image\nNDims = 2\nDimSize = 4 3\nElementType = MET_SHORT\nHeaderSize = " +
+           skipped + "\nElementDataFile = " + data + "\n";
+  };
+  Write("data.raw", std::string(60, 'x') + pixels);
+  Write("a.mhd", header("60", "data.raw"));
+  ExpectPixels("a.mhd", values);
+  Write("a.mhd", header("-1", "data.raw"));
+  ExpectPixels("a.mhd", values);
+  auto const local = header("100", "LOCAL");
+  ASSERT_LT(local.size(), 200u);
+  Write("a.mha", header("200", "LOCAL") + std::string(200 - local.size(), ' ') + pixels);
+  ExpectPixels("a.mha", values);
+  for (std::string const skipped : {"61", "84", "85", "100000"}) {
+    Write("b.mhd", header(skipped, "data.raw"));
+    ExpectFailure({"info", "b.mhd"}, "its header claims 4 x 3 pixels of 16 bits, but");
+  }
+  for (std::string const skipped : {"-2", "x", "1,2", "99999999999999999999"}) {
+    Write("b.mhd", header(skipped, "data.raw"));
+    ExpectFailure({"info", "b.mhd"}, "its header size is no number of bytes");
+  }
+  Write("b.mha", local + pixels);
+  ExpectFailure({"info", "b.mha"}, "its pixels begin inside its header");
+  Write("short.raw", pixels.substr(1));
+  Write("b.mhd", header("-1", "short.raw"));
+  ExpectFailure({"info", "b.mhd"}, "but");
 }
 
 TEST_F(SeluFormats, TiffOfOtherPixelsIsRefused) {

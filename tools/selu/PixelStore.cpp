@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -70,11 +71,14 @@ std::optional<StField> FindField(std::string_view header, char separator,
   return std::nullopt;
 }
 
+[[noreturn]] void RefuseHeader(fs::path const& path, std::string const& why) {
+  throw CAppError("cannot read " + Quoted(path) + ": " + why);
+}
+
 // The file named by a header, relative to the header's folder.
 fs::path DataFile(fs::path const& header, std::string const& name) {
   if (Lower(name.substr(0, 4)) == "list" || name.find('%') != std::string::npos)
-    throw CAppError("cannot read " + Quoted(header) +
-                    ": its pixels are spread over several files, which selu does not read");
+    RefuseHeader(header, "its pixels are spread over several files, which selu does not read");
   return header.parent_path() / name;
 }
 
@@ -92,14 +96,31 @@ StStore NrrdStore(fs::path const& path) {
   return {path, blank == std::string::npos ? 0 : blank + skip, ratio};
 }
 
+// Bytes before the pixels; -1: as many as the pixels leave; 0: what the header says elsewhere.
+ORVA::int64 MetaHeaderSize(std::string_view header, fs::path const& path) {
+  auto const field = FindField(header, '=', {"headersize"});
+  if (!field) return 0;
+  auto const number = ParseIntegers(field->value);
+  if (!number || number->size() != 1 || number->front() < -1)
+    RefuseHeader(path, "its header size is no number of bytes");
+  return number->front();
+}
+
 StStore MetaStore(fs::path const& path) {
   std::string const header = BeginningOf(path, c_headerBytes);
   auto const packed = FindField(header, '=', {"compresseddata"});
   auto const data = FindField(header, '=', {"elementdatafile"});
   std::string const answer = packed ? Lower(packed->value) : "false";
   double const ratio = answer == "true" || answer == "1" ? c_deflate : 1;
-  if (!data || Lower(data->value) == "local") return {path, data ? data->end : 0, ratio};
-  return {DataFile(path, data->value), 0, ratio};
+  bool const local = !data || Lower(data->value) == "local";
+  StStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
+                   ratio};
+  auto const skipped = MetaHeaderSize(header, path);
+  if (skipped <= 0) return store; // plain pixels then end with the file, wherever they begin
+  if (static_cast<std::uint64_t>(skipped) < store.offset)
+    RefuseHeader(path, "its pixels begin inside its header");
+  store.offset = static_cast<std::uint64_t>(skipped);
+  return store;
 }
 
 // Of a pair .hdr and .img the second file, either of them perhaps gzipped.
@@ -157,8 +178,7 @@ StNiftiHeader ReadNiftiHeader(fs::path const& path) {
   std::array<char, 352> header{};
   CGzipFile file(path); // reads plain files as well
   auto const count = file.Read(header.data(), header.size());
-  if (!count || *count < 348)
-    throw CAppError("cannot read " + Quoted(path) + ": the file is damaged or cut off");
+  if (!count || *count < 348) RefuseHeader(path, "the file is damaged or cut off");
   auto const load = [&]<class T>(std::size_t place, T, bool swap) {
     std::array<char, sizeof(T)> bytes;
     std::memcpy(bytes.data(), header.data() + place, sizeof(T));
@@ -167,10 +187,14 @@ StNiftiHeader ReadNiftiHeader(fs::path const& path) {
   };
   bool const swapped = header[0] == 0;
   if (load(0, std::int32_t{}, swapped) == 540)
-    throw CAppError("cannot read " + Quoted(path) + ": NIfTI-2 is not read, only NIfTI-1");
+    RefuseHeader(path, "NIfTI-2 is not read, only NIfTI-1");
   auto const offset = static_cast<double>(load(108, float{}, swapped));
-  // Readers take an offset inside the header for its end.
-  return {offset >= 0 && offset < 1e15 ? static_cast<std::uint64_t>(offset) : 0,
+  bool const single = std::memcmp(header.data() + 344, "n+1", 4) == 0;
+  // Readers take pixels inside the header for such behind it.
+  if (!std::isfinite(offset) || (single && offset < 352))
+    RefuseHeader(path, "its pixels begin inside its header");
+  // In a file of their own they may be counted from its end, by a number below 0.
+  return {static_cast<std::uint64_t>(std::clamp(offset, 0.0, 1e18)),
           NiftiTypeBytes(load(70, std::int16_t{}, swapped))};
 }
 
