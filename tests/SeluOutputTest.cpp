@@ -1,6 +1,7 @@
 // Outputs appear whole or not at all: full disks, signals, devices, links, permissions.
 #include "support/SeluRun.h"
 
+#include <array>
 #include <chrono>
 
 #include <sys/stat.h>
@@ -103,6 +104,34 @@ TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"},
                 "no folder");
   EXPECT_EQ(Files(), Arguments{"a.nrrd"});
+}
+
+TEST_F(SeluOutput, InputsAreNotOverwritten) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ASSERT_EQ(Selu(Synth("a.png", "16,16")).code, 0);
+  auto const image = Read("a.nrrd"), picture = Read("a.png");
+  std::string const pixels(16 * 16, 'x');
+  Write("pixels.nrrd", pixels);
+  Write("a.nhdr", "NRRD0004\ntype: uint8\ndimension: 2\nsizes: 16 16\nencoding: raw\n"
+                  "data file: pixels.nrrd\n");
+  fs::create_symlink("a.nrrd", Folder() / "link.nrrd");
+  fs::create_hard_link(Folder() / "a.png", Folder() / "other.png");
+  fs::create_directory(Folder() / "there");
+  auto const files = Files();
+  for (auto const& [input, option, output] :
+       std::vector<std::array<std::string, 3>>{{"a.nrrd", "--matrix", "a.nrrd"},
+                                               {"a.nrrd", "--matrix", "there/../a.nrrd"},
+                                               {"a.nrrd", "--matrix", "link.nrrd"},
+                                               {"link.nrrd", "--matrix", "a.nrrd"},
+                                               {"a.png", "--picture", "a.png"},
+                                               {"a.png", "--picture", "other.png"},
+                                               {"a.nhdr", "--matrix", "pixels.nrrd"}})
+    ExpectFailure({"texture", input, option, output},
+                  "cannot write \"" + output + "\": it is the input");
+  EXPECT_EQ(Read("a.nrrd"), image);
+  EXPECT_EQ(Read("a.png"), picture);
+  EXPECT_EQ(Read("pixels.nrrd"), pixels);
+  EXPECT_EQ(Files(), files);
 }
 
 TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {

@@ -263,6 +263,13 @@ bool HoldsTheSame(fs::path const& path, ORVA::CImage const& image) {
 
 } // namespace
 
+void RefuseOverwriting(fs::path const& output, fs::path const& image) {
+  std::error_code error; // a file that is missing is no other
+  for (auto const& input : {image, PixelFile(image, FormatOfFile(image))})
+    if (fs::equivalent(output, input, error))
+      throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
+}
+
 void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {
   EnFormat const format = FormatForOutput(path);
   auto const refuse = [&](std::string const& why) {

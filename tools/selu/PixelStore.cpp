@@ -287,6 +287,8 @@ void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
 
 } // namespace
 
+fs::path PixelFile(fs::path const& path, EnFormat format) { return StoreOf(path, format).file; }
+
 void CheckPixelStore(fs::path const& path, EnFormat format) {
   (void)SizeOfReadable(StoreOf(path, format).file);
   if (format == EnFormat::Tiff) CheckTiffPages(path);

@@ -125,6 +125,7 @@ CImage ReadGrey(std::string const& path, std::optional<StRange> const& range) {
 std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
   if (options.matrix.empty()) return std::nullopt;
   CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
+  RefuseOverwriting(options.matrix, options.image);
   return std::optional<CAtomicFile>(std::in_place, options.matrix);
 }
 
@@ -133,6 +134,7 @@ std::optional<CAtomicFile> OpenPicture(StOptions const& options) {
   std::string const ending = EndingOf(options.picture);
   if (ending != ".png" && ending != ".svg")
     throw CAppError("cannot write " + Quoted(options.picture) + ": a picture ends in .png or .svg");
+  RefuseOverwriting(options.picture, options.image);
   return std::optional<CAtomicFile>(std::in_place, options.picture);
 }
 
