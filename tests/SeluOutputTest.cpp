@@ -1,6 +1,8 @@
 // Outputs appear whole or not at all: full disks, signals, devices, links, permissions.
 #include "support/SeluRun.h"
 
+#include <AtomicFile.h>
+
 #include <array>
 #include <chrono>
 
@@ -132,6 +134,24 @@ TEST_F(SeluOutput, InputsAreNotOverwritten) {
   EXPECT_EQ(Read("a.png"), picture);
   EXPECT_EQ(Read("pixels.nrrd"), pixels);
   EXPECT_EQ(Files(), files);
+}
+
+TEST_F(SeluOutput, TemporariesOfADeadProcessDoNotBlock) {
+  Arguments old;
+  for (int count = 0; count < 20; ++count)
+    old.push_back(".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count) + ".txt");
+  std::sort(old.begin(), old.end());
+  for (auto const& name : old) Write(name, "old");
+  {
+    selu::CAtomicFile file(Path("a.txt"));
+    EXPECT_EQ(Files().size(), old.size() + 1);
+    file.Write("new");
+    file.Commit();
+  }
+  EXPECT_EQ(Read("a.txt"), "new");
+  for (auto const& name : old) EXPECT_EQ(Read(name), "old") << name;
+  old.push_back("a.txt");
+  EXPECT_EQ(Files(), old);
 }
 
 TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {

@@ -37,6 +37,7 @@ public:
 
 private:
   [[noreturn]] void Fail(int error) const;
+  void MakeTemporary(std::filesystem::path const& folder);
   void CopyInto(std::filesystem::path const& device) const;
 
   std::filesystem::path m_target;
