@@ -81,6 +81,31 @@ TEST_F(SeluApp, FullStandardOutputIsAnError) {
     ExpectFailure(command, "standard output: No space left on device", 1, {.outFile = "/dev/full"});
 }
 
+TEST_F(SeluApp, ClosedStandardStreamsDoNotDisturbTheReading) {
+  ASSERT_EQ(Selu({"synth", "noise", "--size", "8,8", "--seed", "1", "-o", "n.png"}).code, 0);
+  auto const info = Output({"info", "n.png"});
+  auto const with = [&](std::string const& streams) {
+    return test::RunProcess(
+        {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + streams, SELU_BINARY, "info", "n.png"},
+        {.folder = Folder().string()});
+  };
+  for (std::string const streams : {"<&-", "2>&-", "<&- 2>&-"}) {
+    auto const result = with(streams);
+    EXPECT_EQ(result.code, 0) << streams << result.error;
+    EXPECT_EQ(result.out, info) << streams;
+  }
+  auto const noOutput = with("<&- >&-");
+  EXPECT_EQ(noOutput.code, 1);
+  EXPECT_EQ(noOutput.error, "selu: cannot write to standard output: Bad file descriptor\n");
+  EXPECT_EQ(with("<&- >&- 2>&-").code, 1);
+  auto const synth =
+      test::RunProcess({"/bin/sh", "-c", "exec \"$0\" \"$@\" <&- >&- 2>&-", SELU_BINARY, "synth",
+                        "noise", "--size", "8,8", "--seed", "1", "-o", "m.png"},
+                       {.folder = Folder().string()});
+  EXPECT_EQ(synth.code, 0);
+  EXPECT_EQ(Read("m.png"), Read("n.png"));
+}
+
 TEST_F(SeluApp, NothingOfTheBarWhenPiped) {
   auto const result = Selu({"synth", "blobs", "--size", "64,64,64", "--seed", "1", "-o", "b.nrrd"});
   EXPECT_EQ(result.code, 0);
