@@ -126,7 +126,8 @@ StClaim ClaimOf(fs::path const& path, EnFormat format) {
                                   5 + static_cast<double>(SizeOfReadable(path)) / c_slowest);
   auto numbers = answer ? ParseIntegers(*answer) : std::nullopt;
   if (!numbers || numbers->size() < 3)
-    RefuseRead(path, std::string("it is damaged or no ") + FormatText(format) + " image");
+    RefuseRead(path, std::string("it is damaged, no ") + FormatText(format) +
+                         " image, or of a kind that selu does not read");
   return {{numbers->begin() + 2, numbers->end()}, (*numbers)[1], (*numbers)[0]};
 }
 

@@ -290,7 +290,7 @@ void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
 fs::path PixelFile(fs::path const& path, EnFormat format) { return StoreOf(path, format).file; }
 
 void CheckPixelStore(fs::path const& path, EnFormat format) {
-  (void)SizeOfReadable(StoreOf(path, format).file);
+  (void)SizeOfReadable(StoreOf(path, format).file, path);
   if (format == EnFormat::Tiff) CheckTiffPages(path);
 }
 
@@ -301,12 +301,13 @@ void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> 
   StStore const store = StoreOf(path, format);
   std::size_t const stored = store.bytesAPixel > 0 ? store.bytesAPixel : bytesAPixel;
   double const bytes = pixels * static_cast<double>(stored);
-  auto const size = SizeOfReadable(store.file);
+  auto const size = SizeOfReadable(store.file, path);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
   if (bytes > room * store.ratio)
     throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
                     Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
-                    " bits, but the file has only " + BytesText(static_cast<double>(size)));
+                    " bits, but " + (store.file == path ? "the file" : Quoted(store.file)) +
+                    " has only " + BytesText(static_cast<double>(size)));
   RefuseBeyondMemory(pixels * static_cast<double>(bytesAPixel), "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
   if (format == EnFormat::Dicom) CheckDicomElements(path, pixels);
