@@ -60,7 +60,7 @@ std::string ToJson(StOptions const& options, CRawImage const& image, StLevels co
 
 std::string ToTable(StOptions const& options, CRawImage const& image, StLevels const& levels) {
   std::vector<std::pair<std::string, std::string>> rows = {
-      {"image", options.image},
+      {"image", Shown(options.image)},
       {"dimension", std::to_string(image.Size().Dim())},
       {"size", Joined(Extents(image.Size()), " x ")},
       {"pixel type", PixelText(image.Pixel())},
