@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -59,6 +60,41 @@ TEST_F(SeluOutput, DevicesGetTheFinishedBytes) {
   EXPECT_TRUE(fs::is_symlink(Folder() / "full.nrrd")) << "the link was replaced";
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
   EXPECT_EQ(Files(), (Arguments{"a.nrrd", "full.nrrd", "full.png", "null.nrrd"}));
+}
+
+TEST_F(SeluOutput, PipesThatNobodyReadsAreRefused) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ::mkfifo(Path("p.svg").c_str(), 0600);
+  auto const result = test::RunProcess(
+      {"/usr/bin/env", "timeout", "60", SELU_BINARY, "texture", "a.nrrd", "--picture", "p.svg"},
+      {.folder = Folder().string()});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_EQ(result.error, "selu: cannot write \"p.svg\": nobody reads from it\n");
+  EXPECT_EQ(Files(), (Arguments{"a.nrrd", "p.svg"}));
+}
+
+TEST_F(SeluOutput, PipesGetTheFinishedBytes) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ::mkfifo(Path("p.svg").c_str(), 0600);
+  int const pipe = ::open(Path("p.svg").c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_GE(pipe, 0);
+  std::string bytes;
+  std::thread reader([&] { // the picture is larger than what a pipe holds
+    std::array<char, 4096> buffer;
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!bytes.ends_with("</svg>\n") && std::chrono::steady_clock::now() < end) {
+      ssize_t const count = ::read(pipe, buffer.data(), buffer.size());
+      if (count > 0)
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
+      else
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ::close(pipe);
+  });
+  EXPECT_EQ(Selu({"texture", "a.nrrd", "--picture", "p.svg"}).code, 0);
+  reader.join();
+  ASSERT_EQ(Selu({"texture", "a.nrrd", "--picture", "q.svg"}).code, 0);
+  EXPECT_TRUE(bytes == Read("q.svg")) << bytes.size();
 }
 
 TEST_F(SeluOutput, LinksToFilesAreFollowed) {

@@ -129,8 +129,13 @@ void CAtomicFile::Commit() {
 }
 
 void CAtomicFile::CopyInto(fs::path const& device) const {
-  CDescriptor from(Temporary(), O_RDONLY), to(device, O_WRONLY);
-  if (!from.IsOpen() || !to.IsOpen()) Fail(errno);
+  CDescriptor from(Temporary(), O_RDONLY);
+  if (!from.IsOpen()) Fail(errno);
+  // A pipe that nobody reads would keep us waiting for ever; one that somebody reads may be full.
+  CDescriptor to(device, O_WRONLY | O_NONBLOCK);
+  if (!to.IsOpen() && errno == ENXIO)
+    throw CAppError("cannot write " + Quoted(m_target) + ": nobody reads from it");
+  if (!to.IsOpen() || ::fcntl(to.Get(), F_SETFL, 0) != 0) Fail(errno);
   std::array<char, 1 << 16> buffer;
   while (true) {
     ssize_t const count = ::read(from.Get(), buffer.data(), buffer.size());
