@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,19 @@ TEST(SeluPicture, TicksLieWithinTheAxis) {
     EXPECT_GE(tick.place, 0);
     EXPECT_LE(tick.place, 1);
   }
+}
+
+TEST(SeluPicture, RowsHaveTheDigitsThatTellTheirValuesApart) {
+  using Digits = std::optional<int>;
+  EXPECT_EQ(selu::DigitsToTell(1, 2), Digits(4));
+  EXPECT_EQ(selu::DigitsToTell(0.4361, 0.4362 + 1e-9), Digits(4));
+  EXPECT_EQ(selu::DigitsToTell(0.43615, 0.43619), Digits(5));
+  EXPECT_EQ(selu::DigitsToTell(-0.4361932, -0.4361921), Digits(6));
+  EXPECT_EQ(selu::DigitsToTell(123456.1, 123456.3), Digits(7));
+  EXPECT_EQ(selu::DigitsToTell(123456.12, 123456.13), std::nullopt) << "closer than any print";
+  EXPECT_EQ(selu::DigitsToTell(3, 3), std::nullopt);
+  EXPECT_EQ(selu::DigitsToTell(0, 0), std::nullopt);
+  EXPECT_EQ(selu::DigitsToTell(0, 1e-12), Digits(4));
 }
 
 } // namespace

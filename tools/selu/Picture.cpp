@@ -219,6 +219,14 @@ std::vector<StTick> LinearTicks(double low, double high, int wanted) {
   return ticks;
 }
 
+std::optional<int> DigitsToTell(double low, double high) noexcept {
+  constexpr int least = 4, most = 7;
+  double const magnitude = std::floor(std::log10(std::max(std::abs(low), std::abs(high))));
+  for (int digits = least; high > low && digits <= most; ++digits)
+    if (high - low >= std::pow(10, magnitude - digits + 1)) return digits;
+  return std::nullopt;
+}
+
 double LogarithmicShare(double count, double high) noexcept {
   return high > 1 ? std::log(count) / std::log(high) : 1;
 }

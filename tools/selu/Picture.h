@@ -9,6 +9,7 @@
 #include "Colours.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,10 @@ struct StTick {
 [[nodiscard]] std::vector<StTick> LogarithmicTicks(double high);
 /// Place of a count from 1 to high on that axis.
 [[nodiscard]] double LogarithmicShare(double count, double high) noexcept;
+
+/// Significant digits, 4 to 7, with which the least and the greatest value of a row read
+/// differently; nothing where they are closer together than that or equal.
+[[nodiscard]] std::optional<int> DigitsToTell(double low, double high) noexcept;
 
 /// Throws CAppError when Cairo fails.
 class CPicture {
