@@ -31,6 +31,19 @@ TEST(SeluPicture, TicksLieWithinTheAxis) {
   }
 }
 
+TEST(SeluPicture, TextOfAnyBytesFitsItsWidth) {
+  std::string wide;
+  for (int i = 0; i < 100; ++i) wide += "\u6f22";
+  for (std::string const& text :
+       {wide, "a" + wide, std::string("\xff\xc3"), std::string("\xe6\xbc"), std::string("\xc0\x80"),
+        std::string("\xed\xa0\x80"), std::string("\xef\xbf\xbf"), std::string("\xf5\x80\x80\x80"),
+        std::string("\x80"), std::string("\xf0\x9f\x98\x80")}) {
+    selu::CPicture picture(300, 50, ".png");
+    picture.TextWithin(10, 20, 200, text, {});
+    EXPECT_NO_THROW((void)picture.Finish()) << testing::PrintToString(text);
+  }
+}
+
 TEST(SeluPicture, RowsHaveTheDigitsThatTellTheirValuesApart) {
   using Digits = std::optional<int>;
   EXPECT_EQ(selu::DigitsToTell(1, 2), Digits(4));

@@ -58,8 +58,8 @@ public:
 
   /// (x, y) is the text's middle height, and its left end, centre or right end.
   void Text(double x, double y, std::string const& text, StTextStyle const& style = {});
-  /// Shortened in the middle to the width.
-  void TextWithin(double x, double y, double width, std::string text,
+  /// Shortened in the middle to the width; bytes that are no UTF-8 become question marks.
+  void TextWithin(double x, double y, double width, std::string const& text,
                   StTextStyle const& style = {});
   [[nodiscard]] double TextWidth(std::string const& text, StTextStyle const& style);
   void Line(double x0, double y0, double x1, double y1, Colour colour, double width = 1);
