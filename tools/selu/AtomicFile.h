@@ -37,8 +37,8 @@ public:
 
 private:
   [[noreturn]] void Fail(int error) const;
-  void MakeTemporary(std::filesystem::path const& folder);
   void CopyInto(std::filesystem::path const& device) const;
+  void MakeTemporary(std::filesystem::path const& folder);
 
   std::filesystem::path m_target;
   std::filesystem::path m_resolved; // the target behind symbolic links

@@ -247,10 +247,8 @@ std::vector<StTick> LinearTicks(double low, double high, int wanted) {
                                              : 10;
   double const step = factor * power;
   std::vector<StTick> ticks;
-  for (double k = std::ceil(low / step); k * step <= high; ++k) {
-    double const value = k * step + 0.0; // no negative zero
-    ticks.push_back({(value - low) / (high - low), Rounded(value, 6)});
-  }
+  for (double k = std::ceil(low / step); k * step <= high; ++k)
+    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step + 0.0, 6)}); // no -0
   return ticks;
 }
 
