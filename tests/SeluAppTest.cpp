@@ -44,6 +44,11 @@ TEST_F(SeluApp, WrongUsageIsExitCodeTwoAndOneLine) {
       {{"texture", "a.png", "--direction", "1,"}, "\"1,\""},
       {{"texture", "a.png", "--direction", "3000000000,0"}, "32 bits"},
       {{"texture", "a.png", "--range", "5"}, "\"5\""},
+      {{"texture", "a.png", "--range", ""}, "--range: the value is empty"},
+      {{"texture", "a.png", "--matrix", ""}, "--matrix: the value is empty"},
+      {{"texture", "a.png", "--picture", ""}, "--picture: the value is empty"},
+      {{"texture", "a.png", "--direction", ""}, "\"\""},
+      {{"info", "a.png", "--range", ""}, "--range: the value is empty"},
       {{"texture", "a.png", "--range", "5,5"}, "LO below HI"},
       {{"texture", "a.png", "--range", "7,5"}, "LO below HI"},
       {{"texture", "a.png", "--range", "0,inf"}, "finite"},
@@ -74,6 +79,31 @@ TEST_F(SeluApp, FullStandardOutputIsAnError) {
   for (Arguments const& command :
        std::vector<Arguments>{{"--help"}, {"--version"}, {"info", "n.png"}, {"texture", "n.png"}})
     ExpectFailure(command, "standard output: No space left on device", 1, {.outFile = "/dev/full"});
+}
+
+TEST_F(SeluApp, ClosedStandardStreamsDoNotDisturbTheReading) {
+  ASSERT_EQ(Selu({"synth", "noise", "--size", "8,8", "--seed", "1", "-o", "n.png"}).code, 0);
+  auto const info = Output({"info", "n.png"});
+  auto const with = [&](std::string const& streams) {
+    return test::RunProcess(
+        {"/bin/sh", "-c", "exec \"$0\" \"$@\" " + streams, SELU_BINARY, "info", "n.png"},
+        {.folder = Folder().string()});
+  };
+  for (std::string const streams : {"<&-", "2>&-", "<&- 2>&-"}) {
+    auto const result = with(streams);
+    EXPECT_EQ(result.code, 0) << streams << result.error;
+    EXPECT_EQ(result.out, info) << streams;
+  }
+  auto const noOutput = with("<&- >&-");
+  EXPECT_EQ(noOutput.code, 1);
+  EXPECT_EQ(noOutput.error, "selu: cannot write to standard output: Bad file descriptor\n");
+  EXPECT_EQ(with("<&- >&- 2>&-").code, 1);
+  auto const synth =
+      test::RunProcess({"/bin/sh", "-c", "exec \"$0\" \"$@\" <&- >&- 2>&-", SELU_BINARY, "synth",
+                        "noise", "--size", "8,8", "--seed", "1", "-o", "m.png"},
+                       {.folder = Folder().string()});
+  EXPECT_EQ(synth.code, 0);
+  EXPECT_EQ(Read("m.png"), Read("n.png"));
 }
 
 TEST_F(SeluApp, NothingOfTheBarWhenPiped) {

@@ -216,9 +216,10 @@ TEST_F(SeluBadInput, PixelsInAFileElsewhere) {
   EXPECT_EQ(Selu({"info", "a.nhdr"}).code, 0);
   EXPECT_EQ(Selu({"info", "a.mhd"}).code, 0);
   for (auto const& [data, text] : std::vector<std::pair<std::string, std::string>>{
-           {"short.raw", "its header claims 20 x 18 x 16 pixels of 8 bits, but the file has only"},
-           {"none.raw", "No such file"},
-           {"pipe.raw", "it is not a regular file"},
+           {"short.raw",
+            "its header claims 20 x 18 x 16 pixels of 8 bits, but \"short.raw\" has only"},
+           {"none.raw", ", whose pixels are in \"none.raw\": No such file"},
+           {"pipe.raw", ", whose pixels are in \"pipe.raw\": it is not a regular file"},
            {"/dev/zero", "it is not a regular file"},
            {"LIST", "spread over several files"},
            {"slice%03d.raw 1 16 1", "spread over several files"}}) {

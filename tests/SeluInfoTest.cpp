@@ -144,6 +144,23 @@ TEST_F(SeluInfo, TableNamesEverything) {
     EXPECT_TRUE(text.find(part) != std::string::npos) << text << "lacks " << part;
 }
 
+TEST_F(SeluInfo, ControlCharactersOfANameStayOutOfTheTable) {
+  std::string const name = "a\x1b[31m\nb\x7f.nrrd";
+  WriteNrrd<std::uint8_t>(name, "uint8", {2, 2}, {1, 2, 3, 4});
+  EXPECT_TRUE(Output({"info", name}).starts_with("image             a?[31m?b?.nrrd\ndimension"));
+  EXPECT_EQ(Info(name)["image"], name) << "JSON has escapes of its own";
+}
+
+TEST_F(SeluInfo, InfinitiesAreTextsInJson) {
+  constexpr auto inf = std::numeric_limits<double>::infinity();
+  WriteNrrd<double>("a.nrrd", "double", {2, 2}, {-inf, 0, 1, inf});
+  WriteNrrd<float>("b.nrrd", "float", {2, 2}, {-2, 0, 1, static_cast<float>(inf)});
+  EXPECT_EQ(Info("a.nrrd")["least value"], "-inf");
+  EXPECT_EQ(Info("a.nrrd")["greatest value"], "inf");
+  EXPECT_EQ(Info("b.nrrd")["least value"], -2);
+  EXPECT_EQ(Info("b.nrrd", "0,1")["greatest value"], "inf");
+}
+
 TEST_F(SeluInfo, ExtentsOfOneAtTheEndDoNotCount) {
   std::vector<std::uint8_t> const pixels(12, 7);
   WriteNrrd("flat.nrrd", "uint8", {4, 3, 1}, pixels);

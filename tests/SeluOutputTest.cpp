@@ -1,7 +1,11 @@
 // Outputs appear whole or not at all: full disks, signals, devices, links, permissions.
 #include "support/SeluRun.h"
 
+#include <AtomicFile.h>
+
+#include <array>
 #include <chrono>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -58,6 +62,41 @@ TEST_F(SeluOutput, DevicesGetTheFinishedBytes) {
   EXPECT_EQ(Files(), (Arguments{"a.nrrd", "full.nrrd", "full.png", "null.nrrd"}));
 }
 
+TEST_F(SeluOutput, PipesThatNobodyReadsAreRefused) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ::mkfifo(Path("p.svg").c_str(), 0600);
+  auto const result = test::RunProcess(
+      {"/usr/bin/env", "timeout", "60", SELU_BINARY, "texture", "a.nrrd", "--picture", "p.svg"},
+      {.folder = Folder().string()});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_EQ(result.error, "selu: cannot write \"p.svg\": nobody reads from it\n");
+  EXPECT_EQ(Files(), (Arguments{"a.nrrd", "p.svg"}));
+}
+
+TEST_F(SeluOutput, PipesGetTheFinishedBytes) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ::mkfifo(Path("p.svg").c_str(), 0600);
+  int const pipe = ::open(Path("p.svg").c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_GE(pipe, 0);
+  std::string bytes;
+  std::thread reader([&] { // the picture is larger than what a pipe holds
+    std::array<char, 4096> buffer;
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!bytes.ends_with("</svg>\n") && std::chrono::steady_clock::now() < end) {
+      ssize_t const count = ::read(pipe, buffer.data(), buffer.size());
+      if (count > 0)
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
+      else
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ::close(pipe);
+  });
+  EXPECT_EQ(Selu({"texture", "a.nrrd", "--picture", "p.svg"}).code, 0);
+  reader.join();
+  ASSERT_EQ(Selu({"texture", "a.nrrd", "--picture", "q.svg"}).code, 0);
+  EXPECT_TRUE(bytes == Read("q.svg")) << bytes.size();
+}
+
 TEST_F(SeluOutput, LinksToFilesAreFollowed) {
   fs::create_directory(Folder() / "there");
   Write("there/real.nrrd", "old");
@@ -103,6 +142,52 @@ TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"},
                 "no folder");
   EXPECT_EQ(Files(), Arguments{"a.nrrd"});
+}
+
+TEST_F(SeluOutput, InputsAreNotOverwritten) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ASSERT_EQ(Selu(Synth("a.png", "16,16")).code, 0);
+  auto const image = Read("a.nrrd"), picture = Read("a.png");
+  std::string const pixels(16 * 16, 'x');
+  Write("pixels.nrrd", pixels);
+  Write("a.nhdr", "NRRD0004\ntype: uint8\ndimension: 2\nsizes: 16 16\nencoding: raw\n"
+                  "data file: pixels.nrrd\n");
+  fs::create_symlink("a.nrrd", Folder() / "link.nrrd");
+  fs::create_hard_link(Folder() / "a.png", Folder() / "other.png");
+  fs::create_directory(Folder() / "there");
+  auto const files = Files();
+  for (auto const& [input, option, output] :
+       std::vector<std::array<std::string, 3>>{{"a.nrrd", "--matrix", "a.nrrd"},
+                                               {"a.nrrd", "--matrix", "there/../a.nrrd"},
+                                               {"a.nrrd", "--matrix", "link.nrrd"},
+                                               {"link.nrrd", "--matrix", "a.nrrd"},
+                                               {"a.png", "--picture", "a.png"},
+                                               {"a.png", "--picture", "other.png"},
+                                               {"a.nhdr", "--matrix", "pixels.nrrd"}})
+    ExpectFailure({"texture", input, option, output},
+                  "cannot write \"" + output + "\": it is the input");
+  EXPECT_EQ(Read("a.nrrd"), image);
+  EXPECT_EQ(Read("a.png"), picture);
+  EXPECT_EQ(Read("pixels.nrrd"), pixels);
+  EXPECT_EQ(Files(), files);
+}
+
+TEST_F(SeluOutput, TemporariesOfADeadProcessDoNotBlock) {
+  Arguments old;
+  for (int count = 0; count < 20; ++count)
+    old.push_back(".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count) + ".txt");
+  std::sort(old.begin(), old.end());
+  for (auto const& name : old) Write(name, "old");
+  {
+    selu::CAtomicFile file(Path("a.txt"));
+    EXPECT_EQ(Files().size(), old.size() + 1);
+    file.Write("new");
+    file.Commit();
+  }
+  EXPECT_EQ(Read("a.txt"), "new");
+  for (auto const& name : old) EXPECT_EQ(Read(name), "old") << name;
+  old.push_back("a.txt");
+  EXPECT_EQ(Files(), old);
 }
 
 TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {

@@ -81,6 +81,7 @@ int Report(std::string const& sentence, int code) noexcept {
 
 int RunApplication(int argc, char** argv) noexcept {
   try {
+    OccupyClosedStreams();
     InstallSignalHandlers();
     return Run(argc, argv);
   } catch (CUsageError const& error) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -57,6 +58,23 @@ fs::path TemporaryPath(fs::path const& folder, fs::path const& target) {
          (".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count++) + EndingOf(target));
 }
 
+// No signal comes between making a file and remembering to remove it, nor removes one that another
+// process made.
+class CSignalPause {
+public:
+  CSignalPause() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+  }
+  CSignalPause(CSignalPause const&) = delete;
+  CSignalPause& operator=(CSignalPause const&) = delete;
+  ~CSignalPause() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
+private:
+  sigset_t m_before;
+};
+
 } // namespace
 
 CAtomicFile::CAtomicFile(fs::path const& target) : m_target(target), m_resolved(Resolve(target)) {
@@ -71,11 +89,25 @@ CAtomicFile::CAtomicFile(fs::path const& target) : m_target(target), m_resolved(
   fs::path const folder = m_replaces ? FolderOf(m_resolved) : fs::temp_directory_path();
   if (!fs::is_directory(folder))
     throw CAppError("cannot write " + Quoted(target) + ": there is no folder " + Quoted(folder));
-  m_temporary = std::make_unique<CTemporaryName>(TemporaryPath(folder, target));
-  CDescriptor file(Temporary(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-  if (!file.IsOpen()) Fail(errno);
+  MakeTemporary(folder);
   // A file that is replaced keeps its permissions.
-  if (exists && m_replaces && ::fchmod(file.Get(), status.st_mode & 07777) != 0) Fail(errno);
+  if (exists && m_replaces && ::chmod(Temporary().c_str(), status.st_mode & 07777) != 0)
+    Fail(errno);
+}
+
+// A process of the same number that was killed may have left its temporaries.
+void CAtomicFile::MakeTemporary(fs::path const& folder) {
+  constexpr int patience = 1000;
+  CSignalPause const pause;
+  for (int tries = 1;; ++tries) {
+    fs::path const name = TemporaryPath(folder, m_target);
+    CDescriptor const file(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    if (file.IsOpen()) {
+      m_temporary = std::make_unique<CTemporaryName>(name);
+      return;
+    }
+    if (errno != EEXIST || tries == patience) Fail(errno);
+  }
 }
 
 void CAtomicFile::Fail(int error) const {
@@ -97,8 +129,13 @@ void CAtomicFile::Commit() {
 }
 
 void CAtomicFile::CopyInto(fs::path const& device) const {
-  CDescriptor from(Temporary(), O_RDONLY), to(device, O_WRONLY);
-  if (!from.IsOpen() || !to.IsOpen()) Fail(errno);
+  CDescriptor from(Temporary(), O_RDONLY);
+  if (!from.IsOpen()) Fail(errno);
+  // A pipe that nobody reads would keep us waiting for ever; one that somebody reads may be full.
+  CDescriptor to(device, O_WRONLY | O_NONBLOCK);
+  if (!to.IsOpen() && errno == ENXIO)
+    throw CAppError("cannot write " + Quoted(m_target) + ": nobody reads from it");
+  if (!to.IsOpen() || ::fcntl(to.Get(), F_SETFL, 0) != 0) Fail(errno);
   std::array<char, 1 << 16> buffer;
   while (true) {
     ssize_t const count = ::read(from.Get(), buffer.data(), buffer.size());

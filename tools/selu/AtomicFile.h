@@ -38,6 +38,7 @@ public:
 private:
   [[noreturn]] void Fail(int error) const;
   void CopyInto(std::filesystem::path const& device) const;
+  void MakeTemporary(std::filesystem::path const& folder);
 
   std::filesystem::path m_target;
   std::filesystem::path m_resolved; // the target behind symbolic links

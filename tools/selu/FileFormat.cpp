@@ -73,10 +73,13 @@ std::string EndingOf(fs::path const& path) {
   return ending;
 }
 
-std::uint64_t SizeOfReadable(fs::path const& path) {
+std::uint64_t SizeOfReadable(fs::path const& path, fs::path const& header) {
   struct stat status = {};
   auto const fail = [&](std::string const& why) -> std::uint64_t {
-    throw CAppError("cannot read " + Quoted(path) + ": " + why);
+    std::string const named = header.empty() || header == path
+                                  ? Quoted(path)
+                                  : Quoted(header) + ", whose pixels are in " + Quoted(path);
+    throw CAppError("cannot read " + named + ": " + why);
   };
   if (::stat(path.c_str(), &status) != 0) return fail(SystemText(errno));
   if (S_ISDIR(status.st_mode)) return fail("it is a directory");

@@ -20,7 +20,9 @@ enum class EnFormat { Png, Tiff, Nrrd, Meta, Nifti, Dicom };
 [[nodiscard]] char const* FormatText(EnFormat format) noexcept;
 
 /// Bytes of a file; throws CAppError when it is missing, no regular file, empty or not readable.
-[[nodiscard]] std::uint64_t SizeOfReadable(std::filesystem::path const& path);
+/// The sentence names the header as well that the file belongs to, where that is another.
+[[nodiscard]] std::uint64_t SizeOfReadable(std::filesystem::path const& path,
+                                           std::filesystem::path const& header = {});
 /// Its first bytes, as many as there are up to this number.
 [[nodiscard]] std::string BeginningOf(std::filesystem::path const& path, std::size_t bytes);
 

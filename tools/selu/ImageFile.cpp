@@ -126,7 +126,8 @@ StClaim ClaimOf(fs::path const& path, EnFormat format) {
                                   5 + static_cast<double>(SizeOfReadable(path)) / c_slowest);
   auto numbers = answer ? ParseIntegers(*answer) : std::nullopt;
   if (!numbers || numbers->size() < 3)
-    RefuseRead(path, std::string("it is damaged or no ") + FormatText(format) + " image");
+    RefuseRead(path, std::string("it is damaged, no ") + FormatText(format) +
+                         " image, or of a kind that selu does not read");
   return {{numbers->begin() + 2, numbers->end()}, (*numbers)[1], (*numbers)[0]};
 }
 
@@ -262,6 +263,13 @@ bool HoldsTheSame(fs::path const& path, ORVA::CImage const& image) {
 }
 
 } // namespace
+
+void RefuseOverwriting(fs::path const& output, fs::path const& image) {
+  std::error_code error; // a file that is missing is no other
+  for (auto const& input : {image, PixelFile(image, FormatOfFile(image))})
+    if (fs::equivalent(output, input, error))
+      throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
+}
 
 void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {
   EnFormat const format = FormatForOutput(path);

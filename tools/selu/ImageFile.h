@@ -59,6 +59,8 @@ private:
 [[nodiscard]] StHeader ReadHeader(std::filesystem::path const& path);
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
 
+/// Refuses, with CAppError, an output that is the image or its file of pixels, under whatever name.
+void RefuseOverwriting(std::filesystem::path const& output, std::filesystem::path const& image);
 /// Refuses, with CAppError, what WriteImage could not write under this name: an unknown ending or a
 /// pixel type or dimension that the format does not hold.
 void CheckImageOutput(std::filesystem::path const& path, ORVA::IImage::CType type, int dimension);

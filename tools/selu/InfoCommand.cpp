@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "ImageFile.h"
+#include "Options.h"
 #include "Output.h"
 #include "Quantise.h"
 #include "Table.h"
@@ -30,9 +31,12 @@ double SurvivingShare(StLevels const& levels) {
 }
 
 // Numbers of any size go into JSON as they are written: as integers or doubles where these hold
-// them exactly, which every value of the pixel types does.
+// them exactly, which every value of the pixel types does. JSON has no infinite numbers: they
+// become the texts "inf" and "-inf".
 Json ValueJson(std::string const& text) {
-  return text.empty() ? Json() : Json::parse(text, nullptr, false);
+  if (text.empty()) return {};
+  Json value = Json::parse(text, nullptr, false);
+  return value.is_discarded() ? Json(text) : value;
 }
 
 std::string ToJson(StOptions const& options, CRawImage const& image, StLevels const& levels) {
@@ -56,7 +60,7 @@ std::string ToJson(StOptions const& options, CRawImage const& image, StLevels co
 
 std::string ToTable(StOptions const& options, CRawImage const& image, StLevels const& levels) {
   std::vector<std::pair<std::string, std::string>> rows = {
-      {"image", options.image},
+      {"image", Shown(options.image)},
       {"dimension", std::to_string(image.Size().Dim())},
       {"size", Joined(Extents(image.Size()), " x ")},
       {"pixel type", PixelText(image.Pixel())},
@@ -97,8 +101,10 @@ void AddInfoCommand(CLI::App& app) {
       app.add_subcommand("info", "What an image holds, and what its texture would see of it");
   command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
       ->required();
-  command->add_option("--range", options->range,
-                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
+  command
+      ->add_option("--range", options->range,
+                   "LO,HI: map these values linearly onto the grey levels 0 to 255")
+      ->check(NotEmpty);
   command->add_option("--format", options->format, "table or json")
       ->check(CLI::IsMember({"table", "json"}))
       ->capture_default_str();

@@ -6,10 +6,18 @@
 
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace selu {
+
+void OccupyClosedStreams() noexcept {
+  // Opening takes the lowest number that is free; the wrong way round, use still fails.
+  for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (::fcntl(stream, F_GETFD) < 0)
+      (void)::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 void PrintOut(std::string_view text) {
   if (int const error = WriteAll(STDOUT_FILENO, text); error != 0)

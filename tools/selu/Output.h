@@ -9,6 +9,9 @@
 
 namespace selu {
 
+/// Leads standard streams that are closed nowhere, so that no file or pipe takes their numbers;
+/// using them is an error as before. To be called before anything is opened.
+void OccupyClosedStreams() noexcept;
 /// Writes to standard output; throws CAppError when not all of it arrives.
 void PrintOut(std::string_view text);
 /// A line on standard error, begun with the program's name.

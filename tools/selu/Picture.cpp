@@ -4,8 +4,10 @@
 #include "Texts.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 
 #include <cairo-svg.h>
 #include <cairo.h>
@@ -53,6 +55,33 @@ Surface CellSurface(int columns, int rows, int scale, std::vector<Colour> const&
   }
   cairo_surface_mark_dirty(surface.get());
   return surface;
+}
+
+// Bytes of the UTF-8 character that a text begins with, or 0 where there is none that Cairo takes.
+std::size_t CharacterBytes(std::string_view text) {
+  auto const byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  std::size_t const bytes = byte(0) < 0x80 ? 1 : byte(0) < 0xe0 ? 2 : byte(0) < 0xf0 ? 3 : 4;
+  if (bytes > text.size() || (byte(0) >= 0x80 && byte(0) < 0xc0) || byte(0) >= 0xf8) return 0;
+  std::uint32_t code = bytes == 1 ? byte(0) : byte(0) & (0x7fu >> bytes);
+  for (std::size_t i = 1; i < bytes; ++i) {
+    if ((byte(i) & 0xc0) != 0x80) return 0;
+    code = code << 6 | (byte(i) & 0x3fu);
+  }
+  constexpr std::array<std::uint32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
+  bool const surrogate = code >= 0xd800 && code < 0xe000;
+  bool const none = (code >= 0xfdd0 && code < 0xfdf0) || (code & 0xfffe) == 0xfffe;
+  return code < least[bytes] || code > 0x10ffff || surrogate || none ? 0 : bytes;
+}
+
+// The characters of a text; bytes that are none become question marks.
+std::vector<std::string> Characters(std::string_view text) {
+  std::vector<std::string> characters;
+  while (!text.empty()) {
+    std::size_t const bytes = CharacterBytes(text);
+    characters.push_back(bytes > 0 ? std::string(text.substr(0, bytes)) : "?");
+    text.remove_prefix(std::max<std::size_t>(bytes, 1));
+  }
+  return characters;
 }
 
 } // namespace
@@ -111,13 +140,19 @@ void CPicture::Text(double x, double y, std::string const& text, StTextStyle con
   cairo_restore(context);
 }
 
-void CPicture::TextWithin(double x, double y, double width, std::string text,
+void CPicture::TextWithin(double x, double y, double width, std::string const& text,
                           StTextStyle const& style) {
-  std::size_t keep = text.size();
-  std::string shown = text;
-  while (keep > 4 && TextWidth(shown, style) > width) {
+  auto const characters = Characters(text);
+  auto const part = [&](std::size_t begin, std::size_t end) {
+    std::string joined;
+    for (std::size_t i = begin; i < end; ++i) joined += characters[i];
+    return joined;
+  };
+  std::size_t const count = characters.size();
+  std::string shown = part(0, count);
+  for (std::size_t keep = count; keep > 4 && TextWidth(shown, style) > width;) {
     --keep;
-    shown = text.substr(0, keep / 2) + "..." + text.substr(text.size() - (keep - keep / 2));
+    shown = part(0, keep / 2) + "..." + part(count - (keep - keep / 2), count);
   }
   Text(x, y, shown, style);
 }
@@ -213,8 +248,16 @@ std::vector<StTick> LinearTicks(double low, double high, int wanted) {
   double const step = factor * power;
   std::vector<StTick> ticks;
   for (double k = std::ceil(low / step); k * step <= high; ++k)
-    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step, 6)});
+    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step + 0.0, 6)}); // no -0
   return ticks;
+}
+
+std::optional<int> DigitsToTell(double low, double high) noexcept {
+  constexpr int least = 4, most = 7;
+  double const magnitude = std::floor(std::log10(std::max(std::abs(low), std::abs(high))));
+  for (int digits = least; high > low && digits <= most; ++digits)
+    if (high - low >= std::pow(10, magnitude - digits + 1)) return digits;
+  return std::nullopt;
 }
 
 double LogarithmicShare(double count, double high) noexcept {

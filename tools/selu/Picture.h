@@ -9,6 +9,7 @@
 #include "Colours.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,10 @@ struct StTick {
 /// Place of a count from 1 to high on that axis.
 [[nodiscard]] double LogarithmicShare(double count, double high) noexcept;
 
+/// Significant digits, 4 to 7, with which the least and the greatest value of a row read
+/// differently; nothing where they are closer together than that or equal.
+[[nodiscard]] std::optional<int> DigitsToTell(double low, double high) noexcept;
+
 /// Throws CAppError when Cairo fails.
 class CPicture {
 public:
@@ -53,8 +58,8 @@ public:
 
   /// (x, y) is the text's middle height, and its left end, centre or right end.
   void Text(double x, double y, std::string const& text, StTextStyle const& style = {});
-  /// Shortened in the middle to the width.
-  void TextWithin(double x, double y, double width, std::string text,
+  /// Shortened in the middle to the width; bytes that are no UTF-8 become question marks.
+  void TextWithin(double x, double y, double width, std::string const& text,
                   StTextStyle const& style = {});
   [[nodiscard]] double TextWidth(std::string const& text, StTextStyle const& style);
   void Line(double x0, double y0, double x1, double y1, Colour colour, double width = 1);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -28,7 +29,8 @@ struct StStore {
   fs::path file;
   std::uint64_t offset = 0; // where they begin in the file
   double ratio = 1;
-  std::uint64_t before = 0; // unpacked bytes before them
+  std::uint64_t before = 0;    // unpacked bytes before them
+  std::size_t bytesAPixel = 0; // where that may differ from the pixels in memory
 };
 // Deflate reaches 1032; bzip2 and the methods of TIFF and DICOM far more.
 constexpr double c_deflate = 1100, c_anyMethod = 65536;
@@ -69,11 +71,14 @@ std::optional<StField> FindField(std::string_view header, char separator,
   return std::nullopt;
 }
 
+[[noreturn]] void RefuseHeader(fs::path const& path, std::string const& why) {
+  throw CAppError("cannot read " + Quoted(path) + ": " + why);
+}
+
 // The file named by a header, relative to the header's folder.
 fs::path DataFile(fs::path const& header, std::string const& name) {
   if (Lower(name.substr(0, 4)) == "list" || name.find('%') != std::string::npos)
-    throw CAppError("cannot read " + Quoted(header) +
-                    ": its pixels are spread over several files, which selu does not read");
+    RefuseHeader(header, "its pixels are spread over several files, which selu does not read");
   return header.parent_path() / name;
 }
 
@@ -91,14 +96,31 @@ StStore NrrdStore(fs::path const& path) {
   return {path, blank == std::string::npos ? 0 : blank + skip, ratio};
 }
 
+// Bytes before the pixels; -1: as many as the pixels leave; 0: what the header says elsewhere.
+ORVA::int64 MetaHeaderSize(std::string_view header, fs::path const& path) {
+  auto const field = FindField(header, '=', {"headersize"});
+  if (!field) return 0;
+  auto const number = ParseIntegers(field->value);
+  if (!number || number->size() != 1 || number->front() < -1)
+    RefuseHeader(path, "its header size is no number of bytes");
+  return number->front();
+}
+
 StStore MetaStore(fs::path const& path) {
   std::string const header = BeginningOf(path, c_headerBytes);
   auto const packed = FindField(header, '=', {"compresseddata"});
   auto const data = FindField(header, '=', {"elementdatafile"});
   std::string const answer = packed ? Lower(packed->value) : "false";
   double const ratio = answer == "true" || answer == "1" ? c_deflate : 1;
-  if (!data || Lower(data->value) == "local") return {path, data ? data->end : 0, ratio};
-  return {DataFile(path, data->value), 0, ratio};
+  bool const local = !data || Lower(data->value) == "local";
+  StStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
+                   ratio};
+  auto const skipped = MetaHeaderSize(header, path);
+  if (skipped <= 0) return store; // plain pixels then end with the file, wherever they begin
+  if (static_cast<std::uint64_t>(skipped) < store.offset)
+    RefuseHeader(path, "its pixels begin inside its header");
+  store.offset = static_cast<std::uint64_t>(skipped);
+  return store;
 }
 
 // Of a pair .hdr and .img the second file, either of them perhaps gzipped.
@@ -128,13 +150,35 @@ private:
   std::unique_ptr<gzFile_s, int (*)(gzFile)> m_file;
 };
 
-// Where the pixels begin by the header of NIfTI-1 (or its forerunner) or NIfTI-2.
-std::uint64_t NiftiOffset(fs::path const& path) {
+// Bytes of NIfTI's types of numbers; readers go by these, not by the header's own count of bits.
+std::size_t NiftiTypeBytes(int type) {
+  constexpr std::array<std::pair<int, std::size_t>, 10> types = {{{2, 1},
+                                                                  {4, 2},
+                                                                  {8, 4},
+                                                                  {16, 4},
+                                                                  {64, 8},
+                                                                  {256, 1},
+                                                                  {512, 2},
+                                                                  {768, 4},
+                                                                  {1024, 8},
+                                                                  {1280, 8}}};
+  for (auto const& [known, bytes] : types)
+    if (known == type) return bytes;
+  return 0;
+}
+
+// Where the pixels begin and how many bytes each has on disk, before a slope makes it a
+// floating-point number: by the header of NIfTI-1 or its forerunner.
+struct StNiftiHeader {
+  std::uint64_t offset = 0;
+  std::size_t bytesAPixel = 0; // 0: unknown
+};
+
+StNiftiHeader ReadNiftiHeader(fs::path const& path) {
   std::array<char, 352> header{};
   CGzipFile file(path); // reads plain files as well
   auto const count = file.Read(header.data(), header.size());
-  if (!count || *count < 348)
-    throw CAppError("cannot read " + Quoted(path) + ": the file is damaged or cut off");
+  if (!count || *count < 348) RefuseHeader(path, "the file is damaged or cut off");
   auto const load = [&]<class T>(std::size_t place, T, bool swap) {
     std::array<char, sizeof(T)> bytes;
     std::memcpy(bytes.data(), header.data() + place, sizeof(T));
@@ -142,18 +186,23 @@ std::uint64_t NiftiOffset(fs::path const& path) {
     return std::bit_cast<T>(bytes);
   };
   bool const swapped = header[0] == 0;
-  bool const second = load(0, std::int32_t{}, swapped) == 540;
-  double const offset = second ? static_cast<double>(load(168, std::int64_t{}, swapped))
-                               : static_cast<double>(load(108, float{}, swapped));
-  // Readers take an offset inside the header for its end.
-  return offset >= 0 && offset < 1e15 ? static_cast<std::uint64_t>(offset) : 0;
+  if (load(0, std::int32_t{}, swapped) == 540)
+    RefuseHeader(path, "NIfTI-2 is not read, only NIfTI-1");
+  auto const offset = static_cast<double>(load(108, float{}, swapped));
+  bool const single = std::memcmp(header.data() + 344, "n+1", 4) == 0;
+  // Readers take pixels inside the header for such behind it.
+  if (!std::isfinite(offset) || (single && offset < 352))
+    RefuseHeader(path, "its pixels begin inside its header");
+  // In a file of their own they may be counted from its end, by a number below 0.
+  return {static_cast<std::uint64_t>(std::clamp(offset, 0.0, 1e18)),
+          NiftiTypeBytes(load(70, std::int16_t{}, swapped))};
 }
 
 StStore NiftiStore(fs::path const& path) {
   fs::path const data = NiftiDataFile(path);
   bool const gzipped = BeginningOf(data, 2) == "\x1f\x8b"sv;
-  auto const offset = NiftiOffset(path);
-  return gzipped ? StStore{data, 0, c_deflate, offset} : StStore{data, offset, 1, 0};
+  auto const [offset, bytes] = ReadNiftiHeader(path);
+  return gzipped ? StStore{data, 0, c_deflate, offset, bytes} : StStore{data, offset, 1, 0, bytes};
 }
 
 StStore StoreOf(fs::path const& path, EnFormat format) {
@@ -238,25 +287,30 @@ void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
 
 } // namespace
 
+fs::path PixelFile(fs::path const& path, EnFormat format) { return StoreOf(path, format).file; }
+
 void CheckPixelStore(fs::path const& path, EnFormat format) {
-  (void)SizeOfReadable(StoreOf(path, format).file);
+  (void)SizeOfReadable(StoreOf(path, format).file, path);
+  if (format == EnFormat::Tiff) CheckTiffPages(path);
 }
 
 void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> const& extents,
                 std::size_t bytesAPixel) {
-  double bytes = static_cast<double>(bytesAPixel);
-  for (auto const extent : extents) bytes *= static_cast<double>(extent);
+  double pixels = 1;
+  for (auto const extent : extents) pixels *= static_cast<double>(extent);
   StStore const store = StoreOf(path, format);
-  auto const size = SizeOfReadable(store.file);
+  std::size_t const stored = store.bytesAPixel > 0 ? store.bytesAPixel : bytesAPixel;
+  double const bytes = pixels * static_cast<double>(stored);
+  auto const size = SizeOfReadable(store.file, path);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
   if (bytes > room * store.ratio)
     throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
-                    Joined(extents, " x ") + " pixels of " + std::to_string(bytesAPixel * 8) +
-                    " bits, but the file has only " + BytesText(static_cast<double>(size)));
-  RefuseBeyondMemory(bytes, "the image " + Quoted(path));
+                    Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
+                    " bits, but " + (store.file == path ? "the file" : Quoted(store.file)) +
+                    " has only " + BytesText(static_cast<double>(size)));
+  RefuseBeyondMemory(pixels * static_cast<double>(bytesAPixel), "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
-  if (format == EnFormat::Tiff) CheckTiffPages(path);
-  if (format == EnFormat::Dicom) CheckDicomElements(path, bytes / static_cast<double>(bytesAPixel));
+  if (format == EnFormat::Dicom) CheckDicomElements(path, pixels);
 }
 
 } // namespace selu

@@ -71,12 +71,14 @@ std::string Joined(std::vector<ORVA::int64> const& numbers, std::string_view bet
   return text;
 }
 
-std::string Quoted(std::filesystem::path const& path) {
-  std::string text = "\"";
+std::string Shown(std::filesystem::path const& path) {
+  std::string text;
   for (char const c : path.native())
     text += static_cast<unsigned char>(c) < ' ' || c == 127 ? '?' : c;
-  return text + "\"";
+  return text;
 }
+
+std::string Quoted(std::filesystem::path const& path) { return '"' + Shown(path) + '"'; }
 
 std::string SystemText(int error) { return std::generic_category().message(error); }
 

@@ -32,6 +32,8 @@ namespace selu {
 /// "64 x 64 x 32".
 [[nodiscard]] std::string Joined(std::vector<ORVA::int64> const& numbers, std::string_view between);
 
+/// A path on one line: control characters replaced.
+[[nodiscard]] std::string Shown(std::filesystem::path const& path);
 /// A path for messages: in quotes, control characters replaced, so that it stays on one line.
 [[nodiscard]] std::string Quoted(std::filesystem::path const& path);
 /// What the system calls this error number.

@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "FileFormat.h"
 #include "Memory.h"
+#include "Options.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Texts.h"
@@ -125,6 +126,7 @@ CImage ReadGrey(std::string const& path, std::optional<StRange> const& range) {
 std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
   if (options.matrix.empty()) return std::nullopt;
   CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
+  RefuseOverwriting(options.matrix, options.image);
   return std::optional<CAtomicFile>(std::in_place, options.matrix);
 }
 
@@ -133,6 +135,7 @@ std::optional<CAtomicFile> OpenPicture(StOptions const& options) {
   std::string const ending = EndingOf(options.picture);
   if (ending != ".png" && ending != ".svg")
     throw CAppError("cannot write " + Quoted(options.picture) + ": a picture ends in .png or .svg");
+  RefuseOverwriting(options.picture, options.image);
   return std::optional<CAtomicFile>(std::in_place, options.picture);
 }
 
@@ -180,16 +183,22 @@ void AddTextureCommand(CLI::App& app) {
       ->expected(1);
   command->add_flag("--all-directions", options->all,
                     "the 13 directions to the neighbours, in 2D 4; taken when no other is given");
-  command->add_option("--range", options->range,
-                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
+  command
+      ->add_option("--range", options->range,
+                   "LO,HI: map these values linearly onto the grey levels 0 to 255")
+      ->check(NotEmpty);
   command->add_option("--format", options->format, "table, json or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}))
       ->capture_default_str();
-  command->add_option("--matrix", options->matrix,
-                      "write the counts as an image (.nrrd, .mha, .nii.gz): C[i][j] of direction s "
-                      "at x = s, y = i, z = j");
-  command->add_option("--picture", options->picture,
-                      "draw the matrices and the features (.png or .svg)");
+  command
+      ->add_option("--matrix", options->matrix,
+                   "write the counts as an image (.nrrd, .mha, .nii.gz): C[i][j] of direction s "
+                   "at x = s, y = i, z = j")
+      ->check(NotEmpty);
+  command
+      ->add_option("--picture", options->picture,
+                   "draw the matrices and the features (.png or .svg)")
+      ->check(NotEmpty);
   command->footer(
       "Grey levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
       "floating-point pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are "

@@ -119,7 +119,7 @@ void DrawHeading(CPicture& picture, StTexture const& texture, std::size_t shown,
     text += "; the first " + std::to_string(shown) + " of " +
             std::to_string(texture.directions.size()) + " directions";
   picture.TextWithin(c_margin, 38, width - 2 * c_margin,
-                     "Texture of " + std::filesystem::path(texture.image).filename().string(),
+                     "Texture of " + Shown(std::filesystem::path(texture.image).filename()),
                      {.size = 24, .bold = true});
   picture.Text(c_margin, 68, text, {.size = 14, .colour = c_faint});
 }
@@ -140,7 +140,8 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
                     LogarithmicTicks(matrices.Most()), "pairs");
 }
 
-// One row of the table: each cell's colour tells its place between the row's least and greatest.
+// One row of the table: each cell's colour tells its place between the row's least and greatest,
+// where these can be told apart in print.
 void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& layout,
                  std::size_t shown, std::size_t feature, StBox const& row) {
   picture.Text(row.x, row.y + row.height / 2, c_featureNames[feature], {});
@@ -149,14 +150,17 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
     low = std::min(low, texture.directions[s].features[feature]);
     high = std::max(high, texture.directions[s].features[feature]);
   }
+  auto const digits = DigitsToTell(low, high);
   for (std::size_t s = 0; s < shown; ++s) {
     double const value = texture.directions[s].features[feature];
     StBox const cell = {row.x + c_nameWidth + static_cast<double>(s) * layout.column, row.y,
                         layout.column, row.height};
-    double const share = high > low ? (value - low) / (high - low) : 0;
+    double const share = digits ? (value - low) / (high - low) : 0;
+    std::string const text = Rounded(value, digits.value_or(4));
+    StTextStyle style = {.size = 11, .align = EnAlign::Centre};
+    style.size *= std::min(1.0, (cell.width - 4) / picture.TextWidth(text, style));
     picture.Fill({cell.x + 1, cell.y + 1, cell.width - 2, cell.height - 2}, SoftRamp(share));
-    picture.Text(cell.x + cell.width / 2, cell.y + cell.height / 2, Rounded(value, 4),
-                 {.size = 11, .align = EnAlign::Centre});
+    picture.Text(cell.x + cell.width / 2, cell.y + cell.height / 2, text, style);
   }
 }
 

@@ -23,16 +23,46 @@ enum EnTag : Word {
   SubfileType = 254,
   Width = 256,
   Length = 257,
+  SampleBits = 258,
+  Photometric = 262,
   StripOffsets = 273,
+  Samples = 277,
   StripBytes = 279,
   TileOffsets = 324,
-  TileBytes = 325
+  TileBytes = 325,
+  SampleKind = 339
 };
 
+// Kinds of numbers that samples are.
+enum EnSample : Word { Unsigned = 1, Signed = 2, Floating = 3, Untyped = 4 };
+
+// What a page's directory says, with the values that count where it says nothing.
 struct StPage {
   Word next = 0, width = 0, length = 0;
+  Word bits = 1, samples = 1, kind = Unsigned, photometric = 0;
   bool preview = false;
+
+  [[nodiscard]] bool IsGrey() const noexcept { return samples == 1 && photometric <= 1; }
+  [[nodiscard]] bool HasPixelsOf(StPage const& other) const noexcept {
+    return bits == other.bits && samples == other.samples && kind == other.kind &&
+           photometric == other.photometric;
+  }
 };
+
+// ITK's reader hands out zeros for integers of 32 bits and takes those of 1 and 4 bits for colours.
+bool IsRead(StPage const& page) noexcept {
+  if (!page.IsGrey()) return true; // colours are refused as such
+  if (page.kind == Floating) return page.bits == 32;
+  return page.kind <= Untyped && (page.bits == 8 || page.bits == 16);
+}
+
+std::string KindText(StPage const& page) {
+  char const* const what = page.kind == Floating  ? " floating-point numbers"
+                           : page.kind <= Untyped ? " integers"
+                                                  : " numbers that are not real";
+  return "TIFF of " + std::to_string(page.bits) + "-bit" + what +
+         " is not read, only of 8 and 16-bit integers and 32-bit floating-point numbers";
+}
 
 // Numbers of a TIFF file in its byte order; each read is checked against the file's end.
 class CTiffFile {
@@ -61,7 +91,7 @@ public:
     return page;
   }
 
-  [[noreturn]] void Fail(char const* why = "the file is damaged or cut off") const {
+  [[noreturn]] void Fail(std::string const& why = "the file is damaged or cut off") const {
     throw CAppError("cannot read " + Quoted(m_path) + ": " + why);
   }
 
@@ -131,6 +161,18 @@ private:
     case Length:
       page.length = Value(entry);
       break;
+    case SampleBits:
+      page.bits = Value(entry);
+      break;
+    case Photometric:
+      page.photometric = Value(entry);
+      break;
+    case Samples:
+      page.samples = Value(entry);
+      break;
+    case SampleKind:
+      page.kind = Value(entry);
+      break;
     case StripOffsets:
     case TileOffsets:
       offsets = Values(entry);
@@ -164,8 +206,10 @@ void CheckTiffPages(std::filesystem::path const& path) {
     place = page.next;
     if (page.preview) continue;
     if (!first) first = page;
+    if (!IsRead(page)) file.Fail(KindText(page));
     if (page.width != first->width || page.length != first->length)
       file.Fail("its pages differ in size");
+    if (!page.HasPixelsOf(*first)) file.Fail("its pages differ in their pixel type");
   }
 }
 
