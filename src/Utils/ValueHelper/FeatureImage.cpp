@@ -1,0 +1,335 @@
+#include <SeluUtils/ValueHelper.h>
+
+#include "Utils/ValueHelper/NumericReading.h"
+
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/String.h>
+#include <pxlib2core/ValueVector.h>
+#include <pxlib2image/HeaderTools.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <new>
+#include <numeric>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_module[] = "src/Utils/ValueHelper";
+constexpr char c_function[] = "ORVA::ConvertObjectBasedFeaturesIntoFeatureImage";
+
+// Labels may have gaps. An image of more pixels than this must have at least one object in so many
+// columns; a maximum label beyond that is a mistake in the map.
+constexpr int64 c_unquestionedPixels = int64{1} << 26;
+constexpr int64 c_columnsPerObject = 1024;
+
+using EnType = CValue::EnType;
+
+struct StObject {
+  int64 label;
+  std::string const* key;
+  CValueMap const* map;
+};
+
+// One part of a key path, as a key of a map and, where it is a number, as an index into a vector.
+struct StPart {
+  CValue_Key key;
+  std::optional<int64> index;
+};
+
+struct StFeature {
+  std::string path;
+  std::vector<StPart> parts;
+  EnType type;
+};
+
+StPart MakePart(std::string text) {
+  int64 number = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  bool const isIndex = error == std::errc() && end == text.data() + text.size() &&
+                       std::to_string(number) == text; // no leading zeros
+  return {CValue_Key(std::move(text)), isIndex ? std::optional(number) : std::nullopt};
+}
+
+std::vector<StPart> Split(std::string const& path) {
+  std::vector<StPart> parts;
+  for (std::size_t begin = 0; begin < path.size();) {
+    std::size_t const slash = std::min(path.find('/', begin), path.size());
+    if (slash > begin) parts.push_back(MakePart(path.substr(begin, slash - begin)));
+    begin = slash + 1;
+  }
+  if (parts.empty()) parts.push_back(MakePart(path)); // the empty text is a key like any other
+  return parts;
+}
+
+CValue const* Descend(CValue const* value, std::span<StPart const> parts) {
+  for (auto part = parts.begin(); value != nullptr && part != parts.end(); ++part) {
+    if (value->Type() == EnType::Map)
+      value = value->Map().Find(part->key);
+    else if (value->Type() == EnType::Vector && part->index)
+      value = value->Vector().Find(*part->index);
+    else
+      return nullptr;
+  }
+  return value;
+}
+
+// Finds one feature after the other in an object's map. The features are in the order of the first
+// object's map, which as a rule is that of every other's: one pass goes along both.
+class CObjectReader {
+public:
+  explicit CObjectReader(CValueMap const& map) : m_map(map), m_next(map.begin()) {}
+
+  CValue const* Find(StFeature const& feature) {
+    CValue_Key const& key = feature.parts.front().key;
+    while (m_next != m_map.end() && m_next.Key() < key) ++m_next;
+    bool const isNext = m_next != m_map.end() && m_next.Key() == key;
+    CValue const* const top = isNext ? &m_next.Value() : m_map.Find(key);
+    return Descend(top, std::span(feature.parts).subspan(1));
+  }
+
+private:
+  CValueMap const& m_map;
+  CValueMap::const_iterator m_next;
+};
+
+// The column of a text feature: texts numbered as they come, then by their order.
+class CTextColumn {
+public:
+  explicit CTextColumn(int64 columns) : m_numbers(static_cast<std::size_t>(columns)) {}
+
+  void Set(int64 label, std::string const& text) {
+    auto const next = static_cast<std::uint32_t>(m_texts.size());
+    auto const [known, isNew] = m_known.try_emplace(text, next);
+    if (isNew) m_texts.push_back(text);
+    m_numbers[static_cast<std::size_t>(label)] = known->second;
+  }
+
+  // Writes the indices in sorted order and gives the distinct texts in that order.
+  CValueVector Write(float* row) const {
+    bool const hasEmpty = std::ranges::find(m_numbers, 0U) != m_numbers.end();
+    std::vector<std::uint32_t> order(m_texts.size() - (hasEmpty ? 0 : 1));
+    std::iota(order.begin(), order.end(), hasEmpty ? 0U : 1U);
+    std::ranges::sort(order, {}, [&](std::uint32_t number) { return m_texts[number]; });
+    std::vector<float> indices(m_texts.size());
+    CValueVector texts;
+    for (std::size_t k = 0; k < order.size(); ++k) {
+      indices[order[k]] = static_cast<float>(k);
+      texts.PushBack(CValueString(std::string(m_texts[order[k]])));
+    }
+    std::ranges::transform(m_numbers, row, [&](std::uint32_t n) { return indices[n]; });
+    return texts;
+  }
+
+private:
+  std::vector<std::uint32_t> m_numbers;         // by label, into m_texts
+  std::vector<std::string_view> m_texts = {""}; // views into the feature map
+  std::unordered_map<std::string_view, std::uint32_t> m_known = {{"", 0}};
+};
+
+// The label that the key of an object ends with; nothing where there is no number. One too large
+// for a label is the largest number.
+std::optional<int64> Label(std::string_view digits) {
+  bool const isNumber =
+      !digits.empty() && std::ranges::all_of(digits, [](char c) { return c >= '0' && c <= '9'; });
+  if (!isNumber) return std::nullopt;
+  int64 label = 0;
+  auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), label);
+  return error == std::errc() ? label : std::numeric_limits<int64>::max();
+}
+
+class CConversion {
+public:
+  CConversion(CValueMap const& features, std::string const& idKey, CImage& image)
+      : m_features(features), m_idKey(idKey), m_image(image) {}
+
+  void FindObjects() {
+    std::string const begin = m_idKey + ' ';
+    for (auto const& [key, value] : m_features)
+      if (value.Type() == EnType::Map && key.IsText() && key.Text().starts_with(begin))
+        m_objects.push_back({-1, &key.Text(), &value.Map()});
+    if (m_objects.empty()) Impl::Raise(Here(), "no objects found in object features value map!");
+  }
+
+  void ReadMaximumLabel() {
+    CValue const& entry = m_features.Entry("maximum label");
+    m_maximum = entry.Type() == EnType::Long ? entry.Long() : 0;
+    if (m_maximum == 0)
+      Impl::Raise(Here(), "no entry 'maximum label' found in object features value map!");
+    if (m_maximum < 0)
+      Impl::RaiseBadParam(Here(), CString("maximum label %1 is negative").Arg(m_maximum));
+  }
+
+  // An object is read under its label padded to the digits of the maximum, and under no other key.
+  void ReadLabels() {
+    std::size_t const digits = std::to_string(m_maximum).size();
+    for (StObject& object : m_objects) {
+      auto const number = std::string_view(*object.key).substr(m_idKey.size() + 1);
+      auto const label = Label(number);
+      if (!label) continue;
+      if (*label > m_maximum)
+        Impl::RaiseBadParam(
+            Here(),
+            CString("\"%1\" lies beyond the maximum label %2").Arg(*object.key).Arg(m_maximum));
+      if (number.size() == digits) object.label = *label;
+    }
+  }
+
+  void ListFeatures(std::vector<std::string> excluded) {
+    excluded.push_back(m_idKey);
+    std::vector<std::string> keys;
+    CValueMap const& sample = *m_objects.front().map;
+    CreateKeyListRecursivly(sample, "", keys, 2, excluded);
+    for (std::string& key : keys) {
+      auto parts = Split(key);
+      EnType const type = sample.Entry(key).Type();
+      m_list.push_back({std::move(key), std::move(parts), type});
+    }
+  }
+
+  void MakeImage() {
+    auto const rows = static_cast<int64>(m_list.size()) + 1;
+    auto const objects = static_cast<int64>(m_objects.size());
+    if (Columns() > c_unquestionedPixels / rows && Columns() / c_columnsPerObject > objects)
+      Impl::RaiseBadParam(Here(), CString("maximum label %1 is out of proportion to %2 objects")
+                                      .Arg(m_maximum)
+                                      .Arg(objects));
+    try {
+      m_image.Resize(CSize(Columns(), rows), CSize(0, 0, 0));
+    } catch (std::bad_alloc const&) {
+      CString message("no memory for a feature image of %1 labels and %2 features");
+      Impl::RaiseBadParam(Here(), message.Arg(Columns()).Arg(rows - 1));
+    }
+  }
+
+  void WritePixels() {
+    CImageAccess const access = m_image.CreateAccess(true);
+    m_pixels = reinterpret_cast<float*>(access.WritableBase());
+    for (int64 x = 0; x < Columns(); ++x) m_pixels[x] = static_cast<float>(x);
+    m_largest = static_cast<double>(m_maximum);
+    for (StFeature const& feature : m_list) m_texts.push_back(MakeColumn(feature));
+    for (StObject const& object : m_objects)
+      if (object.label >= 0) WriteObject(object);
+    for (std::size_t k = 0; k < m_list.size(); ++k)
+      if (m_texts[k]) WriteTexts(k);
+  }
+
+  void WriteAttributes(std::string const& featureName) {
+    CValueVector keys, types;
+    keys.PushBack(CValueString(m_idKey));
+    types.PushBack(CValueString("numeric"));
+    for (StFeature const& feature : m_list) {
+      keys.PushBack(CValueString(feature.path));
+      types.PushBack(CValueString(feature.type == EnType::String ? "label" : "numeric"));
+    }
+    CValueMap copy = m_features; // it may be one of the attributes
+    CValueMap& attributes = m_image.Attributes();
+    attributes.SetEntry("Image/ContentType", CValueString("FeatureImage"));
+    attributes.SetEntry("Image/featurename", CValueString(featureName));
+    attributes.SetEntry("Image/unique-id-key", CValueString(m_idKey));
+    attributes.SetEntry("Image/y-keys", std::move(keys));
+    attributes.SetEntry("Image/y-types", std::move(types));
+    attributes.SetEntry("Image/label-lookup", std::move(m_lookup));
+    CSeluHeaderTools::SetMetaInfo(m_image, CSeluHeaderTools::c_sMetaMinMax,
+                                  CValueVector(CValueDouble(0.0), CValueDouble(m_largest)));
+    attributes.SetEntry("Features/" + featureName, std::move(copy));
+  }
+
+private:
+  static Impl::StExLocation Here() { return ORVA_LOCATION(c_module, c_function); }
+
+  [[nodiscard]] int64 Columns() const { return m_maximum + 1; }
+  [[nodiscard]] float* Row(std::size_t feature) const {
+    return m_pixels + static_cast<int64>(feature + 1) * Columns();
+  }
+
+  // What collects the texts of a feature; nothing for a number.
+  std::optional<CTextColumn> MakeColumn(StFeature const& feature) const {
+    switch (feature.type) {
+    case EnType::String:
+      return CTextColumn(Columns());
+    case EnType::Bool:
+    case EnType::Double:
+    case EnType::Long:
+      return std::nullopt;
+    default:
+      CString message("Value type %1 not supported.");
+      throw CException("ConvertObjectBasedFeaturesIntoFeatureImage",
+                       message.Arg(m_objects.front().map->Entry(feature.path).TypeName()).c_str());
+    }
+  }
+
+  void WriteObject(StObject const& object) {
+    CObjectReader reader(*object.map);
+    for (std::size_t k = 0; k < m_list.size(); ++k) {
+      CValue const* const value = reader.Find(m_list[k]);
+      if (value == nullptr || !value->IsValid()) continue;
+      if (m_texts[k]) {
+        if (value->Type() != EnType::String) RaiseMixture(object, m_list[k], *value);
+        m_texts[k]->Set(object.label, value->String().Std());
+      } else {
+        if (value->GenericType() != CValue::EnGenericType::Number)
+          RaiseMixture(object, m_list[k], *value);
+        WriteNumber(Row(k)[object.label], Impl::NumericReading(*value));
+      }
+    }
+  }
+
+  void WriteNumber(float& pixel, double number) {
+    static_assert(std::numeric_limits<float>::is_iec559); // out of range becomes infinity
+    pixel = static_cast<float>(number);
+    if (pixel > m_largest) m_largest = pixel;
+  }
+
+  void WriteTexts(std::size_t feature) {
+    CValueVector texts = m_texts[feature]->Write(Row(feature));
+    m_largest = std::max(m_largest, static_cast<double>(texts.Size() - 1));
+    m_lookup.SetEntry(m_list[feature].path, std::move(texts));
+  }
+
+  [[noreturn]] static void RaiseMixture(StObject const& object, StFeature const& feature,
+                                        CValue const& value) {
+    CString message("\"%1/%2\" is a %3, unlike the same feature of the first object");
+    Impl::RaiseBadParam(Here(), message.Arg(*object.key).Arg(feature.path).Arg(value.TypeName()));
+  }
+
+  CValueMap const& m_features;
+  std::string const& m_idKey;
+  CImage& m_image;
+  std::vector<StObject> m_objects; // in the order of the map; label -1: not read
+  int64 m_maximum = 0;
+  std::vector<StFeature> m_list;
+  float* m_pixels = nullptr;
+  std::vector<std::optional<CTextColumn>> m_texts; // by feature
+  CValueMap m_lookup;
+  double m_largest = 0;
+};
+
+} // namespace
+
+void ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
+                                                CValueMap const& features, std::string const& idKey,
+                                                CImage& image,
+                                                std::vector<std::string> const& excluded) {
+  if (image.Type() != IMAGE_GREY_F)
+    Impl::Raise(ORVA_LOCATION(c_module, c_function),
+                "Feature image type must be ORVA::IMAGE_GREY_F.");
+  CConversion conversion(features, idKey, image);
+  conversion.FindObjects();
+  conversion.ReadMaximumLabel();
+  conversion.ReadLabels();
+  conversion.ListFeatures(excluded);
+  conversion.MakeImage();
+  conversion.WritePixels();
+  conversion.WriteAttributes(featureName);
+}
+
+} // namespace ORVA
