@@ -52,7 +52,7 @@ std::optional<std::string> PathOfNull(CValue const& value) {
 // for nothing, silently.
 void CheckObjects(CValueMap const& features, StOptions const& options) {
   CValue const& maximum = features.Entry("maximum label");
-  if (maximum.Type() != CValue::EnType::Long) return; // the conversion says so
+  if (maximum.Type() != CValue::EnType::Long || maximum.Long() < 1) return; // it says so itself
   std::size_t const digits = std::to_string(maximum.Long()).size();
   for (auto const& [key, value] : features) {
     std::string const name = key.ToString();
