@@ -60,8 +60,7 @@ int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app(
-      "Texture, masks and object features of 2D and 3D grey-value images");
+  CLI::App app("Texture, masks and object features of 2D and 3D grey-value images");
   AddCommands(app);
   try {
     app.parse(argc, argv);

@@ -154,11 +154,11 @@ public:
     return true;
   }
   bool end_object() override {
-    StOpen const closed = Close();
+    StOpen closed = Close();
     if (auto const number = SpecialNumber(closed)) return Add(ORVA::CValueDouble(*number));
-    return Add(CValue(closed.map));
+    return Add(std::move(closed.map));
   }
-  bool end_array() override { return Add(CValue(Close().vector)); }
+  bool end_array() override { return Add(std::move(Close().vector)); }
 
   bool parse_error(std::size_t position, string_t const&,
                    nlohmann::detail::exception const& error) override {
