@@ -246,6 +246,18 @@ TEST(ValueMap, EntriesBelowALeafAreRefused) {
   }
 }
 
+TEST(ValueMap, PathsHaveABoundedDepth) {
+  std::string path = "a";
+  for (int part = 1; part < 1000; ++part) path += "/a";
+  CValueMap map;
+  map.SetEntry(path, CValueLong(7));
+  EXPECT_EQ(CValueMap(map).Entry(path).Long(), 7);
+  test::ExpectError<CExBadParam>([&] { map.SetEntry(path + "/a", CValueLong(1)); },
+                                 "a path of 1001 parts is too deep: 1000 are allowed",
+                                 "ORVA::CValueMap::SetEntry");
+  EXPECT_EQ(map.Entry(path).Long(), 7);
+}
+
 TEST(ValueMap, NumberAndTextAreTwoKeys) {
   CValueMap map;
   map.SetEntry("7", CValueString("text"));

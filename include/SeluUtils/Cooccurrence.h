@@ -63,6 +63,22 @@ public:
     return dimension == 3 ? 13 : dimension == 2 ? 4 : dimension == 1 ? 1 : 0;
   }
 
+  /// The features' names, in the order of their computation.
+  static constexpr std::array<char const*, 13> m_cFeatureNames = {
+      "Contrast",
+      "Correlation",
+      "Difference Variance",
+      "Difference Entropy",
+      "Entropy",
+      "Inverse Difference Moment",
+      "Information Measure of Correlation 1",
+      "Information Measure of Correlation 2",
+      "Second Angular Moment",
+      "Sum Average",
+      "Sum Entropy",
+      "Sum Variance",
+      "Variance"};
+
   /// Allocates all arrays, about 1 MiB, once for the object's life.
   CCooccurrence(char const* name, IObject const* parent);
   CCooccurrence(CCooccurrence const& other);
@@ -77,10 +93,7 @@ public:
   /// IMAGE_GREY_8 or IMAGE_GREY_16.
   void ComputeMatrixAllDirections(IImage& out, IImage const& in);
   /// Counts the pairs of `in` and sets the 13 features into the map, each a CValueDouble under its
-  /// name: "Contrast", "Correlation", "Difference Variance", "Difference Entropy", "Entropy",
-  /// "Inverse Difference Moment", "Information Measure of Correlation 1", "Information Measure of
-  /// Correlation 2", "Second Angular Moment", "Sum Average", "Sum Entropy", "Sum Variance" and
-  /// "Variance". Other entries of the map stay.
+  /// name (m_cFeatureNames). Other entries of the map stay.
   ///
   /// Logarithms are natural; means and moments carry factors 1/256 and 1/511, and the correlation
   /// divides by one weighted and one unweighted deviation, so the values are this library's own and

@@ -6,8 +6,8 @@
 # What a bare Debian 12 needs to build the library, the application, and the tests.
 build_packages=(g++ cmake ninja-build pkg-config
   libinsighttoolkit5-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev fonts-dejavu-core)
-test_packages=(libgtest-dev)
-bench_packages=(libbenchmark-dev)
+test_packages=(libgtest-dev libboost-math-dev libeigen3-dev)
+bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 say() { printf '== %s\n' "$*"; }
@@ -34,19 +34,16 @@ install_packages() {
   fi
   say "Installing ${missing[*]}"
   local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
-  local log
-  log=$(mktemp "$root/build/apt.XXXXXX")
-  trap 'rm -f "$log"' RETURN
+  mkdir -p "$root/build"
+  local log=$root/build/apt.log
   # A failed update may still leave lists that are good enough; the installation tells.
-  "${apt[@]}" update >"$log" 2>&1 || true
+  "${apt[@]}" update >"$log" 2>&1 </dev/null || true
   for package in "${missing[@]}"; do
     apt-cache show "$package" >/dev/null 2>&1 ||
       fail "the package $package cannot be had from this machine's package sources"
   done
-  "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >"$log" 2>&1 </dev/null || {
-    tail -n 5 "$log" >&2
-    fail "the packages could not be installed: ${missing[*]}"
-  }
+  "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null ||
+    fail "the packages ${missing[*]} could not be installed (build/apt.log says why)"
 }
 
 # As many compilers at once as there are processors and memory for: 1.5 GiB each.

@@ -69,26 +69,21 @@ double NumberOfPairs(CSize const& size, CTriple<long> const& d) {
   return static_cast<double>(pairs);
 }
 
-struct StFeature {
-  char const* key;
-  double (*value)(Impl::StTextureArrays const&);
-};
-
-constexpr std::array<StFeature, 13> c_features = {{
-    {"Contrast", Impl::Contrast},
-    {"Correlation", Impl::Correlation},
-    {"Difference Variance", Impl::DifferenceVariance},
-    {"Difference Entropy", Impl::DifferenceEntropy},
-    {"Entropy", Impl::Entropy},
-    {"Inverse Difference Moment", Impl::InverseDifferenceMoment},
-    {"Information Measure of Correlation 1", Impl::InformationMeasureOfCorrelation1},
-    {"Information Measure of Correlation 2", Impl::InformationMeasureOfCorrelation2},
-    {"Second Angular Moment", Impl::SecondAngularMoment},
-    {"Sum Average", Impl::SumAverage},
-    {"Sum Entropy", Impl::SumEntropy},
-    {"Sum Variance", Impl::SumVariance},
-    {"Variance", Impl::Variance},
-}};
+// By the names of CCooccurrence::m_cFeatureNames.
+constexpr std::array<double (*)(Impl::StTextureArrays const&) noexcept, 13> c_features = {
+    Impl::Contrast,
+    Impl::Correlation,
+    Impl::DifferenceVariance,
+    Impl::DifferenceEntropy,
+    Impl::Entropy,
+    Impl::InverseDifferenceMoment,
+    Impl::InformationMeasureOfCorrelation1,
+    Impl::InformationMeasureOfCorrelation2,
+    Impl::SecondAngularMoment,
+    Impl::SumAverage,
+    Impl::SumEntropy,
+    Impl::SumVariance,
+    Impl::Variance};
 
 } // namespace
 
@@ -221,8 +216,8 @@ void CCooccurrence::PrepareArrays(double N) {
 }
 
 void CCooccurrence::ProcessMap(CValueMap* features) const {
-  for (auto const& feature : c_features)
-    features->SetEntry(feature.key, CValueDouble(feature.value(m_arrays->texture)));
+  for (std::size_t k = 0; k < c_features.size(); ++k)
+    features->SetEntry(m_cFeatureNames[k], CValueDouble(c_features[k](m_arrays->texture)));
 }
 
 } // namespace ORVA

@@ -13,3 +13,6 @@ step(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -G ${GENERATOR}
   -DCMAKE_PREFIX_PATH=${WORK}/installed)
 step(${CMAKE_COMMAND} --build ${WORK}/build)
 step(${WORK}/build/consumer)
+if(EXISTS ${WORK}/installed/bin/selu)
+  step(${WORK}/installed/bin/selu --version)
+endif()

@@ -11,10 +11,10 @@
 namespace test {
 
 /// Runs the operation and checks the exact exception type, its message and, where they are given,
-/// the module and the function of its location record.
+/// the function, the module and the line of its location record.
 template <class Error = ORVA::CException, class Operation>
 void ExpectError(Operation operation, std::string const& message, std::string const& function = "",
-                 std::string const& source = "") {
+                 std::string const& source = "", int line = 0) {
   try {
     operation();
   } catch (ORVA::CException const& error) {
@@ -25,6 +25,9 @@ void ExpectError(Operation operation, std::string const& message, std::string co
     }
     if (!source.empty()) {
       EXPECT_EQ(error.Location().source, source);
+    }
+    if (line != 0) {
+      EXPECT_EQ(error.Location().line, line);
     }
     EXPECT_EQ(error.Location().reserved, 0);
     return;

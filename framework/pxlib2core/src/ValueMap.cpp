@@ -14,6 +14,9 @@ namespace {
 
 constexpr char c_module[] = "framework/pxlib2core/ValueMap";
 
+// Deeper trees could not be copied and destroyed by recursion on every stack.
+constexpr std::size_t c_maxDepth = 1000;
+
 using Parts = std::vector<CValue_Key>;
 
 // A number key has no text and so is no path.
@@ -171,6 +174,10 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
   if (parts.empty())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
                         CString("path \"%1\" names no entry").Arg(key.ToString()));
+  if (parts.size() > c_maxDepth)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
+                        CString("a path of %1 parts is too deep: 1000 are allowed")
+                            .Arg(static_cast<int64>(parts.size())));
   // A key that is no path names its entry exactly: entries copied one by one all arrive.
   auto const top = IsPath(key) ? FindHere(parts.front()) : m_entries.find(parts.front());
   if (top == m_entries.end()) {

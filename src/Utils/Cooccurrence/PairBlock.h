@@ -11,9 +11,8 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__) || defined(_M_X64)
+#ifdef __SSE2__
 #include <emmintrin.h>
-#define SELU_PAIR_BLOCK_SSE2 1
 #endif
 
 namespace ORVA::Impl {
@@ -91,7 +90,7 @@ private:
   }
 };
 
-#ifdef SELU_PAIR_BLOCK_SSE2
+#ifdef __SSE2__
 
 struct StPairBlockSse2 {
   __m128i low;  // indices of pairs 0 .. 7, 16 bits each

@@ -206,7 +206,7 @@ BoxCounter BoxCounterOf(int bytesPerVoxel) noexcept {
 
 // The one place that chooses between the implementations.
 BoxCounter ChooseBoxCounter(StGreyBlock const& block, EPairPath path) noexcept {
-#ifdef SELU_PAIR_BLOCK_SSE2
+#ifdef __SSE2__
   bool const withoutGaps = block.stride[0] == block.bytesPerVoxel;
   if (path == EPairPath::Fastest && withoutGaps)
     return BoxCounterOf<StPairBlockSse2>(block.bytesPerVoxel);

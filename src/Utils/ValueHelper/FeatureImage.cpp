@@ -43,11 +43,15 @@ struct StObject {
 struct StPart {
   CValue_Key key;
   std::optional<int64> index;
+
+  friend bool operator==(StPart const&, StPart const&) = default;
 };
 
 struct StFeature {
   std::string path;
-  std::vector<StPart> parts;
+  std::vector<StPart> parents;
+  StPart last;
+  bool isBesidePrevious; // same parents as the feature before
   EnType type;
 };
 
@@ -83,21 +87,44 @@ CValue const* Descend(CValue const* value, std::span<StPart const> parts) {
 }
 
 // Finds one feature after the other in an object's map. The features are in the order of the first
-// object's map, which as a rule is that of every other's: one pass goes along both.
+// object's maps, which as a rule is that of every other's: each container is looked up once and
+// gone along entry by entry.
 class CObjectReader {
 public:
-  explicit CObjectReader(CValueMap const& map) : m_map(map), m_next(map.begin()) {}
+  explicit CObjectReader(CValueMap const& object) : m_object(object) {}
 
   CValue const* Find(StFeature const& feature) {
-    CValue_Key const& key = feature.parts.front().key;
-    while (m_next != m_map.end() && m_next.Key() < key) ++m_next;
-    bool const isNext = m_next != m_map.end() && m_next.Key() == key;
-    CValue const* const top = isNext ? &m_next.Value() : m_map.Find(key);
-    return Descend(top, std::span(feature.parts).subspan(1));
+    if (!feature.isBesidePrevious) Enter(feature.parents);
+    if (m_vector != nullptr)
+      return feature.last.index ? m_vector->Find(*feature.last.index) : nullptr;
+    return m_map != nullptr ? FindInMap(feature.last.key) : nullptr;
   }
 
 private:
-  CValueMap const& m_map;
+  void Enter(std::span<StPart const> parents) {
+    m_map = parents.empty() ? &m_object : nullptr;
+    m_vector = nullptr;
+    if (!parents.empty()) {
+      CValue const* const parent = Descend(m_object.Find(parents.front().key), parents.subspan(1));
+      if (parent != nullptr && parent->Type() == EnType::Map) m_map = &parent->Map();
+      if (parent != nullptr && parent->Type() == EnType::Vector) m_vector = &parent->Vector();
+    }
+    if (m_map != nullptr) m_next = m_map->begin();
+  }
+
+  CValue const* FindInMap(CValue_Key const& key) {
+    constexpr int c_lookAhead = 3; // entries that the first object does not have
+    for (int step = 0; step < c_lookAhead && m_next != m_map->end(); ++step, ++m_next) {
+      auto const order = m_next.Key() <=> key;
+      if (order == 0) return &(m_next++).Value();
+      if (order > 0) break;
+    }
+    return m_map->Find(key);
+  }
+
+  CValueMap const& m_object;
+  CValueMap const* m_map = nullptr; // the container of the current features
+  CValueVector const* m_vector = nullptr;
   CValueMap::const_iterator m_next;
 };
 
@@ -188,10 +215,13 @@ public:
     std::vector<std::string> keys;
     CValueMap const& sample = *m_objects.front().map;
     CreateKeyListRecursivly(sample, "", keys, 2, excluded);
-    for (std::string& key : keys) {
-      auto parts = Split(key);
-      EnType const type = sample.Entry(key).Type();
-      m_list.push_back({std::move(key), std::move(parts), type});
+    for (std::string const& key : keys) {
+      auto parents = Split(key);
+      StPart last = std::move(parents.back());
+      parents.pop_back();
+      bool const isBesidePrevious = !m_list.empty() && m_list.back().parents == parents;
+      m_list.push_back(
+          {key, std::move(parents), std::move(last), isBesidePrevious, sample.Entry(key).Type()});
     }
   }
 

@@ -1,0 +1,310 @@
+// Walks all voxels of a box: in raster order, along one of the 26 unit directions, or along
+// parallel lines of any direction that wrap around at the image border.
+//
+//   CWindowVisitor window(low, high);
+//   window.SetImageSize(image.Size());
+//   while (window.MorePoints()) Visit(window.NextPoint());
+//   CParallelLineVisitor lines(CTriple<double>(0.8, -0.5, 0.3));
+//   lines.SetImageSize(image.Size());
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/MovingPoint.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+namespace ORVA {
+
+namespace Impl {
+/// Throws CException "Point outside Window in CWindowVisitor".
+[[noreturn]] SELUUTILS_EXPORT void RaisePointOutsideWindow();
+/// Throws CException "No more Points".
+[[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePoints();
+
+/// Clips the range from low to high to 0 .. extent - 1, which leaves low > high where they are
+/// apart.
+constexpr void Clip(int64& low, int64& high, int64 extent) noexcept {
+  int64 const last = extent == std::numeric_limits<int64>::min() ? extent : extent - 1;
+  low = std::max<int64>(low, 0);
+  high = std::min(high, last);
+}
+constexpr void Clip(CTriple<int64>& low, CTriple<int64>& high,
+                    CTriple<int64> const& extents) noexcept {
+  Clip(low.x, high.x, extents.x);
+  Clip(low.y, high.y, extents.y);
+  Clip(low.z, high.z, extents.z);
+}
+
+/// Whether a box from low to high, both included, has a point.
+constexpr bool HasPoints(CTriple<int64> const& low, CTriple<int64> const& high) noexcept {
+  return low.x <= high.x && low.y <= high.y && low.z <= high.z;
+}
+
+/// Sum modulo 2^64.
+constexpr int64 WrappedSum(int64 a, int64 b) noexcept {
+  return static_cast<int64>(static_cast<uint64>(a) + static_cast<uint64>(b));
+}
+constexpr CTriple<int64> WrappedSum(CTriple<int64> const& a, CTriple<int64> const& b) noexcept {
+  return {WrappedSum(a.x, b.x), WrappedSum(a.y, b.y), WrappedSum(a.z, b.z)};
+}
+} // namespace Impl
+
+/// Every voxel of the box from low to high, both included, in raster order: x fastest, then y, then
+/// z. O(1) a point, no memory. A box with a low above its high has no points.
+///
+/// All of a walk is inline, so that a window that lives in one function walks in registers.
+class CWindowVisitor {
+public:
+  /// The one-voxel box at the origin, already walked.
+  constexpr CWindowVisitor() noexcept = default;
+  constexpr CWindowVisitor(CTriple<int64> low, CTriple<int64> high) noexcept
+      : m_low(low), m_high(high) {
+    Start();
+  }
+
+  /// Clips the box to an image of these extents and starts anew.
+  constexpr void SetImageSize(CTriple<int64> extents) noexcept {
+    Impl::Clip(m_low, m_high, extents);
+    Start();
+  }
+  void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+
+  [[nodiscard]] bool MorePoints() const noexcept {
+    return m_current.x != m_end.x; // which lies past every x of the box
+  }
+  /// CException after the last point.
+  CTriple<int64> NextPoint() {
+    if (!MorePoints()) [[unlikely]]
+      Impl::RaisePointOutsideWindow();
+    CTriple<int64> const point = m_current.Get();
+    if (m_current.x < m_high.x) [[likely]] {
+      ++m_current.x;
+    } else {
+      NextRow();
+    }
+    return point;
+  }
+  /// The product of the three extents high - low + 1, modulo 2^64. It is taken from the corners as
+  /// they stand, so a box without points may have an extent below zero and a product other than 0.
+  [[nodiscard]] uint64 Steps() const noexcept {
+    auto const extent = [](int64 low, int64 high) {
+      return static_cast<uint64>(high) - static_cast<uint64>(low) + 1;
+    };
+    return extent(m_low.x, m_high.x) * extent(m_low.y, m_high.y) * extent(m_low.z, m_high.z);
+  }
+  /// Whether Steps() is 0.
+  [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
+
+  [[nodiscard]] CTriple<int64> Low() const noexcept { return m_low; }
+  [[nodiscard]] CTriple<int64> High() const noexcept { return m_high; }
+
+private:
+  void NextRow() noexcept {
+    if (m_current.y < m_high.y) {
+      m_current.x = m_low.x;
+      ++m_current.y;
+    } else if (m_current.z >= m_high.z) {
+      m_current = Impl::StMovingPoint(m_end);
+    } else {
+      m_current.x = m_low.x;
+      m_current.y = m_low.y;
+      ++m_current.z;
+    }
+  }
+  constexpr void Start() noexcept {
+    m_end = Impl::WrappedSum(m_high, {1, 1, 1});
+    m_current = Impl::StMovingPoint(Impl::HasPoints(m_low, m_high) ? m_low : m_end);
+  }
+
+  CTriple<int64> m_low, m_high;
+  CTriple<int64> m_end; // one past the high corner
+  Impl::StMovingPoint m_current;
+};
+
+/// Covers a box with straight lines along a unit direction: a line starts at every voxel of the
+/// faces through which the direction enters the box, and ends where it leaves the box. Every voxel
+/// is handed out once. O(1) a point, no memory beyond six faces.
+///
+/// Two things surprise. The constructor does not prepare the walk, SetImageSize or SetDirection
+/// does; until then it hands out a line from the origin. And where the first face has a single
+/// voxel and the direction more than one component, the walk ends after that voxel's line.
+class SELUUTILS_EXPORT CDirectionalVisitor {
+public:
+  /// The box from low to high, both included; CException for a direction with a component other
+  /// than -1, 0 and 1.
+  CDirectionalVisitor(CTriple<int64> low, CTriple<int64> high, CTriple<int64> direction);
+
+  /// Starts anew in another direction. The null direction has no faces: std::out_of_range.
+  void SetDirection(CTriple<int64> direction);
+  /// Clips the box to an image of these extents and starts anew; std::out_of_range for the null
+  /// direction.
+  void SetImageSize(CTriple<int64> extents);
+  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+
+  [[nodiscard]] bool MorePoints() const noexcept { return m_current.Get() != m_end; }
+  /// The next point; meaningless where MorePoints is false.
+  CTriple<int64> NextPoint() {
+    CTriple<int64> const point = m_current.Get();
+    CTriple<int64> const next = Impl::WrappedSum(point, m_direction); // an image's box never wraps
+    m_current = Impl::StMovingPoint(next);
+    if (!IsInBox(next)) [[unlikely]]
+      NextLine();
+    return point;
+  }
+  /// As for CWindowVisitor.
+  [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_low, m_high).Steps(); }
+  [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
+
+private:
+  bool CheckDir_And_DefineFaces(CTriple<int64> direction) noexcept;
+  void FillBorderContours();
+  void Initialize();
+  CTriple<int64> NextBorderPoint();
+  [[nodiscard]] bool MoreBorderPoints() const noexcept { return m_face.MorePoints(); }
+  void TakeFace();
+  void NextLine();
+
+  [[nodiscard]] bool IsInBox(CTriple<int64> const& p) const noexcept {
+    return m_low.x <= p.x && p.x <= m_high.x && m_low.y <= p.y && p.y <= m_high.y &&
+           m_low.z <= p.z && p.z <= m_high.z;
+  }
+
+  CTriple<int64> m_low, m_high;
+  CTriple<int64> m_end; // one past the high corner that the constructor was given
+  CTriple<int64> m_direction;
+  Impl::StMovingPoint m_current;
+  CWindowVisitor m_face;               // walks the entry face whose lines come next
+  std::vector<CTriple<int64>> m_faces; // the remaining faces, low and high in turn
+  std::array<bool, 3> m_plus{}, m_minus{};
+};
+
+/// Covers the whole image with parallel digital lines of a real direction, periodically: a line
+/// that leaves the image on one side goes on at the opposite one. All lines run along the main
+/// axis, that of the direction's largest component, and have its extent of points.
+///
+/// As it was built for, it serves directions whose two other components are not negative: these
+/// visit every voxel once, others end early. With main axis z the points are handed out with their
+/// axes rotated, x holding the image's y, y its z and z its x. CParallelLineVisitor has neither
+/// limit.
+///
+/// O(1) a point. Setting the image or the direction takes O(|direction| * image diagonal) time and
+/// memory (std::bad_alloc where that is too much).
+class SELUUTILS_EXPORT CDeltaVisitor {
+public:
+  /// No points before SetImageSize.
+  explicit CDeltaVisitor(CTriple<double> direction) : m_direction(direction) {}
+
+  /// Starts anew in an image of these extents, none where one is 0 or negative. A y extent of 0
+  /// sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a component
+  /// that is not finite, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
+  /// component| * diagonal) + 1 is less than the extent along the main axis: a direction shorter
+  /// than 1, or an oblique one in an elongated image. The walk has no points then.
+  void SetImageSize(CTriple<int64> extents);
+  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+  /// Starts anew in another direction; errors as above.
+  void SetDirection(CTriple<double> direction);
+
+  [[nodiscard]] bool MorePoints() const noexcept {
+    return m_index != static_cast<uint64>(m_length);
+  }
+  /// CException "No more Points" after the last one.
+  CTriple<int64> NextPoint() {
+    if (m_index >= m_line.size()) [[unlikely]]
+      Impl::RaiseNoMorePoints();
+    m_previous = m_index;
+    m_isBorder = m_nextIsBorder;
+    CTriple<int64> const point = Convert(m_line[m_index] + m_offset);
+    ++m_index;
+    m_nextIsBorder = false;
+    if (m_index == static_cast<uint64>(m_length)) [[unlikely]]
+      NextLine();
+    if (MorePoints()) WrapNextPoint();
+    return point;
+  }
+  /// Whether the point last handed out began a line or followed a wrap across the border.
+  [[nodiscard]] bool BorderPoint() const noexcept { return m_isBorder; }
+  /// The product of the three extents, modulo 2^64.
+  [[nodiscard]] uint64 Steps() const noexcept;
+  [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
+
+private:
+  void Initialize();
+  [[nodiscard]] int64 MainAxis() const;
+  void BuildLine();
+  void NextLine() noexcept;
+
+  [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {
+    if (m_axis == 1) return {p.y, p.x, p.z};
+    if (m_axis == 2) return {p.z, p.x, p.y};
+    return p;
+  }
+  void WrapNextPoint() noexcept {
+    CTriple<int64> const& next = m_line[m_index];
+    Wrap(m_offset.y, next.y, m_extent2);
+    Wrap(m_offset.z, next.z, m_extent3);
+  }
+  void Wrap(int64& offset, int64 component, int64 extent) noexcept {
+    int64 const position = component + offset;
+    if (position >= 0 && position < extent) [[likely]]
+      return;
+    offset += position < 0 ? extent : -extent;
+    m_nextIsBorder = true;
+  }
+
+  CTriple<double> m_direction;
+  CTriple<int64> m_start, m_offset; // of the first and of the current line, in line axes
+  uint64 m_previous = 0, m_index = 0;
+  int64 m_axis = 0; // main axis: 0 x, 1 y, 2 z
+  bool m_isBorder = true, m_nextIsBorder = true;
+  std::vector<CTriple<int64>> m_line; // points of one line relative to its start, in line axes
+  CTriple<int64> m_imageSize;
+  int64 m_length = 0, m_extent2 = 0, m_extent3 = 0; // in line axes
+};
+
+/// Covers the whole image with parallel digital lines like CDeltaVisitor, and always: every voxel
+/// once, for every direction other than (0, 0, 0) and every image, each line running the way that
+/// the direction points. Only the direction counts, not its length.
+///
+/// O(1) a point; setting the image or the direction takes O(image diagonal) time and memory.
+class SELUUTILS_EXPORT CParallelLineVisitor {
+public:
+  /// No points before SetImageSize. CExBadParam for the null direction and for a component that is
+  /// not finite.
+  explicit CParallelLineVisitor(CTriple<double> direction);
+
+  /// Starts anew in an image of these extents; no points where one is 0 or negative.
+  void SetImageSize(CTriple<int64> extents);
+  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+  /// Starts anew in another direction; errors as for the constructor.
+  void SetDirection(CTriple<double> direction);
+
+  [[nodiscard]] bool MorePoints() const noexcept { return m_lines.MorePoints(); }
+  /// CException "No more Points" after the last one.
+  CTriple<int64> NextPoint() {
+    CTriple<int64> const p = m_origin + m_lines.NextPoint() * m_signs;
+    if (m_axis == 1) return {p.y, p.x, p.z};
+    if (m_axis == 2) return {p.y, p.z, p.x};
+    return p;
+  }
+  /// Whether the point last handed out began a line or followed a wrap across the border.
+  [[nodiscard]] bool BorderPoint() const noexcept { return m_lines.BorderPoint(); }
+  /// Number of points: the product of the three extents, modulo 2^64.
+  [[nodiscard]] uint64 Steps() const noexcept { return m_lines.Steps(); }
+  [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
+
+private:
+  // The walk itself: in line axes, and mirrored so that no component of the direction is negative.
+  CDeltaVisitor m_lines{CTriple<double>(1, 0, 0)};
+  int64 m_axis = 0;
+  CTriple<int64> m_signs{1, 1, 1}; // of the direction, in line axes
+  CTriple<int64> m_origin;         // where the first line starts, in line axes
+  CTriple<int64> m_imageSize;
+};
+
+} // namespace ORVA

@@ -1,0 +1,41 @@
+// Rotations whose directions gather around an axis or in the plane across it.
+//
+//   CGirdleRotation flat(5.0);                           // near the plane z = 0
+//   CGirdleRotation along(0.2, CPolarCoordinates(1.0, 0.5));   // near that axis, both ways
+//   CEulerRotation const r = flat();
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/PolarCoordinates.h>
+#include <SeluUtils/Random/AxisFrame.h>
+#include <SeluUtils/Random/RandomUniform.h>
+#include <SeluUtils/Random/RotationGenerator.h>
+
+namespace ORVA {
+
+/// The directions of a uniform sphere stretched across the axis by beta: 1 is isotropic, below 1
+/// they gather near the axis, above 1 near the plane across it. The cosine t of the angle to the
+/// axis has density beta / (2 (1 + (beta^2 - 1) t^2)^(3/2)) on [-1, 1]. A beta whose square
+/// overflows ends in the rotation's error.
+class SELUUTILS_EXPORT CGirdleRotation : public IRotationGenerator {
+public:
+  static constexpr CPolarCoordinates zaxis{0.0, 0.0};
+
+  /// Throws CException unless beta is finite and a normal positive number.
+  explicit CGirdleRotation(double beta);
+  CGirdleRotation(double beta, CPolarCoordinates const& axis);
+
+  CEulerRotation operator()() override;
+  /// Whether beta is finite and a normal positive number.
+  [[nodiscard]] bool IsValid() const override;
+  [[nodiscard]] IRotationGenerator* Clone() const override;
+
+private:
+  void Check(int line) const;
+
+  double m_beta;
+  CRandomUniform m_uniform;
+  Impl::CAxisFrame m_frame;
+};
+
+} // namespace ORVA

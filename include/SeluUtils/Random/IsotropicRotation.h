@@ -1,0 +1,25 @@
+// Rotations without any preferred direction.
+//
+//   CIsotropicRotation any;
+//   CEulerRotation const r = any();
+//   CTriple<double> const d = r.getDirectionVector();   // uniform on the sphere
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomUniform.h>
+#include <SeluUtils/Random/RotationGenerator.h>
+
+namespace ORVA {
+
+/// All rotations alike: cos(theta) uniform, both other Euler angles uniform.
+class SELUUTILS_EXPORT CIsotropicRotation : public IRotationGenerator {
+public:
+  CEulerRotation operator()() override;
+  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+  [[nodiscard]] IRotationGenerator* Clone() const override;
+
+private:
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

@@ -1,0 +1,33 @@
+// Polar angles of plane directions after the plane has been pressed along one axis.
+//
+//   CPressedDirections const angle(0.5, 1.0);
+//   double const radians = angle();           // in [0, pi]
+//   CPressedDirections const same = angle;
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomUniform.h>
+
+namespace ORVA {
+
+/// The angle, in [0, pi], between the x axis and (f cos t, sin t) with t uniform on [-pi, pi).
+class SELUUTILS_EXPORT CPressedDirections {
+public:
+  /// The pressing factor f; the second factor is kept but takes no part.
+  CPressedDirections(double pressingFactor, double secondFactor)
+      : m_pressingFactor(pressingFactor), m_secondFactor(secondFactor) {}
+
+  /// Draws again while the angle is not defined, which for f = 0 happens once in 2^32 draws or so.
+  /// A factor that is not finite gives NaN.
+  double operator()() const;
+
+  [[nodiscard]] double PressingFactor() const { return m_pressingFactor; }
+  [[nodiscard]] double SecondFactor() const { return m_secondFactor; }
+
+private:
+  double m_pressingFactor;
+  double m_secondFactor;
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

@@ -1,0 +1,26 @@
+// Random numbers on [0, 1) with density 2x.
+//
+//   CRandomChordlength const chord;
+//   double const value = chord();
+//   double const length = diameter * value;
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomGenerator.h>
+#include <SeluUtils/Random/RandomUniform.h>
+
+#include <cmath>
+
+namespace ORVA {
+
+/// sqrt(U): the chord that a random line cuts from a ball of diameter 1.
+class SELUUTILS_EXPORT CRandomChordlength : public IRandomGenerator<double> {
+public:
+  double operator()() const override { return std::sqrt(m_uniform()); }
+  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+
+private:
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

@@ -1,0 +1,29 @@
+// Random numbers on (0, 1] with density x / sqrt(1 - x^2).
+//
+//   CRandomCircleDiameter const circle;
+//   double const value = circle();
+//   double const diameter = ballDiameter * value;
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomGenerator.h>
+#include <SeluUtils/Random/RandomUniform.h>
+
+#include <cmath>
+
+namespace ORVA {
+
+/// sqrt(1 - U^2): the diameter of the circle that a random plane cuts from a ball of diameter 1.
+class SELUUTILS_EXPORT CRandomCircleDiameter : public IRandomGenerator<double> {
+public:
+  double operator()() const override {
+    double const u = m_uniform();
+    return std::sqrt(1 - u * u);
+  }
+  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+
+private:
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

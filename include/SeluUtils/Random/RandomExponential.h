@@ -1,0 +1,33 @@
+// Exponentially distributed numbers.
+//
+//   CRandomExponential const wait(0.5);       // rate; the mean is 2
+//   double const value = wait();
+//   bool const sensible = wait.IsValid();
+//   CRandomExponential const standard;        // rate 1
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomGenerator.h>
+#include <SeluUtils/Random/RandomUniform.h>
+
+#include <cmath>
+
+namespace ORVA {
+
+/// ln(U) * (-1 / rate): the inverse of the distribution function. Infinite once in 2^32 draws.
+class SELUUTILS_EXPORT CRandomExponential : public IRandomGenerator<double> {
+public:
+  CRandomExponential() = default; ///< rate 1
+  explicit CRandomExponential(double lambda) : m_lambda(lambda) {}
+
+  double operator()() const final { return std::log(m_uniform()) * (-1 / m_lambda); }
+
+  /// Whether the rate is finite and above the smallest normal number.
+  [[nodiscard]] bool IsValid() const override;
+
+private:
+  double m_lambda = 1;
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

@@ -1,0 +1,48 @@
+// Normally distributed numbers.
+//
+//   CRandomNormal const noise(0.0, 2.5);      // mean, standard deviation
+//   double const value = noise();
+//   double const other = noise(10.0, 1.0);    // parameters of this draw alone
+//   bool const sensible = noise.IsValid();
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomGenerator.h>
+#include <SeluUtils/Random/RandomUniform.h>
+
+namespace ORVA {
+
+/// The polar angle and radius method, two values from two uniform draws: the second waits in the
+/// object for the next call, whichever form it takes. Once in 2^32 pairs the radius is infinite.
+///
+/// G. E. P. Box and M. E. Muller, "A Note on the Generation of Random Normal Deviates", Annals of
+/// Mathematical Statistics 29 (1958) 610-611.
+class SELUUTILS_EXPORT CRandomNormal : public IRandomGenerator<double> {
+public:
+  CRandomNormal() = default; ///< mean 0, standard deviation 1
+  CRandomNormal(double mean, double sigma) : m_sigma(sigma), m_mean(mean) {}
+
+  double operator()() const final { return Standard() * m_sigma + m_mean; }
+  double operator()(double mean, double sigma) const { return Standard() * sigma + mean; }
+
+  /// Whether both are finite and the standard deviation is a normal positive number.
+  [[nodiscard]] bool IsValid() const override;
+
+private:
+  [[nodiscard]] double Standard() const {
+    if (!m_isCached) return NewPair();
+    double const z = m_cached;
+    m_isCached = false;
+    m_cached = 0;
+    return z;
+  }
+  [[nodiscard]] double NewPair() const;
+
+  double m_sigma = 1;
+  double m_mean = 0;
+  mutable double m_cached = 0;
+  mutable bool m_isCached = false;
+  CRandomUniform m_uniform;
+};
+
+} // namespace ORVA

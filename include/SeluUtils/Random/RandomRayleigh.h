@@ -1,0 +1,33 @@
+// Rayleigh-distributed numbers: lengths of plane vectors with normal components.
+//
+//   CRandomRayleigh const length(1.5);        // scale
+//   double const value = length();
+//   bool const sensible = length.IsValid();
+//   CRandomRayleigh const standard;           // scale 1
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Random/RandomExponential.h>
+#include <SeluUtils/Random/RandomGenerator.h>
+
+#include <cmath>
+
+namespace ORVA {
+
+/// scale * sqrt(2 E) with a standard exponential E. Infinite once in 2^32 draws.
+class SELUUTILS_EXPORT CRandomRayleigh : public IRandomGenerator<double> {
+public:
+  CRandomRayleigh() = default; ///< scale 1
+  explicit CRandomRayleigh(double sigma) : m_sigma(sigma) {}
+
+  double operator()() const override { return std::sqrt(2 * m_exponential()) * m_sigma; }
+
+  /// Whether the scale is finite and a normal positive number.
+  [[nodiscard]] bool IsValid() const override;
+
+private:
+  double m_sigma = 1;
+  CRandomExponential m_exponential;
+};
+
+} // namespace ORVA

@@ -1,0 +1,50 @@
+// Rotations whose directions gather around a mean direction, one way.
+//
+//   CVonMisesFisher bundle(50.0, CPolarCoordinates(1.0, 0.5));
+//   CEulerRotation const r = bundle();
+//   CEulerRotation const other = bundle(5.0, CVonMisesFisher::zaxis);   // parameters of one draw
+//   double const theta = bundle.GenerateTheta(50.0);
+#pragma once
+
+#include <SeluUtils/Export.h>
+#include <SeluUtils/PolarCoordinates.h>
+#include <SeluUtils/Random/AxisFrame.h>
+#include <SeluUtils/Random/RandomUniform.h>
+#include <SeluUtils/Random/RotationGenerator.h>
+
+#include <numbers>
+
+namespace ORVA {
+
+/// Density proportional to exp(kappa cos(angle to the mean)), by inversion (R. Fisher, "Dispersion
+/// on a Sphere", Proceedings of the Royal Society A 217 (1953) 295-305). No constructor checks; a
+/// kappa that is 0 or not finite ends in the error of the angles it leads to.
+class SELUUTILS_EXPORT CVonMisesFisher : public IRotationGenerator {
+public:
+  static constexpr CPolarCoordinates zaxis{0.0, 0.0};
+
+  CVonMisesFisher(double kappa, CPolarCoordinates const& mean) : m_kappa(kappa), m_frame(mean) {}
+
+  CEulerRotation operator()() override;
+  CEulerRotation operator()(double kappa, CPolarCoordinates const& mean);
+  /// From the product of two such densities.
+  CEulerRotation operator()(double kappa1, CPolarCoordinates const& mean1, double kappa2,
+                            CPolarCoordinates const& mean2);
+
+  /// An angle to the mean and an azimuth about it, each from one uniform draw.
+  [[nodiscard]] double GenerateTheta(double kappa) const;
+  [[nodiscard]] double GeneratePhi() const { return 2 * std::numbers::pi * m_uniform(); }
+
+  /// Whether kappa is finite and positive.
+  [[nodiscard]] bool IsValid() const override;
+  [[nodiscard]] IRotationGenerator* Clone() const override;
+
+private:
+  CEulerRotation Draw(double kappa, Impl::CAxisFrame const& frame) const;
+
+  double m_kappa;
+  CRandomUniform m_uniform;
+  Impl::CAxisFrame m_frame;
+};
+
+} // namespace ORVA

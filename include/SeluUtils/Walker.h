@@ -1,0 +1,115 @@
+// What all walkers share, and range-for over any of them.
+//
+//   CWindowVisitor window(low, high);
+//   for (CTriple<int64> const& p : ORVA::Points(window)) Visit(p);
+//   auto const last = std::ranges::max(ORVA::Points(CBresenhamVisitor(from, to, 1, 0, true)), {},
+//                                      &CTriple<int64>::x);
+#pragma once
+
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+#include <concepts>
+#include <cstddef>
+#include <iterator>
+#include <ranges>
+#include <type_traits>
+#include <utility>
+
+namespace ORVA {
+
+/// Hands out grid points one at a time for as long as MorePoints is true. A copy walks on
+/// independently. Some walkers' Steps counts the moves, which are one fewer than the points, and
+/// goes below zero where there is none; what it counts stands with each.
+template <class T>
+concept Walker = std::copyable<T> && requires(T walker, T const& fixed) {
+  { fixed.MorePoints() } -> std::same_as<bool>;
+  { walker.NextPoint() } -> std::same_as<CTriple<int64>>;
+  { fixed.Steps() } -> std::integral;
+  { fixed.empty() } -> std::same_as<bool>;
+  walker.SetImageSize(CSize());
+  walker.SetImageSize(CTriple<int64>());
+};
+
+/// A walker that can go back to its start.
+template <class T>
+concept RewindableWalker = Walker<T> && requires(T walker) {
+  walker.Reset();
+};
+
+/// The points that a walker has still to hand out, as a single-pass input range: begin takes the
+/// first of them, each ++ the next. A loop that is left early leaves the walker behind the point
+/// last seen, and it can be walked on from there. Takes no memory.
+template <Walker W>
+class CPointRange : public std::ranges::view_base {
+public:
+  class CIterator {
+  public:
+    using iterator_concept = std::input_iterator_tag;
+    using value_type = CTriple<int64>;
+    using difference_type = std::ptrdiff_t;
+
+    CIterator() = default;
+    explicit CIterator(W& walker) : m_walker(&walker) { ++*this; }
+
+    [[nodiscard]] CTriple<int64> const& operator*() const noexcept { return m_point; }
+    [[nodiscard]] CTriple<int64> const* operator->() const noexcept { return &m_point; }
+    CIterator& operator++() {
+      if (m_walker->MorePoints()) {
+        m_point = m_walker->NextPoint();
+      } else {
+        m_walker = nullptr;
+      }
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+    friend bool operator==(CIterator const& a, std::default_sentinel_t) noexcept {
+      return a.m_walker == nullptr;
+    }
+
+  private:
+    W* m_walker = nullptr;
+    CTriple<int64> m_point;
+  };
+
+  explicit CPointRange(W& walker) noexcept : m_walker(&walker) {}
+
+  [[nodiscard]] CIterator begin() const { return CIterator(*m_walker); }
+  [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+  W* m_walker;
+};
+
+/// The same for a walker that the range keeps.
+template <Walker W>
+class COwningPointRange : public std::ranges::view_base {
+public:
+  explicit COwningPointRange(W&& walker) : m_walker(std::move(walker)) {}
+
+  [[nodiscard]] auto begin() { return CPointRange<W>(m_walker).begin(); }
+  [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+  W m_walker;
+};
+
+/// The remaining points of a walker, for range-for and <ranges>. A walker given by name is walked
+/// itself and must outlive the range; a temporary moves into the range.
+template <class W>
+requires Walker<std::remove_cvref_t<W>>
+[[nodiscard]] auto Points(W&& walker) {
+  static_assert(!std::is_const_v<std::remove_reference_t<W>>, "walking changes the walker");
+  if constexpr (std::is_lvalue_reference_v<W>) {
+    return CPointRange<std::remove_reference_t<W>>(walker);
+  } else {
+    return COwningPointRange<W>(std::move(walker));
+  }
+}
+
+} // namespace ORVA
+
+/// Its iterators hold the walker, not the range.
+template <class W>
+inline constexpr bool std::ranges::enable_borrowed_range<ORVA::CPointRange<W>> = true;

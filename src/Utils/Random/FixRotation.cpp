@@ -1,0 +1,16 @@
+#include <SeluUtils/Random/FixRotation.h>
+
+#include <pxlib2core/Exception.h>
+
+namespace ORVA {
+
+CFixRotation::CFixRotation(CEulerRotation const& rotation) : m_rotation(rotation) {
+  if (!m_rotation.IsValid())
+    Impl::Raise(ORVA_LOCATION("src/Utils/Random/FixRotation", "ORVA::CFixRotation::CFixRotation")
+                    .AtLine(37),
+                "CFixRotation::CFixRotation: Invalid Rotation.");
+}
+
+IRotationGenerator* CFixRotation::Clone() const { return new CFixRotation(*this); }
+
+} // namespace ORVA

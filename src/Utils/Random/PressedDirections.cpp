@@ -1,0 +1,19 @@
+#include <SeluUtils/Random/PressedDirections.h>
+
+#include <cmath>
+#include <numbers>
+
+namespace ORVA {
+
+double CPressedDirections::operator()() const {
+  double angle = 0;
+  do {
+    double const t = (2 * m_uniform() - 1) * std::numbers::pi;
+    double const pressed = m_pressingFactor * std::cos(t);
+    double const s = std::sin(t);
+    angle = std::acos(pressed / std::sqrt(s * s + pressed * pressed));
+  } while (std::isnan(angle) && std::isfinite(m_pressingFactor));
+  return angle;
+}
+
+} // namespace ORVA

@@ -1,0 +1,11 @@
+#include <SeluUtils/Random/RandomExponential.h>
+
+#include <limits>
+
+namespace ORVA {
+
+bool CRandomExponential::IsValid() const {
+  return m_lambda > std::numeric_limits<double>::min() && std::isfinite(m_lambda);
+}
+
+} // namespace ORVA

@@ -1,0 +1,28 @@
+#include <SeluUtils/Random/RandomLogNormal.h>
+
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/String.h>
+
+#include <cmath>
+
+namespace ORVA {
+
+CRandomLogNormal::CRandomLogNormal(double mu, double sigma) : m_mu(mu), m_sigma(sigma) {
+  if (!std::isfinite(mu) || !std::isfinite(sigma))
+    Impl::Raise(ORVA_LOCATION("src/Utils/Random/RandomLogNormal",
+                              "ORVA::CRandomLogNormal::CRandomLogNormal")
+                    .AtLine(44),
+                CString("Invalid parametrization: mu=%1, sigma=%2.").Arg(mu).Arg(sigma));
+}
+
+double CRandomLogNormal::operator()() const { return std::exp(m_normal() * m_sigma + m_mu); }
+
+void CRandomLogNormal::SetLogNormalExpectationAndStDeviation(double expectation,
+                                                             double stdDeviation) {
+  m_sigma = std::log(stdDeviation * stdDeviation / expectation / expectation + 1);
+  m_mu = std::log(expectation) - m_sigma * m_sigma * 0.5;
+}
+
+bool CRandomLogNormal::IsValid() const { return std::isfinite(m_mu) && std::isfinite(m_sigma); }
+
+} // namespace ORVA

@@ -1,0 +1,67 @@
+#include <SeluUtils/Random/RandomPoisson.h>
+
+#include "Utils/Random/Parameters.h"
+
+#include <pxlib2core/Random.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numbers>
+
+namespace ORVA {
+
+namespace {
+
+constexpr double c_meanOfEnvelope = 512;
+
+// Towards zero, and to the nearest end of the range what lies beyond it.
+int64 ToCount(double x) {
+  if (std::isnan(x)) return 0;
+  if (x >= std::numeric_limits<std::int32_t>::max())
+    return std::numeric_limits<std::int32_t>::max();
+  return static_cast<int64>(x); // above -1 here
+}
+
+} // namespace
+
+int64 CRandomPoisson::operator()(double lambda) const {
+  if (lambda < c_meanOfEnvelope) return ByMultiplication(lambda);
+  return lambda >= c_meanOfEnvelope ? ByLogisticEnvelope(lambda) : 0;
+}
+
+int64 CRandomPoisson::ByMultiplication(double lambda) const {
+  double const limit = std::exp(-lambda);
+  double product = m_uniform();
+  if (product <= limit || std::fabs(limit - 1) < std::numeric_limits<double>::epsilon()) return 0;
+  int64 count = 0;
+  for (; limit < product; ++count) product *= m_uniform();
+  return count;
+}
+
+int64 CRandomPoisson::ByLogisticEnvelope(double lambda) const {
+  double const beta = std::numbers::pi / std::sqrt(3 * lambda);
+  double const alpha = beta * lambda;
+  for (;;) {
+    double x = 0;
+    double u = 0;
+    do {
+      u = (CRandom::Obj().Rand15() + 1) / 32767.0;
+      x = (alpha - std::log((1 - u) / u)) / beta;
+    } while (u >= 1 || x <= -0.5);
+    int64 const count = ToCount(x + 0.5);
+    double const v = m_uniform();
+    // The sum of logarithms that stands for ln(count!) begins with ln 0, so every positive count is
+    // accepted; only a 0 is put to the test.
+    if (count != 0) return count;
+    double const c = 0.767 - 3.36 / lambda;
+    double const bound = std::log(c) - lambda - std::log(beta);
+    double const y = alpha - beta * x;
+    double const envelope = 1 + std::exp(y);
+    if (!(bound < std::log(v / (envelope * envelope)) + y)) return 0;
+  }
+}
+
+bool CRandomPoisson::IsValid() const { return Impl::IsPositiveNormal(m_lambda); }
+
+} // namespace ORVA

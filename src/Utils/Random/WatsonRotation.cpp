@@ -1,0 +1,81 @@
+#include <SeluUtils/Random/WatsonRotation.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace ORVA {
+
+namespace {
+
+constexpr double c_twoPi = 2 * std::numbers::pi;
+constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
+// Below the first, exp(kappa) - 1 loses digits; below the second, the cosine is u to the last one;
+// above the third, exp(kappa) overflows.
+constexpr double c_small = 1e-5;
+constexpr double c_vanishing = 1e-17;
+constexpr double c_overflowing = 709;
+
+std::array<CTriple<double>, 3> FromZAxisTo(CPolarCoordinates const& mean) {
+  CTriple<double> const m = mean;
+  double const alpha = std::acos(m.z);
+  double const beta = std::atan2(m.y, m.x);
+  double const sa = std::sin(alpha), ca = std::cos(alpha);
+  double const sb = std::sin(beta), cb = std::cos(beta);
+  return {{{ca * cb, -sb, sa * cb}, {ca * sb, cb, sa * sb}, {-sa, 0, ca}}};
+}
+
+double Dot(CTriple<double> const& a, CTriple<double> const& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+// The proposal for kappa > 0, ln(u (exp(kappa) - 1) + 1) / kappa, without its overflow and loss.
+double BipolarProposal(double kappa, double u) {
+  if (kappa < c_vanishing) return u;
+  if (kappa < c_small) return std::log1p(u * std::expm1(kappa)) / kappa;
+  if (kappa > c_overflowing) return 1 + std::log(u + (1 - u) * std::exp(-kappa)) / kappa;
+  double const c = 1 / (std::exp(kappa) - 1);
+  return std::log(u / c + 1) / kappa;
+}
+
+} // namespace
+
+CWatsonRotation::CWatsonRotation(double kappa, CPolarCoordinates const& mean)
+    : m_kappa(kappa), m_mean(mean), m_toMean(FromZAxisTo(mean)) {}
+
+double CWatsonRotation::BipolarCosine() const {
+  for (;;) {
+    double const u = m_uniform();
+    double const v = m_uniform();
+    double const t = std::clamp(BipolarProposal(m_kappa, u), 0.0, 1.0);
+    if (std::exp(m_kappa * t * t - m_kappa * t) >= v) return t;
+  }
+}
+
+double CWatsonRotation::GirdleCosine() const {
+  double const s = std::sqrt(-m_kappa);
+  double const a = std::atan(s);
+  for (;;) {
+    double const u = m_uniform();
+    double const v = m_uniform();
+    double const t = std::clamp(std::tan(u * a) / s, 0.0, 1.0);
+    double const q = m_kappa * t * t;
+    if (std::exp(q) * (1 - q) >= v) return t;
+  }
+}
+
+CEulerRotation CWatsonRotation::operator()() {
+  if (m_kappa == 0) return m_isotropic();
+  double const t = !IsValid() ? c_nan : m_kappa > 0 ? BipolarCosine() : GirdleCosine();
+  double const theta = std::acos(t);
+  double const f = c_twoPi * m_uniform();
+  CTriple<double> const d(std::cos(f) * std::sin(theta), std::sin(f) * std::sin(theta), t);
+  double const spin = c_twoPi * m_uniform();
+  return {CPolarCoordinates(Dot(m_toMean[0], d), Dot(m_toMean[1], d), Dot(m_toMean[2], d)), spin};
+}
+
+bool CWatsonRotation::IsValid() const { return std::isfinite(m_kappa); }
+
+IRotationGenerator* CWatsonRotation::Clone() const { return new CWatsonRotation(*this); }
+
+} // namespace ORVA
