@@ -115,6 +115,9 @@ CValueMap ToMap(StRegion const& region, int dimension, bool hasIntensity, CBoxTe
 
 CValueMap ToMap(std::vector<StRegion> const& regions, int dimension, bool hasIntensity,
                 CBoxTexture* texture) {
+  constexpr double bytesAnObject = 10e3; // its entries as values, as JSON and as text
+  RefuseBeyondMemory(static_cast<double>(regions.size()) * bytesAnObject,
+                     "the feature map of " + std::to_string(regions.size()) + " objects");
   std::string const greatest = std::to_string(regions.back().label);
   CValueMap map;
   map.SetEntry("maximum label", Count(regions.back().label, "the label"));
