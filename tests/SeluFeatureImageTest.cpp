@@ -93,7 +93,8 @@ TEST_F(SeluFeatureImage, ExcludedFeaturesHaveNoRow) {
 }
 
 TEST_F(SeluFeatureImage, NumbersBeyondTheCommonOnesPass) {
-  Write("f.json", R"({"maximum label": 10, "object 01": {"big": 5000000000, "odd": 0.1},
+  Write("f.json",
+        R"({"maximum label": 10, "object 01": {"big": 5000000000, "odd": 0.1, "round": 16000000},
                       "object 10": {"big": 3, "odd": {"$number": "-Infinity"}}})");
   EXPECT_EQ(Output(Command({"--csv", "out.csv"})), "");
   auto const rows = Rows("out.nrrd");
@@ -101,8 +102,8 @@ TEST_F(SeluFeatureImage, NumbersBeyondTheCommonOnesPass) {
   EXPECT_EQ(rows[1][10], 3);
   EXPECT_EQ(rows[2][10], -std::numeric_limits<float>::infinity());
   auto const lines = test::Lines(Read("out.csv"));
-  EXPECT_EQ(lines[2], "1,5e+09,0.1");
-  EXPECT_EQ(lines[11], "10,3,-inf");
+  EXPECT_EQ(lines[2], "1,5e+09,0.1,16000000");
+  EXPECT_EQ(lines[11], "10,3,-inf,0");
 }
 
 TEST_F(SeluFeatureImage, BadMapsAreRefused) {

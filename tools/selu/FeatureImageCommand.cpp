@@ -12,6 +12,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -93,6 +95,13 @@ CImage Convert(CValueMap const& features, StOptions const& options) {
   return image;
 }
 
+// Whole numbers, labels above all, without an exponent as far as a float counts in ones.
+std::string NumberText(float value) {
+  constexpr float ones = 1 << 24;
+  bool const isCount = std::abs(value) <= ones && std::trunc(value) == value;
+  return isCount ? std::to_string(static_cast<std::int32_t>(value)) : Shortest(value);
+}
+
 // A row of the image: what it is called, its numbers by label, and the texts they stand for.
 struct StRow {
   std::string name;
@@ -100,7 +109,7 @@ struct StRow {
   CValueVector const* texts = nullptr;
 
   [[nodiscard]] std::string Field(std::size_t label) const {
-    if (texts == nullptr) return Shortest(pixels[label]);
+    if (texts == nullptr) return NumberText(pixels[label]);
     return CsvField(texts->Entry(static_cast<int64>(pixels[label])).String().Std());
   }
 };
