@@ -32,6 +32,9 @@ void AddCommands(CLI::App& app) {
   AddInfoCommand(app);
   AddTextureCommand(app);
   AddSynthCommand(app);
+  AddMaskCommand(app);
+  AddRegionsCommand(app);
+  AddFeatureImageCommand(app);
 }
 
 // The first argument that should name a command and does not, or an empty text.
@@ -57,8 +60,7 @@ int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app(
-      "Texture of 2D and 3D grey-value images: co-occurrence matrices and Haralick features");
+  CLI::App app("Texture, masks and object features of 2D and 3D grey-value images");
   AddCommands(app);
   try {
     app.parse(argc, argv);

@@ -14,5 +14,8 @@ namespace selu {
 void AddInfoCommand(CLI::App& app);
 void AddTextureCommand(CLI::App& app);
 void AddSynthCommand(CLI::App& app);
+void AddMaskCommand(CLI::App& app);
+void AddRegionsCommand(CLI::App& app);
+void AddFeatureImageCommand(CLI::App& app);
 
 } // namespace selu

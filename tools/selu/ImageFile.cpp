@@ -60,6 +60,7 @@ std::optional<EnPixel> PixelOf(Component component) {
 }
 
 ORVA::IImage::CType GreyType(EnPixel pixel) {
+  if (pixel == EnPixel::Float) return ORVA::IMAGE_GREY_F;
   switch (PixelBytes(pixel)) {
   case 1:
     return ORVA::IMAGE_GREY_8;

@@ -43,7 +43,7 @@ public:
   [[nodiscard]] EnPixel Pixel() const noexcept { return m_header.pixel; }
   [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_pixels.Bytes(); }
   [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_pixels.Bytes(); }
-  /// A copy as framework image; for types with grey levels of their own.
+  /// A copy as framework image; for types with grey levels of their own and 32-bit floating-point.
   [[nodiscard]] ORVA::CImage ToGrey() const;
 
 private:

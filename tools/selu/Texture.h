@@ -5,6 +5,7 @@
 //   WriteTexturePicture(file, texture);
 #pragma once
 
+#include "Directions.h"
 #include "Quantise.h"
 
 #include <SeluUtils/Cooccurrence.h>
@@ -15,8 +16,6 @@
 #include <vector>
 
 namespace selu {
-
-using Direction = ORVA::CTriple<long>;
 
 /// The names of the features, in the order of the tables.
 inline constexpr std::array<char const*, 13> c_featureNames = {

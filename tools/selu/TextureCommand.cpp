@@ -1,5 +1,6 @@
 #include "AtomicFile.h"
 #include "Commands.h"
+#include "Directions.h"
 #include "Errors.h"
 #include "FileFormat.h"
 #include "Memory.h"
@@ -11,8 +12,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -30,43 +29,7 @@ struct StOptions {
   bool all = false;
 };
 
-// A direction as written, before the image is known.
-struct StGiven {
-  std::string text;
-  std::vector<int64> components;
-};
-
-StGiven ParseDirection(std::string const& text) {
-  auto const numbers = ParseIntegers(text);
-  if (!numbers || numbers->size() < 2 || numbers->size() > 3)
-    throw CUsageError("--direction needs whole numbers dx,dy[,dz], not \"" + text + "\"");
-  for (auto const number : *numbers)
-    if (number < INT32_MIN || number > INT32_MAX)
-      throw CUsageError("--direction needs numbers of 32 bits, not \"" + text + "\"");
-  return {text, *numbers};
-}
-
-void CheckAxis(int64 step, int64 extent, char axis, std::string const& text) {
-  if (std::abs(step) >= extent)
-    throw CAppError("the direction " + text + " is as long as the image or longer along " + axis +
-                    " (" + std::to_string(extent) + (extent == 1 ? " voxel)" : " voxels)"));
-}
-
-Direction FitDirection(StGiven const& given, CSize const& size) {
-  auto const& d = given.components;
-  if (size.Dim() == 3 && d.size() == 2)
-    throw CAppError("the direction " + given.text + " needs dz, since the image is 3D");
-  if (size.Dim() == 2 && d.size() == 3 && d[2] != 0)
-    throw CAppError("the direction " + given.text + " needs dz = 0, since the image is 2D");
-  Direction const direction(static_cast<long>(d[0]), static_cast<long>(d[1]),
-                            d.size() == 3 ? static_cast<long>(d[2]) : 0);
-  CheckAxis(direction.x, size.x, 'x', given.text);
-  CheckAxis(direction.y, size.y, 'y', given.text);
-  CheckAxis(direction.z, size.z, 'z', given.text);
-  return direction;
-}
-
-std::vector<Direction> FitDirections(StOptions const& options, std::vector<StGiven> given,
+std::vector<Direction> FitDirections(StOptions const& options, std::vector<StGivenDirection> given,
                                      CSize const& size) {
   if (given.empty() || options.all) {
     auto const count = static_cast<std::size_t>(CCooccurrence::NumberOfDirections(size.Dim()));
@@ -78,10 +41,6 @@ std::vector<Direction> FitDirections(StOptions const& options, std::vector<StGiv
   std::vector<Direction> directions;
   for (auto const& one : given) directions.push_back(FitDirection(one, size));
   return directions;
-}
-
-int64 PairsOf(CSize const& size, Direction const& d) {
-  return (size.x - std::abs(d.x)) * (size.y - std::abs(d.y)) * (size.z - std::abs(d.z));
 }
 
 // Matrix s of `all` from the only one of `one`.
@@ -149,7 +108,7 @@ void Run(StOptions const& options) {
   StTexture texture;
   texture.image = options.image;
   if (!options.range.empty()) texture.range = ParseRange(options.range);
-  std::vector<StGiven> given;
+  std::vector<StGivenDirection> given;
   for (auto const& text : options.directions) given.push_back(ParseDirection(text));
   StHeader const header = ReadHeader(options.image);
   texture.size = header.size;
