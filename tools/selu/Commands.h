@@ -13,6 +13,9 @@ namespace selu {
 
 void AddInfoCommand(CLI::App& app);
 void AddTextureCommand(CLI::App& app);
+void AddSampleCommand(CLI::App& app);
 void AddSynthCommand(CLI::App& app);
+/// Of synth.
+void AddFibresCommand(CLI::App& synth);
 
 } // namespace selu

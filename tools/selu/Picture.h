@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace selu {
@@ -58,6 +59,10 @@ public:
                   StTextStyle const& style = {});
   [[nodiscard]] double TextWidth(std::string const& text, StTextStyle const& style);
   void Line(double x0, double y0, double x1, double y1, Colour colour, double width = 1);
+  /// Through points (x, y), clipped to the box.
+  void Curve(std::vector<std::pair<double, double>> const& points, StBox const& clip, Colour colour,
+             double width);
+  void Circle(double x, double y, double radius, Colour colour, double width = 1);
   void Fill(StBox const& box, Colour colour);
   void Frame(StBox const& box, Colour colour, double width = 1);
   /// A grid of cells in sharp colours, rows from the top, row by row.
