@@ -237,7 +237,7 @@ std::vector<StTick> LinearTicks(double low, double high, int wanted) {
   double const step = factor * power;
   std::vector<StTick> ticks;
   for (double k = std::ceil(low / step); k * step <= high; ++k)
-    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step, 6)});
+    ticks.push_back({(k * step - low) / (high - low), Rounded(k * step + 0.0, 6)}); // no -0
   return ticks;
 }
 

@@ -136,8 +136,8 @@ public:
     for (int row = 0; row < m_cells; ++row)
       for (int column = 0; column < m_cells; ++column) {
         double const part = Part(row, column);
-        // What rounding puts beyond the circle has no area to be spread over.
-        m_densities.push_back(part > 0.02 ? Real(m_counts[Index(row, column)]) / (even * part) : 0);
+        // A sliver of a cell at the rim would make a great density of a single direction.
+        m_densities.push_back(Real(m_counts[Index(row, column)]) / (even * std::max(part, 0.1)));
       }
   }
 

@@ -22,7 +22,11 @@ std::string TestText(CUniformTest& test, std::string const& skipped) {
          Rounded(test.Probability(), 4) + "\n";
 }
 
-std::string Number(double value) { return std::isnan(value) ? "none" : Rounded(value, 6); }
+// What is but rounding of a zero is shown as one.
+std::string Number(double value) {
+  if (std::isnan(value)) return "none";
+  return Rounded(std::abs(value) < 5e-16 ? 0 : value, 6);
+}
 
 void AddRow(CTable& table, std::string name, double observed, double expected) {
   table.Add({std::move(name), Number(observed), Number(expected), Number(observed - expected)});
