@@ -246,7 +246,7 @@ constexpr std::array<StDistributionName, 7> c_names = {{
     {"vmf", "kappa=K theta=0 phi=0; von Mises-Fisher about the mean direction"},
     {"watson", "kappa=K theta=0 phi=0; K > 0 at the mean axis, K < 0 across it"},
     {"fixed", "phi=0 theta=0 psi=0; always this rotation"},
-    {"constant", "phi=0 theta=0 psi=0; the same without a copy for mixtures"},
+    {"constant", "phi=0 theta=0 psi=0; the same, but not for mixtures"},
     {"mixture", "file=FILE.json"},
 }};
 

@@ -315,7 +315,7 @@ constexpr std::array<StDistributionName, 11> c_names = {{
     {"lognormal", "mu=0 sigma=1, or expectation=E deviation=S (then sigma = ln(S^2/E^2 + 1))"},
     {"exponential", "lambda=1"},
     {"gamma", "shape=A rate=1"},
-    {"poisson", "lambda=1 (whole numbers)"},
+    {"poisson", "lambda=1; whole numbers, from a mean of 512 on logistic ones rounded"},
     {"rayleigh", "sigma=1"},
     {"discrete", "VALUE=WEIGHT ...; both the values and the weights add up to 1"},
     {"chordlength", "(none)"},
