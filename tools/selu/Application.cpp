@@ -31,6 +31,7 @@ void AddCommands(CLI::App& app) {
              "Each command has a help page of its own: selu texture --help");
   AddInfoCommand(app);
   AddTextureCommand(app);
+  AddSampleCommand(app);
   AddSynthCommand(app);
   AddMaskCommand(app);
   AddRegionsCommand(app);

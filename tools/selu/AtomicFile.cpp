@@ -114,8 +114,11 @@ void CAtomicFile::Fail(int error) const {
   throw CAppError("cannot write " + Quoted(m_target) + ": " + SystemText(error));
 }
 
-void CAtomicFile::Write(std::string_view bytes) {
-  CDescriptor file(Temporary(), O_WRONLY | O_TRUNC);
+void CAtomicFile::Write(std::string_view bytes) { WriteWith(O_TRUNC, bytes); }
+void CAtomicFile::Append(std::string_view bytes) { WriteWith(O_APPEND, bytes); }
+
+void CAtomicFile::WriteWith(int mode, std::string_view bytes) {
+  CDescriptor file(Temporary(), O_WRONLY | mode);
   if (!file.IsOpen()) Fail(errno);
   if (int const error = WriteAll(file.Get(), bytes); error != 0) Fail(error);
   if (int const error = file.Close(); error != 0) Fail(error);

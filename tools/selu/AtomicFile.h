@@ -32,11 +32,14 @@ public:
   [[nodiscard]] std::filesystem::path const& Target() const noexcept { return m_target; }
   /// Replaces the temporary's content by these bytes.
   void Write(std::string_view bytes);
+  /// Adds these bytes to it.
+  void Append(std::string_view bytes);
   /// Flushes the temporary to the disk and gives it the target's name; throws CAppError.
   void Commit();
 
 private:
   [[noreturn]] void Fail(int error) const;
+  void WriteWith(int mode, std::string_view bytes);
   void CopyInto(std::filesystem::path const& device) const;
   void MakeTemporary(std::filesystem::path const& folder);
 

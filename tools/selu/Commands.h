@@ -13,9 +13,12 @@ namespace selu {
 
 void AddInfoCommand(CLI::App& app);
 void AddTextureCommand(CLI::App& app);
+void AddSampleCommand(CLI::App& app);
 void AddSynthCommand(CLI::App& app);
 void AddMaskCommand(CLI::App& app);
 void AddRegionsCommand(CLI::App& app);
 void AddFeatureImageCommand(CLI::App& app);
+/// Of synth.
+void AddFibresCommand(CLI::App& synth);
 
 } // namespace selu

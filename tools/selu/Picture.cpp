@@ -166,6 +166,30 @@ void CPicture::Line(double x0, double y0, double x1, double y1, Colour colour, d
   cairo_stroke(context);
 }
 
+void CPicture::Curve(std::vector<std::pair<double, double>> const& points, StBox const& clip,
+                     Colour colour, double width) {
+  auto* const context = m_cairo->context.get();
+  cairo_save(context);
+  cairo_rectangle(context, clip.x, clip.y, clip.width, clip.height);
+  cairo_clip(context);
+  Use(colour);
+  cairo_set_line_width(context, width);
+  cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
+  cairo_new_path(context);
+  for (auto const& [x, y] : points) cairo_line_to(context, x, y);
+  cairo_stroke(context);
+  cairo_restore(context);
+}
+
+void CPicture::Circle(double x, double y, double radius, Colour colour, double width) {
+  auto* const context = m_cairo->context.get();
+  Use(colour);
+  cairo_set_line_width(context, width);
+  cairo_new_path(context);
+  cairo_arc(context, x, y, radius, 0, 6.283185307179586);
+  cairo_stroke(context);
+}
+
 void CPicture::Fill(StBox const& box, Colour colour) {
   Use(colour);
   cairo_rectangle(m_cairo->context.get(), box.x, box.y, box.width, box.height);

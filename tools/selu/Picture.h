@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace selu {
@@ -63,6 +64,10 @@ public:
                   StTextStyle const& style = {});
   [[nodiscard]] double TextWidth(std::string const& text, StTextStyle const& style);
   void Line(double x0, double y0, double x1, double y1, Colour colour, double width = 1);
+  /// Through points (x, y), clipped to the box.
+  void Curve(std::vector<std::pair<double, double>> const& points, StBox const& clip, Colour colour,
+             double width);
+  void Circle(double x, double y, double radius, Colour colour, double width = 1);
   void Fill(StBox const& box, Colour colour);
   void Frame(StBox const& box, Colour colour, double width = 1);
   /// A grid of cells in sharp colours, rows from the top, row by row.

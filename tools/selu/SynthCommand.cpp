@@ -4,6 +4,7 @@
 #include "ImageFile.h"
 #include "Memory.h"
 #include "Progress.h"
+#include "SynthOptions.h"
 #include "SynthVolumes.h"
 #include "Texts.h"
 
@@ -48,14 +49,15 @@ struct StOptions {
   std::string size, seed, output;
 };
 
-ORVA::CSize ParseSize(StOptions const& options, StKind const& kind) {
-  auto const extents = ParseIntegers(options.size);
+} // namespace
+
+ORVA::CSize ParseSize(std::string const& text, int bytesAVoxel) {
+  auto const extents = ParseIntegers(text);
   if (!extents || extents->size() < 2 || extents->size() > 3)
-    throw CUsageError("--size needs two or three whole numbers nx,ny[,nz], not \"" + options.size +
-                      "\"");
-  double bytes = kind.bytesAVoxel;
+    throw CUsageError("--size needs two or three whole numbers nx,ny[,nz], not \"" + text + "\"");
+  double bytes = bytesAVoxel;
   for (auto const extent : *extents) {
-    if (extent < 1) throw CUsageError("--size needs numbers above 0, not \"" + options.size + "\"");
+    if (extent < 1) throw CUsageError("--size needs numbers above 0, not \"" + text + "\"");
     bytes *= static_cast<double>(extent);
   }
   RefuseBeyondMemory(bytes, "an image of " + Joined(*extents, " x ") + " voxels");
@@ -63,17 +65,24 @@ ORVA::CSize ParseSize(StOptions const& options, StKind const& kind) {
   return {(*extents)[0], (*extents)[1], (*extents)[2]};
 }
 
-void Run(StKind const& kind, StOptions const& options) {
-  auto const seed = ParseUnsigned(options.seed);
+ORVA::uint64 ParseSeed(std::string const& text) {
+  auto const seed = ParseUnsigned(text);
   if (!seed)
-    throw CUsageError("--seed needs a whole number from 0 to 18446744073709551615, not \"" +
-                      options.seed + "\"");
-  ORVA::CSize const size = ParseSize(options, kind);
+    throw CUsageError("--seed needs a whole number from 0 to 18446744073709551615, not \"" + text +
+                      "\"");
+  return *seed;
+}
+
+namespace {
+
+void Run(StKind const& kind, StOptions const& options) {
+  auto const seed = ParseSeed(options.seed);
+  ORVA::CSize const size = ParseSize(options.size, kind.bytesAVoxel);
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
   {
     CProgressBar bar(std::string("making ") + kind.name, size.z * kind.passes);
-    WriteImage(file, kind.make(size, *seed, &bar));
+    WriteImage(file, kind.make(size, seed, &bar));
   }
   file.Commit();
 }
@@ -102,6 +111,7 @@ void AddSynthCommand(CLI::App& app) {
   synth->footer("Example:\n  selu synth layers --size 64,64,64 --seed 1 -o layers.nrrd\n\n"
                 "Each kind has a help page of its own: selu synth layers --help");
   for (auto const& kind : c_kinds) AddKind(*synth, kind);
+  AddFibresCommand(*synth);
 }
 
 } // namespace selu

@@ -1,0 +1,193 @@
+#include "SampleStatistics.h"
+
+#include "SpecialFunctions.h"
+#include "Table.h"
+#include "Texts.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace selu {
+namespace {
+
+using ORVA::uint64;
+
+constexpr uint64 c_testCells = 1 << 20;
+
+double Real(uint64 count) { return static_cast<double>(count); }
+
+std::string TestText(CUniformTest& test, std::string const& skipped) {
+  if (!skipped.empty()) return "Kolmogorov-Smirnov: skipped, " + skipped + "\n";
+  return "Kolmogorov-Smirnov: distance " + Rounded(test.Distance(), 4) + ", p-value " +
+         Rounded(test.Probability(), 4) + "\n";
+}
+
+// What is but rounding of a zero is shown as one.
+std::string Number(double value) {
+  if (std::isnan(value)) return "none";
+  return Rounded(std::abs(value) < 5e-16 ? 0 : value, 6);
+}
+
+void AddRow(CTable& table, std::string name, double observed, double expected) {
+  table.Add({std::move(name), Number(observed), Number(expected), Number(observed - expected)});
+}
+
+constexpr char const* c_head[] = {"moment", "of the samples", "in theory", "difference"};
+
+// Equal bins, of whole numbers when the values are.
+std::vector<double> Borders(StScalar const& scalar, uint64 expected) {
+  double const most = std::clamp(std::sqrt(Real(expected)), 12.0, 80.0);
+  double const width = scalar.theory.high - scalar.theory.low;
+  double step = width / std::floor(most);
+  if (scalar.isWhole) step = std::max(1.0, std::ceil(step));
+  std::vector<double> borders = {scalar.theory.low};
+  while (borders.back() < scalar.theory.high - step * 1e-6 && borders.size() < 200)
+    borders.push_back(scalar.theory.low + step * static_cast<double>(borders.size()));
+  return borders;
+}
+
+} // namespace
+
+CUniformTest::CUniformTest(uint64 expected) {
+  if (expected > c_testCells)
+    m_cells.resize(c_testCells + 1);
+  else
+    m_values.reserve(expected);
+}
+
+void CUniformTest::Add(double share) {
+  ++m_count;
+  if (std::isnan(share)) m_isUndefined = true;
+  if (m_isUndefined) return;
+  share = std::clamp(share, 0.0, 1.0);
+  if (m_cells.empty())
+    m_values.push_back(share);
+  else
+    ++m_cells[static_cast<std::size_t>(share * Real(c_testCells))];
+}
+
+double CUniformTest::DistanceOfCells() const {
+  double distance = 0;
+  uint64 below = 0;
+  for (std::size_t i = 0; i < c_testCells; ++i) {
+    below += m_cells[i];
+    double const share = Real(below) / Real(m_count);
+    distance = std::max(distance, std::abs(share - Real(i + 1) / Real(c_testCells)));
+  }
+  return distance;
+}
+
+double CUniformTest::DistanceOfValues() {
+  std::sort(m_values.begin(), m_values.end());
+  double distance = 0;
+  for (std::size_t i = 0; i < m_values.size(); ++i)
+    distance = std::max({distance, Real(i + 1) / Real(m_count) - m_values[i],
+                         m_values[i] - Real(i) / Real(m_count)});
+  return distance;
+}
+
+double CUniformTest::Distance() {
+  if (m_isUndefined || m_count == 0) return std::nan("");
+  return m_cells.empty() ? DistanceOfValues() : DistanceOfCells();
+}
+
+double CUniformTest::Probability() { return KolmogorovProbability(Distance(), Real(m_count)); }
+
+CScalarStatistics::CScalarStatistics(StScalar const& scalar, uint64 expected)
+    : m_theory(scalar.theory), m_test(scalar.theory.noTest.empty() ? expected : 0),
+      m_scale(scalar.theory.moments.deviation), m_borders(selu::Borders(scalar, expected)) {
+  if (!(m_scale > 0) || std::isinf(m_scale)) m_scale = 1;
+  if (std::isinf(m_theory.moments.mean)) m_theory.moments.mean = 0;
+  m_counts.resize(m_borders.size() - 1);
+}
+
+void CScalarStatistics::Add(double value) {
+  ++m_count;
+  if (m_theory.noTest.empty()) m_test.Add(m_theory.cdf(value));
+  double const off = (value - m_theory.moments.mean) / m_scale;
+  m_sums[0] += off;
+  m_sums[1] += off * off;
+  m_sums[2] += off * off * off;
+  m_sums[3] += off * off * off * off;
+  double const place = (value - m_borders.front()) / (m_borders.back() - m_borders.front()) *
+                       static_cast<double>(m_counts.size());
+  if (place >= 0 && place <= static_cast<double>(m_counts.size()))
+    ++m_counts[std::min(static_cast<std::size_t>(place), m_counts.size() - 1)];
+  else
+    ++m_outside;
+}
+
+StMoments CScalarStatistics::Moments() const {
+  double const n = Real(m_count);
+  double const m1 = m_sums[0] / n, m2 = m_sums[1] / n, m3 = m_sums[2] / n, m4 = m_sums[3] / n;
+  double const variance = std::max(0.0, m2 - m1 * m1);
+  double const third = m3 - 3 * m1 * m2 + 2 * m1 * m1 * m1;
+  double const fourth = m4 - 4 * m1 * m3 + 6 * m1 * m1 * m2 - 3 * m1 * m1 * m1 * m1;
+  double const deviation = std::sqrt(variance);
+  bool const varies = variance > 0;
+  return {m_theory.moments.mean + m1 * m_scale, deviation * m_scale,
+          varies ? third / (variance * deviation) : std::nan(""),
+          varies ? fourth / (variance * variance) - 3 : std::nan("")};
+}
+
+std::string CScalarStatistics::Report(int columns) {
+  StMoments const is = Moments(), should = m_theory.moments;
+  CTable table({std::begin(c_head), std::end(c_head)});
+  AddRow(table, "mean", is.mean, should.mean);
+  AddRow(table, "standard deviation", is.deviation, should.deviation);
+  AddRow(table, "skewness", is.skewness, should.skewness);
+  AddRow(table, "excess kurtosis", is.excess, should.excess);
+  return table.ToText(columns) + TestText(m_test, m_theory.noTest);
+}
+
+StProjected Project(Vector const& d) noexcept {
+  double const factor = 1 / std::sqrt(1 + std::abs(d.z));
+  return {d.z >= 0 ? 0 : 1, d.x * factor, d.y * factor};
+}
+
+CDirectionStatistics::CDirectionStatistics(StRotationTheory const& theory, uint64 expected)
+    : m_theory(theory), m_test(theory.noTest.empty() ? expected : 0),
+      m_cells(static_cast<int>(std::clamp(std::sqrt(Real(expected) / 20), 12.0, 90.0))) {
+  for (auto& counts : m_counts)
+    counts.resize(static_cast<std::size_t>(m_cells) * static_cast<std::size_t>(m_cells));
+}
+
+void CDirectionStatistics::Add(Vector const& d) {
+  ++m_count;
+  std::array<double, 9> const products = {d.x,       d.y,       d.z,       d.x * d.x, d.y * d.y,
+                                          d.z * d.z, d.x * d.y, d.x * d.z, d.y * d.z};
+  for (std::size_t i = 0; i < products.size(); ++i) m_sums[i] += products[i];
+  // 1 - cos(angle) by the chord, which keeps its digits near the axis.
+  Vector const chord = d - m_theory.axis;
+  if (m_theory.noTest.empty())
+    m_test.Add(m_theory.beyond((chord.x * chord.x + chord.y * chord.y + chord.z * chord.z) / 2));
+  auto const [hemisphere, x, y] = Project(d);
+  auto const cell = [this](double place) {
+    return static_cast<std::size_t>(
+        std::clamp((place + 1) / 2 * m_cells, 0.0, static_cast<double>(m_cells - 1)));
+  };
+  ++m_counts[static_cast<std::size_t>(hemisphere)]
+            [cell(y) * static_cast<std::size_t>(m_cells) + cell(x)];
+}
+
+Vector CDirectionStatistics::Mean() const {
+  return Vector(m_sums[0], m_sums[1], m_sums[2]) * (1 / Real(m_count));
+}
+
+std::string CDirectionStatistics::Report(int columns) {
+  Vector const m = m_theory.mean;
+  auto const& t = m_theory.tensor;
+  std::array<double, 9> const expected = {m.x, m.y, m.z, t[0], t[1], t[2], t[3], t[4], t[5]};
+  constexpr std::array<char const*, 9> names = {"mean x",  "mean y",  "mean z",
+                                                "mean xx", "mean yy", "mean zz",
+                                                "mean xy", "mean xz", "mean yz"};
+  CTable table({std::begin(c_head), std::end(c_head)});
+  for (std::size_t i = 0; i < names.size(); ++i)
+    AddRow(table, names[i], m_sums[i] / Real(m_count), expected[i]);
+  std::string const about = m_theory.noTest.empty() ? " (angle to the axis)" : "";
+  std::string text = TestText(m_test, m_theory.noTest);
+  text.insert(text.find(':'), about);
+  return table.ToText(columns) + text;
+}
+
+} // namespace selu
