@@ -93,6 +93,7 @@ void Run(StOptions const& options) {
   StCylinder const cylinder = ParseCylinder(options);
   double const value = ParseValue(options);
   StHeader const header = ReadHeader(options.image);
+  RefuseOverwriting(options.output, options.image);
   CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> parameters;

@@ -18,20 +18,7 @@
 namespace selu {
 
 /// The names of the features, in the order of the tables.
-inline constexpr std::array<char const*, 13> c_featureNames = {
-    "Contrast",
-    "Correlation",
-    "Difference Variance",
-    "Difference Entropy",
-    "Entropy",
-    "Inverse Difference Moment",
-    "Information Measure of Correlation 1",
-    "Information Measure of Correlation 2",
-    "Second Angular Moment",
-    "Sum Average",
-    "Sum Entropy",
-    "Sum Variance",
-    "Variance"};
+inline constexpr auto const& c_featureNames = ORVA::CCooccurrence::m_cFeatureNames;
 
 struct StDirectionTexture {
   Direction direction;
