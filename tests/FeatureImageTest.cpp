@@ -266,6 +266,25 @@ TEST(FeatureImage, ConvertsTheCopyThatItCarries) {
   EXPECT_EQ(image, before);
 }
 
+TEST(FeatureImage, AMapGivenAwayMovesIntoTheImage) {
+  CValueMap features = Cells();
+  CImage image = Image();
+  ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object", image, {});
+  EXPECT_EQ(image, Convert(Cells()));
+  EXPECT_TRUE(features.IsEmpty());
+}
+
+TEST(FeatureImage, AnErrorLeavesAMapGivenAwayInPlace) {
+  CValueMap features = Cells();
+  features.SetEntry("maximum label", CValueLong(-1));
+  CValueMap const before = features;
+  CImage image = Image();
+  EXPECT_THROW(
+      ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object", image, {}),
+      CExBadParam);
+  EXPECT_EQ(features, before);
+}
+
 TEST(FeatureImage, RefusesMapsItCannotConvert) {
   CValueMap unlabelled = Cells(), zero = Cells(), text = Cells(), noObjects = Features(3);
   unlabelled.RemoveEntry("maximum label");

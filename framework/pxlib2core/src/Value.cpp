@@ -56,7 +56,7 @@ CValue::CValue(CValueVector vector)
 CValue::CValue(bool value) : m_content(value) {}
 CValue::CValue(std::int32_t value) : m_content(value) {}
 CValue::CValue(double value) : m_content(value) {}
-CValue::CValue(CString value) : m_content(std::move(value)) {}
+CValue::CValue(CString value) : m_content(std::make_unique<CString>(std::move(value))) {}
 CValue::CValue(std::unique_ptr<Impl::StObject> object) : m_content(std::move(object)) {}
 
 CValue::CValue(CValue const& other)
@@ -118,8 +118,8 @@ std::int32_t& CValue::Long() { return Get<EnType::Long>(); }
 std::int32_t CValue::Long() const { return Get<EnType::Long>(); }
 double& CValue::Double() { return Get<EnType::Double>(); }
 double CValue::Double() const { return Get<EnType::Double>(); }
-CString& CValue::String() { return Get<EnType::String>(); }
-CString const& CValue::String() const { return Get<EnType::String>(); }
+CString& CValue::String() { return *Get<EnType::String>(); }
+CString const& CValue::String() const { return *Get<EnType::String>(); }
 CValueMap& CValue::Map() { return *Get<EnType::Map>(); }
 CValueMap const& CValue::Map() const { return *Get<EnType::Map>(); }
 CValueVector& CValue::Vector() { return *Get<EnType::Vector>(); }

@@ -252,7 +252,7 @@ public:
       if (m_texts[k]) WriteTexts(k);
   }
 
-  void WriteAttributes(std::string const& featureName) {
+  void WriteAttributes(std::string const& featureName, CValueMap features) {
     CValueVector keys, types;
     keys.PushBack(CValueString(m_idKey));
     types.PushBack(CValueString("numeric"));
@@ -260,7 +260,6 @@ public:
       keys.PushBack(CValueString(feature.path));
       types.PushBack(CValueString(feature.type == EnType::String ? "label" : "numeric"));
     }
-    CValueMap copy = m_features; // it may be one of the attributes
     CValueMap& attributes = m_image.Attributes();
     attributes.SetEntry("Image/ContentType", CValueString("FeatureImage"));
     attributes.SetEntry("Image/featurename", CValueString(featureName));
@@ -270,7 +269,7 @@ public:
     attributes.SetEntry("Image/label-lookup", std::move(m_lookup));
     CSeluHeaderTools::SetMetaInfo(m_image, CSeluHeaderTools::c_sMetaMinMax,
                                   CValueVector(CValueDouble(0.0), CValueDouble(m_largest)));
-    attributes.SetEntry("Features/" + featureName, std::move(copy));
+    attributes.SetEntry("Features/" + featureName, std::move(features));
   }
 
 private:
@@ -343,12 +342,10 @@ private:
   double m_largest = 0;
 };
 
-} // namespace
-
-void ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
-                                                CValueMap const& features, std::string const& idKey,
-                                                CImage& image,
-                                                std::vector<std::string> const& excluded) {
+// The image keeps a copy of the features or, where they are given away, the map itself.
+template <class TMap>
+void Convert(std::string const& featureName, TMap&& features, std::string const& idKey,
+             CImage& image, std::vector<std::string> const& excluded) {
   if (image.Type() != IMAGE_GREY_F)
     Impl::Raise(ORVA_LOCATION(c_module, c_function),
                 "Feature image type must be ORVA::IMAGE_GREY_F.");
@@ -359,7 +356,23 @@ void ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
   conversion.ListFeatures(excluded);
   conversion.MakeImage();
   conversion.WritePixels();
-  conversion.WriteAttributes(featureName);
+  conversion.WriteAttributes(featureName, CValueMap(std::forward<TMap>(features)));
+}
+
+} // namespace
+
+void ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
+                                                CValueMap const& features, std::string const& idKey,
+                                                CImage& image,
+                                                std::vector<std::string> const& excluded) {
+  Convert(featureName, features, idKey, image, excluded);
+}
+
+void ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
+                                                CValueMap&& features, std::string const& idKey,
+                                                CImage& image,
+                                                std::vector<std::string> const& excluded) {
+  Convert(featureName, std::move(features), idKey, image, excluded);
 }
 
 } // namespace ORVA

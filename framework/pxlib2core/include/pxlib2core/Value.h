@@ -140,9 +140,10 @@ protected:
   explicit CValue(std::unique_ptr<Impl::StObject> object);
 
 private:
-  using Content =
-      std::variant<std::monostate, bool, std::int32_t, double, CString, std::unique_ptr<CValueMap>,
-                   std::unique_ptr<CValueVector>, std::unique_ptr<Impl::StObject>>;
+  // What is larger than a number lies outside: most values of a large tree are numbers.
+  using Content = std::variant<std::monostate, bool, std::int32_t, double, std::unique_ptr<CString>,
+                               std::unique_ptr<CValueMap>, std::unique_ptr<CValueVector>,
+                               std::unique_ptr<Impl::StObject>>;
   [[nodiscard]] static Content CloneContent(Content const& content);
   [[nodiscard]] void* ObjectAddress(std::type_info const& type) noexcept;
   template <EnType kind>

@@ -63,8 +63,8 @@ public:
   /// The entry. A missing one is created as an invalid value, with the sub-maps on the way, if
   /// `create` is set; otherwise the result is an invalid value outside the map, good until the next
   /// such call on the same thread. Creating throws CExBadParam where a part of the path before the
-  /// last is neither a map nor a vector, an index lies beyond a vector's end, or a path has more than
-  /// 1000 parts.
+  /// last is neither a map nor a vector, an index lies beyond a vector's end, or a path has more
+  /// than 1000 parts.
   CValue& Entry(CValue_Key const& key, bool create = false);
   /// The entry, or an invalid value where there is none: a const map creates nothing.
   [[nodiscard]] CValue const& Entry(CValue_Key const& key, bool create = false) const;
