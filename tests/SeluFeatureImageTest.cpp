@@ -202,4 +202,14 @@ TEST_F(SeluFeatureImage, ChainOfRealLabelsGivesTheCounts) {
   }
 }
 
+TEST_F(SeluFeatureImage, TheFeaturesAreNotOverwritten) {
+  std::string const json = R"({"maximum label": 1, "object 1": {"a": 2}})";
+  Write("f.tif", json); // whatever its ending
+  ExpectFailure({"feature-image", "f.tif", "-o", "./f.tif"},
+                "cannot write \"./f.tif\": it is the input \"f.tif\"");
+  ExpectFailure({"feature-image", "f.tif", "-o", "a.tif", "--csv", "f.tif"}, "it is the input");
+  EXPECT_EQ(Read("f.tif"), json);
+  EXPECT_EQ(Files(), Arguments{"f.tif"});
+}
+
 } // namespace

@@ -189,4 +189,12 @@ TEST_F(SeluMask, RealVolumeIsMasked) {
   EXPECT_GT(outside, 30000);
 }
 
+TEST_F(SeluMask, TheImageIsNotOverwritten) {
+  WriteSmall();
+  auto const image = Read("a.nrrd");
+  ExpectFailure(Command("Z", "1,1", "1", "0", "./a.nrrd"),
+                "cannot write \"./a.nrrd\": it is the input \"a.nrrd\"");
+  EXPECT_EQ(Read("a.nrrd"), image);
+}
+
 } // namespace

@@ -127,7 +127,6 @@ TEST_F(SeluOutput, BadTargetsAreRefusedBeforeTheWork) {
   ExpectFailure(Synth("a.png", size), "PNG holds no volumes");
   ExpectFailure(Synth("nowhere/a.nrrd", size), "there is no folder \"nowhere\"");
   ExpectFailure(Synth("dir.nrrd", size), "Is a directory");
-  ExpectFailure(Synth("", size), "the ending must be one of");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_EQ(Files(), Arguments{"dir.nrrd"});
 }

@@ -276,4 +276,15 @@ TEST_F(SeluRegions, RealLabelsMeasureAsByHand) {
   }
 }
 
+TEST_F(SeluRegions, NeitherImageIsOverwritten) {
+  WriteNrrd("a.nrrd", "uint8", {2, 2}, std::vector<std::uint8_t>{0, 1, 1, 2});
+  WriteNrrd("b.nrrd", "uint8", {2, 2}, std::vector<std::uint8_t>{5, 6, 7, 8});
+  auto const labels = Read("a.nrrd"), intensity = Read("b.nrrd");
+  ExpectFailure({"regions", "a.nrrd", "-o", "a.nrrd"}, "it is the input \"a.nrrd\"");
+  ExpectFailure({"regions", "a.nrrd", "--intensity", "b.nrrd", "-o", "./b.nrrd"},
+                "cannot write \"./b.nrrd\": it is the input \"b.nrrd\"");
+  EXPECT_EQ(Read("a.nrrd"), labels);
+  EXPECT_EQ(Read("b.nrrd"), intensity);
+}
+
 } // namespace

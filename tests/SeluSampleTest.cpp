@@ -333,8 +333,7 @@ TEST_F(SeluSample, WrongParametersAreRefusedByNameAndValue) {
         StCase{{"fixed", "phi=nan"}, "\"nan\""},
         StCase{{"mixture"}, "file"},
         StCase{{"mixture", "file=none.json"}, "none.json"},
-        StCase{{"flat"}, "no distribution \"flat\""},
-        StCase{{""}, "no distribution \"\""}})
+        StCase{{"flat"}, "no distribution \"flat\""}})
     ExpectFailure(Command(distribution, {"-n", "10", "-o", "a.csv", "--picture", "a.png"}), text);
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
 }
@@ -437,6 +436,14 @@ TEST_F(SeluSample, HelpNamesEveryDistribution) {
     for (auto const& distribution : list)
       EXPECT_NE(help.find("  " + distribution[0] + " "), std::string::npos) << distribution[0];
   EXPECT_NE(help.find("mixture"), std::string::npos);
+}
+
+TEST_F(SeluSample, TheDescriptionOfAMixtureIsNotOverwritten) {
+  std::string const json = R"({"components": [{"weight": 1, "distribution": "isotropic"}]})";
+  Write("m.json", json);
+  ExpectFailure({"sample", "mixture", "file=m.json", "-n", "1", "-o", "./m.json"},
+                "cannot write \"./m.json\": it is the input \"m.json\"");
+  EXPECT_EQ(Read("m.json"), json);
 }
 
 } // namespace

@@ -225,7 +225,10 @@ TEST_F(SeluTexture, PictureIsAPngOfAPageOrAnSvg) {
     EXPECT_GE(height, 700u);
     EXPECT_LE(height, 1400u);
   }
-  (void)Output({"texture", "a.nrrd", "--picture", "p.SVG"});
+  auto const alone = Read("p.png");
+  (void)Output({"texture", "a.nrrd", "--direction", "1,0,0", "--direction", "0,1,0", "--picture",
+                "p.SVG", "--picture", "again.png"});
+  EXPECT_EQ(Read("again.png"), alone) << "of two pictures each is as if it were the only one";
   auto const svg = Read("p.SVG");
   EXPECT_TRUE(svg.starts_with("<?xml")) << svg.substr(0, 80);
   EXPECT_TRUE(svg.find("<svg") != std::string::npos);

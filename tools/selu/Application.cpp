@@ -23,6 +23,17 @@ std::string OneLine(std::string text) {
   return text;
 }
 
+// An empty value, such as that of a variable of the shell that was never set, is no value: it would
+// pass for an option that is not given.
+void RefuseEmptyValues(CLI::App& app) {
+  for (CLI::Option* const option : app.get_options())
+    if (option->get_items_expected_max() > 0)
+      option->check([](std::string const& value) {
+        return std::string(value.empty() ? "the value is empty" : "");
+      });
+  for (CLI::App* const command : app.get_subcommands({})) RefuseEmptyValues(*command);
+}
+
 void AddCommands(CLI::App& app) {
   app.name("selu");
   app.set_version_flag("--version", "selu " SELU_VERSION);
@@ -36,6 +47,7 @@ void AddCommands(CLI::App& app) {
   AddMaskCommand(app);
   AddRegionsCommand(app);
   AddFeatureImageCommand(app);
+  RefuseEmptyValues(app);
 }
 
 // The first argument that should name a command and does not, or an empty text.

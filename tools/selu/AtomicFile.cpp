@@ -151,6 +151,12 @@ void CAtomicFile::CopyInto(fs::path const& device) const {
   if (int const error = to.Close(); error != 0) Fail(error);
 }
 
+void RefuseSameFile(fs::path const& output, fs::path const& input) {
+  std::error_code error; // a file that is missing is no other
+  if (fs::equivalent(output, input, error))
+    throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
+}
+
 void WriteAtomically(fs::path const& target, std::string_view bytes) {
   CAtomicFile file(target);
   file.Write(bytes);

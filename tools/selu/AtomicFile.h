@@ -49,6 +49,9 @@ private:
   std::unique_ptr<CTemporaryName> m_temporary;
 };
 
+/// Refuses, with CAppError, an output that is this input, under whatever name.
+void RefuseSameFile(std::filesystem::path const& output, std::filesystem::path const& input);
+
 /// The whole file under this name, or an exception and nothing changed.
 void WriteAtomically(std::filesystem::path const& target, std::string_view bytes);
 

@@ -81,12 +81,13 @@ void WarnOfUnknown(CValueMap const& features, StOptions const& options) {
   }
 }
 
-CImage Convert(CValueMap const& features, StOptions const& options) {
+CImage Convert(CValueMap features, StOptions const& options) {
   CImage image(ORVA::IMAGE_GREY_F, ORVA::CSize(1, 1));
   try {
     CheckObjects(features, options);
-    ORVA::ConvertObjectBasedFeaturesIntoFeatureImage(options.name, features, options.idKey, image,
-                                                     options.excluded);
+    WarnOfUnknown(features, options);
+    ORVA::ConvertObjectBasedFeaturesIntoFeatureImage(options.name, std::move(features),
+                                                     options.idKey, image, options.excluded);
   } catch (CAppError const& error) {
     throw CAppError(Quoted(options.features) + ": " + error.what());
   } catch (ORVA::CException const& error) {
@@ -147,14 +148,13 @@ void Run(StOptions options) {
   if (options.output == options.csv)
     throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_F, 2);
+  for (auto const& output : {options.output, options.csv}) RefuseSameFile(output, options.features);
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> csv;
   if (!options.csv.empty()) csv.emplace(options.csv);
   options.name = std::filesystem::path(options.features).stem().string();
 
-  CValueMap const features = ReadJsonMap(options.features);
-  CImage const image = Convert(features, options);
-  WarnOfUnknown(features, options);
+  CImage const image = Convert(ReadJsonMap(options.features), options);
 
   // Everything is made before the first file gets its name.
   WriteImage(file, image);

@@ -266,10 +266,8 @@ bool HoldsTheSame(fs::path const& path, ORVA::CImage const& image) {
 } // namespace
 
 void RefuseOverwriting(fs::path const& output, fs::path const& image) {
-  std::error_code error; // a file that is missing is no other
-  for (auto const& input : {image, PixelFile(image, FormatOfFile(image))})
-    if (fs::equivalent(output, input, error))
-      throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
+  RefuseSameFile(output, image);
+  RefuseSameFile(output, PixelFile(image, FormatOfFile(image)));
 }
 
 void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {

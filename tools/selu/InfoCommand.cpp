@@ -1,6 +1,5 @@
 #include "Commands.h"
 #include "ImageFile.h"
-#include "Options.h"
 #include "Output.h"
 #include "Quantise.h"
 #include "Table.h"
@@ -101,10 +100,8 @@ void AddInfoCommand(CLI::App& app) {
       app.add_subcommand("info", "What an image holds, and what its texture would see of it");
   command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
       ->required();
-  command
-      ->add_option("--range", options->range,
-                   "LO,HI: map these values linearly onto the grey levels 0 to 255")
-      ->check(NotEmpty);
+  command->add_option("--range", options->range,
+                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
   command->add_option("--format", options->format, "table or json")
       ->check(CLI::IsMember({"table", "json"}))
       ->capture_default_str();

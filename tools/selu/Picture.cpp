@@ -1,6 +1,7 @@
 #include "Picture.h"
 
 #include "Errors.h"
+#include "FileFormat.h"
 #include "Texts.h"
 
 #include <algorithm>
@@ -84,6 +85,17 @@ std::vector<std::string> Characters(std::string_view text) {
   return characters;
 }
 
+// Texts are as wide on every surface; left to itself, Cairo measures those of the surface for which
+// it first loaded the font.
+void FixFonts(cairo_t* context) {
+  std::unique_ptr<cairo_font_options_t, decltype(&cairo_font_options_destroy)> const options(
+      cairo_font_options_create(), cairo_font_options_destroy);
+  cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
+  cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
+  cairo_set_font_options(context, options.get());
+}
+
 } // namespace
 
 struct CPicture::StCairo {
@@ -104,6 +116,7 @@ CPicture::CPicture(double width, double height, std::string const& ending)
   Check(cairo_surface_status(m_cairo->surface.get()));
   m_cairo->context.reset(cairo_create(m_cairo->surface.get()));
   Check(cairo_status(m_cairo->context.get()));
+  FixFonts(m_cairo->context.get());
   Fill({0, 0, width, height}, c_paper);
 }
 
@@ -298,6 +311,13 @@ std::vector<StTick> LogarithmicTicks(double high) {
   if (ticks.empty() || ticks.back().text != Rounded(high, 10))
     ticks.push_back({1, Rounded(high, 10)});
   return ticks;
+}
+
+CAtomicFile OpenPicture(std::filesystem::path const& path) {
+  std::string const ending = EndingOf(path);
+  if (ending != ".png" && ending != ".svg")
+    throw CAppError("cannot write " + Quoted(path) + ": a picture ends in .png or .svg");
+  return CAtomicFile(path);
 }
 
 } // namespace selu

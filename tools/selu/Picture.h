@@ -6,6 +6,7 @@
 //   std::string bytes = picture.Finish();               // the PNG or SVG file
 #pragma once
 
+#include "AtomicFile.h"
 #include "Colours.h"
 
 #include <memory>
@@ -89,5 +90,9 @@ private:
 
   std::unique_ptr<StCairo> m_cairo;
 };
+
+/// The file for a picture; throws CAppError for an ending other than .png and .svg, and as
+/// CAtomicFile does.
+[[nodiscard]] CAtomicFile OpenPicture(std::filesystem::path const& path);
 
 } // namespace selu

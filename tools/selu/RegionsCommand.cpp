@@ -172,6 +172,8 @@ std::string Measure(StOptions const& options) {
 
 void Run(StOptions const& options) {
   CheckOptions(options);
+  RefuseOverwriting(options.output, options.labels);
+  if (!options.intensity.empty()) RefuseOverwriting(options.output, options.intensity);
   CAtomicFile file(options.output);
   file.Write(Measure(options));
   file.Commit();

@@ -4,6 +4,7 @@
 #include "Errors.h"
 #include "FileFormat.h"
 #include "Output.h"
+#include "Picture.h"
 #include "Progress.h"
 #include "SamplePicture.h"
 #include "SampleStatistics.h"
@@ -68,14 +69,6 @@ EnSampleFormat FormatOf(StOptions const& options) {
   }
   if (name == "json") return EnSampleFormat::Json;
   return name == "npy" ? EnSampleFormat::Npy : EnSampleFormat::Csv;
-}
-
-std::optional<CAtomicFile> OpenPicture(std::string const& path) {
-  if (path.empty()) return std::nullopt;
-  std::string const ending = EndingOf(path);
-  if (ending != ".png" && ending != ".svg")
-    throw CAppError("cannot write " + Quoted(path) + ": a picture ends in .png or .svg");
-  return std::optional<CAtomicFile>(std::in_place, path);
 }
 
 // Components of a sample, and how a rotation becomes them.
@@ -209,13 +202,16 @@ void Run(StOptions const& options) {
   if (job.format == EnSampleFormat::Npy && options.output.empty() && job.writes &&
       ::isatty(STDOUT_FILENO) == 1)
     throw CUsageError("the format npy is not for terminals: name a file with -o");
+  for (auto const& [parameter, file] : job.parameters.Given())
+    if (parameter == "file")
+      for (auto const& output : {options.output, options.picture}) RefuseSameFile(output, file);
   // Parameters are refused before any file is touched.
   if (isScalar)
     (void)MakeScalar(job.parameters);
   else
     (void)MakeRotations(job.parameters);
   if (!options.output.empty()) job.file.emplace(options.output);
-  job.picture = OpenPicture(options.picture);
+  if (!options.picture.empty()) job.picture = OpenPicture(options.picture);
   if (isScalar)
     SampleScalars(job);
   else

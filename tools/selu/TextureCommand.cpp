@@ -4,8 +4,8 @@
 #include "Errors.h"
 #include "FileFormat.h"
 #include "Memory.h"
-#include "Options.h"
 #include "Output.h"
+#include "Picture.h"
 #include "Progress.h"
 #include "Texts.h"
 #include "Texture.h"
@@ -24,8 +24,8 @@ using ORVA::CSize;
 using ORVA::int64;
 
 struct StOptions {
-  std::string image, range, format = "table", matrix, picture;
-  std::vector<std::string> directions;
+  std::string image, range, format = "table", matrix;
+  std::vector<std::string> directions, pictures;
   bool all = false;
 };
 
@@ -89,13 +89,13 @@ std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
   return std::optional<CAtomicFile>(std::in_place, options.matrix);
 }
 
-std::optional<CAtomicFile> OpenPicture(StOptions const& options) {
-  if (options.picture.empty()) return std::nullopt;
-  std::string const ending = EndingOf(options.picture);
-  if (ending != ".png" && ending != ".svg")
-    throw CAppError("cannot write " + Quoted(options.picture) + ": a picture ends in .png or .svg");
-  RefuseOverwriting(options.picture, options.image);
-  return std::optional<CAtomicFile>(std::in_place, options.picture);
+std::vector<CAtomicFile> OpenPictures(StOptions const& options) {
+  std::vector<CAtomicFile> pictures;
+  for (auto const& path : options.pictures) {
+    RefuseOverwriting(path, options.image);
+    pictures.push_back(OpenPicture(path));
+  }
+  return pictures;
 }
 
 std::string Formatted(StOptions const& options, StTexture const& texture) {
@@ -115,15 +115,15 @@ void Run(StOptions const& options) {
   texture.pixel = header.pixel;
   auto const directions = FitDirections(options, std::move(given), header.size);
   auto matrix = OpenMatrix(options);
-  auto picture = OpenPicture(options);
+  auto pictures = OpenPictures(options);
 
   Compute(texture, ReadGrey(options.image, texture.range), directions);
 
   // Everything is made before the first file gets its name.
   if (matrix) WriteImage(*matrix, texture.matrices);
-  if (picture) picture->Write(DrawTexture(texture, EndingOf(options.picture)));
+  for (auto& picture : pictures) picture.Write(DrawTexture(texture, EndingOf(picture.Target())));
   if (matrix) matrix->Commit();
-  if (picture) picture->Commit();
+  for (auto& picture : pictures) picture.Commit();
   PrintOut(Formatted(options, texture));
 }
 
@@ -142,22 +142,19 @@ void AddTextureCommand(CLI::App& app) {
       ->expected(1);
   command->add_flag("--all-directions", options->all,
                     "the 13 directions to the neighbours, in 2D 4; taken when no other is given");
-  command
-      ->add_option("--range", options->range,
-                   "LO,HI: map these values linearly onto the grey levels 0 to 255")
-      ->check(NotEmpty);
+  command->add_option("--range", options->range,
+                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
   command->add_option("--format", options->format, "table, json or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}))
       ->capture_default_str();
+  command->add_option("--matrix", options->matrix,
+                      "write the counts as an image (.nrrd, .mha, .nii.gz): C[i][j] of direction s "
+                      "at x = s, y = i, z = j");
   command
-      ->add_option("--matrix", options->matrix,
-                   "write the counts as an image (.nrrd, .mha, .nii.gz): C[i][j] of direction s "
-                   "at x = s, y = i, z = j")
-      ->check(NotEmpty);
-  command
-      ->add_option("--picture", options->picture,
-                   "draw the matrices and the features (.png or .svg)")
-      ->check(NotEmpty);
+      ->add_option("--picture", options->pictures,
+                   "draw the matrices and the features (.png or .svg); may be given repeatedly")
+      ->take_all()
+      ->expected(1);
   command->footer(
       "Grey levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
       "floating-point pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are "
