@@ -1,0 +1,74 @@
+// The pieces of docs/guide.md about walks, each in a function of its own.
+
+#include <SeluBase/Neighborhood.h>
+#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/ImageWalker.h>
+#include <SeluUtils/PlaneSection.h>
+#include <SeluUtils/PolygonVisitor.h>
+#include <SeluUtils/Walker.h>
+#include <pxlib2image/Image.h>
+
+#include <cstdint>
+#include <iostream>
+#include <ranges>
+#include <vector>
+
+using namespace ORVA;
+
+static std::uint8_t const& At(CImageAccess const& access, CTriple<int64> const& p) {
+  return *reinterpret_cast<std::uint8_t const*>(access.Base() + p.x * access.Stride(0) +
+                                                p.y * access.Stride(1) + p.z * access.Stride(2));
+}
+
+static void Profile(CImage const& image) {
+  CImageAccess const access = image.CreateAccess(false);
+  CTriple<int64> const from(-20, 0, 3), to(200, 90, 40);
+  CBresenhamVisitorSelect line(from, to, 3, NEIGHBORHOOD_26, true);
+  line.SetImageSize(image.Size()); // from here on only what lies inside the image
+  int64 sum = 0;
+  for (CTriple<int64> const& p : Points(line)) sum += At(access, p);
+  std::cout << line.Steps() + 1 << " voxels, their sum " << sum << '\n';
+}
+
+static void Ranges() {
+  CTriple<int64> const from(0, 0, 0), to(30, 12, 0);
+  CBresenhamVisitor line(from, to, 2, NEIGHBORHOOD_4, true);
+  auto const isEven = [](CTriple<int64> const& p) { return p.x % 2 == 0; };
+  auto const even = std::ranges::distance(Points(line) | std::views::filter(isEven));
+  line.Reset();
+  std::cout << even << " of " << std::ranges::distance(Points(line)) << " points\n";
+}
+
+static void Areas(CImage const& image) {
+  std::vector<CTriple<int64>> const outline{
+      {2, 2, 0}, {60, 2, 0}, {60, 50, 0}, {31, 20, 0}, {2, 50, 0}};
+  CImageAccess const access = image.CreateAccess(false);
+  CPolygonVisitor area(outline, 2, NEIGHBORHOOD_8, true);
+  double sum = 0;
+  for (auto const& p : Points(area)) sum += At(access, p);
+  std::cout << "mean " << sum / static_cast<double>(area.Steps()) << '\n';
+
+  CPlaneSection section(CTriple<double>(1, 2, 2), 150.0); // x + 2y + 2z = 150
+  section.SetImageSize(image.Size());
+  std::cout << section.Steps() << " voxels in the section\n";
+}
+
+static void Boxes(CImage const& image) {
+  CWindowVisitor window({10, 10, 10}, {19, 19, 1000});
+  window.SetImageSize(image.Size());
+  std::cout << window.Steps() << " voxels up to z = " << window.High().z << '\n';
+
+  CDirectionalVisitor lines({0, 0, 0}, {99, 99, 99}, {1, 1, 0}); // every voxel, line by line
+  lines.SetImageSize(image.Size());
+  std::cout << std::ranges::distance(Points(lines)) << " voxels\n";
+}
+
+int main() {
+  CImage image(IMAGE_GREY_8, CSize(64, 64, 64));
+  auto const access = image.CreateAccess(true);
+  for (std::size_t i = 0; i < image.Bytes(); ++i) access.WritableBase()[i] = std::byte(i * 7);
+  Profile(image);
+  Ranges();
+  Areas(image);
+  Boxes(image);
+}
