@@ -15,27 +15,22 @@ constexpr std::array<char const*, 5> c_fixedKeys = {"maximum label", "no. of obj
 
 } // namespace
 
-CValue_Key::CValue_Key(char const* text) {
+CValue_Key::CValue_Key(char const* text) : m_isText(true) {
   if (text == nullptr)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
                         "key text is null");
-  m_content = std::string(text);
+  m_text = text;
 }
 
-CValue_Key::CValue_Key(EnFixedKey key) {
+CValue_Key::CValue_Key(EnFixedKey key) : m_isText(true) {
   auto const index = static_cast<std::size_t>(key);
   if (index >= c_fixedKeys.size())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
                         CString("there is no fixed key %1").Arg(static_cast<int>(key)));
-  m_content = std::string(c_fixedKeys[index]);
+  m_text = c_fixedKeys[index];
 }
 
-std::string CValue_Key::ToString() const { return IsText() ? Text() : std::to_string(Number()); }
-
-std::string const& CValue_Key::NoText() noexcept {
-  static std::string const none;
-  return none;
-}
+std::string CValue_Key::ToString() const { return m_isText ? m_text : std::to_string(m_number); }
 
 void CValue_Key::RaiseTooLarge(uint64 number) {
   CString message("key %1 is larger than the largest 64-bit signed integer");

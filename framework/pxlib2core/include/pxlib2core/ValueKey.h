@@ -13,7 +13,6 @@
 #include <concepts>
 #include <string>
 #include <utility>
-#include <variant>
 
 namespace ORVA {
 
@@ -26,28 +25,22 @@ class PXLIB2CORE_EXPORT CValue_Key {
 public:
   /// Throws CExBadParam for a null pointer.
   CValue_Key(char const* text);
-  CValue_Key(std::string text) noexcept : m_content(std::move(text)) {}
+  CValue_Key(std::string text) : m_isText(true), m_text(std::move(text)) {}
   CValue_Key(CString const& text) : CValue_Key(text.Std()) {}
   /// The text of that fixed key, such as "maximum label".
   CValue_Key(EnFixedKey key);
   /// Throws CExBadParam for an unsigned number beyond the int64 range.
   template <std::integral T>
   requires(!std::same_as<T, bool> && !std::same_as<T, char>) CValue_Key(T number)
-      : m_content(static_cast<int64>(number)) {
+      : m_number(static_cast<int64>(number)) {
     if (!std::in_range<int64>(number)) RaiseTooLarge(static_cast<uint64>(number));
   }
 
-  [[nodiscard]] bool IsText() const noexcept { return m_content.index() == 1; }
+  [[nodiscard]] bool IsText() const noexcept { return m_isText; }
   /// The number; 0 for a text key.
-  [[nodiscard]] int64 Number() const noexcept {
-    auto const* const number = std::get_if<int64>(&m_content);
-    return number != nullptr ? *number : 0;
-  }
+  [[nodiscard]] int64 Number() const noexcept { return m_number; }
   /// The text; empty for a number key.
-  [[nodiscard]] std::string const& Text() const noexcept {
-    auto const* const text = std::get_if<std::string>(&m_content);
-    return text != nullptr ? *text : NoText();
-  }
+  [[nodiscard]] std::string const& Text() const noexcept { return m_text; }
   /// The text itself, or the number in decimal.
   [[nodiscard]] std::string ToString() const;
 
@@ -55,17 +48,17 @@ public:
     return (a <=> b) == 0;
   }
   friend std::strong_ordering operator<=>(CValue_Key const& a, CValue_Key const& b) noexcept {
-    if (a.IsText() != b.IsText()) return a.IsText() <=> b.IsText();
-    if (!a.IsText()) return a.Number() <=> b.Number();
-    return a.Text().compare(b.Text()) <=> 0;
+    if (a.m_isText != b.m_isText) return a.m_isText <=> b.m_isText;
+    if (!a.m_isText) return a.m_number <=> b.m_number;
+    return a.m_text.compare(b.m_text) <=> 0;
   }
 
 private:
   [[noreturn]] static void RaiseTooLarge(uint64 number);
 
-  [[nodiscard]] static std::string const& NoText() noexcept;
-
-  std::variant<int64, std::string> m_content;
+  bool m_isText = false;
+  int64 m_number = 0;
+  std::string m_text;
 };
 
 } // namespace ORVA
