@@ -1,0 +1,120 @@
+// Areas filled between marked borders: any list of corners, and exactly for convex outlines.
+#include "Fuzzing.h"
+
+#include <SeluUtils/AreaVisitor.h>
+
+using namespace ORVA;
+using namespace fuzz;
+
+namespace {
+
+// Borders take memory for each of their points: the library allows 2^31 of them, this target few.
+constexpr uint64 c_mostSpread = 2000;
+
+int64 Side(Point const& a, Point const& b, Point const& p) {
+  return (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+}
+
+void AddHullSide(PointList& hull, std::size_t from, Point const& p) {
+  while (hull.size() >= from + 2 && Side(hull[hull.size() - 2], hull.back(), p) <= 0) hull.pop_back();
+  hull.push_back(p);
+}
+
+// Counter-clockwise from the smallest point, corners only (Andrew's monotone chain).
+PointList Hull(PointList points) {
+  points = Sorted(std::move(points));
+  points.erase(std::unique(points.begin(), points.end()), points.end());
+  if (points.size() < 3) return points;
+  PointList hull;
+  for (auto const& p : points) AddHullSide(hull, 0, p);
+  std::size_t const lower = hull.size() - 1;
+  for (std::size_t k = points.size() - 1; k-- > 0;) AddHullSide(hull, lower, points[k]);
+  hull.pop_back();
+  return hull;
+}
+
+// 1 strictly inside, 0 on the outline, -1 outside.
+int Place(PointList const& hull, Point const& p) {
+  int place = 1;
+  for (std::size_t k = 0; k < hull.size(); ++k) {
+    int64 const side = Side(hull[k], hull[(k + 1) % hull.size()], p);
+    if (side < 0) return -1;
+    if (side == 0) place = 0;
+  }
+  return place;
+}
+
+// A point of the plane in space, so that the area becomes one in a plane x, y or z = const.
+Point Laid(Point const& p, int64 axis, int64 height) {
+  if (axis == 0) return {height, p.x, p.y};
+  if (axis == 1) return {p.x, height, p.y};
+  return {p.x, p.y, height};
+}
+
+// The walk with border takes in every lattice point of the outline, the one without only inner
+// points; no point comes twice.
+void CheckConvex(CInput& input) {
+  int64 const reach = input.Flag() ? 12 : 60;
+  PointList hull = Hull(input.List(12, [&] {
+    Point const p = input.SmallPoint(reach);
+    return Point(p.x, p.y, 0);
+  }));
+  if (hull.size() < 3) return;
+  auto const box = BoxOf(hull);
+  int64 const axis = input.Between(0, 2), height = input.Integer();
+  bool const isSpatial = input.Flag(), isWithBorder = input.Flag();
+  static constexpr std::array<int64, 4> flat = {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2,
+                                                NEIGHBORHOOD_8};
+  static constexpr std::array<int64, 2> spatial = {NEIGHBORHOOD_6, NEIGHBORHOOD_26};
+  int64 const neighborhood = isSpatial ? input.OneOf(spatial) : input.OneOf(flat);
+  int64 const plane = isSpatial ? axis : 2;
+  PointList corners;
+  for (auto const& p : hull) corners.push_back(Laid(p, plane, height));
+  auto const first = corners.begin() + static_cast<std::ptrdiff_t>(input.Count(2));
+  std::rotate(corners.begin(), first, corners.end());
+  if (input.Flag()) std::ranges::reverse(corners);
+
+  CBresenhamAreaVisitor const area(corners, isSpatial ? 3 : 2, neighborhood, isWithBorder);
+  Require(corners.empty(), "the corners were taken over");
+  PointList const points = Sorted(CheckWalk(area));
+  Require(std::ranges::adjacent_find(points) == points.end(), "an area has each point once");
+  for (int64 x = box.low.x; x <= box.high.x; ++x)
+    for (int64 y = box.low.y; y <= box.high.y; ++y) {
+      int const place = Place(hull, {x, y, 0});
+      bool const isVisited =
+          std::ranges::binary_search(points, Laid({x, y, 0}, plane, height), InOrder);
+      Require(!isWithBorder || place < 0 || isVisited, "an area with border is filled");
+      Require(isWithBorder || place > 0 || !isVisited, "an area without border is inside");
+    }
+}
+
+void CheckAny(CInput& input) {
+  bool const isFar = input.Flag(), isFlat = input.Flag();
+  int64 const reach = input.Flag() ? 6 : 200;
+  PointList corners = input.List(10, [&] { return isFar ? input.AnyPoint() : input.SmallPoint(reach); });
+  if (isFlat)
+    for (auto& p : corners) p.z = corners.front().z;
+  auto const spread = Spread(corners);
+  bool const isTooFar = spread > std::numeric_limits<std::int32_t>::max();
+  if (spread > c_mostSpread && !isTooFar) return;
+  int64 const dimension = input.Between(0, 4), neighborhood = input.Neighborhood();
+  bool const isWithBorder = input.Flag();
+  PointList const kept = corners;
+  auto const area = Try([&] {
+    return CBresenhamAreaVisitor(corners, dimension, neighborhood, isWithBorder);
+  });
+  if (!area) return Require(corners == kept, "an area that is refused leaves its corners alone");
+  Require(corners.empty(), "the corners were taken over");
+  Require(kept.size() < 2 || !isTooFar || (kept.size() == 2 && !isWithBorder),
+          "corners too far apart are refused");
+  PointList const points = CheckWalk(*area);
+  if (!kept.empty()) RequireInside(points, BoxOf(kept), "an area lies in the box of its corners");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  CInput input(data, size);
+  input.Flag() ? CheckConvex(input) : CheckAny(input);
+  return 0;
+}
