@@ -16,7 +16,8 @@ int64 Side(Point const& a, Point const& b, Point const& p) {
 }
 
 void AddHullSide(PointList& hull, std::size_t from, Point const& p) {
-  while (hull.size() >= from + 2 && Side(hull[hull.size() - 2], hull.back(), p) <= 0) hull.pop_back();
+  while (hull.size() >= from + 2 && Side(hull[hull.size() - 2], hull.back(), p) <= 0)
+    hull.pop_back();
   hull.push_back(p);
 }
 
@@ -33,15 +34,11 @@ PointList Hull(PointList points) {
   return hull;
 }
 
-// 1 strictly inside, 0 on the outline, -1 outside.
-int Place(PointList const& hull, Point const& p) {
-  int place = 1;
-  for (std::size_t k = 0; k < hull.size(); ++k) {
-    int64 const side = Side(hull[k], hull[(k + 1) % hull.size()], p);
-    if (side < 0) return -1;
-    if (side == 0) place = 0;
-  }
-  return place;
+// Inside or on the outline.
+bool IsInside(PointList const& hull, Point const& p) {
+  for (std::size_t k = 0; k < hull.size(); ++k)
+    if (Side(hull[k], hull[(k + 1) % hull.size()], p) < 0) return false;
+  return true;
 }
 
 // A point of the plane in space, so that the area becomes one in a plane x, y or z = const.
@@ -51,8 +48,14 @@ Point Laid(Point const& p, int64 axis, int64 height) {
   return {p.x, p.y, height};
 }
 
-// The walk with border takes in every lattice point of the outline, the one without only inner
-// points; no point comes twice.
+// Whether neither the border's digital lines nor the outermost columns can take the point in.
+bool IsDeepInside(PointList const& hull, Point const& p) {
+  static constexpr std::array<Point, 4> around = {{{-1, 0, 0}, {1, 0, 0}, {0, -2, 0}, {0, 2, 0}}};
+  return std::ranges::all_of(around, [&](Point const& step) { return IsInside(hull, p + step); });
+}
+
+// The walk with border takes in every lattice point of the outline, the one without at least those
+// well inside; no point comes twice. (Both may go beyond the outline, along its digital lines.)
 void CheckConvex(CInput& input) {
   int64 const reach = input.Flag() ? 12 : 60;
   PointList hull = Hull(input.List(12, [&] {
@@ -80,18 +83,18 @@ void CheckConvex(CInput& input) {
   Require(std::ranges::adjacent_find(points) == points.end(), "an area has each point once");
   for (int64 x = box.low.x; x <= box.high.x; ++x)
     for (int64 y = box.low.y; y <= box.high.y; ++y) {
-      int const place = Place(hull, {x, y, 0});
       bool const isVisited =
           std::ranges::binary_search(points, Laid({x, y, 0}, plane, height), InOrder);
-      Require(!isWithBorder || place < 0 || isVisited, "an area with border is filled");
-      Require(isWithBorder || place > 0 || !isVisited, "an area without border is inside");
+      bool const isDue = isWithBorder ? IsInside(hull, {x, y, 0}) : IsDeepInside(hull, {x, y, 0});
+      Require(isVisited || !isDue, "an area is filled");
     }
 }
 
 void CheckAny(CInput& input) {
   bool const isFar = input.Flag(), isFlat = input.Flag();
   int64 const reach = input.Flag() ? 6 : 200;
-  PointList corners = input.List(10, [&] { return isFar ? input.AnyPoint() : input.SmallPoint(reach); });
+  PointList corners =
+      input.List(10, [&] { return isFar ? input.AnyPoint() : input.SmallPoint(reach); });
   if (isFlat)
     for (auto& p : corners) p.z = corners.front().z;
   auto const spread = Spread(corners);
@@ -100,9 +103,8 @@ void CheckAny(CInput& input) {
   int64 const dimension = input.Between(0, 4), neighborhood = input.Neighborhood();
   bool const isWithBorder = input.Flag();
   PointList const kept = corners;
-  auto const area = Try([&] {
-    return CBresenhamAreaVisitor(corners, dimension, neighborhood, isWithBorder);
-  });
+  auto const area =
+      Try([&] { return CBresenhamAreaVisitor(corners, dimension, neighborhood, isWithBorder); });
   if (!area) return Require(corners == kept, "an area that is refused leaves its corners alone");
   Require(corners.empty(), "the corners were taken over");
   Require(kept.size() < 2 || !isTooFar || (kept.size() == 2 && !isWithBorder),

@@ -2,9 +2,8 @@
 //
 //   extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
 //     fuzz::CInput input(data, size);
-//     auto const walker = fuzz::Try([&] { return CWindowVisitor(input.Point(9), input.Point(9)); });
-//     if (walker) fuzz::CheckWalk(*walker);
-//     return 0;
+//     auto const walker = fuzz::Try([&] { return CWindowVisitor(input.Point(9), input.Point(9));
+//     }); if (walker) fuzz::CheckWalk(*walker); return 0;
 //   }
 #pragma once
 
@@ -80,7 +79,9 @@ public:
   bool Flag() { return (Byte() & 1) != 0; }
   std::uint8_t Byte() { return m_bytes.ConsumeIntegral<std::uint8_t>(); }
   int64 Between(int64 low, int64 high) { return m_bytes.ConsumeIntegralInRange<int64>(low, high); }
-  std::size_t Count(std::size_t most) { return m_bytes.ConsumeIntegralInRange<std::size_t>(0, most); }
+  std::size_t Count(std::size_t most) {
+    return m_bytes.ConsumeIntegralInRange<std::size_t>(0, most);
+  }
   template <class T, std::size_t N>
   T const& OneOf(std::array<T, N> const& choices) {
     return choices[m_bytes.ConsumeIntegralInRange<std::size_t>(0, N - 1)];
@@ -112,16 +113,31 @@ public:
   /// Any double: small multiples of 1/8, special values, or eight bytes as they come.
   double Real() {
     static constexpr double c_inf = std::numeric_limits<double>::infinity();
-    static constexpr std::array<double, 18> special = {
-        c_inf,   -c_inf,    std::numeric_limits<double>::quiet_NaN(), -0.0,  1e-300, -1e300, 1e300,
-        5e-324,  2.2e-308,  1.7976931348623157e308,                   1e-12, 0.5,    1 / 3., 1e9,
-        -1.5e10, 0x1p53,    0x1p63,                                   -0x1p63};
+    static constexpr std::array<double, 18> special = {c_inf,
+                                                       -c_inf,
+                                                       std::numeric_limits<double>::quiet_NaN(),
+                                                       -0.0,
+                                                       1e-300,
+                                                       -1e300,
+                                                       1e300,
+                                                       5e-324,
+                                                       2.2e-308,
+                                                       1.7976931348623157e308,
+                                                       1e-12,
+                                                       0.5,
+                                                       1 / 3.,
+                                                       1e9,
+                                                       -1.5e10,
+                                                       0x1p53,
+                                                       0x1p63,
+                                                       -0x1p63};
     auto const kind = Byte();
     if (kind < 160) return static_cast<double>(static_cast<std::int8_t>(Byte())) / 8;
     if (kind < 220) return special[kind % special.size()];
     auto const bits = m_bytes.ConsumeIntegral<uint64>();
     double value = 0;
-    std::copy_n(reinterpret_cast<char const*>(&bits), sizeof value, reinterpret_cast<char*>(&value));
+    std::copy_n(reinterpret_cast<char const*>(&bits), sizeof value,
+                reinterpret_cast<char*>(&value));
     return value;
   }
   CTriple<double> RealTriple() {
@@ -130,9 +146,10 @@ public:
   }
   /// One of the eight codes, or now and then any other number.
   int64 Neighborhood() {
-    static constexpr std::array<int64, 8> codes = {
-        ORVA::NEIGHBORHOOD_4, ORVA::NEIGHBORHOOD_6_1,  ORVA::NEIGHBORHOOD_6_2,  ORVA::NEIGHBORHOOD_8,
-        ORVA::NEIGHBORHOOD_6, ORVA::NEIGHBORHOOD_14_1, ORVA::NEIGHBORHOOD_14_2, ORVA::NEIGHBORHOOD_26};
+    static constexpr std::array<int64, 8> codes = {ORVA::NEIGHBORHOOD_4,    ORVA::NEIGHBORHOOD_6_1,
+                                                   ORVA::NEIGHBORHOOD_6_2,  ORVA::NEIGHBORHOOD_8,
+                                                   ORVA::NEIGHBORHOOD_6,    ORVA::NEIGHBORHOOD_14_1,
+                                                   ORVA::NEIGHBORHOOD_14_2, ORVA::NEIGHBORHOOD_26};
     auto const kind = Byte();
     return kind < 240 ? codes[kind % codes.size()] : Integer();
   }

@@ -27,9 +27,9 @@ bool Same(CValue const& a, CValue const& b) {
   if (a.Type() != b.Type()) return false;
   switch (a.Type()) {
   case CValue::EnType::Double:
-    return std::isnan(a.Double()) ? std::isnan(b.Double())
-                                  : a.Double() == b.Double() &&
-                                        std::signbit(a.Double()) == std::signbit(b.Double());
+    return std::isnan(a.Double())
+               ? std::isnan(b.Double())
+               : a.Double() == b.Double() && std::signbit(a.Double()) == std::signbit(b.Double());
   case CValue::EnType::Map:
     return Same(a.Map(), b.Map());
   case CValue::EnType::Vector:

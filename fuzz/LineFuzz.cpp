@@ -99,8 +99,7 @@ StLine TakeLine(CInput& input) {
 // The moves and points of a line with end points whose lengths are those of the difference.
 void CheckPoints(StLine const& line, Point const& difference, PointList const& points) {
   Require(points.front() == line.from, "a line begins at its start");
-  Require(points.size() == c_longest ||
-              points.back() - points.front() == difference,
+  Require(points.size() == c_longest || points.back() - points.front() == difference,
           "a line ends at its end");
   for (std::size_t k = 1; k < points.size(); ++k) {
     Point const move = points[k] - points[k - 1];
@@ -138,14 +137,16 @@ void CheckSelection(CInput& input, StLine const& line, PointList const& whole) {
                   {size.x - 1, line.dimension < 2 ? line.from.y : size.y - 1,
                    line.dimension < 3 ? line.from.z : size.z - 1}};
   auto const isInside = [&](Point const& p) {
-    return p.x >= 0 && p.x <= box.high.x && (line.dimension < 2 || (p.y >= 0 && p.y <= box.high.y)) &&
+    return p.x >= 0 && p.x <= box.high.x &&
+           (line.dimension < 2 || (p.y >= 0 && p.y <= box.high.y)) &&
            (line.dimension < 3 || (p.z >= 0 && p.z <= box.high.z));
   };
   PointList const selected = CheckWalk(select, static_cast<uint64>(select.Steps()) + 1);
   auto const first = std::ranges::find_if(whole, isInside);
   auto const last = std::find_if_not(first, whole.end(), isInside);
   if (first == whole.end())
-    Require(selected == PointList{whole.back()}, "a line that never enters hands out its last point");
+    Require(selected == PointList{whole.back()},
+            "a line that never enters hands out its last point");
   else
     Require(std::equal(selected.begin(), selected.end(), first, last),
             "the selection is the first run of points inside");

@@ -43,7 +43,9 @@ StSolid TakeSolid(CInput& input) {
   return solid;
 }
 
-bool IsNumbered(Point const& p) { return p.x >= 0 && p.x <= std::numeric_limits<std::int32_t>::max(); }
+bool IsNumbered(Point const& p) {
+  return p.x >= 0 && p.x <= std::numeric_limits<std::int32_t>::max();
+}
 
 // The points of the box [0, 4]^3 or so: a solid that must be filled to the last voxel.
 void CheckCuboid(CInput& input) {
@@ -95,10 +97,9 @@ void CheckSolid(CInput& input) {
   if (Spread(all) > c_mostSpread && isNumbered) return;
   StSolid taken = kept;
   auto const solid = Try([&] {
-    return kept.isPath
-               ? CBresenhamVolumeVisitor(taken.from, taken.neighborhood, taken.isWithBorder)
-               : CBresenhamVolumeVisitor(taken.from, taken.to, taken.neighborhood,
-                                         taken.isWithBorder);
+    return kept.isPath ? CBresenhamVolumeVisitor(taken.from, taken.neighborhood, taken.isWithBorder)
+                       : CBresenhamVolumeVisitor(taken.from, taken.to, taken.neighborhood,
+                                                 taken.isWithBorder);
   });
   if (!solid)
     return Require(taken.from == kept.from && taken.to == kept.to,

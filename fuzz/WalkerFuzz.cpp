@@ -19,7 +19,9 @@ PointList RasterOrder(Point const& low, Point const& high) {
   return points;
 }
 
-PointList ImagePoints(Point const& size) { return RasterOrder({0, 0, 0}, size + Point(-1, -1, -1)); }
+PointList ImagePoints(Point const& size) {
+  return RasterOrder({0, 0, 0}, size + Point(-1, -1, -1));
+}
 
 Point TakeSize(CInput& input) { return input.PointBetween(-1, 20); }
 
@@ -78,8 +80,7 @@ void CheckBadDirection(CInput& input) {
   Point const direction = input.AnyPoint();
   auto const isUnit = [](int64 c) { return -1 <= c && c <= 1; };
   bool const isValid = isUnit(direction.x) && isUnit(direction.y) && isUnit(direction.z);
-  auto const walker =
-      Try([&] { return CDirectionalVisitor(Point(), Point(5, 5, 5), direction); });
+  auto const walker = Try([&] { return CDirectionalVisitor(Point(), Point(5, 5, 5), direction); });
   Require(walker.has_value() == isValid, "directions have the components -1, 0 and 1");
 }
 
