@@ -9,7 +9,7 @@ using namespace fuzz;
 namespace {
 
 // Borders take memory for each of their points: the library allows 2^31 of them, this target few.
-constexpr uint64 c_mostSpread = 2000;
+constexpr uint64 c_mostSpread = 500;
 
 int64 Side(Point const& a, Point const& b, Point const& p) {
   return (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
@@ -113,10 +113,44 @@ void CheckAny(CInput& input) {
   if (!kept.empty()) RequireInside(points, BoxOf(kept), "an area lies in the box of its corners");
 }
 
+// The areas by themselves, along paths that the facade would turn and close.
+template <class Area>
+void CheckPath(CInput& input) {
+  int64 const reach = input.Flag() ? 6 : 60;
+  PointList path = input.List(10, [&] { return input.SmallPoint(reach); });
+  if (std::is_same_v<Area, Impl::CBresenhamAreaVisitor2D>)
+    for (auto& p : path) p.z = path.front().z;
+  if (input.Flag() && !path.empty()) path.push_back(path.front());
+  int64 const neighborhood = input.Neighborhood();
+  bool const isWithBorder = input.Flag();
+  auto area = Try([&] { return Area(path, neighborhood, isWithBorder); });
+  if (!area) return;
+  auto const expected = static_cast<std::size_t>(std::min<uint64>(area->Steps(), c_longest));
+  Area copy = *area;
+  PointList const points = Walk(*area, expected + 1);
+  Require(points.size() == expected || expected == c_longest,
+          "an area hands out as many points as it counts");
+  Require(Walk(copy, expected + 1) == points, "a copy walks like its original");
+  area->Reset();
+  Require(Walk(*area, expected + 1) == points, "an area that is reset repeats itself");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   CInput input(data, size);
-  input.Flag() ? CheckConvex(input) : CheckAny(input);
+  switch (input.Between(0, 3)) {
+  case 0:
+    CheckConvex(input);
+    break;
+  case 1:
+    CheckPath<Impl::CBresenhamAreaVisitor2D>(input);
+    break;
+  case 2:
+    CheckPath<Impl::CBresenhamAreaVisitor3D>(input);
+    break;
+  default:
+    CheckAny(input);
+  }
   return 0;
 }

@@ -13,7 +13,7 @@ using namespace fuzz;
 namespace {
 
 // A line takes 8 to 40 bytes a move: the library allows 2^31 moves, this target memory for few.
-constexpr int64 c_mostMoves = 20'000;
+constexpr int64 c_mostMoves = 3000;
 
 struct StLine {
   Point from, to;
@@ -199,21 +199,61 @@ void CheckCore(CInput& input) {
     Require(step < line->LastStep() || line->Step(step) == Point(), "no move past the end");
 }
 
+// The same by the walks over the core: from the origin, and the part inside an image.
+void CheckMask(CInput& input) {
+  Point const d = input.Flag() ? input.AnyPoint() : input.SmallPoint(40);
+  if (LengthSum(3, d) > c_mostMoves) return;
+  int64 const mask = input.Between(-2, 9);
+  auto const walker = Try([&] { return CBresenhamVisitor(d, mask); });
+  Require(walker.has_value() == (mask >= 0 && mask <= 7), "the masks are 0 to 7");
+  if (!walker) return;
+  PointList const points = CheckWalk(*walker, static_cast<uint64>(walker->Steps()) + 1);
+  CBresenhamVisitorSelect select(d, mask);
+  select.SetImageSize(CSize(input.Between(0, 50), input.Between(0, 50), input.Between(0, 50)));
+  PointList const selected = CheckWalk(select, static_cast<uint64>(select.Steps()) + 1);
+  Require(std::search(points.begin(), points.end(), selected.begin(), selected.end()) !=
+              points.end(),
+          "a selection is a part of its line");
+}
+
+void CheckPlaneCore(CInput& input) {
+  int64 const dx = input.Integer(), dy = input.Integer(), neighborhood = input.Neighborhood();
+  if (LengthSum(2, {dx, dy, 0}) > c_mostMoves) return;
+  auto line = Try([&] { return Impl::CBresenhamVisitor2D(dx, dy, neighborhood); });
+  Require(line.has_value() == Is2D(neighborhood), "what is no neighbourhood is refused");
+  if (!line) return;
+  Point end;
+  for (int64 k = 0; k < line->LastStep(); ++k) end += line->Step(k);
+  Require(end == Point(dx, dy, 0), "the moves of a line add up to its difference");
+  int64 const a = input.Integer(), b = input.Integer();
+  constexpr int64 c_longestLength = int64{1} << 31;
+  bool const isLength = a >= 0 && a <= c_longestLength && b >= 0 && b <= c_longestLength;
+  if (isLength && a + b > c_mostMoves) return;
+  Require(Done([&] { line->FillNabla(a, b); }) == isLength, "lengths are 0 to 2^31");
+}
+
+// Whether a length takes few moves: in dimension 3 also one so long that nothing is left of it in
+// the low 32 bits of the end of the range.
+bool IsShort(double length, int64 dimension) {
+  return std::abs(length) < c_mostMoves / 3 || (dimension != 2 && !(std::abs(length) < 0x1p64)) ||
+         dimension == 1;
+}
+
 void CheckDirection(CInput& input) {
   Point const start = input.AnyPoint();
   auto const direction = input.RealTriple();
   double const length = input.Real();
   int64 const dimension = input.Between(1, 3), neighborhood = input.Neighborhood();
   for (double const component : {direction.x, direction.y, direction.z})
-    if (!(std::abs(component * length) < c_mostMoves / 3)) return;
+    if (!IsShort(component * length, dimension)) return;
   bool const withEndPoints = input.Flag();
   auto walker = Try([&] {
     return CBresenhamVisitor(start, direction, length, dimension, neighborhood, withEndPoints);
   });
   if (!walker) return;
-  int64 const steps = walker->Steps();
+  auto const expected = static_cast<uint64>(std::max<int64>(walker->Steps() + 1, 0));
   PointList const points = Walk(*walker);
-  Require(static_cast<int64>(points.size()) == std::max<int64>(steps + 1, 0),
+  Require(points.size() == std::min<uint64>(expected, c_longest),
           "a line hands out one point more than it counts moves");
 }
 
@@ -221,12 +261,18 @@ void CheckDirection(CInput& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   CInput input(data, size);
-  switch (input.Between(0, 3)) {
+  switch (input.Byte() % 8) {
   case 0:
     CheckCore(input);
     break;
   case 1:
     CheckDirection(input);
+    break;
+  case 2:
+    CheckMask(input);
+    break;
+  case 3:
+    CheckPlaneCore(input);
     break;
   default:
     CheckLine(input);

@@ -9,7 +9,7 @@ using namespace fuzz;
 namespace {
 
 // Border points take memory: the library allows 2^31 of them, this target few.
-constexpr uint64 c_mostSpread = 2000;
+constexpr uint64 c_mostSpread = 500;
 
 using Rings = std::vector<PointList>; // the outline and the holes
 

@@ -12,7 +12,7 @@ using namespace fuzz;
 namespace {
 
 // The lattice takes memory for its lines: the library allows extents of 2^30, this target few.
-constexpr int64 c_mostExtent = 400;
+constexpr int64 c_mostExtent = 150;
 
 bool IsFinite(CTriple<double> const& n, double distance) {
   return std::isfinite(n.x) && std::isfinite(n.y) && std::isfinite(n.z) && std::isfinite(distance);

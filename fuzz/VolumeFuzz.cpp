@@ -9,7 +9,7 @@ using namespace fuzz;
 namespace {
 
 // Border points take memory: the library allows edges of 2^31 points, this target short ones.
-constexpr uint64 c_mostSpread = 1000;
+constexpr uint64 c_mostSpread = 300;
 
 struct StSolid {
   PointList from, to;

@@ -84,10 +84,14 @@ void CheckBadDirection(CInput& input) {
   Require(walker.has_value() == isValid, "directions have the components -1, 0 and 1");
 }
 
-// The line takes memory for |main component| * diagonal points; this target leaves it at little.
+// The line takes memory for |direction| * diagonal points; this target leaves it at little. In
+// space also a length beyond 64 bits is short: nothing is left of it in the low 32 bits that count.
 bool IsLongLine(CTriple<double> const& d, Point const& size) {
   double const diagonal = std::hypot(size.x, size.y, size.z);
-  return !(std::max({std::abs(d.x), std::abs(d.y), std::abs(d.z)}) * diagonal < 1e5);
+  return std::ranges::any_of(std::array{d.x, d.y, d.z}, [&](double component) {
+    double const length = std::abs(component * diagonal);
+    return length > 1e4 && (size.z == 1 || length < 0x1p64);
+  });
 }
 
 void CheckDelta(CInput& input) {
