@@ -219,7 +219,7 @@ inline void RequireInside(PointList const& points, StBox const& box, char const*
 }
 
 /// The longest walk that is followed to its end.
-inline constexpr std::size_t c_longest = 10'000;
+inline constexpr std::size_t c_longest = 20'000;
 
 template <class Walker>
 PointList Walk(Walker& walker, std::size_t most = c_longest) {
