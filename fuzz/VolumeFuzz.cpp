@@ -47,7 +47,7 @@ bool IsNumbered(Point const& p) {
   return p.x >= 0 && p.x <= std::numeric_limits<std::int32_t>::max();
 }
 
-// The points of the box [0, 4]^3 or so: a solid that must be filled to the last voxel.
+// Four edges along x are enough for a cuboid, which must be filled to the last voxel.
 void CheckCuboid(CInput& input) {
   Point const low = input.PointBetween(0, 9), high = low + input.PointBetween(2, 9);
   bool const isWithBorder = input.Flag();
@@ -57,12 +57,6 @@ void CheckCuboid(CInput& input) {
     from.emplace_back(low.x, y, z);
     to.emplace_back(high.x, y, z);
   }
-  for (auto const* side : {&from, &to})
-    for (std::size_t corner = 0; corner < 4 && from.size() < 20; ++corner) {
-      Point const a = (*side)[corner];
-      from.push_back(a);
-      to.push_back(a);
-    }
   CBresenhamVolumeVisitor const solid(from, to, input.Flag() ? NEIGHBORHOOD_6 : NEIGHBORHOOD_26,
                                       isWithBorder);
   int64 const margin = isWithBorder ? 0 : 1;
