@@ -285,6 +285,17 @@ TEST(AreaVisitor, CornersTooFarApartAreRefused) {
             6u);
 }
 
+TEST(AreaVisitor, TwoCornersTooFarApartAreRefused) {
+  for (int64 const dimension : {1, 2, 3}) // lengths of 2^32 + 5, which would be cut to 2^31 or to 5
+    ExpectError<CExBadParam>(
+        [=] {
+          WalkArea({{0, 0, 0}, {4294967301, 1, 0}}, dimension,
+                   dimension == 3 ? NEIGHBORHOOD_26 : NEIGHBORHOOD_8, true);
+        },
+        "corner coordinates from 0 to 4294967301 lie more than 2147483647 apart",
+        "ORVA::CBresenhamAreaVisitor::CBresenhamAreaVisitor", c_module);
+}
+
 TEST(AreaVisitor2D, WalksAClosedPathAndThenStaysAtNothing) {
   Points path{{0, 0, 0}, {0, 2, 0}, {2, 0, 0}, {0, 0, 0}};
   CBresenhamAreaVisitor2D area(path, NEIGHBORHOOD_8, true);

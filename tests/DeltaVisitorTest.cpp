@@ -146,7 +146,9 @@ TEST(DeltaLines, LineShorterThanTheMainAxisIsRefused) {
                           {{0.9, 0, 0}, {10, 1, 1}, false},
                           {{diagonal, diagonal, diagonal}, {8, 8, 8}, false},
                           {{diagonal, diagonal, diagonal}, {40, 8, 8}, true},
-                          {{1e19, 0, 0}, {4, 4, 4}, true}}) { // 32 bits of it are too short
+                          {{1e19, 0, 0}, {4, 4, 4}, true}, // 32 bits of it are too short
+                          {{1e19, 2, 0}, {4, 4, 4}, true}, // and those of y drive the line
+                          {{1e19, 2, 0}, {1, 4, 4}, false}}) {
     SCOPED_TRACE(testing::PrintToString(c.direction));
     CDeltaVisitor lines(c.direction);
     if (c.isRefused) {

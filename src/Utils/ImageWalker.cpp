@@ -212,7 +212,10 @@ void CDeltaVisitor::BuildLine() {
   std::vector<CTriple<int64>> points;
   while (line.MorePoints() && static_cast<int64>(points.size()) < extents.x)
     points.push_back(line.NextPoint() - start);
-  if (static_cast<int64>(points.size()) != extents.x)
+  // Of a length beyond 32 bits so little can be left that another axis drives the line.
+  bool const isCovering =
+      static_cast<int64>(points.size()) == extents.x && std::abs(points.back().x) == extents.x - 1;
+  if (!isCovering)
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDeltaVisitor::Initialize"),
                 "Invalid Calculation of Line in CDeltaVisitor");
   m_line = std::move(points);

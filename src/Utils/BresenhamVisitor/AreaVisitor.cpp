@@ -69,6 +69,8 @@ CBresenhamAreaVisitor::CBresenhamAreaVisitor(Path& corners, int64 dimension, int
       dimension == 3 ? ReduceToPlane(reduced, neighborhood) : neighborhood;
   bool const isLine = border && corners.size() == 2;
   if (isLine) {
+    Impl::CheckSpan(corners,
+                    ORVA_LOCATION(c_module, c_constructor)); // a line would cut its lengths
     m_Dimension = 1;
     m_Line = CBresenhamVisitor(corners[0], corners[1], dimension, neighborhood, true);
   } else if (corners.size() == 1 || (corners.size() < 3 && !border)) {
