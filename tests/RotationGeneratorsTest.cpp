@@ -305,12 +305,25 @@ TEST(VonMisesFisherRotation, RoundingLeavesTheAnglesInRange) {
   for (double const kappa : {1e-16, 1e-12, 1e-3, 1.0, 400.0, 1e300}) {
     CVonMisesFisher generator(kappa, CVonMisesFisher::zaxis);
     for (uint64 const word : {uint64{0}, ~uint64{0}}) {
-      // A kappa too small for exp(-2 kappa) to differ from 1 gives 0 and so the mean itself.
       auto words = test::CReplay::BeginningWith(word);
       EXPECT_NO_THROW((void)generator()) << kappa;
       auto again = test::CReplay::BeginningWith(word);
       EXPECT_FALSE(std::isnan(generator.GenerateTheta(kappa))) << kappa;
     }
+  }
+}
+
+TEST(VonMisesFisherRotation, VanishingConcentrationKeepsTheCosineUniform) {
+  for (double const kappa : {1e-6, 1e-9, 1e-13, 1e-16, 1e-18, 1e-300, 5e-324}) {
+    CVonMisesFisher generator(kappa, CVonMisesFisher::zaxis);
+    test::CReplay words(test::Seed(), 4 * c_draws + 5);
+    for (int i = 0; i < c_draws; ++i) {
+      EXPECT_NEAR(generator().getDirectionVector().z, 2 * words.U() - 1, 2e-6) << kappa;
+      (void)words.Word();
+      (void)words.Word();
+      EXPECT_NEAR(std::cos(generator.GenerateTheta(kappa)), 1 - 2 * words.U(), 2e-6) << kappa;
+    }
+    words.ExpectInStep();
   }
 }
 
