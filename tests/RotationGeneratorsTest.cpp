@@ -25,6 +25,15 @@ using namespace ORVA;
 
 namespace {
 
+// No rotation that can be made has a bad matrix. An explicit instantiation may name what is
+// private, and so reaches the matrix to spoil it.
+CMatrix<double>& MatrixOf(CEulerRotation& rotation);
+template <CMatrix<double> CEulerRotation::*member>
+struct StMatrixOf {
+  friend CMatrix<double>& MatrixOf(CEulerRotation& rotation) { return rotation.*member; }
+};
+template struct StMatrixOf<&CEulerRotation::m_matrix>;
+
 constexpr double c_twoPi = 6.283185307179586;
 constexpr double c_infinity = std::numeric_limits<double>::infinity();
 constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
@@ -173,6 +182,14 @@ TEST(FixRotation, GivesItsRotationThroughEveryBase) {
 TEST(FixRotation, AcceptsWhatARotationAccepts) {
   // Every rotation that can be made is valid, whatever its angles.
   EXPECT_NO_THROW(CFixRotation(CEulerRotation(1e22, -1e300, 1e100)));
+}
+
+TEST(FixRotation, RefusesARotationWhoseMatrixWasSpoilt) {
+  CEulerRotation spoilt;
+  MatrixOf(spoilt)(0, 1) = 1e-9;
+  test::ExpectError([&] { (void)CFixRotation(spoilt); },
+                    "CFixRotation::CFixRotation: Invalid Rotation.",
+                    "ORVA::CFixRotation::CFixRotation", "src/Utils/Random/FixRotation", 37);
 }
 
 TEST(IsotropicRotation, FollowsItsFormula) {
