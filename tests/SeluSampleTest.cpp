@@ -455,6 +455,18 @@ TEST_F(SeluSample, HelpNamesEveryDistribution) {
   EXPECT_NE(help.find("mixture"), std::string::npos);
 }
 
+TEST_F(SeluSample, ThePictureDoesNotReplaceTheSamples) {
+  for (std::string const picture : {"a.png", "./a.png"}) {
+    ExpectFailure({"sample", "normal", "-n", "1", "-o", "a.png", "--picture", picture},
+                  "--output and --picture name the same file, \"" + picture + "\"", 2);
+    EXPECT_TRUE(Files().empty());
+  }
+  Write("a.png", "old");
+  ExpectFailure({"sample", "normal", "-n", "1", "-o", "a.png", "--picture", "./a.png"},
+                "name the same file", 2);
+  EXPECT_EQ(Read("a.png"), "old");
+}
+
 TEST_F(SeluSample, TheDescriptionOfAMixtureIsNotOverwritten) {
   std::string const json = R"({"components": [{"weight": 1, "distribution": "isotropic"}]})";
   Write("m.json", json);
