@@ -124,10 +124,17 @@ TEST_F(RandomStatistics, Gamma) {
 }
 
 TEST_F(RandomStatistics, ChordLengthAndCircleDiameter) {
+  auto const chords = Sample(CRandomChordlength());
   test::ExpectDistribution(
-      Sample(CRandomChordlength()), [](double x) { return x * x; }, "chord");
+      chords, [](double x) { return x * x; }, "chord");
+  test::ExpectMoments(chords, 2 / 3.0, 1 / 18.0, 1 / 135.0, "chord");
+  auto const circles = Sample(CRandomCircleDiameter());
   test::ExpectDistribution(
-      Sample(CRandomCircleDiameter()), [](double x) { return 1 - std::sqrt(1 - x * x); }, "circle");
+      circles, [](double x) { return 1 - std::sqrt(1 - x * x); }, "circle");
+  double const mean = std::numbers::pi / 4, variance = 2 / 3.0 - mean * mean;
+  // Moments about zero: pi / 4, 2 / 3, 3 pi / 16, 8 / 15.
+  double const fourth = 8 / 15.0 - 3 * mean * mean + 4 * mean * mean - 3 * std::pow(mean, 4);
+  test::ExpectMoments(circles, mean, variance, fourth, "circle");
 }
 
 TEST_F(RandomStatistics, PressedDirections) {
@@ -155,9 +162,11 @@ TEST_F(RandomStatistics, PoissonBelow512) {
     std::vector<double> counts(1000), expected(1000);
     for (std::size_t k = 0; k < 1000; ++k)
       expected[k] = c_samples * pdf(poisson, static_cast<double>(k));
-    CRandomPoisson const generator(lambda);
-    for (std::size_t i = 0; i < c_samples; ++i) ++counts.at(static_cast<std::size_t>(generator()));
+    auto const values = Sample(CRandomPoisson(lambda));
+    for (double const value : values) ++counts.at(static_cast<std::size_t>(value));
     EXPECT_GT(test::ChiSquarePValue(counts, expected), test::c_falseAlarm) << lambda;
+    test::ExpectMoments(values, lambda, lambda, lambda * (1 + 3 * lambda),
+                        "Poisson " + std::to_string(lambda));
   }
 }
 

@@ -25,6 +25,15 @@ using namespace ORVA;
 
 namespace {
 
+// No rotation that can be made has a bad matrix. An explicit instantiation may name what is
+// private, and so reaches the matrix to spoil it.
+CMatrix<double>& MatrixOf(CEulerRotation& rotation);
+template <CMatrix<double> CEulerRotation::*member>
+struct StMatrixOf {
+  friend CMatrix<double>& MatrixOf(CEulerRotation& rotation) { return rotation.*member; }
+};
+template struct StMatrixOf<&CEulerRotation::m_matrix>;
+
 constexpr double c_twoPi = 6.283185307179586;
 constexpr double c_infinity = std::numeric_limits<double>::infinity();
 constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
@@ -175,6 +184,14 @@ TEST(FixRotation, AcceptsWhatARotationAccepts) {
   EXPECT_NO_THROW(CFixRotation(CEulerRotation(1e22, -1e300, 1e100)));
 }
 
+TEST(FixRotation, RefusesARotationWhoseMatrixWasSpoilt) {
+  CEulerRotation spoilt;
+  MatrixOf(spoilt)(0, 1) = 1e-9;
+  test::ExpectError([&] { (void)CFixRotation(spoilt); },
+                    "CFixRotation::CFixRotation: Invalid Rotation.",
+                    "ORVA::CFixRotation::CFixRotation", "src/Utils/Random/FixRotation", 37);
+}
+
 TEST(IsotropicRotation, FollowsItsFormula) {
   CIsotropicRotation generator;
   ExpectFormula(generator, Isotropic);
@@ -305,12 +322,25 @@ TEST(VonMisesFisherRotation, RoundingLeavesTheAnglesInRange) {
   for (double const kappa : {1e-16, 1e-12, 1e-3, 1.0, 400.0, 1e300}) {
     CVonMisesFisher generator(kappa, CVonMisesFisher::zaxis);
     for (uint64 const word : {uint64{0}, ~uint64{0}}) {
-      // A kappa too small for exp(-2 kappa) to differ from 1 gives 0 and so the mean itself.
       auto words = test::CReplay::BeginningWith(word);
       EXPECT_NO_THROW((void)generator()) << kappa;
       auto again = test::CReplay::BeginningWith(word);
       EXPECT_FALSE(std::isnan(generator.GenerateTheta(kappa))) << kappa;
     }
+  }
+}
+
+TEST(VonMisesFisherRotation, VanishingConcentrationKeepsTheCosineUniform) {
+  for (double const kappa : {1e-6, 1e-9, 1e-13, 1e-16, 1e-18, 1e-300, 5e-324}) {
+    CVonMisesFisher generator(kappa, CVonMisesFisher::zaxis);
+    test::CReplay words(test::Seed(), 4 * c_draws + 5);
+    for (int i = 0; i < c_draws; ++i) {
+      EXPECT_NEAR(generator().getDirectionVector().z, 2 * words.U() - 1, 2e-6) << kappa;
+      (void)words.Word();
+      (void)words.Word();
+      EXPECT_NEAR(std::cos(generator.GenerateTheta(kappa)), 1 - 2 * words.U(), 2e-6) << kappa;
+    }
+    words.ExpectInStep();
   }
 }
 

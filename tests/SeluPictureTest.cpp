@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,6 +30,13 @@ TEST(SeluPicture, TicksLieWithinTheAxis) {
     EXPECT_GE(tick.place, 0);
     EXPECT_LE(tick.place, 1);
   }
+}
+
+TEST(SeluPicture, TicksEndWhereTheAxisIsNarrowerThanRounding) {
+  // A few units in the last place, or none, on either side of zero.
+  for (double const value : {1.0, -1.0, 1e10, -1e10, 1e300})
+    for (double const low : {std::nextafter(value, -1e308), value})
+      EXPECT_LE(selu::LinearTicks(low, std::nextafter(value, 1e308), 8).size(), 8u) << value;
 }
 
 TEST(SeluPicture, TextOfAnyBytesFitsItsWidth) {

@@ -17,6 +17,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <numbers>
 
 namespace {
@@ -222,6 +223,21 @@ TEST_F(SeluSample, MomentsStandBesideThoseOfTheory) {
     }
 }
 
+TEST_F(SeluSample, MomentsOfAnySizeAreShownAsTheyAre) {
+  auto const row = [&](Arguments const& distribution, std::size_t line) {
+    auto const report = Output(Command(distribution, {"-n", "1000", "--seed", "3", "--check"}));
+    std::istringstream words(test::Lines(report).at(line));
+    return std::vector<std::string>{std::istream_iterator<std::string>(words), {}};
+  };
+  // A mean too large for a number.
+  EXPECT_EQ(row({"lognormal", "mu=1000"}, 2),
+            (std::vector<std::string>{"mean", "inf", "inf", "none"}));
+  // Small is not zero.
+  EXPECT_EQ(row({"exponential", "lambda=1e20"}, 2).at(2), "1e-20");
+  EXPECT_EQ(row({"normal", "mean=1", "sigma=1e-17"}, 3).at(3), "1e-17");
+  EXPECT_EQ(row({"normal", "sigma=1e-300"}, 2).at(2), "0");
+}
+
 TEST_F(SeluSample, DirectionMomentsStandBesideThoseOfTheory) {
   Write("mix.json", R"({"components": [{"weight": 0.1, "distribution": "isotropic"},
     {"weight": 0.2, "distribution": "vmf", "kappa": 5, "theta": 1},
@@ -401,7 +417,8 @@ TEST_F(SeluSample, PicturesAreDrawnForEveryDistribution) {
         Arguments{"vmf", "kappa=1e300"}, Arguments{"watson", "kappa=1e300"},
         Arguments{"watson", "kappa=-1e300"}, Arguments{"girdle", "beta=1e150"},
         Arguments{"girdle", "beta=1e-300"}, Arguments{"pressed", "factor=1e300"},
-        Arguments{"uniform", "start=1e308", "end=1e308"}}) {
+        Arguments{"uniform", "start=1e308", "end=1e308"},
+        Arguments{"uniform", "start=1", "end=1.0000000000000002"}}) {
     auto const result =
         Selu(Command(distribution, {"-n", "1", "--seed", "2", "--check", "--picture", "a.png"}));
     EXPECT_EQ(result.code, 0) << distribution[0] << distribution[1] << result.error;
@@ -436,6 +453,18 @@ TEST_F(SeluSample, HelpNamesEveryDistribution) {
     for (auto const& distribution : list)
       EXPECT_NE(help.find("  " + distribution[0] + " "), std::string::npos) << distribution[0];
   EXPECT_NE(help.find("mixture"), std::string::npos);
+}
+
+TEST_F(SeluSample, ThePictureDoesNotReplaceTheSamples) {
+  for (std::string const picture : {"a.png", "./a.png"}) {
+    ExpectFailure({"sample", "normal", "-n", "1", "-o", "a.png", "--picture", picture},
+                  "--output and --picture name the same file, \"" + picture + "\"", 2);
+    EXPECT_TRUE(Files().empty());
+  }
+  Write("a.png", "old");
+  ExpectFailure({"sample", "normal", "-n", "1", "-o", "a.png", "--picture", "./a.png"},
+                "name the same file", 2);
+  EXPECT_EQ(Read("a.png"), "old");
 }
 
 TEST_F(SeluSample, TheDescriptionOfAMixtureIsNotOverwritten) {

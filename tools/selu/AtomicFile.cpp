@@ -157,6 +157,14 @@ void RefuseSameFile(fs::path const& output, fs::path const& input) {
     throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
 }
 
+bool IsSameFile(fs::path const& a, fs::path const& b) {
+  std::error_code error;
+  if (fs::equivalent(a, b, error)) return !fs::is_character_file(a, error);
+  auto const first = fs::weakly_canonical(fs::absolute(a, error), error);
+  auto const second = fs::weakly_canonical(fs::absolute(b, error), error);
+  return !first.empty() && first == second;
+}
+
 void WriteAtomically(fs::path const& target, std::string_view bytes) {
   CAtomicFile file(target);
   file.Write(bytes);

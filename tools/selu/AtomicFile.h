@@ -52,6 +52,10 @@ private:
 /// Refuses, with CAppError, an output that is this input, under whatever name.
 void RefuseSameFile(std::filesystem::path const& output, std::filesystem::path const& input);
 
+/// Whether two outputs, which need not be there yet, are one file under whatever names; a device is
+/// none, and takes both.
+[[nodiscard]] bool IsSameFile(std::filesystem::path const& a, std::filesystem::path const& b);
+
 /// The whole file under this name, or an exception and nothing changed.
 void WriteAtomically(std::filesystem::path const& target, std::string_view bytes);
 

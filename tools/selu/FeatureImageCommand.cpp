@@ -145,7 +145,7 @@ std::string ToCsv(CImage const& image) {
 }
 
 void Run(StOptions options) {
-  if (options.output == options.csv)
+  if (!options.csv.empty() && IsSameFile(options.output, options.csv))
     throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_F, 2);
   for (auto const& output : {options.output, options.csv}) RefuseSameFile(output, options.features);

@@ -284,7 +284,8 @@ std::vector<StTick> LinearTicks(double low, double high, int wanted) {
                                              : 10;
   double const step = factor * power;
   std::vector<StTick> ticks;
-  for (double k = std::ceil(low / step); k * step <= high; ++k)
+  // Beyond 2^53 steps from 0, one more step is lost to rounding: no ticks can be told apart there.
+  for (double k = std::ceil(low / step); k * step <= high && k + 1 > k; ++k)
     ticks.push_back({(k * step - low) / (high - low), Rounded(k * step + 0.0, 6)}); // no -0
   return ticks;
 }

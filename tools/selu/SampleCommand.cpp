@@ -202,6 +202,9 @@ void Run(StOptions const& options) {
   if (job.format == EnSampleFormat::Npy && options.output.empty() && job.writes &&
       ::isatty(STDOUT_FILENO) == 1)
     throw CUsageError("the format npy is not for terminals: name a file with -o");
+  if (!options.output.empty() && !options.picture.empty() &&
+      IsSameFile(options.output, options.picture))
+    throw CUsageError("--output and --picture name the same file, " + Quoted(options.picture));
   for (auto const& [parameter, file] : job.parameters.Given())
     if (parameter == "file")
       for (auto const& output : {options.output, options.picture}) RefuseSameFile(output, file);

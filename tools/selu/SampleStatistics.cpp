@@ -22,15 +22,18 @@ std::string TestText(CUniformTest& test, std::string const& skipped) {
          Rounded(test.Probability(), 4) + "\n";
 }
 
-// What is but rounding of a zero is shown as one.
-std::string Number(double value) {
+// What is but rounding of a zero, in a quantity of this size, is shown as one.
+std::string Number(double value, double size) {
   if (std::isnan(value)) return "none";
-  return Rounded(std::abs(value) < 5e-16 ? 0 : value, 6);
+  return Rounded(std::abs(value) < 5e-16 * size ? 0 : value, 6);
 }
 
-void AddRow(CTable& table, std::string name, double observed, double expected) {
-  table.Add({std::move(name), Number(observed), Number(expected), Number(observed - expected)});
+void AddRow(CTable& table, std::string name, double observed, double expected, double size) {
+  table.Add({std::move(name), Number(observed, size), Number(expected, size),
+             Number(observed - expected, size)});
 }
+
+double FiniteOr(double value, double other) { return std::isfinite(value) ? value : other; }
 
 constexpr char const* c_head[] = {"moment", "of the samples", "in theory", "difference"};
 
@@ -95,16 +98,17 @@ double CUniformTest::Probability() { return KolmogorovProbability(Distance(), Re
 
 CScalarStatistics::CScalarStatistics(StScalar const& scalar, uint64 expected)
     : m_theory(scalar.theory), m_test(scalar.theory.noTest.empty() ? expected : 0),
-      m_scale(scalar.theory.moments.deviation), m_borders(selu::Borders(scalar, expected)) {
-  if (!(m_scale > 0) || std::isinf(m_scale)) m_scale = 1;
-  if (std::isinf(m_theory.moments.mean)) m_theory.moments.mean = 0;
+      m_centre(FiniteOr(scalar.theory.moments.mean, 0)),
+      m_scale(FiniteOr(scalar.theory.moments.deviation, 1)),
+      m_borders(selu::Borders(scalar, expected)) {
+  if (!(m_scale > 0)) m_scale = 1;
   m_counts.resize(m_borders.size() - 1);
 }
 
 void CScalarStatistics::Add(double value) {
   ++m_count;
   if (m_theory.noTest.empty()) m_test.Add(m_theory.cdf(value));
-  double const off = (value - m_theory.moments.mean) / m_scale;
+  double const off = (value - m_centre) / m_scale;
   m_sums[0] += off;
   m_sums[1] += off * off;
   m_sums[2] += off * off * off;
@@ -125,7 +129,7 @@ StMoments CScalarStatistics::Moments() const {
   double const fourth = m4 - 4 * m1 * m3 + 6 * m1 * m1 * m2 - 3 * m1 * m1 * m1 * m1;
   double const deviation = std::sqrt(variance);
   bool const varies = variance > 0;
-  return {m_theory.moments.mean + m1 * m_scale, deviation * m_scale,
+  return {m_centre + m1 * m_scale, deviation * m_scale,
           varies ? third / (variance * deviation) : std::nan(""),
           varies ? fourth / (variance * variance) - 3 : std::nan("")};
 }
@@ -133,10 +137,11 @@ StMoments CScalarStatistics::Moments() const {
 std::string CScalarStatistics::Report(int columns) {
   StMoments const is = Moments(), should = m_theory.moments;
   CTable table({std::begin(c_head), std::end(c_head)});
-  AddRow(table, "mean", is.mean, should.mean);
-  AddRow(table, "standard deviation", is.deviation, should.deviation);
-  AddRow(table, "skewness", is.skewness, should.skewness);
-  AddRow(table, "excess kurtosis", is.excess, should.excess);
+  double const deviation = FiniteOr(should.deviation, 0);
+  AddRow(table, "mean", is.mean, should.mean, std::max(std::abs(m_centre), deviation));
+  AddRow(table, "standard deviation", is.deviation, should.deviation, deviation);
+  AddRow(table, "skewness", is.skewness, should.skewness, 1);
+  AddRow(table, "excess kurtosis", is.excess, should.excess, 1);
   return table.ToText(columns) + TestText(m_test, m_theory.noTest);
 }
 
@@ -183,7 +188,7 @@ std::string CDirectionStatistics::Report(int columns) {
                                                 "mean xy", "mean xz", "mean yz"};
   CTable table({std::begin(c_head), std::end(c_head)});
   for (std::size_t i = 0; i < names.size(); ++i)
-    AddRow(table, names[i], m_sums[i] / Real(m_count), expected[i]);
+    AddRow(table, names[i], m_sums[i] / Real(m_count), expected[i], 1);
   std::string const about = m_theory.noTest.empty() ? " (angle to the axis)" : "";
   std::string text = TestText(m_test, m_theory.noTest);
   text.insert(text.find(':'), about);

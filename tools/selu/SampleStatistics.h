@@ -51,7 +51,7 @@ public:
 private:
   StScalarTheory m_theory;
   CUniformTest m_test;
-  double m_scale; // powers are summed of (value - theoretical mean) / scale
+  double m_centre, m_scale; // powers are summed of (value - centre) / scale: those of theory
   std::array<double, 4> m_sums = {};
   ORVA::uint64 m_count = 0, m_outside = 0;
   std::vector<double> m_borders; // of the histogram's bins, equally wide

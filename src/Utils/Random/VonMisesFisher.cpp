@@ -10,14 +10,27 @@ namespace ORVA {
 namespace {
 
 constexpr double c_twoPi = 2 * std::numbers::pi;
+// Below the first, 1 - exp(-2 kappa) loses digits; below the second, the cosine is uniform to the
+// last one.
+constexpr double c_small = 1e-5;
+constexpr double c_vanishing = 1e-17;
+
+// (1 - cosine) / 2 of the angle to the mean: -ln((1 - e) u + e) / (2 kappa) with e =
+// exp(-2 kappa), without its loss for a small kappa. No number for kappa = 0.
+double HalfOfOneMinusCosine(double kappa, double u) {
+  double const size = std::fabs(kappa);
+  if (size > 0 && size < c_vanishing) return 1 - u;
+  if (size < c_small) return -std::log1p((1 - u) * std::expm1(-2 * kappa)) / (2 * kappa);
+  double const e = std::exp(-2 * kappa);
+  return -std::log((1 - e) * u + e) / (2 * kappa);
+}
 
 } // namespace
 
 CEulerRotation CVonMisesFisher::Draw(double kappa, Impl::CAxisFrame const& frame) const {
   double const u1 = m_uniform();
   double const u2 = m_uniform();
-  double const e = std::exp(-2 * kappa);
-  double const sine = std::sqrt(-std::log((1 - e) * u1 + e) / (2 * kappa)); // of half the angle
+  double const sine = std::sqrt(HalfOfOneMinusCosine(kappa, u1)); // of half the angle
   double const theta = 2 * std::asin(sine > 1 ? 1 : sine);
   CPolarCoordinates const d(theta, c_twoPi * u2);
   double const spin = c_twoPi * m_uniform();
@@ -40,7 +53,10 @@ CEulerRotation CVonMisesFisher::operator()(double kappa1, CPolarCoordinates cons
 }
 
 double CVonMisesFisher::GenerateTheta(double kappa) const {
-  double const t = std::log(1 - m_uniform() * (1 - std::exp(-2 * kappa))) / kappa + 1;
+  double const u = m_uniform();
+  double const t = std::fabs(kappa) < c_small
+                       ? 1 - 2 * HalfOfOneMinusCosine(kappa, 1 - u)
+                       : std::log(1 - u * (1 - std::exp(-2 * kappa))) / kappa + 1;
   return std::acos(std::clamp(t, -1.0, 1.0));
 }
 
