@@ -266,6 +266,17 @@ TEST(FeatureImage, ConvertsTheCopyThatItCarries) {
   EXPECT_EQ(image, before);
 }
 
+TEST(FeatureImage, TakesItsNamesFromTheImageThatItWrites) {
+  CImage image = Convert(Cells());
+  CImage const before = image;
+  CValueMap const& attributes = image.Attributes();
+  ConvertObjectBasedFeaturesIntoFeatureImage(attributes.Entry("Image/featurename").String().Std(),
+                                             attributes.Entry("Features/shape").Map(),
+                                             attributes.Entry("Image/unique-id-key").String().Std(),
+                                             image, {});
+  EXPECT_EQ(image, before);
+}
+
 TEST(FeatureImage, AMapGivenAwayMovesIntoTheImage) {
   CValueMap features = Cells();
   CImage image = Image();
@@ -283,6 +294,17 @@ TEST(FeatureImage, AnErrorLeavesAMapGivenAwayInPlace) {
       ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object", image, {}),
       CExBadParam);
   EXPECT_EQ(features, before);
+  // Attributes that cannot take the rest of what is written, either.
+  features = Cells();
+  for (char const* const attribute : {"Image", "Header", "Features"}) {
+    SCOPED_TRACE(attribute);
+    image = Image();
+    image.Attributes().SetEntry(attribute, CValueLong(1));
+    EXPECT_THROW(ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object",
+                                                            image, {}),
+                 CExBadParam);
+    EXPECT_EQ(features, Cells());
+  }
 }
 
 TEST(FeatureImage, RefusesMapsItCannotConvert) {
