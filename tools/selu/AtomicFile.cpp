@@ -95,6 +95,12 @@ CAtomicFile::CAtomicFile(fs::path const& target) : m_target(target), m_resolved(
     Fail(errno);
 }
 
+// The folders are there, the files perhaps not.
+bool CAtomicFile::HasTargetOf(CAtomicFile const& other) const {
+  return m_resolved.filename() == other.m_resolved.filename() &&
+         fs::equivalent(FolderOf(m_resolved), FolderOf(other.m_resolved));
+}
+
 // A process of the same number that was killed may have left its temporaries.
 void CAtomicFile::MakeTemporary(fs::path const& folder) {
   constexpr int patience = 1000;

@@ -30,6 +30,8 @@ public:
   }
   /// The name that the user gave.
   [[nodiscard]] std::filesystem::path const& Target() const noexcept { return m_target; }
+  /// Whether the other file is to get the same name, however it was written.
+  [[nodiscard]] bool HasTargetOf(CAtomicFile const& other) const;
   /// Replaces the temporary's content by these bytes.
   void Write(std::string_view bytes);
   /// Adds these bytes to it.

@@ -145,13 +145,13 @@ std::string ToCsv(CImage const& image) {
 }
 
 void Run(StOptions options) {
-  if (options.output == options.csv)
-    throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_F, 2);
   for (auto const& output : {options.output, options.csv}) RefuseSameFile(output, options.features);
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> csv;
   if (!options.csv.empty()) csv.emplace(options.csv);
+  if (csv && csv->HasTargetOf(file))
+    throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   options.name = std::filesystem::path(options.features).stem().string();
 
   CImage const image = Convert(ReadJsonMap(options.features), options);
