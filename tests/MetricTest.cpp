@@ -13,11 +13,6 @@
 using namespace ORVA;
 using test::ExpectError;
 
-#ifdef __SANITIZE_ADDRESS__
-// A block that cannot be had is to be refused by the library, not by the sanitizer.
-extern "C" char const* __asan_default_options() { return "allocator_may_return_null=1"; }
-#endif
-
 namespace {
 
 using Point = std::vector<double>;
