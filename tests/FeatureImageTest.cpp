@@ -11,10 +11,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <sys/resource.h>
 
 using namespace ORVA;
 using test::ExpectError;
@@ -266,6 +269,17 @@ TEST(FeatureImage, ConvertsTheCopyThatItCarries) {
   EXPECT_EQ(image, before);
 }
 
+TEST(FeatureImage, TakesItsNamesFromTheImageThatItWrites) {
+  CImage image = Convert(Cells());
+  CImage const before = image;
+  CValueMap const& attributes = image.Attributes();
+  ConvertObjectBasedFeaturesIntoFeatureImage(attributes.Entry("Image/featurename").String().Std(),
+                                             attributes.Entry("Features/shape").Map(),
+                                             attributes.Entry("Image/unique-id-key").String().Std(),
+                                             image, {});
+  EXPECT_EQ(image, before);
+}
+
 TEST(FeatureImage, AMapGivenAwayMovesIntoTheImage) {
   CValueMap features = Cells();
   CImage image = Image();
@@ -283,6 +297,17 @@ TEST(FeatureImage, AnErrorLeavesAMapGivenAwayInPlace) {
       ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object", image, {}),
       CExBadParam);
   EXPECT_EQ(features, before);
+  // Attributes that cannot take the rest of what is written, either.
+  features = Cells();
+  for (char const* const attribute : {"Image", "Header", "Features"}) {
+    SCOPED_TRACE(attribute);
+    image = Image();
+    image.Attributes().SetEntry(attribute, CValueLong(1));
+    EXPECT_THROW(ConvertObjectBasedFeaturesIntoFeatureImage("shape", std::move(features), "object",
+                                                            image, {}),
+                 CExBadParam);
+    EXPECT_EQ(features, Cells());
+  }
 }
 
 TEST(FeatureImage, RefusesMapsItCannotConvert) {
@@ -342,6 +367,29 @@ TEST(FeatureImage, RefusesAMaximumLabelThatLies) {
   ExpectError<CExBadParam>([&] { Convert(endless); },
                            "\"object 99999999999999999999\" lies beyond the maximum label 3",
                            c_function, c_source);
+}
+
+// In a process of its own, which may have 200 MiB: the image needs 229.
+TEST(FeatureImageDeathTest, RefusesAnImageThatMemoryCannotHold) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizer needs more address space than that for itself";
+#endif
+  auto const convert = [] {
+    CValueMap features = Features(60000000);
+    features.SetEntry("object 00000001", CValueMap());
+    CImage image = Image();
+    ExpectError<CExBadParam>(
+        [&] { ConvertObjectBasedFeaturesIntoFeatureImage("shape", features, "object", image, {}); },
+        "no memory for a feature image of 60000001 labels and 0 features", c_function, c_source);
+    EXPECT_EQ(image, Image());
+  };
+  auto const limited = [&] {
+    rlimit const limit = {200U << 20, 200U << 20};
+    if (::setrlimit(RLIMIT_AS, &limit) != 0) std::exit(2);
+    convert();
+    std::exit(HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(limited(), testing::ExitedWithCode(0), "");
 }
 
 TEST(FeatureImage, RefusesTextsAmongNumbersAndNumbersAmongTexts) {

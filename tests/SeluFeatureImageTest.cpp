@@ -143,7 +143,7 @@ TEST_F(SeluFeatureImage, BadFilesAreRefusedBeforeAnyWork) {
   ExpectFailure(Command({}, "no/out.tif"), "cannot write \"no/out.tif\"");
   ExpectFailure(Command({"--id-key", "cell", "--csv", "no/out.csv"}),
                 "cannot write \"no/out.csv\"");
-  for (auto const& csv : {"out.nrrd", "./out.nrrd"})
+  for (auto const& csv : Arguments{"out.nrrd", "./out.nrrd", Path("out.nrrd")})
     ExpectFailure(Command({"--csv", csv}), "name the same file", 2);
   ExpectFailure({"feature-image", "none.json", "-o", "out.tif"}, "cannot read \"none.json\"");
   ExpectFailure({"feature-image", ".", "-o", "out.tif"}, "it is a directory");

@@ -194,6 +194,12 @@ TEST_F(SeluMask, TheImageIsNotOverwritten) {
   auto const image = Read("a.nrrd");
   ExpectFailure(Command("Z", "1,1", "1", "0", "./a.nrrd"),
                 "cannot write \"./a.nrrd\": it is the input \"a.nrrd\"");
+  Write("out.nrrd.json", image); // whatever its ending
+  auto command = Command("Z", "1,1", "1", "0");
+  command[1] = "out.nrrd.json";
+  command.push_back("--keep-parameters");
+  ExpectFailure(command, "it is the input \"out.nrrd.json\"");
+  EXPECT_EQ(Read("out.nrrd.json"), image);
   EXPECT_EQ(Read("a.nrrd"), image);
 }
 

@@ -1,5 +1,7 @@
 #include <SeluUtils/ValueHelper.h>
 
+#include "support/Errors.h"
+
 #include <pxlib2core/ValueVector.h>
 
 #include <gtest/gtest.h>
@@ -305,6 +307,21 @@ TEST(MapWithOperators, MakesMissingEntries) {
   sums.Clear();
   sums += SmallTree();
   EXPECT_EQ(sums.Entry("b/c"), CValueDouble(2.5));
+}
+
+TEST(MapWithOperators, RefusesAPathThroughAValueThatIsNoContainer) {
+  CValueMapWithOperators sums(SmallTree(), {});
+  sums.SetEntry("b", CValueLong(3));
+  char const* const message =
+      "no entry \"b/c\" can be made: \"c\" would have to be in a CValueLong";
+  test::ExpectError<CExBadParam>([&] { sums += SmallTree(); }, message);
+  test::ExpectError<CExBadParam>([&] { sums /= 2; }, message);
+  EXPECT_EQ(sums.Entry("a").Double(), 1); // (1 + 1) / 2: the path before is done
+  EXPECT_EQ(sums.Entry("b"), CValueLong(3));
+  CValueMap map; // the leaves have the paths "a/" and "a/b"
+  map.SetEntry("a", CValueMap()).Map().SetEntry("", CValueLong(5));
+  map.SetEntry("a/b", CValueLong(1));
+  EXPECT_THROW(CValueMapWithOperators(map, {}), CExBadParam);
 }
 
 TEST(MapWithOperators, DividesAsIeeeDoes) {

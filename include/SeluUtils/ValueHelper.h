@@ -64,7 +64,8 @@ SELUUTILS_EXPORT void ExtractKeys(CValueMap const& map, std::vector<std::string>
 
 /// A value map that can be summed and divided over a list of numeric key paths; its entries are
 /// doubles after construction and after every operator. The operand of `+=` may be the map itself
-/// or a map in it.
+/// or a map in it. Constructor and operators throw CExBadParam at a listed path that leads through
+/// a value that is no map or vector (any more); the entries of the paths before it are then done.
 struct SELUUTILS_EXPORT CValueMapWithOperators : CValueMap {
   CValueMapWithOperators() = default;
   CValueMapWithOperators(CValueMapWithOperators const&) = default;

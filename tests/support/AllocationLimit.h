@@ -38,5 +38,12 @@ public:
   if (void* const memory = std::malloc(bytes != 0 ? bytes : 1)) return memory;
   throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
+  try {
+    return ::operator new(bytes);
+  } catch (std::bad_alloc const&) {
+    return nullptr;
+  }
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -138,7 +138,8 @@ std::string ToCsv(CImage const& image) {
   for (auto const& row : rows) text += (text.empty() ? "" : ",") + CsvField(row.name);
   text += '\n';
   for (std::size_t label = 0; label < static_cast<std::size_t>(image.Size().x); ++label) {
-    for (auto const& row : rows) text += (&row == rows.data() ? "" : ",") + row.Field(label);
+    text += std::to_string(label); // row 0, whose pixels cannot tell all large ones apart
+    for (auto const& row : std::span(rows).subspan(1)) text += "," + row.Field(label);
     text += '\n';
   }
   return text;

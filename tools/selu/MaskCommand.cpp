@@ -97,7 +97,10 @@ void Run(StOptions const& options) {
   CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> parameters;
-  if (options.keepParameters) parameters.emplace(options.output + ".json");
+  if (options.keepParameters) {
+    RefuseOverwriting(options.output + ".json", options.image);
+    parameters.emplace(options.output + ".json");
+  }
 
   auto const warning = CheckValue(value, header.pixel);
   ORVA::CImage image = ReadImage(options.image).ToGrey();

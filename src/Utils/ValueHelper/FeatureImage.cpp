@@ -16,6 +16,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 
@@ -252,7 +253,9 @@ public:
       if (m_texts[k]) WriteTexts(k);
   }
 
-  void WriteAttributes(std::string const& featureName, CValueMap features) {
+  // Takes the features at the very end, where nothing can fail any more. The name may be a text of
+  // the attributes that are replaced, hence the copy.
+  void WriteAttributes(std::string featureName, CValueMap& features) {
     CValueVector keys, types;
     keys.PushBack(CValueString(m_idKey));
     types.PushBack(CValueString("numeric"));
@@ -269,7 +272,7 @@ public:
     attributes.SetEntry("Image/label-lookup", std::move(m_lookup));
     CSeluHeaderTools::SetMetaInfo(m_image, CSeluHeaderTools::c_sMetaMinMax,
                                   CValueVector(CValueDouble(0.0), CValueDouble(m_largest)));
-    attributes.SetEntry("Features/" + featureName, std::move(features));
+    attributes.SetEntry("Features/" + featureName, CValueMap()).Map() = std::move(features);
   }
 
 private:
@@ -356,7 +359,13 @@ void Convert(std::string const& featureName, TMap&& features, std::string const&
   conversion.ListFeatures(excluded);
   conversion.MakeImage();
   conversion.WritePixels();
-  conversion.WriteAttributes(featureName, CValueMap(std::forward<TMap>(features)));
+  CValueMap kept(std::forward<TMap>(features)); // they may lie in the attributes to be written
+  try {
+    conversion.WriteAttributes(featureName, kept);
+  } catch (...) {
+    if constexpr (!std::is_const_v<std::remove_reference_t<TMap>>) features = std::move(kept);
+    throw;
+  }
 }
 
 } // namespace
