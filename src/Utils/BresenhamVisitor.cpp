@@ -1,4 +1,4 @@
-#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/LineVisitor.h>
 
 #include "BresenhamVisitor/Rounding.h"
 

@@ -1,4 +1,4 @@
-#include <SeluUtils/BresenhamVisitorImpl.h>
+#include <SeluUtils/LineVisitorImpl.h>
 
 #include "Utils/BresenhamVisitorImpl/Merge.h"
 
