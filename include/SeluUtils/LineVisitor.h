@@ -8,6 +8,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/LineCursor.h>
 #include <SeluUtils/LineVisitorImpl.h>
 #include <SeluUtils/MovingPoint.h>
 #include <SeluUtils/Triple.h>
@@ -16,7 +17,8 @@
 
 #include <cstddef>
 #include <limits>
-#include <span>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace ORVA {
@@ -25,8 +27,36 @@ namespace Impl {
 /// Throws CException "invalid dimension".
 [[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInStep();
 [[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInLastStep();
+/// Throws CException "invalid dimension\n".
+[[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInReset();
 /// Throws CException "Step i out of range".
 [[noreturn]] SELUUTILS_EXPORT void RaiseSelectedStepOutOfRange();
+
+/// What a walk along a line needs to know, and never changes.
+struct StLine {
+  /// The lists of moves, of which only that of the line's dimension is filled.
+  struct StLists {
+    CBresenhamVisitor2D plane;
+    CBresenhamVisitor3D space;
+  };
+
+  CTriple<int64> difference;
+  int64 dimension = 0;
+  int64 neighborhood = 0;
+  int64 firstStep = 0; // 0 with end points, 1 without
+  CBresenhamVisitor1D alongX;
+  std::shared_ptr<StLists const> lists; // of dimensions 2 and 3
+  bool isListed = false;                // walked by the list: the axes do not step evenly
+  int64 steps = 0;
+  StLineCursor start;
+};
+
+/// What the constructors of CBresenhamVisitor of the same parameters build.
+SELUUTILS_EXPORT StLine LineBetween(CTriple<int64> from, CTriple<int64> to, int64 dimension,
+                                    int64 neighborhood, bool withEndPoints);
+SELUUTILS_EXPORT StLine LineAlong(CTriple<int64> start, CTriple<double> direction, double length,
+                                  int64 dimension, int64 neighborhood, bool withEndPoints);
+SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal);
 } // namespace Impl
 
 /// A digital line from a start point. With end points a line of n moves hands out its n + 1 points,
@@ -38,8 +68,11 @@ namespace Impl {
 /// Lengths have 32 bits: in dimensions 1 and 2 a longer component is clamped, in dimension 3 its
 /// low 32 bits count. Constructors throw CException for an unknown dimension or neighbourhood,
 /// CExBadParam for a line that leaves the 64-bit range, and std::bad_alloc for one longer than
-/// memory can hold. They take O(moves) time and about 8 (2D) or 40 (3D) bytes a move; a point takes
-/// O(1).
+/// memory can hold. They take O(moves) time and about 8 (2D) or 40 (3D) bytes a move, which copies
+/// share; a point takes O(1).
+///
+/// All of a walk is inline, and no function elsewhere sees the walker: one that lives in one
+/// function walks in registers.
 ///
 /// Two things surprise: `Steps` counts moves, not points; and every `Reset` of a walk without end
 /// points takes two further points off its end.
@@ -48,22 +81,28 @@ public:
   /// A walk of dimension 0 without points; Step and what rests on it throw.
   CBresenhamVisitor() = default;
   CBresenhamVisitor(CTriple<int64> from, CTriple<int64> to, int64 dimension, int64 neighborhood,
-                    bool withEndPoints);
+                    bool withEndPoints)
+      : CBresenhamVisitor(Impl::LineBetween(from, to, dimension, neighborhood, withEndPoints)) {}
   /// The extents are taken as coordinates.
-  CBresenhamVisitor(CSize from, CSize to, int64 dimension, int64 neighborhood, bool withEndPoints);
+  CBresenhamVisitor(CSize from, CSize to, int64 dimension, int64 neighborhood, bool withEndPoints)
+      : CBresenhamVisitor(CTriple<int64>(from.x, from.y, from.z), CTriple<int64>(to.x, to.y, to.z),
+                          dimension, neighborhood, withEndPoints) {}
   /// To start + direction * length; the difference is rounded half away from zero and saturates at
   /// the ends of the 64-bit range, a NaN at the lower one.
   CBresenhamVisitor(CTriple<int64> start, CTriple<double> direction, double length, int64 dimension,
-                    int64 neighborhood, bool withEndPoints);
+                    int64 neighborhood, bool withEndPoints)
+      : CBresenhamVisitor(
+            Impl::LineAlong(start, direction, length, dimension, neighborhood, withEndPoints)) {}
   /// A 3D walk from the origin with end points, under a mask of diagonal moves
   /// (Impl::CBresenhamVisitor3D) in place of a neighbourhood.
-  CBresenhamVisitor(CTriple<int64> difference, int64 diagonal);
+  CBresenhamVisitor(CTriple<int64> difference, int64 diagonal)
+      : CBresenhamVisitor(Impl::LineUnderMask(difference, diagonal)) {}
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end of the line it stays the last one.
   CTriple<int64> NextPoint() {
     CTriple<int64> const point = m_Next.Get();
-    m_Next.MoveBy(InnerStep(m_StepIndex + m_FirstInnerStep));
+    Advance(m_StepIndex + m_Line.firstStep);
     ++m_StepIndex;
     return point;
   }
@@ -74,7 +113,7 @@ public:
   /// CException for a negative i.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     bool const isLast = i == std::numeric_limits<int64>::max();
-    return InnerStep(isLast ? i : i + m_FirstInnerStep);
+    return InnerStep(isLast ? i : i + m_Line.firstStep);
   }
   /// Adds move i to the point and returns the change of a linear pixel index, move.x * strideX +
   /// move.y * strideY. A move along z reaches the point but never the index, in 3D walks too.
@@ -86,16 +125,20 @@ public:
   /// Always 0.
   [[nodiscard]] int64 FirstStep() const noexcept { return 0; }
   /// Number of moves of the line, less 2 without end points (so it can be negative).
-  [[nodiscard]] int64 LastStep() const { return InnerSteps() - 2 * m_FirstInnerStep; }
+  [[nodiscard]] int64 LastStep() const { return InnerSteps() - 2 * m_Line.firstStep; }
   /// The same; a walk hands out one point more.
   [[nodiscard]] int64 Steps() const { return LastStep(); }
   /// Whether Steps() is 0.
   [[nodiscard]] bool empty() const { return LastStep() == 0; }
-  [[nodiscard]] int64 Dim() const noexcept { return m_Dimension; }
-  [[nodiscard]] int64 Neighborhood() const noexcept { return m_Neighborhood; }
+  [[nodiscard]] int64 Dim() const noexcept { return m_Line.dimension; }
+  [[nodiscard]] int64 Neighborhood() const noexcept { return m_Line.neighborhood; }
 
   /// Back to the first point. Without end points each call takes two further points off the walk.
-  void Reset();
+  void Reset() {
+    if (m_Line.dimension == 0) [[unlikely]]
+      Impl::RaiseInvalidDimensionInReset();
+    Start();
+  }
   /// No effect: this walk is not clipped (CBresenhamVisitorSelect is).
   void SetImageSize(CSize) noexcept {}
   void SetImageSize(CTriple<int64>) noexcept {}
@@ -105,42 +148,47 @@ public:
   void PrintProjMoves() const;
 
 private:
+  explicit CBresenhamVisitor(Impl::StLine line) noexcept
+      : m_Line(std::move(line)), m_LastStepBound(m_Line.steps) {
+    Start();
+  }
+
   [[nodiscard]] CTriple<int64> InnerStep(int64 i) const {
-    switch (m_Dimension) {
-    case 1:
-      return m_Line1D.Step(i);
-    case 2:
-      return m_Line2D.Step(i);
-    case 3:
-      return m_Line3D.Step(i);
-    default:
+    if (m_Line.dimension == 1) return m_Line.alongX.Step(i);
+    if (!m_Line.lists) [[unlikely]]
       Impl::RaiseInvalidDimensionInStep();
-    }
+    return m_Line.dimension == 2 ? m_Line.lists->plane.Step(i) : m_Line.lists->space.Step(i);
   }
   [[nodiscard]] int64 InnerSteps() const {
-    switch (m_Dimension) {
-    case 1:
-      return m_Line1D.LastStep();
-    case 2:
-      return m_Line2D.LastStep();
-    case 3:
-      return m_Line3D.LastStep();
-    default:
+    if (m_Line.dimension == 0) [[unlikely]]
       Impl::RaiseInvalidDimensionInLastStep();
-    }
+    return m_Line.steps;
   }
-  void Build();
-  void Start();
+  void Advance(int64 step) {
+    if (m_Line.isListed) {
+      if (step < m_Line.steps && m_Line.lists)
+        m_Next.MoveBy(m_Line.lists->space.Moves()[static_cast<std::size_t>(step)]);
+      return;
+    }
+    m_Next.Advance(); // at once, so that no branch stands between the stores of two points
+    if (step >= m_Line.steps) [[unlikely]]
+      StayAtEnd();
+  }
+  void StayAtEnd() {
+    m_Next.StepBack();
+    if (m_Line.dimension == 0) [[unlikely]]
+      Impl::RaiseInvalidDimensionInStep();
+  }
+  void Start() {
+    m_Next = m_Line.start;
+    m_StepIndex = 0;
+    if (m_Line.firstStep == 0) return;
+    Advance(0);
+    m_LastStepBound -= 2; // the bound is not restored first: each rewind shortens the walk
+  }
 
-  CTriple<int64> m_Difference;
-  int64 m_Dimension = 0;
-  int64 m_Neighborhood = 0;
-  int64 m_FirstInnerStep = 0; // 0 with end points, 1 without
-  Impl::CBresenhamVisitor1D m_Line1D;
-  Impl::CBresenhamVisitor2D m_Line2D;
-  Impl::CBresenhamVisitor3D m_Line3D;
-  CTriple<int64> m_Start;
-  Impl::StMovingPoint m_Next;
+  Impl::StLine m_Line;
+  Impl::StLineCursor m_Next;
   int64 m_StepIndex = 0;
   int64 m_LastStepBound = -1;
 };

@@ -305,8 +305,9 @@ void CBresenhamVisitor3D::FillFromDrivingAxis(std::vector<CTriple<int64>>& moves
   auto const second = m_Projections[0].Decisions(), third = m_Projections[1].Decisions();
   std::array<CTriple<int64>, 4> const real = {ConvertFrom({1, 0, 0}), ConvertFrom({1, 1, 0}),
                                               ConvertFrom({1, 0, 1}), ConvertFrom({1, 1, 1})};
-  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-    moves.push_back(real[std::size_t{second[i] >= 0} + 2 * std::size_t{third[i] >= 0}]);
+  moves.resize(static_cast<std::size_t>(count));
+  for (std::size_t i = 0; i < moves.size(); ++i)
+    moves[i] = real[std::size_t{second[i] >= 0} + 2 * std::size_t{third[i] >= 0}];
 }
 
 CTriple<int64> CBresenhamVisitor3D::ConvertFrom(CTriple<int64> m) const {
