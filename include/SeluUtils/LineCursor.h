@@ -30,9 +30,12 @@ struct StLineAxis {
   [[nodiscard]] constexpr int64 Get() const noexcept {
     return static_cast<int64>(position ^ mirror);
   }
-  constexpr void Advance() noexcept {
+  /// The next move; says whether the axis took a step.
+  constexpr bool Advance() noexcept {
     fraction += rate;
-    position += fraction < rate;
+    bool const isStep = fraction < rate;
+    position += isStep;
+    return isStep;
   }
   constexpr void StepBack() noexcept {
     position -= fraction < rate;
