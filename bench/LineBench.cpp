@@ -99,31 +99,35 @@ std::vector<CBresenhamVisitor> Prebuilt(MakeLine makeLine) {
   return lines;
 }
 
-std::uint64_t At(std::vector<std::uint8_t> const& pixels, int64 side, Point const& p) {
-  return pixels[static_cast<std::size_t>(p.x + side * (p.y + side * p.z))];
+template <int dimension>
+std::uint64_t At(std::vector<std::uint8_t> const& pixels, Point const& p) {
+  if constexpr (dimension == 2) return pixels[static_cast<std::size_t>(p.x + c_width * p.y)];
+  return pixels[static_cast<std::size_t>(p.x + c_side * (p.y + c_side * p.z))];
 }
 
-std::uint64_t SumOfWalk(std::vector<std::uint8_t> const& pixels, int64 side,
+template <int dimension>
+std::uint64_t SumOfWalk(std::vector<std::uint8_t> const& pixels,
                         CBresenhamVisitor const& original) {
   CBresenhamVisitor line = original;
   std::uint64_t sum = 0;
-  while (line.MorePoints()) sum += At(pixels, side, line.NextPoint());
+  while (line.MorePoints()) sum += At<dimension>(pixels, line.NextPoint());
   return sum;
 }
 
-std::uint64_t SumOfRange(std::vector<std::uint8_t> const& pixels, int64 side,
+template <int dimension>
+std::uint64_t SumOfRange(std::vector<std::uint8_t> const& pixels,
                          CBresenhamVisitor const& original) {
   std::uint64_t sum = 0;
-  for (Point const& p : Points(CBresenhamVisitor(original))) sum += At(pixels, side, p);
+  for (Point const& p : Points(CBresenhamVisitor(original))) sum += At<dimension>(pixels, p);
   return sum;
 }
 
 // A walker that lives elsewhere.
-std::uint64_t SumOfWalkInPlace(std::vector<std::uint8_t> const& pixels, int64 side,
-                               CBresenhamVisitor& line) {
+template <int dimension>
+std::uint64_t SumOfWalkInPlace(std::vector<std::uint8_t> const& pixels, CBresenhamVisitor& line) {
   line.Reset();
   std::uint64_t sum = 0;
-  while (line.MorePoints()) sum += At(pixels, side, line.NextPoint());
+  while (line.MorePoints()) sum += At<dimension>(pixels, line.NextPoint());
   return sum;
 }
 
@@ -287,6 +291,7 @@ void RegisterLines(std::string const& name, MakePixels makePixels, SumAlong sumA
 }
 
 // A row of this library alone and the loop: lines built beforehand, walked from a copy or in place.
+template <int dimension>
 void RegisterPrebuilt(std::string const& row, std::vector<std::uint8_t> (*makePixels)(),
                       CBresenhamVisitor (*makeLine)(std::size_t), int64 side,
                       std::uint64_t (*byHand)(std::vector<std::uint8_t> const&, std::size_t)) {
@@ -294,14 +299,14 @@ void RegisterPrebuilt(std::string const& row, std::vector<std::uint8_t> (*makePi
     RegisterLines(
         row + ", " + way + "/SeluUtils", makePixels,
         [=, lines = Prebuilt(makeLine)](auto const& pixels, std::size_t k) mutable {
-          return sumOf(pixels, side, lines[k]);
+          return sumOf(pixels, lines[k]);
         },
         side);
     RegisterLines(row + ", " + way + "/integer loop", makePixels, byHand, side);
   };
-  add("built before", SumOfWalk);
-  add("built before, range-for", SumOfRange);
-  add("built before, in place", SumOfWalkInPlace);
+  add("built before", SumOfWalk<dimension>);
+  add("built before, range-for", SumOfRange<dimension>);
+  add("built before, in place", SumOfWalkInPlace<dimension>);
 }
 
 void RegisterPlaneLines() {
@@ -311,7 +316,7 @@ void RegisterPlaneLines() {
       [](auto const& pixels, std::size_t k) {
         CBresenhamVisitor line(Point(), c_planeEnds[k], 2, NEIGHBORHOOD_8, true);
         std::uint64_t sum = 0;
-        while (line.MorePoints()) sum += At(pixels, c_width, line.NextPoint());
+        while (line.MorePoints()) sum += At<2>(pixels, line.NextPoint());
         return sum;
       },
       c_width);
@@ -328,7 +333,7 @@ void RegisterPlaneLines() {
   RegisterLines(
       row + "/ITK", [] { return ItkImage<2>(PlanePixels(), c_width); },
       [](auto const& image, std::size_t k) { return LineOfItk(image, c_planeEnds[k]); }, c_width);
-  RegisterPrebuilt(row, PlanePixels, PlaneLine, c_width, PlaneLineByHand);
+  RegisterPrebuilt<2>(row, PlanePixels, PlaneLine, c_width, PlaneLineByHand);
 }
 
 void RegisterSpaceLines() {
@@ -338,7 +343,7 @@ void RegisterSpaceLines() {
       [](auto const& pixels, std::size_t k) {
         CBresenhamVisitor line(Point(), c_spaceEnds[k], 3, NEIGHBORHOOD_26, true);
         std::uint64_t sum = 0;
-        while (line.MorePoints()) sum += At(pixels, c_side, line.NextPoint());
+        while (line.MorePoints()) sum += At<3>(pixels, line.NextPoint());
         return sum;
       },
       c_side);
@@ -346,7 +351,7 @@ void RegisterSpaceLines() {
   RegisterLines(
       row + "/ITK", [] { return ItkImage<3>(SpacePixels(), c_side); },
       [](auto const& image, std::size_t k) { return LineOfItk(image, c_spaceEnds[k]); }, c_side);
-  RegisterPrebuilt(row, SpacePixels, SpaceLine, c_side, SpaceLineByHand);
+  RegisterPrebuilt<3>(row, SpacePixels, SpaceLine, c_side, SpaceLineByHand);
 }
 
 void RegisterWindows() {

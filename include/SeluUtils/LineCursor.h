@@ -37,9 +37,12 @@ struct StLineAxis {
     position += isStep;
     return isStep;
   }
-  constexpr void StepBack() noexcept {
-    position -= fraction < rate;
-    fraction -= rate;
+  /// The axis before its last move.
+  [[nodiscard]] constexpr StLineAxis Before() const noexcept {
+    StLineAxis axis = *this;
+    axis.position -= fraction < rate;
+    axis.fraction -= rate;
+    return axis;
   }
   /// 0 <= length <= moves <= 2^32.
   constexpr void SetEvenSteps(uint64 length, uint64 moves) noexcept {
@@ -78,11 +81,13 @@ struct StLineCursor {
     y.Advance();
     z.Advance();
   }
-  /// Takes the last move back.
-  constexpr void StepBack() noexcept {
-    x.StepBack();
-    y.StepBack();
-    z.StepBack();
+  /// The position before the last Advance.
+  [[nodiscard]] constexpr StLineCursor Before() const noexcept {
+    StLineCursor cursor;
+    cursor.x = x.Before();
+    cursor.y = y.Before();
+    cursor.z = z.Before();
+    return cursor;
   }
   /// A move from elsewhere, on a line whose signs are all positive.
   constexpr void MoveBy(CTriple<int64> const& move) noexcept {

@@ -101,13 +101,17 @@ public:
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end of the line it stays the last one.
   CTriple<int64> NextPoint() {
+    if (!MorePoints()) [[unlikely]]
+      return NextPointBeyondBound();
     CTriple<int64> const point = m_Next.Get();
-    Advance(m_StepIndex + m_Line.firstStep);
+    Advance();
     ++m_StepIndex;
     return point;
   }
   /// What NextPoint will return, without advancing.
-  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next.Get(); }
+  [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept {
+    return (IsBeyondEnd() ? m_Next.Before() : m_Next).Get();
+  }
 
   /// Move i of the walk: of its first point to the second, and so on; the null move past the end.
   /// CException for a negative i.
@@ -164,26 +168,32 @@ private:
       Impl::RaiseInvalidDimensionInLastStep();
     return m_Line.steps;
   }
-  void Advance(int64 step) {
-    if (m_Line.isListed) {
-      if (step < m_Line.steps && m_Line.lists)
-        m_Next.MoveBy(m_Line.lists->space.Moves()[static_cast<std::size_t>(step)]);
-      return;
+  void Advance() {
+    if (!m_Line.isListed) {
+      m_Next.Advance();
+    } else if (int64 const step = m_StepIndex + m_Line.firstStep;
+               step < m_Line.steps && m_Line.lists) {
+      m_Next.MoveBy(m_Line.lists->space.Moves()[static_cast<std::size_t>(step)]);
     }
-    m_Next.Advance(); // at once, so that no branch stands between the stores of two points
-    if (step >= m_Line.steps) [[unlikely]]
-      StayAtEnd();
   }
-  void StayAtEnd() {
-    m_Next.StepBack();
-    if (m_Line.dimension == 0) [[unlikely]]
-      Impl::RaiseInvalidDimensionInStep();
+  // The cursor goes one move beyond the end: to check for it at every point would cost more.
+  [[nodiscard]] bool IsBeyondEnd() const noexcept {
+    return m_StepIndex + m_Line.firstStep > m_Line.steps;
+  }
+  CTriple<int64> NextPointBeyondBound() {
+    if (m_Line.dimension == 0) Impl::RaiseInvalidDimensionInStep();
+    CTriple<int64> const point = TestNextPoint();
+    if (!IsBeyondEnd()) Advance();
+    ++m_StepIndex;
+    return point;
   }
   void Start() {
     m_Next = m_Line.start;
     m_StepIndex = 0;
     if (m_Line.firstStep == 0) return;
-    Advance(0);
+    m_StepIndex = -1;
+    Advance();
+    m_StepIndex = 0;
     m_LastStepBound -= 2; // the bound is not restored first: each rewind shortens the walk
   }
 
