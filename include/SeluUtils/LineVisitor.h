@@ -100,7 +100,7 @@ public:
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end of the line it stays the last one.
-  CTriple<int64> NextPoint() {
+  [[gnu::always_inline]] CTriple<int64> NextPoint() {
     if (!MorePoints()) [[unlikely]]
       return NextPointBeyondBound();
     CTriple<int64> const point = m_Next.Get();
