@@ -1,9 +1,9 @@
 // The position on a digital line, moved on by additions alone.
 //
-//   Impl::StLineCursor cursor(start, signs);
-//   cursor.SetEvenSteps(lengths, moves);
-//   for (int64 i = 0; i < moves; ++i) cursor.Advance();
-//   // cursor.Get() is start + signs * lengths
+//   Impl::StLineCursor cursor(CTriple<int64>(5, 5, 0));
+//   cursor.x.SetSteps(Impl::StStepPattern::Even(9, 9), 1);
+//   cursor.y.SetSteps(Impl::StStepPattern::Even(4, 9), -1);
+//   for (int i = 0; i < 9; ++i) cursor.Advance();     // to (14, 1, 0)
 #pragma once
 
 #include <SeluUtils/Triple.h>
@@ -11,66 +11,64 @@
 
 namespace ORVA::Impl {
 
-/// One axis: how far the position is, and when it steps.
-///
-/// Over n moves the axis takes `length` steps, as evenly as can be: after k moves it has taken
-/// floor(k length / n + 1/2) of them. The fraction is kept in units of 2^-64, so that its carry is
-/// the step. For n up to 2^32 the rounding of the rate never reaches the next multiple of 1 / 2n,
-/// at which alone a step can be due: the steps are exact.
-struct StLineAxis {
+/// At which of the moves an axis takes a step: where adding the rate carries out of the fraction,
+/// both in units of 2^-64.
+struct StStepPattern {
   uint64 fraction = 0, rate = 0;
-  uint64 position = 0; // of the coordinate's complement where the axis runs downward
-  uint64 mirror = 0;   // all bits set there, else none
 
-  constexpr StLineAxis() noexcept = default;
-  constexpr StLineAxis(int64 start, int64 sign) noexcept
-      : position(static_cast<uint64>(sign < 0 ? ~start : start)),
-        mirror(sign < 0 ? ~uint64{0} : 0) {}
-
-  [[nodiscard]] constexpr int64 Get() const noexcept {
-    return static_cast<int64>(position ^ mirror);
+  /// `steps` over `moves`, 0 <= steps <= moves <= 2^32, as evenly as can be: after k moves
+  /// floor(k steps / moves + 1/2) of them. The rounding of the rate never reaches the next multiple
+  /// of 1 / (2 moves), at which alone a step can be due, so they are exact.
+  [[nodiscard]] static constexpr StStepPattern Even(uint64 steps, uint64 moves) noexcept {
+    constexpr uint64 half = uint64{1} << 63;
+    if (moves == 0) return {half, 0};
+    uint64 const fraction = half + (moves % 2 == 0 ? half / moves : 0); // keeps off ties
+    if (steps == moves) return {fraction, ~uint64{0}};                  // carries 2^63 times on end
+    uint64 const high = (steps << 32) / moves, rest = (steps << 32) % moves;
+    uint64 const low = (rest << 32) / moves, lastRest = (rest << 32) % moves;
+    return {fraction, (high << 32) + low + (2 * lastRest >= moves)};
   }
-  /// The next move; says whether the axis took a step.
+  /// A step exactly where this one has none.
+  [[nodiscard]] constexpr StStepPattern Complement() const noexcept {
+    return {~fraction, rate == 0 ? ~uint64{0} : ~rate + 1};
+  }
+  /// Goes on to the next move and says whether it takes a step.
   constexpr bool Advance() noexcept {
     fraction += rate;
-    bool const isStep = fraction < rate;
-    position += isStep;
-    return isStep;
-  }
-  /// The axis before its last move.
-  [[nodiscard]] constexpr StLineAxis Before() const noexcept {
-    StLineAxis axis = *this;
-    axis.position -= fraction < rate;
-    axis.fraction -= rate;
-    return axis;
-  }
-  /// 0 <= length <= moves <= 2^32.
-  constexpr void SetEvenSteps(uint64 length, uint64 moves) noexcept {
-    constexpr uint64 half = uint64{1} << 63;
-    rate = 0;
-    fraction = half;
-    if (moves == 0) return;
-    if (moves % 2 == 0) fraction += half / moves; // else every tie would lie on a multiple of 1 / n
-    if (length == moves) {
-      rate = ~uint64{0}; // carries 2^63 times on end
-      return;
-    }
-    uint64 const high = (length << 32) / moves, rest = (length << 32) % moves;
-    uint64 const low = (rest << 32) / moves, lastRest = (rest << 32) % moves;
-    rate = (high << 32) + low + (2 * lastRest >= moves);
-  }
-  /// Steps exactly where the other axis does not.
-  constexpr void SetStepsBetween(StLineAxis const& other) noexcept {
-    fraction = ~other.fraction;
-    rate = other.rate == 0 ? ~uint64{0} : ~other.rate + 1;
+    return fraction < rate;
   }
 };
 
-/// All three axes. One that shall not move is left at rate 0.
+/// One axis. A coordinate that falls drifts by -1 at every move and rises again where the
+/// complement of its pattern has a step: either way an addition with carry.
+struct StLineAxis {
+  StStepPattern pattern;
+  uint64 position = 0;
+  uint64 drift = 0;
+
+  constexpr StLineAxis() noexcept = default;
+  constexpr explicit StLineAxis(int64 start) noexcept : position(static_cast<uint64>(start)) {}
+
+  [[nodiscard]] constexpr int64 Get() const noexcept { return static_cast<int64>(position); }
+  constexpr void Advance() noexcept { position += drift + pattern.Advance(); }
+  /// The axis before its last move.
+  [[nodiscard]] constexpr StLineAxis Before() const noexcept {
+    StLineAxis axis = *this;
+    axis.position -= drift + (pattern.fraction < pattern.rate);
+    axis.pattern.fraction -= pattern.rate;
+    return axis;
+  }
+  constexpr void SetSteps(StStepPattern const& steps, int64 sign) noexcept {
+    pattern = sign < 0 ? steps.Complement() : steps;
+    drift = sign < 0 ? ~uint64{0} : 0;
+  }
+};
+
+/// All three axes, each at rest until its steps are set.
 struct StLineCursor {
   constexpr StLineCursor() noexcept = default;
-  constexpr StLineCursor(CTriple<int64> const& start, CTriple<int64> const& signs) noexcept
-      : x(start.x, signs.x), y(start.y, signs.y), z(start.z, signs.z) {}
+  constexpr explicit StLineCursor(CTriple<int64> const& start) noexcept
+      : x(start.x), y(start.y), z(start.z) {}
 
   [[nodiscard]] constexpr CTriple<int64> Get() const noexcept {
     return {x.Get(), y.Get(), z.Get()};
@@ -89,7 +87,7 @@ struct StLineCursor {
     cursor.z = z.Before();
     return cursor;
   }
-  /// A move from elsewhere, on a line whose signs are all positive.
+  /// A move from elsewhere, for axes at rest.
   constexpr void MoveBy(CTriple<int64> const& move) noexcept {
     x.position += static_cast<uint64>(move.x);
     y.position += static_cast<uint64>(move.y);

@@ -50,51 +50,43 @@ void CheckReach(CTriple<int64> const& start, CTriple<int64> const& difference, i
   if (dimension >= 3) CheckReach(start.z, Impl::Sign(difference.z), length(difference.z));
 }
 
-void SetLineAlongX(Impl::StLine& line, CTriple<int64> const& start) {
+Impl::StStepPattern EvenSteps(int64 steps, int64 moves) {
+  return Impl::StStepPattern::Even(static_cast<uint64>(steps), static_cast<uint64>(moves));
+}
+
+void SetLineAlongX(Impl::StLine& line) {
   line.alongX = Impl::CBresenhamVisitor1D(line.difference.x);
   line.steps = line.alongX.LastStep();
-  line.start = Impl::StLineCursor(start, {Impl::Sign(line.difference.x), 1, 1});
-  line.start.x.SetEvenSteps(static_cast<uint64>(line.steps), static_cast<uint64>(line.steps));
+  line.start.x.SetSteps(EvenSteps(line.steps, line.steps), Impl::Sign(line.difference.x));
 }
 
 // With diagonals the driving axis steps at every move, without where the other one does not.
-void SetLineInPlane(Impl::StLine& line, CTriple<int64> const& start) {
+void SetLineInPlane(Impl::StLine& line) {
   auto const [dx, dy, dz] = line.difference;
   auto lists = std::make_shared<Impl::StLine::StLists>();
   lists->plane = Impl::CBresenhamVisitor2D(dx, dy, line.neighborhood);
   bool const isXMajor = lists->plane.IsXMajor(), hasDiagonal = lists->plane.DiagonalIn();
   line.steps = lists->plane.LastStep();
   line.lists = std::move(lists);
-  line.start = Impl::StLineCursor(start, {Impl::Sign(dx), Impl::Sign(dy), 1});
-  Impl::StLineAxis& driving = isXMajor ? line.start.x : line.start.y;
-  Impl::StLineAxis& other = isXMajor ? line.start.y : line.start.x;
-  auto const moves = static_cast<uint64>(line.steps);
-  other.SetEvenSteps(static_cast<uint64>(Impl::ClampedLength(isXMajor ? dy : dx)), moves);
-  if (hasDiagonal) {
-    driving.SetEvenSteps(moves, moves);
-  } else {
-    driving.SetStepsBetween(other);
-  }
+  auto const other = EvenSteps(Impl::ClampedLength(isXMajor ? dy : dx), line.steps);
+  auto const driving = hasDiagonal ? EvenSteps(line.steps, line.steps) : other.Complement();
+  line.start.x.SetSteps(isXMajor ? driving : other, Impl::Sign(dx));
+  line.start.y.SetSteps(isXMajor ? other : driving, Impl::Sign(dy));
 }
 
-void SetLineInSpace(Impl::StLine& line, CTriple<int64> const& start,
-                    Impl::CBresenhamVisitor3D&& space) {
+void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
   auto lists = std::make_shared<Impl::StLine::StLists>();
   lists->space = std::move(space);
   line.steps = lists->space.LastStep();
   line.isListed = lists->space.DiagonalMask() != c_allDiagonals;
   line.lists = std::move(lists);
-  line.start = Impl::StLineCursor(start, {1, 1, 1});
   if (line.isListed) return;
-  auto const [dx, dy, dz] = line.difference;
-  line.start = Impl::StLineCursor(start, {Impl::Sign(dx), Impl::Sign(dy), Impl::Sign(dz)});
   auto const setSteps = [&](Impl::StLineAxis& axis, int64 component) {
-    axis.SetEvenSteps(static_cast<uint64>(Impl::TruncatedLength(component)),
-                      static_cast<uint64>(line.steps));
+    axis.SetSteps(EvenSteps(Impl::TruncatedLength(component), line.steps), Impl::Sign(component));
   };
-  setSteps(line.start.x, dx);
-  setSteps(line.start.y, dy);
-  setSteps(line.start.z, dz);
+  setSteps(line.start.x, line.difference.x);
+  setSteps(line.start.y, line.difference.y);
+  setSteps(line.start.z, line.difference.z);
 }
 
 Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& difference,
@@ -105,15 +97,16 @@ Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& differe
   line.dimension = dimension;
   line.neighborhood = neighborhood;
   line.firstStep = withEndPoints ? 0 : 1;
+  line.start = Impl::StLineCursor(start);
   switch (dimension) {
   case 1:
-    SetLineAlongX(line, start);
+    SetLineAlongX(line);
     return line;
   case 2:
-    SetLineInPlane(line, start);
+    SetLineInPlane(line);
     return line;
   case 3:
-    SetLineInSpace(line, start, Impl::CBresenhamVisitor3D(difference, neighborhood));
+    SetLineInSpace(line, Impl::CBresenhamVisitor3D(difference, neighborhood));
     return line;
   default:
     Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "invalid dimension\n");
@@ -161,7 +154,7 @@ StLine LineUnderMask(CTriple<int64> difference, int64 diagonal) {
   StLine line;
   line.difference = difference;
   line.dimension = 3;
-  SetLineInSpace(line, {}, CBresenhamVisitor3D(difference, 0, diagonal));
+  SetLineInSpace(line, CBresenhamVisitor3D(difference, 0, diagonal));
   return line;
 }
 

@@ -186,12 +186,12 @@ void CBresenhamVisitor2D::FillNabla(int64 a, int64 b) {
   // value is negative until the other axis is due.
   int64 const moves = isDiagonal ? a : a + b;
   std::vector<int64> nabla(static_cast<std::size_t>(moves));
-  StLineAxis other;
-  other.SetEvenSteps(static_cast<uint64>(std::min(b, moves)), static_cast<uint64>(moves));
+  auto seconds =
+      StStepPattern::Even(static_cast<uint64>(std::min(b, moves)), static_cast<uint64>(moves));
   int64 value = isDiagonal ? 2 * b - a : b - a;
   for (int64& entry : nabla) {
     entry = value;
-    value += 2 * b - (other.Advance() ? 2 * moves : 0);
+    value += 2 * b - (seconds.Advance() ? 2 * moves : 0);
   }
   m_Nabla = std::move(nabla);
 }
