@@ -32,6 +32,10 @@ struct StStepPattern {
   [[nodiscard]] constexpr StStepPattern Complement() const noexcept {
     return {~fraction, rate == 0 ? ~uint64{0} : ~rate + 1};
   }
+  /// Whether move i >= 0, counted from here, takes a step.
+  [[nodiscard]] constexpr bool IsStep(int64 i) const noexcept {
+    return fraction + (static_cast<uint64>(i) + 1) * rate < rate;
+  }
   /// Goes on to the next move and says whether it takes a step.
   constexpr bool Advance() noexcept {
     fraction += rate;
@@ -58,6 +62,10 @@ struct StLineAxis {
     axis.pattern.fraction -= pattern.rate;
     return axis;
   }
+  /// Move i >= 0, counted from here.
+  [[nodiscard]] constexpr int64 Move(int64 i) const noexcept {
+    return static_cast<int64>(drift + pattern.IsStep(i));
+  }
   constexpr void SetSteps(StStepPattern const& steps, int64 sign) noexcept {
     pattern = sign < 0 ? steps.Complement() : steps;
     drift = sign < 0 ? ~uint64{0} : 0;
@@ -72,6 +80,10 @@ struct StLineCursor {
 
   [[nodiscard]] constexpr CTriple<int64> Get() const noexcept {
     return {x.Get(), y.Get(), z.Get()};
+  }
+  /// Move i >= 0, counted from here.
+  [[nodiscard]] constexpr CTriple<int64> Move(int64 i) const noexcept {
+    return {x.Move(i), y.Move(i), z.Move(i)};
   }
   /// The next move.
   constexpr void Advance() noexcept {

@@ -45,7 +45,7 @@ struct StLine {
   int64 neighborhood = 0;
   int64 firstStep = 0; // 0 with end points, 1 without
   CBresenhamVisitor1D alongX;
-  std::shared_ptr<StLists const> lists; // of dimensions 2 and 3
+  std::shared_ptr<StLists const> lists; // of dimension 2, and of 3 if not all axes step evenly
   bool isListed = false;                // walked by the list: the axes do not step evenly
   int64 steps = 0;
   StLineCursor start;
@@ -68,8 +68,9 @@ SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal)
 /// Lengths have 32 bits: in dimensions 1 and 2 a longer component is clamped, in dimension 3 its
 /// low 32 bits count. Constructors throw CException for an unknown dimension or neighbourhood,
 /// CExBadParam for a line that leaves the 64-bit range, and std::bad_alloc for one longer than
-/// memory can hold. They take O(moves) time and about 8 (2D) or 40 (3D) bytes a move, which copies
-/// share; a point takes O(1).
+/// memory can hold. In dimension 1 and with all diagonals in space they take O(1) time and no
+/// memory for the moves, else O(moves) and about 8 (2D) or 40 (3D) bytes a move, which copies
+/// share. A point takes O(1).
 ///
 /// All of a walk is inline, and no function elsewhere sees the walker: one that lives in one
 /// function walks in registers.
@@ -159,9 +160,13 @@ private:
 
   [[nodiscard]] CTriple<int64> InnerStep(int64 i) const {
     if (m_Line.dimension == 1) return m_Line.alongX.Step(i);
-    if (!m_Line.lists) [[unlikely]]
+    if (m_Line.lists)
+      return m_Line.dimension == 2 ? m_Line.lists->plane.Step(i) : m_Line.lists->space.Step(i);
+    if (m_Line.dimension != 3) [[unlikely]]
       Impl::RaiseInvalidDimensionInStep();
-    return m_Line.dimension == 2 ? m_Line.lists->plane.Step(i) : m_Line.lists->space.Step(i);
+    if (i < 0) [[unlikely]]
+      Impl::RaiseStepOutOfRange3D();
+    return i < m_Line.steps ? m_Line.start.Move(i) : CTriple<int64>();
   }
   [[nodiscard]] int64 InnerSteps() const {
     if (m_Line.dimension == 0) [[unlikely]]

@@ -2,9 +2,11 @@
 
 #include "BresenhamVisitor/Rounding.h"
 
+#include <SeluBase/Neighborhood.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace ORVA {
@@ -74,19 +76,37 @@ void SetLineInPlane(Impl::StLine& line) {
   line.start.y.SetSteps(isXMajor ? other : driving, Impl::Sign(dy));
 }
 
-void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
-  auto lists = std::make_shared<Impl::StLine::StLists>();
-  lists->space = std::move(space);
-  line.steps = lists->space.LastStep();
-  line.isListed = lists->space.DiagonalMask() != c_allDiagonals;
-  line.lists = std::move(lists);
-  if (line.isListed) return;
+void SetLineWithAllDiagonals(Impl::StLine& line) {
+  auto const [dx, dy, dz] = line.difference;
+  line.steps =
+      std::max({Impl::TruncatedLength(dx), Impl::TruncatedLength(dy), Impl::TruncatedLength(dz)});
   auto const setSteps = [&](Impl::StLineAxis& axis, int64 component) {
     axis.SetSteps(EvenSteps(Impl::TruncatedLength(component), line.steps), Impl::Sign(component));
   };
-  setSteps(line.start.x, line.difference.x);
-  setSteps(line.start.y, line.difference.y);
-  setSteps(line.start.z, line.difference.z);
+  setSteps(line.start.x, dx);
+  setSteps(line.start.y, dy);
+  setSteps(line.start.z, dz);
+}
+
+void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
+  if (space.DiagonalMask() == c_allDiagonals) return SetLineWithAllDiagonals(line);
+  auto lists = std::make_shared<Impl::StLine::StLists>();
+  lists->space = std::move(space);
+  line.steps = lists->space.LastStep();
+  line.lists = std::move(lists);
+  line.isListed = true;
+}
+
+void SetLineInSpace(Impl::StLine& line) {
+  if (line.neighborhood == NEIGHBORHOOD_26) return SetLineWithAllDiagonals(line);
+  SetLineInSpace(line, Impl::CBresenhamVisitor3D(line.difference, line.neighborhood));
+}
+
+// The list of moves of a line in space, also of one that is walked without.
+Impl::CBresenhamVisitor3D MovesInSpace(Impl::StLine const& line) {
+  if (line.lists) return line.lists->space;
+  if (line.dimension != 3) return {};
+  return {line.difference, line.neighborhood, c_allDiagonals};
 }
 
 Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& difference,
@@ -106,7 +126,7 @@ Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& differe
     SetLineInPlane(line);
     return line;
   case 3:
-    SetLineInSpace(line, Impl::CBresenhamVisitor3D(difference, neighborhood));
+    SetLineInSpace(line);
     return line;
   default:
     Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "invalid dimension\n");
@@ -154,18 +174,18 @@ StLine LineUnderMask(CTriple<int64> difference, int64 diagonal) {
   StLine line;
   line.difference = difference;
   line.dimension = 3;
-  SetLineInSpace(line, CBresenhamVisitor3D(difference, 0, diagonal));
+  if (diagonal == c_allDiagonals) {
+    SetLineWithAllDiagonals(line);
+  } else {
+    SetLineInSpace(line, CBresenhamVisitor3D(difference, 0, diagonal));
+  }
   return line;
 }
 
 } // namespace Impl
 
-void CBresenhamVisitor::PrintMoves() const {
-  (m_Line.lists ? m_Line.lists->space : Impl::CBresenhamVisitor3D()).PrintMoves();
-}
-void CBresenhamVisitor::PrintProjMoves() const {
-  (m_Line.lists ? m_Line.lists->space : Impl::CBresenhamVisitor3D()).PrintProjMoves();
-}
+void CBresenhamVisitor::PrintMoves() const { MovesInSpace(m_Line).PrintMoves(); }
+void CBresenhamVisitor::PrintProjMoves() const { MovesInSpace(m_Line).PrintProjMoves(); }
 
 CBresenhamVisitorSelect::CBresenhamVisitorSelect(CTriple<int64> from, CTriple<int64> to,
                                                  int64 dimension, int64 neighborhood,
