@@ -7,8 +7,8 @@
 #pragma once
 
 #include <SeluUtils/AreaVisitorImpl.h>
-#include <SeluUtils/BresenhamVisitor.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/LineVisitor.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -124,5 +124,3 @@ private:
 };
 
 } // namespace ORVA
-
-#include <SeluUtils/VolumeVisitor.h> // the solids, whose slices are areas

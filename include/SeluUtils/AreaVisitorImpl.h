@@ -6,8 +6,8 @@
 //   // CBresenhamAreaVisitor takes open paths of either orientation and is what most callers want
 #pragma once
 
-#include <SeluUtils/BresenhamVisitorImpl.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/LineVisitorImpl.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 

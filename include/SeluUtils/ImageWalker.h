@@ -75,19 +75,13 @@ public:
   }
   void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept {
-    return m_current.x != m_end.x; // which lies past every x of the box
-  }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_current.x != m_end.x || MoreRows(); }
   /// CException after the last point.
   CTriple<int64> NextPoint() {
-    if (!MorePoints()) [[unlikely]]
-      Impl::RaisePointOutsideWindow();
-    CTriple<int64> const point = m_current.Get();
-    if (m_current.x < m_high.x) [[likely]] {
-      ++m_current.x;
-    } else {
+    if (m_current.x == m_end.x) [[unlikely]]
       NextRow();
-    }
+    CTriple<int64> const point = m_current;
+    m_current.x = Impl::WrappedSum(m_current.x, 1);
     return point;
   }
   /// The product of the three extents high - low + 1, modulo 2^64. It is taken from the corners as
@@ -105,26 +99,31 @@ public:
   [[nodiscard]] CTriple<int64> High() const noexcept { return m_high; }
 
 private:
-  void NextRow() noexcept {
-    if (m_current.y < m_high.y) {
-      m_current.x = m_low.x;
+  [[nodiscard]] bool MoreRows() const noexcept {
+    return m_current.y != m_high.y || m_current.z != m_high.z;
+  }
+  void NextRow() {
+    if (!MoreRows()) Impl::RaisePointOutsideWindow();
+    m_current.x = m_low.x;
+    if (m_current.y != m_high.y) {
       ++m_current.y;
-    } else if (m_current.z >= m_high.z) {
-      m_current = Impl::StMovingPoint(m_end);
     } else {
-      m_current.x = m_low.x;
       m_current.y = m_low.y;
       ++m_current.z;
     }
   }
+  // Rows of 2^64 points count as empty.
   constexpr void Start() noexcept {
     m_end = Impl::WrappedSum(m_high, {1, 1, 1});
-    m_current = Impl::StMovingPoint(Impl::HasPoints(m_low, m_high) ? m_low : m_end);
+    bool const hasPoints = Impl::HasPoints(m_low, m_high) && m_low.x != m_end.x;
+    m_current = hasPoints ? m_low : CTriple<int64>(m_end.x, m_high.y, m_high.z);
   }
 
   CTriple<int64> m_low, m_high;
   CTriple<int64> m_end; // one past the high corner
-  Impl::StMovingPoint m_current;
+  // The next point. Between two rows x is the end's: the new row waits until it is asked for, so
+  // that a loop over the points turns into one over rows and, within it, one over x.
+  CTriple<int64> m_current;
 };
 
 /// Covers a box with straight lines along a unit direction: a line starts at every voxel of the

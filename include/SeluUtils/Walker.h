@@ -51,11 +51,11 @@ public:
     using difference_type = std::ptrdiff_t;
 
     CIterator() = default;
-    explicit CIterator(W& walker) : m_walker(&walker) { ++*this; }
+    [[gnu::always_inline]] explicit CIterator(W& walker) : m_walker(&walker) { ++*this; }
 
     [[nodiscard]] CTriple<int64> const& operator*() const noexcept { return m_point; }
     [[nodiscard]] CTriple<int64> const* operator->() const noexcept { return &m_point; }
-    CIterator& operator++() {
+    [[gnu::always_inline]] CIterator& operator++() { // else the walker is left in memory
       if (m_walker->MorePoints()) {
         m_point = m_walker->NextPoint();
       } else {

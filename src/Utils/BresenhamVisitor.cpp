@@ -1,10 +1,12 @@
-#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/LineVisitor.h>
 
 #include "BresenhamVisitor/Rounding.h"
 
+#include <SeluBase/Neighborhood.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace ORVA {
@@ -13,6 +15,8 @@ namespace {
 
 constexpr char c_module[] = "src/Utils/BresenhamVisitor";
 constexpr char c_constructor[] = "ORVA::CBresenhamVisitor::CBresenhamVisitor";
+
+constexpr int64 c_allDiagonals = 7; // the mask under which each axis steps evenly
 
 CTriple<int64> Point(CSize const& size) { return {size.x, size.y, size.z}; }
 
@@ -48,6 +52,87 @@ void CheckReach(CTriple<int64> const& start, CTriple<int64> const& difference, i
   if (dimension >= 3) CheckReach(start.z, Impl::Sign(difference.z), length(difference.z));
 }
 
+Impl::StStepPattern EvenSteps(int64 steps, int64 moves) {
+  return Impl::StStepPattern::Even(static_cast<uint64>(steps), static_cast<uint64>(moves));
+}
+
+void SetLineAlongX(Impl::StLine& line) {
+  line.alongX = Impl::CBresenhamVisitor1D(line.difference.x);
+  line.steps = line.alongX.LastStep();
+  line.start.x.SetSteps(EvenSteps(line.steps, line.steps), Impl::Sign(line.difference.x));
+}
+
+// With diagonals the driving axis steps at every move, without where the other one does not.
+void SetLineInPlane(Impl::StLine& line) {
+  auto const [dx, dy, dz] = line.difference;
+  auto lists = std::make_shared<Impl::StLine::StLists>();
+  lists->plane = Impl::CBresenhamVisitor2D(dx, dy, line.neighborhood);
+  bool const isXMajor = lists->plane.IsXMajor(), hasDiagonal = lists->plane.DiagonalIn();
+  line.steps = lists->plane.LastStep();
+  line.lists = std::move(lists);
+  auto const other = EvenSteps(Impl::ClampedLength(isXMajor ? dy : dx), line.steps);
+  auto const driving = hasDiagonal ? EvenSteps(line.steps, line.steps) : other.Complement();
+  line.start.x.SetSteps(isXMajor ? driving : other, Impl::Sign(dx));
+  line.start.y.SetSteps(isXMajor ? other : driving, Impl::Sign(dy));
+}
+
+void SetLineWithAllDiagonals(Impl::StLine& line) {
+  auto const [dx, dy, dz] = line.difference;
+  line.steps =
+      std::max({Impl::TruncatedLength(dx), Impl::TruncatedLength(dy), Impl::TruncatedLength(dz)});
+  auto const setSteps = [&](Impl::StLineAxis& axis, int64 component) {
+    axis.SetSteps(EvenSteps(Impl::TruncatedLength(component), line.steps), Impl::Sign(component));
+  };
+  setSteps(line.start.x, dx);
+  setSteps(line.start.y, dy);
+  setSteps(line.start.z, dz);
+}
+
+void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
+  if (space.DiagonalMask() == c_allDiagonals) return SetLineWithAllDiagonals(line);
+  auto lists = std::make_shared<Impl::StLine::StLists>();
+  lists->space = std::move(space);
+  line.steps = lists->space.LastStep();
+  line.lists = std::move(lists);
+  line.isListed = true;
+}
+
+void SetLineInSpace(Impl::StLine& line) {
+  if (line.neighborhood == NEIGHBORHOOD_26) return SetLineWithAllDiagonals(line);
+  SetLineInSpace(line, Impl::CBresenhamVisitor3D(line.difference, line.neighborhood));
+}
+
+// The list of moves of a line in space, also of one that is walked without.
+Impl::CBresenhamVisitor3D MovesInSpace(Impl::StLine const& line) {
+  if (line.lists) return line.lists->space;
+  if (line.dimension != 3) return {};
+  return {line.difference, line.neighborhood, c_allDiagonals};
+}
+
+Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& difference,
+                      int64 dimension, int64 neighborhood, bool withEndPoints) {
+  CheckReach(start, difference, dimension);
+  Impl::StLine line;
+  line.difference = difference;
+  line.dimension = dimension;
+  line.neighborhood = neighborhood;
+  line.firstStep = withEndPoints ? 0 : 1;
+  line.start = Impl::StLineCursor(start);
+  switch (dimension) {
+  case 1:
+    SetLineAlongX(line);
+    return line;
+  case 2:
+    SetLineInPlane(line);
+    return line;
+  case 3:
+    SetLineInSpace(line);
+    return line;
+  default:
+    Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "invalid dimension\n");
+  }
+}
+
 bool IsInside(CTriple<int64> const& point, CTriple<int64> const& size, int64 dimension) {
   return point.x >= 0 && point.x < size.x &&
          (dimension < 2 || (point.y >= 0 && point.y < size.y)) &&
@@ -64,76 +149,43 @@ void RaiseInvalidDimensionInStep() {
 void RaiseInvalidDimensionInLastStep() {
   Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::LastStep"), "invalid dimension");
 }
+void RaiseInvalidDimensionInReset() {
+  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Reset"), "invalid dimension\n");
+}
 void RaiseSelectedStepOutOfRange() {
   Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitorSelect::Step"), "Step i out of range");
 }
 
+StLine LineBetween(CTriple<int64> from, CTriple<int64> to, int64 dimension, int64 neighborhood,
+                   bool withEndPoints) {
+  return LineFrom(from, CheckedDifference(from, to, dimension), dimension, neighborhood,
+                  withEndPoints);
+}
+
+StLine LineAlong(CTriple<int64> start, CTriple<double> direction, double length, int64 dimension,
+                 int64 neighborhood, bool withEndPoints) {
+  CTriple<int64> const difference(RoundedSaturated(direction.x * length),
+                                  RoundedSaturated(direction.y * length),
+                                  RoundedSaturated(direction.z * length));
+  return LineFrom(start, difference, dimension, neighborhood, withEndPoints);
+}
+
+StLine LineUnderMask(CTriple<int64> difference, int64 diagonal) {
+  StLine line;
+  line.difference = difference;
+  line.dimension = 3;
+  if (diagonal == c_allDiagonals) {
+    SetLineWithAllDiagonals(line);
+  } else {
+    SetLineInSpace(line, CBresenhamVisitor3D(difference, 0, diagonal));
+  }
+  return line;
+}
+
 } // namespace Impl
 
-CBresenhamVisitor::CBresenhamVisitor(CTriple<int64> from, CTriple<int64> to, int64 dimension,
-                                     int64 neighborhood, bool withEndPoints)
-    : m_Difference(CheckedDifference(from, to, dimension)), m_Dimension(dimension),
-      m_Neighborhood(neighborhood), m_FirstInnerStep(withEndPoints ? 0 : 1), m_Start(from) {
-  Build();
-}
-
-CBresenhamVisitor::CBresenhamVisitor(CSize from, CSize to, int64 dimension, int64 neighborhood,
-                                     bool withEndPoints)
-    : CBresenhamVisitor(Point(from), Point(to), dimension, neighborhood, withEndPoints) {}
-
-CBresenhamVisitor::CBresenhamVisitor(CTriple<int64> start, CTriple<double> direction, double length,
-                                     int64 dimension, int64 neighborhood, bool withEndPoints)
-    : m_Difference(Impl::RoundedSaturated(direction.x * length),
-                   Impl::RoundedSaturated(direction.y * length),
-                   Impl::RoundedSaturated(direction.z * length)),
-      m_Dimension(dimension), m_Neighborhood(neighborhood), m_FirstInnerStep(withEndPoints ? 0 : 1),
-      m_Start(start) {
-  Build();
-}
-
-CBresenhamVisitor::CBresenhamVisitor(CTriple<int64> difference, int64 diagonal)
-    : m_Difference(difference), m_Dimension(3), m_Line3D(difference, 0, diagonal) {
-  Start();
-}
-
-void CBresenhamVisitor::Build() {
-  CheckReach(m_Start, m_Difference, m_Dimension);
-  switch (m_Dimension) {
-  case 1:
-    m_Line1D = Impl::CBresenhamVisitor1D(m_Difference.x);
-    break;
-  case 2:
-    m_Line2D = Impl::CBresenhamVisitor2D(m_Difference.x, m_Difference.y, m_Neighborhood);
-    break;
-  case 3:
-    m_Line3D = Impl::CBresenhamVisitor3D(m_Difference, m_Neighborhood);
-    break;
-  default:
-    Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "invalid dimension\n");
-  }
-  Start();
-}
-
-void CBresenhamVisitor::Start() {
-  m_LastStepBound = InnerSteps();
-  m_Next = Impl::StMovingPoint(m_Start);
-  if (m_FirstInnerStep == 0) return;
-  m_Next.MoveBy(InnerStep(0));
-  m_LastStepBound -= 2;
-}
-
-void CBresenhamVisitor::Reset() {
-  if (m_Dimension < 1 || m_Dimension > 3)
-    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Reset"), "invalid dimension\n");
-  m_Next = Impl::StMovingPoint(m_Start);
-  m_StepIndex = 0;
-  if (m_FirstInnerStep == 0) return;
-  m_Next.MoveBy(InnerStep(0));
-  m_LastStepBound -= 2; // the bound is not restored first: each rewind shortens the walk
-}
-
-void CBresenhamVisitor::PrintMoves() const { m_Line3D.PrintMoves(); }
-void CBresenhamVisitor::PrintProjMoves() const { m_Line3D.PrintProjMoves(); }
+void CBresenhamVisitor::PrintMoves() const { MovesInSpace(m_Line).PrintMoves(); }
+void CBresenhamVisitor::PrintProjMoves() const { MovesInSpace(m_Line).PrintProjMoves(); }
 
 CBresenhamVisitorSelect::CBresenhamVisitorSelect(CTriple<int64> from, CTriple<int64> to,
                                                  int64 dimension, int64 neighborhood,

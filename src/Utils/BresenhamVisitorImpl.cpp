@@ -1,11 +1,13 @@
-#include <SeluUtils/BresenhamVisitorImpl.h>
+#include <SeluUtils/LineVisitorImpl.h>
 
 #include "Utils/BresenhamVisitorImpl/Merge.h"
 
 #include <SeluBase/Neighborhood.h>
+#include <SeluUtils/LineCursor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <utility>
@@ -180,13 +182,16 @@ void CBresenhamVisitor2D::FillNabla(int64 a, int64 b) {
       RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor2D::FillNabla"),
                     CString("length %1 is not in the range 0 to 2147483648").Arg(length));
   bool const isDiagonal = DiagonalIn();
-  std::vector<int64> nabla(static_cast<std::size_t>(isDiagonal ? a : a + b));
+  // Either way a second step takes 2 * moves off the value and every move adds 2b, so that the
+  // value is negative until the other axis is due.
+  int64 const moves = isDiagonal ? a : a + b;
+  std::vector<int64> nabla(static_cast<std::size_t>(moves));
+  auto seconds =
+      StStepPattern::Even(static_cast<uint64>(std::min(b, moves)), static_cast<uint64>(moves));
   int64 value = isDiagonal ? 2 * b - a : b - a;
-  int64 const afterStraight = 2 * b;
-  int64 const afterSecond = isDiagonal ? 2 * b - 2 * a : -2 * a;
   for (int64& entry : nabla) {
     entry = value;
-    value += value >= 0 ? afterSecond : afterStraight;
+    value += 2 * b - (seconds.Advance() ? 2 * moves : 0);
   }
   m_Nabla = std::move(nabla);
 }
@@ -305,8 +310,9 @@ void CBresenhamVisitor3D::FillFromDrivingAxis(std::vector<CTriple<int64>>& moves
   auto const second = m_Projections[0].Decisions(), third = m_Projections[1].Decisions();
   std::array<CTriple<int64>, 4> const real = {ConvertFrom({1, 0, 0}), ConvertFrom({1, 1, 0}),
                                               ConvertFrom({1, 0, 1}), ConvertFrom({1, 1, 1})};
-  for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-    moves.push_back(real[std::size_t{second[i] >= 0} + 2 * std::size_t{third[i] >= 0}]);
+  moves.resize(static_cast<std::size_t>(count));
+  for (std::size_t i = 0; i < moves.size(); ++i)
+    moves[i] = real[std::size_t{second[i] >= 0} + 2 * std::size_t{third[i] >= 0}];
 }
 
 CTriple<int64> CBresenhamVisitor3D::ConvertFrom(CTriple<int64> m) const {

@@ -2,7 +2,7 @@
 
 #include "Utils/BresenhamVisitor/Rounding.h"
 
-#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 

@@ -1,7 +1,7 @@
 #include <SeluUtils/VolumeVisitor.h>
 
 #include <SeluBase/Neighborhood.h>
-#include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
