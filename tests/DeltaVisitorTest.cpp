@@ -164,9 +164,19 @@ TEST(DeltaLines, LineShorterThanTheMainAxisIsRefused) {
 TEST(DeltaLines, LineLongerThanMemoryFailsAndLeavesNoPoints) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
   auto lines = Lines({1, 0, 0}, {4, 3, 1});
-  EXPECT_THROW(lines.SetDirection(Direction(1e300, 0, 0)), std::bad_alloc);
+  EXPECT_THROW(lines.SetImageSize(CSize(2147483647, 1)), std::bad_alloc);
   EXPECT_FALSE(lines.MorePoints());
-  EXPECT_THROW((Lines({1, 0, 0}, {int64{1} << 40, 1, 1})), std::bad_alloc);
+}
+
+TEST(DeltaLines, LineBeyond32BitsIsCutToThem) {
+  test::CAllocationLimit const limit(std::size_t{1} << 24);
+  EXPECT_EQ(Walk(Lines({1e300, 0, 0}, {4, 3, 1})), Walk(Lines({1, 0, 0}, {4, 3, 1})));
+  test::ExpectError(
+      [] {
+        (void)Lines({1, 0, 0}, {int64{1} << 40, 1, 1});
+      },
+      "Invalid Calculation of Line in CDeltaVisitor", "ORVA::CDeltaVisitor::Initialize",
+      "src/Utils/ImageWalker");
 }
 
 TEST(DeltaLines, NewImageOrDirectionStartsAnew) {

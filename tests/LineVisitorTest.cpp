@@ -302,12 +302,21 @@ TEST(LineVisitor, CopiesWalkIndependently) {
   }
 }
 
-TEST(LineVisitor, LineLongerThanMemoryFails) {
+TEST(LineVisitor, LineLongerThanMemoryIsWalkedWhereNothingIsStoredAndElseFails) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
-  EXPECT_THROW(Plane({0, 0, 0}, {2147483647, 0, 0}), std::bad_alloc);
-  EXPECT_THROW(CBresenhamVisitor(Point(), CTriple<double>(c_nan, 0, 0), 1, 2, NEIGHBORHOOD_8, true),
-               std::bad_alloc);
-  EXPECT_EQ(CBresenhamVisitor(Point(), Point(2147483647, 0, 0), 1, 0, true).Steps(), 2147483647);
+  CTriple<int64> const far(2147483647, 1, 0);
+  EXPECT_EQ(CBresenhamVisitor(Point(), far, 1, 0, true).Steps(), 2147483647);
+  EXPECT_EQ(CBresenhamVisitor(Point(), far, 2, NEIGHBORHOOD_8, true).Steps(), 2147483647);
+  EXPECT_EQ(CBresenhamVisitor(Point(), far, 2, NEIGHBORHOOD_4, true).Steps(), 2147483648);
+  EXPECT_EQ(CBresenhamVisitor(Point(), far, 3, NEIGHBORHOOD_26, true).Steps(), 2147483647);
+  EXPECT_THROW(CBresenhamVisitor(Point(), far, 3, NEIGHBORHOOD_6, true), std::bad_alloc);
+}
+
+TEST(LineVisitor, DirectionThatIsNoNumberGoesToTheLowerEnd) {
+  CBresenhamVisitor line(Point(), CTriple<double>(c_nan, 0, 0), 1, 2, NEIGHBORHOOD_8, true);
+  EXPECT_EQ(line.Steps(), 2147483648);
+  (void)line.NextPoint();
+  EXPECT_EQ(line.NextPoint(), Point(-1, 0, 0));
 }
 
 TEST(LineVisitor, PrintsTheMovesOfASpaceLine) {

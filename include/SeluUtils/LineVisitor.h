@@ -34,19 +34,13 @@ namespace Impl {
 
 /// What a walk along a line needs to know, and never changes.
 struct StLine {
-  /// The lists of moves, of which only that of the line's dimension is filled.
-  struct StLists {
-    CBresenhamVisitor2D plane;
-    CBresenhamVisitor3D space;
-  };
-
   CTriple<int64> difference;
   int64 dimension = 0;
   int64 neighborhood = 0;
   int64 firstStep = 0; // 0 with end points, 1 without
   CBresenhamVisitor1D alongX;
-  std::shared_ptr<StLists const> lists; // of dimension 2, and of 3 if not all axes step evenly
-  bool isListed = false;                // walked by the list: the axes do not step evenly
+  bool isListed = false;                           // the axes do not step evenly
+  std::shared_ptr<CBresenhamVisitor3D const> list; // the moves then
   int64 steps = 0;
   StLineCursor start;
 };
@@ -67,10 +61,9 @@ SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal)
 ///
 /// Lengths have 32 bits: in dimensions 1 and 2 a longer component is clamped, in dimension 3 its
 /// low 32 bits count. Constructors throw CException for an unknown dimension or neighbourhood,
-/// CExBadParam for a line that leaves the 64-bit range, and std::bad_alloc for one longer than
-/// memory can hold. In dimension 1 and with all diagonals in space they take O(1) time and no
-/// memory for the moves, else O(moves) and about 8 (2D) or 40 (3D) bytes a move, which copies
-/// share. A point takes O(1).
+/// and CExBadParam for a line that leaves the 64-bit range. They take O(1) time and no memory for
+/// the moves; only in space without all diagonals O(moves) and about 40 bytes a move, which copies
+/// share, and std::bad_alloc for a line longer than memory can hold. A point takes O(1).
 ///
 /// All of a walk is inline, and no function elsewhere sees the walker: one that lives in one
 /// function walks in registers.
@@ -160,12 +153,11 @@ private:
 
   [[nodiscard]] CTriple<int64> InnerStep(int64 i) const {
     if (m_Line.dimension == 1) return m_Line.alongX.Step(i);
-    if (m_Line.lists)
-      return m_Line.dimension == 2 ? m_Line.lists->plane.Step(i) : m_Line.lists->space.Step(i);
-    if (m_Line.dimension != 3) [[unlikely]]
+    if (m_Line.list) return m_Line.list->Step(i);
+    if (m_Line.dimension == 0) [[unlikely]]
       Impl::RaiseInvalidDimensionInStep();
     if (i < 0) [[unlikely]]
-      Impl::RaiseStepOutOfRange3D();
+      m_Line.dimension == 2 ? Impl::RaiseStepOutOfRange2D() : Impl::RaiseStepOutOfRange3D();
     return i < m_Line.steps ? m_Line.start.Move(i) : CTriple<int64>();
   }
   [[nodiscard]] int64 InnerSteps() const {
@@ -177,8 +169,8 @@ private:
     if (!m_Line.isListed) {
       m_Next.Advance();
     } else if (int64 const step = m_StepIndex + m_Line.firstStep;
-               step < m_Line.steps && m_Line.lists) {
-      m_Next.MoveBy(m_Line.lists->space.Moves()[static_cast<std::size_t>(step)]);
+               step < m_Line.steps && m_Line.list) {
+      m_Next.MoveBy(m_Line.list->Moves()[static_cast<std::size_t>(step)]);
     }
   }
   // The cursor goes one move beyond the end: to check for it at every point would cost more.

@@ -65,12 +65,13 @@ void SetLineAlongX(Impl::StLine& line) {
 // With diagonals the driving axis steps at every move, without where the other one does not.
 void SetLineInPlane(Impl::StLine& line) {
   auto const [dx, dy, dz] = line.difference;
-  auto lists = std::make_shared<Impl::StLine::StLists>();
-  lists->plane = Impl::CBresenhamVisitor2D(dx, dy, line.neighborhood);
-  bool const isXMajor = lists->plane.IsXMajor(), hasDiagonal = lists->plane.DiagonalIn();
-  line.steps = lists->plane.LastStep();
-  line.lists = std::move(lists);
-  auto const other = EvenSteps(Impl::ClampedLength(isXMajor ? dy : dx), line.steps);
+  int64 const lengthX = Impl::ClampedLength(dx), lengthY = Impl::ClampedLength(dy);
+  bool const isXMajor = lengthX >= lengthY;
+  // The shortest line of the quadrant knows the neighbourhoods.
+  bool const hasDiagonal =
+      Impl::CBresenhamVisitor2D(Impl::Sign(dx), Impl::Sign(dy), line.neighborhood).DiagonalIn();
+  line.steps = hasDiagonal ? std::max(lengthX, lengthY) : lengthX + lengthY;
+  auto const other = EvenSteps(std::min(lengthX, lengthY), line.steps);
   auto const driving = hasDiagonal ? EvenSteps(line.steps, line.steps) : other.Complement();
   line.start.x.SetSteps(isXMajor ? driving : other, Impl::Sign(dx));
   line.start.y.SetSteps(isXMajor ? other : driving, Impl::Sign(dy));
@@ -90,10 +91,8 @@ void SetLineWithAllDiagonals(Impl::StLine& line) {
 
 void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
   if (space.DiagonalMask() == c_allDiagonals) return SetLineWithAllDiagonals(line);
-  auto lists = std::make_shared<Impl::StLine::StLists>();
-  lists->space = std::move(space);
-  line.steps = lists->space.LastStep();
-  line.lists = std::move(lists);
+  line.steps = space.LastStep();
+  line.list = std::make_shared<Impl::CBresenhamVisitor3D const>(std::move(space));
   line.isListed = true;
 }
 
@@ -104,7 +103,7 @@ void SetLineInSpace(Impl::StLine& line) {
 
 // The list of moves of a line in space, also of one that is walked without.
 Impl::CBresenhamVisitor3D MovesInSpace(Impl::StLine const& line) {
-  if (line.lists) return line.lists->space;
+  if (line.list) return *line.list;
   if (line.dimension != 3) return {};
   return {line.difference, line.neighborhood, c_allDiagonals};
 }

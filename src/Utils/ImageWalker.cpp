@@ -209,15 +209,16 @@ void CDeltaVisitor::BuildLine() {
   bool const isFlat = m_imageSize.z == 1;
   CBresenhamVisitor line(start, direction, std::sqrt(nx * nx + ny * ny + nz * nz), isFlat ? 2 : 3,
                          isFlat ? NEIGHBORHOOD_8 : NEIGHBORHOOD_26, true);
-  std::vector<CTriple<int64>> points;
-  while (line.MorePoints() && static_cast<int64>(points.size()) < extents.x)
-    points.push_back(line.NextPoint() - start);
-  // Of a length beyond 32 bits so little can be left that another axis drives the line.
-  bool const isCovering =
-      static_cast<int64>(points.size()) == extents.x && std::abs(points.back().x) == extents.x - 1;
-  if (!isCovering)
+  auto const raise = [] {
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDeltaVisitor::Initialize"),
                 "Invalid Calculation of Line in CDeltaVisitor");
+  };
+  if (line.Steps() < extents.x - 1) raise();
+  std::vector<CTriple<int64>> points;
+  points.reserve(static_cast<std::size_t>(extents.x));
+  for (int64 i = 0; i < extents.x; ++i) points.push_back(line.NextPoint() - start);
+  // Of a length beyond 32 bits so little can be left that another axis drives the line.
+  if (std::abs(points.back().x) != extents.x - 1) raise();
   m_line = std::move(points);
   m_start = m_offset = start;
   m_length = extents.x;
