@@ -136,7 +136,8 @@ void WritePicture(StJob& job) {
   }
 }
 
-void NoteOutside(StJob const& job, StCounts const& counts) {
+void NoteMissing(StJob const& job, StCounts const& counts) {
+  if (counts.points + counts.outside == 0) PrintNote("note: the walk has no points");
   if (counts.outside == 0) return;
   auto const all = counts.points + counts.outside;
   PrintNote("note: " + std::to_string(counts.outside) + " of the walk's " + std::to_string(all) +
@@ -181,7 +182,7 @@ void Run(EnWalk kind, StWalkOptions const& given) {
   // Everything is made before the first file gets its name.
   if (job.file) job.file->Commit();
   if (job.picture) job.picture->Commit();
-  NoteOutside(job, counts);
+  NoteMissing(job, counts);
 }
 
 using Options = std::shared_ptr<StWalkOptions>;

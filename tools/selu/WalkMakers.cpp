@@ -324,6 +324,18 @@ StWalk MakeDirection(StWalkOptions const& given, MaybeSize const& size) {
 
 double Length(RealPoint const& v) { return std::hypot(v.x, v.y, v.z); }
 
+ORVA::CDeltaVisitor PlainDelta(StWalkOptions const& given, RealPoint const& direction,
+                               CSize const& size) {
+  ORVA::CDeltaVisitor walker(direction);
+  try {
+    walker.SetImageSize(size);
+  } catch (ORVA::CException const&) { // its line did not reach across the image
+    throw CAppError("the direction " + given.direction + " is too short for the plain walk of " +
+                    SizeText(size) + " voxels");
+  }
+  return walker;
+}
+
 StWalk MakeDelta(StWalkOptions const& given, MaybeSize const& maybeSize) {
   auto const direction = ParseRealDirection(given.direction, "DIRECTION");
   CSize const size = NeededSize(maybeSize, "a delta walk");
@@ -337,9 +349,7 @@ StWalk MakeDelta(StWalkOptions const& given, MaybeSize const& maybeSize) {
   double const length = isPlain ? Length(direction.components) : 2;
   RefuseBeyondMemory(2 * 64 * length * diagonal, "the direction " + given.direction);
   if (isPlain) {
-    ORVA::CDeltaVisitor walker(direction.components);
-    walker.SetImageSize(size);
-    walk.walker = std::move(walker);
+    walk.walker = PlainDelta(given, direction.components, size);
   } else {
     ORVA::CParallelLineVisitor walker(direction.components);
     walker.SetImageSize(size);
@@ -369,7 +379,7 @@ StWalk MakeWalk(EnWalk kind, StWalkOptions const& given, MaybeSize const& size) 
   try {
     return maker.make(given, size);
   } catch (ORVA::CException const& error) {
-    throw CAppError(std::string("the ") + maker.name + " cannot be walked: " + error.what());
+    throw CAppError(std::string("the ") + maker.name + " walk is impossible: " + error.what());
   }
 }
 

@@ -270,8 +270,8 @@ std::string FootNote(StWalk const& walk, StScale const& scale) {
 }
 
 double LeftOf(CProjection const& projection, StFrame const& frame) {
-  Axis const down = projection.Panel().down;
-  return LabelWidth(frame.low.*down, frame.high.*down) + 50;
+  auto const label = [&](Axis axis) { return LabelWidth(frame.low.*axis, frame.high.*axis); };
+  return std::max(label(projection.Panel().down) + 50, label(projection.Panel().across) / 2 + 10);
 }
 
 // Both passes over the walk.
@@ -303,10 +303,60 @@ StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   return shown;
 }
 
+// Not where the lines would hide the voxels, nor where doubles no longer tell voxels apart.
+bool ShowsIdeal(StShown const& shown) {
+  constexpr int64 farthest = int64{1} << 45;
+  auto const isNear = [](Point const& p) {
+    return std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}) < farthest;
+  };
+  return shown.scale.pixels > 1 && isNear(shown.frame.low) && isNear(shown.frame.high);
+}
+
 void DrawHeading(CPicture& picture, double width, std::string const& title,
                  std::string const& note) {
   picture.TextWithin(c_margin, 38, width - 2 * c_margin, title, {.size = 20, .bold = true});
   picture.TextWithin(c_margin, 66, width - 2 * c_margin, note, {.size = 13, .colour = c_faint});
+}
+
+// What the axes of a profile show.
+struct StPlotRange {
+  double from = 0, to = 1, low = 0, high = 0;
+};
+
+StPlotRange RangeOf(StProfile const& profile) {
+  StPlotRange range;
+  bool isFirst = true;
+  for (auto const& [distance, value] : profile.points) {
+    if (!std::isfinite(value)) continue;
+    if (isFirst) range = {distance, distance, value, value};
+    isFirst = false;
+    range.from = std::min(range.from, distance);
+    range.to = std::max(range.to, distance);
+    range.low = std::min(range.low, value);
+    range.high = std::max(range.high, value);
+  }
+  if (!(range.to > range.from)) range.to = range.from + 1;
+  bool const differ = DigitsToTell(range.low, range.high).has_value();
+  double const room =
+      differ ? range.high / 25 - range.low / 25 : std::max(1.0, std::abs(range.low) / 100);
+  range.low -= room;
+  range.high += room;
+  return range;
+}
+
+std::vector<Curve> Curves(StProfile const& profile, StPlotRange const& range, StBox const& box) {
+  std::vector<Curve> curves(1);
+  for (auto const& [distance, value] : profile.points) {
+    // In halves, as the difference of two doubles may be infinite.
+    double const share = (value / 2 - range.low / 2) / (range.high / 2 - range.low / 2);
+    if (std::isfinite(share))
+      curves.back().emplace_back(box.x +
+                                     (distance - range.from) / (range.to - range.from) * box.width,
+                                 box.y + (1 - share) * box.height);
+    else if (!curves.back().empty())
+      curves.emplace_back();
+  }
+  return curves;
 }
 
 } // namespace
@@ -335,7 +385,7 @@ std::string DrawWalk(StWalk const& walk, std::optional<ORVA::CSize> const& size,
     StBox const box = {std::round(left), c_top, projection.Width(), projection.Height()};
     picture.Cells(box, projection.Columns(), projection.Rows(), projection.Colours(last));
     DrawGrid(picture, projection, box, shown.scale.pixels);
-    DrawIdeal(picture, walk, projection, box, shown.scale.pixels);
+    if (ShowsIdeal(shown)) DrawIdeal(picture, walk, projection, box, shown.scale.pixels);
     DrawAxes(picture, projection, box, shown.frame, shown.scale);
     left += projection.Width();
   }
@@ -352,46 +402,21 @@ std::string DrawProfile(StProfile const& profile, std::string const& ending) {
   CPicture picture(width, height, ending);
   DrawHeading(picture, width, profile.title, Plural(profile.points.size(), "point"));
   StBox const box = {c_margin + 80, c_top, width - 2 * c_margin - 90, height - c_top - 80};
-  double from = 0, to = 0, low = 0, high = 0;
-  bool isEmpty = true;
-  for (auto const& [distance, value] : profile.points) {
-    if (!std::isfinite(value)) continue;
-    if (isEmpty) {
-      from = to = distance;
-      low = high = value;
-    }
-    isEmpty = false;
-    from = std::min(from, distance);
-    to = std::max(to, distance);
-    low = std::min(low, value);
-    high = std::max(high, value);
-  }
-  if (!(to > from)) to = from + 1;
-  if (!DigitsToTell(low, high)) {
-    double const room = std::max(1.0, std::abs(low) / 100);
-    low -= room;
-    high += room;
-  }
+  StPlotRange const range = RangeOf(profile);
   picture.Frame(box, c_hairline);
-  std::vector<Curve> curves(1);
-  for (auto const& [distance, value] : profile.points) {
-    double const x = box.x + (distance - from) / (to - from) * box.width;
-    // In halves, as the difference of two doubles may be infinite.
-    double const share = (value / 2 - low / 2) / (high / 2 - low / 2);
-    if (std::isfinite(share))
-      curves.back().emplace_back(x, box.y + (1 - share) * box.height);
-    else if (!curves.back().empty())
-      curves.emplace_back();
-  }
+  // Marks on the border show whole.
   StBox const clip = {box.x - 4, box.y - 4, box.width + 8, box.height + 8};
-  bool const hasMarks = profile.points.size() <= 200;
-  for (auto const& curve : curves) {
+  constexpr std::size_t mostMarks = 200;
+  bool const hasMarks = profile.points.size() <= mostMarks;
+  for (auto const& curve : Curves(profile, range, box)) {
     picture.Curve(curve, clip, c_ideal, 1.6);
     for (std::size_t i = 0; i < curve.size() && (hasMarks || curve.size() == 1); ++i)
       picture.Fill({curve[i].first - 2.5, curve[i].second - 2.5, 5, 5}, c_ideal);
   }
-  picture.AxisBelow(box, LinearTicks(from, to, 8), profile.distanceName);
-  picture.AxisLeft(box, LinearTicks(low, high, 6), "value");
+  picture.AxisBelow(box, LinearTicks(range.from, range.to, 8), profile.distanceName);
+  picture.AxisLeft(box, LinearTicks(range.low, range.high, 6), "");
+  picture.Text(c_margin - 14, box.y + box.height / 2, "value",
+               {.align = EnAlign::Centre, .upwards = true});
   return picture.Finish();
 }
 
