@@ -253,7 +253,7 @@ TEST_F(SeluWalk, FarCoordinatesArePrintedExactly) {
             "x,y\n4611686018427387904,0\n4611686018427387903,0\n");
 }
 
-TEST_F(SeluWalk, ManyPointsNeedLittleMemory) {
+TEST_F(SeluWalk, MillionsOfPointsArriveWhole) {
   auto const result =
       Selu({"walk", "window", "--low", "0,0,0", "--high", "99,99,299", "-o", "w.csv"});
   EXPECT_EQ(result.code, 0) << result.error;
