@@ -134,7 +134,7 @@ TEST_F(SeluWalkPicture, SolidWalksShowThreeProjections) {
 TEST_F(SeluWalkPicture, PicturesAreBounded) {
   for (Arguments const& walk :
        {Arguments{"line", "0,0", "2000000,700000"}, Arguments{"line", "0,0,0", "100000,30,-70000"},
-        Arguments{"line", "4611686018427387900,0", "4611686018427387904,1"},
+        Arguments{"line", "2305843009213693948,0", "2305843009213693952,1"},
         Arguments{"window", "--low", "0,0,0", "--high", "1,1,1000000"},
         Arguments{"line", "0,0", "0,0", "--ends", "none"}}) {
     Arguments all = walk;

@@ -245,12 +245,12 @@ TEST_F(SeluWalk, FilesHoldWhatStandardOutputDoes) {
 }
 
 TEST_F(SeluWalk, FarCoordinatesArePrintedExactly) {
-  EXPECT_EQ(Walk({"window", "--low", "4611686018427387903,-4611686018427387904", "--high",
-                  "4611686018427387904,-4611686018427387904"}),
-            "x,y\n4611686018427387903,-4611686018427387904\n"
-            "4611686018427387904,-4611686018427387904\n");
-  EXPECT_EQ(Walk({"line", "4611686018427387904,0", "4611686018427387903,0"}),
-            "x,y\n4611686018427387904,0\n4611686018427387903,0\n");
+  EXPECT_EQ(Walk({"window", "--low", "2305843009213693951,-2305843009213693952", "--high",
+                  "2305843009213693952,-2305843009213693952"}),
+            "x,y\n2305843009213693951,-2305843009213693952\n"
+            "2305843009213693952,-2305843009213693952\n");
+  EXPECT_EQ(Walk({"line", "2305843009213693952,0", "2305843009213693951,0"}),
+            "x,y\n2305843009213693952,0\n2305843009213693951,0\n");
 }
 
 TEST_F(SeluWalk, MillionsOfPointsArriveWhole) {
@@ -276,15 +276,16 @@ TEST_F(SeluWalk, InterruptLeavesNothingBehind) {
 TEST_F(SeluWalk, BadPointsAreNamed) {
   Fails({"line", "0,0"}, "a line needs two points, FROM and TO", 2);
   Fails({"line", "0,0", "1,1", "2,2"}, "a line needs two points", 2);
-  for (std::string const bad : {"", "1", "1,x", "1.5,2", "1,2,3,4", "1,4611686018427387905",
+  for (std::string const bad : {"", "1", "1,x", "1.5,2", "1,2,3,4", "1,2305843009213693953",
                                 "99999999999999999999,0", "nan,1", "1, 2"})
     Fails({"line", "0,0", bad},
-          "the line needs two or three whole numbers x,y[,z] from -2^62 to 2^62, not \"" + bad +
+          "the line needs two or three whole numbers x,y[,z] from -2^61 to 2^61, not \"" + bad +
               "\"",
           2);
   Fails({"line", "0,0", "1,1,1"}, "points of one dimension, not 0,0 and 1,1,1", 2);
   Fails({"line", "0,0", "0,2147483648"},
         "the line from 0,0 to 0,2147483648 is longer than 2147483647 voxels along y");
+  Fails({"line", "-2305843009213693952,0", "2305843009213693952,0"}, "is longer than 2147483647");
   Fails({"line", "0,0,0", "2147483647,2147483647,2147483647"}, "more than this machine's memory");
   Fails({"area"}, "the corners are missing", 2);
   Fails({"volume", "0,0", "1,1"}, "a volume needs corners x,y,z, not 0,0", 2);

@@ -49,6 +49,7 @@ void CheckTogether(EnWalk kind, StWalkOptions const& given) {
   bool const drawsPlane = kind == EnWalk::Slice && !given.image.empty() && !given.picture.empty();
   if (!given.range.empty() && !drawsPlane)
     throw CUsageError("--range is for the picture of a slice, which needs --image and --picture");
+  if (!given.range.empty()) (void)ParseRange(given.range);
   if (!given.output.empty() && given.output == given.picture)
     throw CUsageError("--output and --picture name the same file, " + Quoted(given.output));
 }
@@ -145,11 +146,6 @@ void NoteMissing(StJob const& job, StCounts const& counts) {
             Quoted(job.given.image) + " and are left out");
 }
 
-void CheckPlane(StJob const& job) {
-  if (!job.picture || job.kind != EnWalk::Slice || job.given.image.empty()) return;
-  if (!job.given.range.empty()) (void)ParseRange(job.given.range);
-}
-
 void Run(EnWalk kind, StWalkOptions const& given) {
   CheckTogether(kind, given);
   StJob job{.kind = kind, .given = given};
@@ -167,7 +163,6 @@ void Run(EnWalk kind, StWalkOptions const& given) {
     (void)ParsePaint(given.paint, header->pixel);
     CheckImageOutput(given.output, header->pixel, header->size.Dim());
   }
-  CheckPlane(job);
   OpenPictureOf(job);
   if (!given.output.empty()) job.file.emplace(given.output);
   if (header) job.image.emplace(ReadImage(given.image));

@@ -77,11 +77,11 @@ std::optional<PixelValue> Held(EnPixel pixel, std::string const& text, double nu
 
 template <class Function>
 void ForEachIndex(StWalk const& walk, ORVA::CSize const& size, Function const& visit) {
-  auto const [column, row] = AxesOf(walk);
+  StPlaneAxes const axes = AxesOf(walk);
   ORVA::int64 const columns = PlaneSize(walk, size).x;
   ForEachBlock(walk, size, "", [&](std::span<Point const> points) {
     for (auto const& p : points)
-      visit(IndexOf(p, size), static_cast<std::size_t>(p.*row * columns + p.*column));
+      visit(IndexOf(p, size), static_cast<std::size_t>(p.*axes.row * columns + p.*axes.column));
   });
 }
 

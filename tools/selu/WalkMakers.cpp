@@ -44,7 +44,7 @@ double Extent(std::vector<Point> const& points, int64 Point::*axis) {
   auto const [low, high] =
       std::minmax_element(points.begin(), points.end(),
                           [&](Point const& a, Point const& b) { return a.*axis < b.*axis; });
-  return static_cast<double>(*high.*axis - *low.*axis); // within 2^63, if barely
+  return static_cast<double>(*high.*axis - *low.*axis);
 }
 
 // Digital lines have lengths of 32 bits.

@@ -83,7 +83,7 @@ StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& n
     auto const point = ToPoint(text);
     if (!point)
       throw CUsageError(name +
-                        " needs two or three whole numbers x,y[,z] from -2^62 to 2^62, not \"" +
+                        " needs two or three whole numbers x,y[,z] from -2^61 to 2^61, not \"" +
                         Shown(text) + "\"");
     if (all.dimension != 0 && all.dimension != point->dimension)
       throw CUsageError(name + " needs points of one dimension, not " + texts.front() + " and " +
@@ -114,7 +114,7 @@ StPoints ReadPoints(std::string const& path) {
     auto const point = ToPoint(text);
     if (!point)
       RefuseLine(path, number,
-                 Beginning(line) + " is no point x,y or x,y,z of whole numbers from -2^62 to 2^62");
+                 Beginning(line) + " is no point x,y or x,y,z of whole numbers from -2^61 to 2^61");
     if (all.dimension != 0 && all.dimension != point->dimension)
       RefuseLine(path, number,
                  Beginning(line) + " has not as many coordinates as the points before");

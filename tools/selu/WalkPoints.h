@@ -18,11 +18,11 @@ struct StPoints {
   std::vector<Point> points;
 };
 
-/// The farthest coordinate, 2^62: sums and differences of two stay within 64 bits.
-inline constexpr ORVA::int64 c_farthest = ORVA::int64{1} << 62;
+/// The farthest coordinate, 2^61: sums and differences of two stay within 64 bits.
+inline constexpr ORVA::int64 c_farthest = ORVA::int64{1} << 61;
 
-/// Throws CUsageError, naming the argument, for texts that are no whole numbers x,y[,z] from -2^62
-/// to 2^62, and for such of different dimensions.
+/// Throws CUsageError, naming the argument, for texts that are no whole numbers x,y[,z] from -2^61
+/// to 2^61, and for such of different dimensions.
 [[nodiscard]] StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& name);
 [[nodiscard]] StPoints ParsePoint(std::string const& text, std::string const& name);
 
