@@ -263,6 +263,15 @@ TEST_F(SeluWalk, MillionsOfPointsArriveWhole) {
   EXPECT_EQ(lines.back(), "99,99,299");
 }
 
+TEST_F(SeluWalk, ATerminalSeesABar) {
+  auto const result =
+      Selu({"walk", "window", "--low", "0,0,0", "--high", "99,99,99", "-o", "w.csv"},
+           {.terminal = true});
+  if (result.code == -1) GTEST_SKIP() << "no terminal is to be had here";
+  EXPECT_EQ(result.code, 0);
+  EXPECT_NE(result.error.find("walking ["), std::string::npos) << result.error;
+}
+
 TEST_F(SeluWalk, InterruptLeavesNothingBehind) {
   test::StProcessOptions options;
   options.interruptAfter = 0.5;

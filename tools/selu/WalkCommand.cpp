@@ -146,9 +146,10 @@ void NoteMissing(StJob const& job, StCounts const& counts) {
             Quoted(job.given.image) + " and are left out");
 }
 
-void Run(EnWalk kind, StWalkOptions const& given) {
-  CheckTogether(kind, given);
-  StJob job{.kind = kind, .given = given};
+// Everything that can be refused without the pixels, and then these.
+void Prepare(StJob& job) {
+  StWalkOptions const& given = job.given;
+  CheckTogether(job.kind, given);
   std::optional<ORVA::CSize> size;
   if (!given.size.empty()) size = ParseSize(given.size, 0);
   std::optional<StHeader> header;
@@ -156,19 +157,23 @@ void Run(EnWalk kind, StWalkOptions const& given) {
     header = ReadHeader(given.image);
     size = job.size = header->size;
   }
-  job.walk = MakeWalk(kind, given, size);
+  job.walk = MakeWalk(job.kind, given, size);
   RefuseOverwritingInputs(given.output, given);
-  bool const paints = !given.paint.empty();
-  if (paints) {
+  if (!given.paint.empty()) {
     (void)ParsePaint(given.paint, header->pixel);
     CheckImageOutput(given.output, header->pixel, header->size.Dim());
   }
   OpenPictureOf(job);
   if (!given.output.empty()) job.file.emplace(given.output);
   if (header) job.image.emplace(ReadImage(given.image));
-  if (job.image && job.image->Size() != *job.size)
+  if (header && job.image->Size() != header->size)
     throw CAppError("cannot read " + Quoted(given.image) + ": it has changed meanwhile");
+}
 
+void Run(EnWalk kind, StWalkOptions const& given) {
+  StJob job{.kind = kind, .given = given};
+  Prepare(job);
+  bool const paints = !given.paint.empty();
   // The picture shows an image as it was read.
   if (job.picture && !given.profile) WritePicture(job);
   StCounts const counts = paints ? PaintPoints(job) : WritePoints(job);
@@ -350,11 +355,15 @@ constexpr std::array<StKind, 8> c_kinds = {{
 constexpr char c_outputHelp[] =
     "The points are printed as x,y[,z], with --image and the value of each. --picture draws the "
     "walk\n"
-    "(unless said otherwise below) and, without -o, takes the place of the points. Points outside "
-    "the\n"
-    "image are left out, and a note counts them. JSON has neither NaN nor infinity: such a value "
-    "is\n"
-    "null there.\n\n";
+    "(unless said otherwise below) and, without -o, takes the place of the points: voxels as "
+    "squares\n"
+    "in the colours of their order, a 3D walk as three projections, and over them the ideal lines "
+    "where\n"
+    "a square is larger than a pixel. Points outside the image are left out, and a note counts "
+    "them.\n"
+    "JSON has neither NaN nor infinity: such a value is null there. --paint keeps the pixel type; "
+    "voxel\n"
+    "spacing and position in space are not carried over.\n\n";
 
 void AddKind(CLI::App& walk, StKind const& kind) {
   auto const options = std::make_shared<StWalkOptions>();

@@ -228,36 +228,43 @@ StPlane ParsePlane(StWalkOptions const& given) {
   return {corners.points, normal, normal.x * origin.x + normal.y * origin.y + normal.z * origin.z};
 }
 
+std::string PlaneText(StWalkOptions const& given, StPlane const& plane) {
+  if (plane.points.empty()) return "normal " + given.normal + ", distance " + given.distance;
+  std::string text = "through";
+  for (auto const& point : plane.points) text += " " + Text(point, 3);
+  return text;
+}
+
+ORVA::CCutSlice Lattice(StPlane const& plane, int64 code, CSize const& size) {
+  // As moves of two lines along the box's edges.
+  RefuseBeyondMemory(
+      2 * 24.0 * 3 *
+          (static_cast<double>(size.x) + static_cast<double>(size.y) + static_cast<double>(size.z)),
+      "the slice");
+  auto taken = plane.points;
+  ORVA::CCutSlice slice = taken.empty() ? ORVA::CCutSlice(plane.normal, plane.distance, code)
+                                        : ORVA::CCutSlice(taken, code);
+  slice.SetImageSize(CSize(size.x, size.y, size.z)); // of three dimensions
+  return slice;
+}
+
 StWalk MakeSlice(StWalkOptions const& given, MaybeSize const& maybeSize) {
   bool const isLattice = given.method == "lattice";
   if (!isLattice && !given.neighbourhood.empty())
     throw CUsageError("--neighbourhood is for --method lattice");
+  auto const code = ParseNeighbourhood(given.neighbourhood, 3);
   StPlane const plane = ParsePlane(given);
   CSize const size = NeededSize(maybeSize, "a slice");
   auto const& p = plane.points;
   ORVA::CPlaneSection section = p.empty() ? ORVA::CPlaneSection(plane.normal, plane.distance)
                                           : ORVA::CPlaneSection(p[0], p[1], p[2]);
   section.SetImageSize(size);
-  std::string title = "slice through";
-  for (auto const& point : p) title += " " + Text(point, 3);
-  if (p.empty()) title = "slice with normal " + given.normal + ", distance " + given.distance;
-  StWalk walk = {.title = title + ", " + SizeText(size),
+  StWalk walk = {.title = "slice " + PlaneText(given, plane) + " in " + SizeText(size) +
+                          (isLattice ? Suffix(given, 3, true) : ""),
                  .walker = section,
                  .ideal = PlaneOutline(plane.normal, plane.distance, size),
                  .dominantAxis = section.DominantAxis()};
-  if (!isLattice) return walk;
-  auto const code = ParseNeighbourhood(given.neighbourhood, 3);
-  // As moves of two lines along the box's edges.
-  RefuseBeyondMemory(
-      2 * 24.0 * 3 *
-          (static_cast<double>(size.x) + static_cast<double>(size.y) + static_cast<double>(size.z)),
-      "the slice");
-  auto taken = p;
-  ORVA::CCutSlice slice = p.empty() ? ORVA::CCutSlice(plane.normal, plane.distance, code)
-                                    : ORVA::CCutSlice(taken, code);
-  slice.SetImageSize(CSize(size.x, size.y, size.z));
-  walk.title += Suffix(given, 3, true);
-  walk.walker = std::move(slice);
+  if (isLattice) walk.walker = Lattice(plane, code, size);
   return walk;
 }
 

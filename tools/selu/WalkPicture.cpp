@@ -303,6 +303,23 @@ StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   return shown;
 }
 
+// Room for the panels side by side and the colour bar behind them.
+struct StPage {
+  double width = 0, height = 0, barHeight = 0;
+};
+
+StPage PageOf(StShown const& shown) {
+  double width = c_margin, height = 0;
+  for (auto const& projection : shown.projections) {
+    width += LeftOf(projection, shown.frame) + projection.Width();
+    height = std::max(height, projection.Height());
+  }
+  double const digits = static_cast<double>(std::to_string(shown.counts.points).size());
+  double const barHeight = std::clamp(height, 80.0, 240.0);
+  return {std::ceil(std::max(width + 80 + 7.5 * digits, 560.0)), // whole pixels
+          std::max(height, barHeight), barHeight};
+}
+
 // Not where the lines would hide the voxels, nor where doubles no longer tell voxels apart.
 bool ShowsIdeal(StShown const& shown) {
   constexpr int64 farthest = int64{1} << 45;
@@ -364,21 +381,13 @@ std::vector<Curve> Curves(StProfile const& profile, StPlotRange const& range, St
 std::string DrawWalk(StWalk const& walk, std::optional<ORVA::CSize> const& size,
                      std::string const& ending) {
   StShown const shown = Project(walk, size);
-  double width = c_margin, height = 0;
-  for (auto const& projection : shown.projections) {
-    width += LeftOf(projection, shown.frame) + projection.Width();
-    height = std::max(height, projection.Height());
-  }
   uint64 const last = shown.counts.points;
-  double const barWidth = 80 + 7.5 * static_cast<double>(std::to_string(last).size());
-  double const barHeight = std::clamp(height, 80.0, 240.0);
-  width = std::ceil(std::max(width + barWidth, 560.0)); // whole pixels
-  height = std::max(height, barHeight);
-  CPicture picture(width, c_top + height + 90, ending);
+  StPage const page = PageOf(shown);
+  CPicture picture(page.width, c_top + page.height + 90, ending);
   std::string note = Plural(last, "point");
   if (shown.counts.outside > 0)
     note += "; " + std::to_string(shown.counts.outside) + " outside the image left out";
-  DrawHeading(picture, width, walk.title, note);
+  DrawHeading(picture, page.width, walk.title, note);
   double left = 0;
   for (auto const& projection : shown.projections) {
     left += LeftOf(projection, shown.frame);
@@ -390,9 +399,9 @@ std::string DrawWalk(StWalk const& walk, std::optional<ORVA::CSize> const& size,
     left += projection.Width();
   }
   if (last > 1)
-    picture.ColourBar({left + 36, c_top, 18, barHeight}, SequentialRamp,
+    picture.ColourBar({left + 36, c_top, 18, page.barHeight}, SequentialRamp,
                       {{0, "1"}, {1, std::to_string(last)}}, "order");
-  picture.Text(c_margin, c_top + height + 68, FootNote(walk, shown.scale),
+  picture.Text(c_margin, c_top + page.height + 68, FootNote(walk, shown.scale),
                {.size = 12, .colour = c_faint});
   return picture.Finish();
 }
