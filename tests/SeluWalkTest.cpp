@@ -285,7 +285,7 @@ TEST_F(SeluWalk, InterruptLeavesNothingBehind) {
 TEST_F(SeluWalk, BadPointsAreNamed) {
   Fails({"line", "0,0"}, "a line needs two points, FROM and TO", 2);
   Fails({"line", "0,0", "1,1", "2,2"}, "a line needs two points", 2);
-  for (std::string const bad : {"", "1", "1,x", "1.5,2", "1,2,3,4", "1,2305843009213693953",
+  for (std::string const bad : {"1", "1,x", "1.5,2", "1,2,3,4", "1,2305843009213693953",
                                 "99999999999999999999,0", "nan,1", "1, 2"})
     Fails({"line", "0,0", bad},
           "the line needs two or three whole numbers x,y[,z] from -2^61 to 2^61, not \"" + bad +
@@ -385,6 +385,7 @@ TEST_F(SeluWalk, OptionsThatDoNotFitAreRefused) {
   Fails({"line", "0,0", "1,1", "-o", "a.png", "--picture", "a.png"}, "name the same file", 2);
   Fails({"line", "0,0", "1,1", "--picture", "a.jpg"}, "a picture ends in .png or .svg");
   Fails({"line", "0,0", "1,1", "-o", ""}, "the value is empty", 2);
+  Fails({"line", "0,0", ""}, "the value is empty", 2);
   Fails({"line", "0,0", "1,1", "-o", "no/a.csv"}, "cannot write \"no/a.csv\"");
   Fails({"spiral"}, "there is no command or option \"spiral\"", 2);
   Fails({}, "required", 2);
