@@ -44,6 +44,7 @@ void AddCommands(CLI::App& app) {
   AddTextureCommand(app);
   AddSampleCommand(app);
   AddSynthCommand(app);
+  AddWalkCommand(app);
   AddMaskCommand(app);
   AddRegionsCommand(app);
   AddFeatureImageCommand(app);

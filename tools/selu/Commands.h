@@ -15,6 +15,7 @@ void AddInfoCommand(CLI::App& app);
 void AddTextureCommand(CLI::App& app);
 void AddSampleCommand(CLI::App& app);
 void AddSynthCommand(CLI::App& app);
+void AddWalkCommand(CLI::App& app);
 void AddMaskCommand(CLI::App& app);
 void AddRegionsCommand(CLI::App& app);
 void AddFeatureImageCommand(CLI::App& app);

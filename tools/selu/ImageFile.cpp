@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <optional>
 #include <vector>
@@ -214,6 +215,27 @@ CRawImage ReadImage(fs::path const& path) {
   return image;
 }
 
+std::array<double, 3> ReadSpacing(fs::path const& path) {
+  EnFormat const format = FormatOfFile(path);
+  (void)OpenHeader(path, format);
+  auto const answer = RunIsolated(
+      [&] {
+        auto const io = OpenReader(path, format);
+        std::string text;
+        for (unsigned axis = 0; axis < 3; ++axis)
+          text += (axis == 0 ? "" : ",") +
+                  Shortest(axis < io->GetNumberOfDimensions() ? io->GetSpacing(axis) : 1.0);
+        return text;
+      },
+      5 + static_cast<double>(SizeOfReadable(path)) / c_slowest);
+  auto const numbers = answer ? ParseNumbers(*answer) : std::nullopt;
+  if (!numbers || numbers->size() != 3) RefuseRead(path, "the file is damaged or cut off");
+  std::array<double, 3> spacing = {1, 1, 1};
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    if ((*numbers)[axis] > 0 && std::isfinite((*numbers)[axis])) spacing[axis] = (*numbers)[axis];
+  return spacing;
+}
+
 namespace {
 
 // Runs calls of the image library in silence and turns whatever it throws into the sentence.
@@ -236,8 +258,14 @@ EnPixel PixelOfImage(ORVA::IImage::CType type) {
   return EnPixel::UInt8;
 }
 
-void WritePixels(itk::ImageIOBase& io, fs::path const& path, ORVA::CImage const& image) {
-  ORVA::CSize const size = image.Size();
+// What both kinds of images have in common.
+struct StPixels {
+  StHeader header;
+  std::span<std::byte const> bytes;
+};
+
+void WritePixels(itk::ImageIOBase& io, fs::path const& path, StPixels const& image) {
+  ORVA::CSize const size = image.header.size;
   std::array<int64, 3> const extents = {size.x, size.y, size.z};
   io.SetNumberOfDimensions(static_cast<unsigned>(size.Dim()));
   for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
@@ -250,40 +278,21 @@ void WritePixels(itk::ImageIOBase& io, fs::path const& path, ORVA::CImage const&
   }
   io.SetPixelType(itk::IOPixelEnum::SCALAR);
   io.SetNumberOfComponents(1);
-  io.SetComponentType(Traits(PixelOfImage(image.Type())).component);
+  io.SetComponentType(Traits(image.header.pixel).component);
   io.SetIORegion(WholeRegion(io));
   io.SetUseCompression(false);
   io.SetFileName(path.string());
-  io.Write(image.CreateAccess(false).Base());
+  io.Write(image.bytes.data());
 }
 
-bool HoldsTheSame(fs::path const& path, ORVA::CImage const& image) {
+bool HoldsTheSame(fs::path const& path, StPixels const& image) {
   CRawImage const back = ReadImage(path);
-  return back.Pixel() == PixelOfImage(image.Type()) && back.Bytes().size() == image.Bytes() &&
-         std::memcmp(back.Bytes().data(), image.CreateAccess(false).Base(), image.Bytes()) == 0;
+  return back.Pixel() == image.header.pixel && back.Bytes().size() == image.bytes.size() &&
+         std::memcmp(back.Bytes().data(), image.bytes.data(), image.bytes.size()) == 0;
 }
 
-} // namespace
-
-void RefuseOverwriting(fs::path const& output, fs::path const& image) {
-  RefuseSameFile(output, image);
-  RefuseSameFile(output, PixelFile(image, FormatOfFile(image)));
-}
-
-void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {
-  EnFormat const format = FormatForOutput(path);
-  auto const refuse = [&](std::string const& why) {
-    throw CAppError("cannot write " + Quoted(path) + ": " + why + "; use .nrrd, .mha or .nii.gz");
-  };
-  if (format == EnFormat::Png && dimension != 2) refuse("PNG holds no volumes");
-  if (format == EnFormat::Png && type.Bytes() > 2) refuse("PNG holds no more than 16 bits a pixel");
-  // ITK's writer has no TIFF of 32-bit integers.
-  if (format == EnFormat::Tiff && type == ORVA::IMAGE_GREY_32)
-    refuse("selu writes no TIFF of 32-bit counts");
-}
-
-void WriteImage(CAtomicFile& file, ORVA::CImage const& image) {
-  CheckImageOutput(file.Target(), image.Type(), image.Size().Dim());
+void WriteChecked(CAtomicFile& file, StPixels const& image) {
+  CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
   std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
   auto const io = MakeIo(FormatForOutput(file.Target()));
   Guarded([&] { WritePixels(*io, file.Temporary(), image); }, sentence);
@@ -294,6 +303,42 @@ void WriteImage(CAtomicFile& file, ORVA::CImage const& image) {
   } catch (CAppError const&) { // the sentence about reading would name the temporary
   }
   if (!same) throw CAppError(sentence);
+}
+
+} // namespace
+
+void RefuseOverwriting(fs::path const& output, fs::path const& image) {
+  RefuseSameFile(output, image);
+  RefuseSameFile(output, PixelFile(image, FormatOfFile(image)));
+}
+
+void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {
+  CheckImageOutput(path, PixelOfImage(type), dimension);
+}
+
+void CheckImageOutput(fs::path const& path, EnPixel pixel, int dimension) {
+  EnFormat const format = FormatForOutput(path);
+  auto const refuse = [&](std::string const& why) {
+    throw CAppError("cannot write " + Quoted(path) + ": " + why + "; use .nrrd, .mha or .nii.gz");
+  };
+  if (format == EnFormat::Png && dimension != 2) refuse("PNG holds no volumes");
+  if (format == EnFormat::Png && PixelBytes(pixel) > 2)
+    refuse("PNG holds no more than 16 bits a pixel");
+  if (format == EnFormat::Png && !HasOwnGreyLevels(pixel)) refuse("PNG holds no signed pixels");
+  // ITK's writer has no TIFF of these.
+  if (format == EnFormat::Tiff && pixel == EnPixel::UInt32)
+    refuse("selu writes no TIFF of 32-bit counts");
+  if (format == EnFormat::Tiff && PixelBytes(pixel) > 2 && pixel != EnPixel::Float)
+    refuse(std::string("selu writes no TIFF of ") + PixelText(pixel) + " pixels");
+}
+
+void WriteImage(CAtomicFile& file, ORVA::CImage const& image) {
+  auto const access = image.CreateAccess(false);
+  WriteChecked(file, {{image.Size(), PixelOfImage(image.Type())}, {access.Base(), image.Bytes()}});
+}
+
+void WriteImage(CAtomicFile& file, CRawImage const& image) {
+  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Bytes()});
 }
 
 } // namespace selu

@@ -12,6 +12,7 @@
 
 #include <pxlib2image/Image.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -58,15 +59,21 @@ private:
 /// own, since damaged files bring the readers of some formats down.
 [[nodiscard]] StHeader ReadHeader(std::filesystem::path const& path);
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
+/// Distance of neighbouring voxels along x, y and z in the file's own unit; 1 where it has none or
+/// none that is finite and above 0. Throws CAppError as above.
+[[nodiscard]] std::array<double, 3> ReadSpacing(std::filesystem::path const& path);
 
 /// Refuses, with CAppError, an output that is the image or its file of pixels, under whatever name.
 void RefuseOverwriting(std::filesystem::path const& output, std::filesystem::path const& image);
 /// Refuses, with CAppError, what WriteImage could not write under this name: an unknown ending or a
 /// pixel type or dimension that the format does not hold.
 void CheckImageOutput(std::filesystem::path const& path, ORVA::IImage::CType type, int dimension);
+void CheckImageOutput(std::filesystem::path const& path, EnPixel pixel, int dimension);
 /// Writes a framework image of 8, 16 or 32-bit or floating-point pixels to the file's temporary and
 /// reads it back to be sure; the file is not committed.
 void WriteImage(CAtomicFile& file, ORVA::CImage const& image);
+/// The same for pixels of any type.
+void WriteImage(CAtomicFile& file, CRawImage const& image);
 
 namespace Impl {
 template <class T, class Function>
