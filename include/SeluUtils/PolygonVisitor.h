@@ -7,6 +7,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/PlaneColumns.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -59,8 +60,8 @@ struct StPolygonPlane {
 ///
 /// The arithmetic is exact. CExBadParam for corners more than 2147483647 apart along an axis or
 /// beyond ±2^62, for corners off the common plane, a hole outside the outline's box, an unknown
-/// dimension or neighbourhood. Building takes O(b log b) time and O(b) memory for b border points
-/// plus columns, a point O(1); a corner list of 10^6 border points takes tenths of a second.
+/// dimension or neighbourhood. Building takes O(b) time and memory for b border points plus columns
+/// (O(b log c) where c edges cross one column), a point O(1); the points themselves take none.
 class SELUUTILS_EXPORT CPolygonVisitor {
 public:
   /// A walk without points.
@@ -71,20 +72,17 @@ public:
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_Left != 0; }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
-    if (!MorePoints()) [[unlikely]]
-      return {};
-    CTriple<int64> const point = InSpace(m_U, m_V, m_W);
-    --m_Left;
-    if (m_V != m_LastV) [[likely]] {
-      ++m_V;
-      if (m_Plane.slopeV != 0) StepAcross();
-    } else {
-      ++m_Run;
-      BeginRun();
+    CTriple<int64> const point = Impl::InSpace(m_Plane.dominantAxis, m_U, m_V, m_W);
+    if (m_LeftInRun <= 1) [[unlikely]] {
+      NextRun();
+      return point;
     }
+    --m_LeftInRun;
+    ++m_V;
+    if (m_Plane.slopeV != 0) StepAcross();
     return point;
   }
   /// Number of points of a full walk.
@@ -99,33 +97,26 @@ public:
 
 private:
   void BeginRun() noexcept;
+  void NextRun() noexcept;
+  // Both residuals are at hand before it is known which of them counts: no branch, as no processor
+  // foresees the carries of an oblique plane.
   void StepAcross() noexcept {
-    m_W += m_Plane.wholeV;
-    m_Residual -= m_Plane.norm - m_Plane.remainderV; // 0 <= residual < norm: cannot overflow
-    if (m_Residual >= 0) {
-      ++m_W;
-    } else {
-      m_Residual += m_Plane.norm;
-    }
-  }
-  [[nodiscard]] CTriple<int64> InSpace(int64 u, int64 v, int64 w) const noexcept {
-    if (m_Plane.dominantAxis == 2) return {u, v, w};
-    if (m_Plane.dominantAxis == 1) return {u, w, v};
-    return {w, u, v};
+    int64 const carried = m_Residual - (m_Plane.norm - m_Plane.remainderV); // cannot overflow
+    m_W += m_Plane.wholeV + (carried < 0 ? 0 : 1);
+    m_Residual = carried < 0 ? m_Residual + m_Plane.remainderV : carried;
   }
 
   Impl::StPolygonPlane m_Plane;
   std::vector<Impl::StPolygonRun> m_Runs; // in scan order, disjoint
+  std::size_t m_Run = 0;                  // the run being walked
+  // The next point is (m_U, m_V, m_W), all 0 after the last one. Numbers of their own and u beside
+  // w: compilers then hold them in registers, while two that change together would be joined into
+  // one load that has to wait for the store before it.
+  int64 m_LeftInRun = 0; // points of the run to hand out
+  int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
+  int64 m_U = 0, m_W = 0;
   std::uint64_t m_Steps = 0;
-  std::size_t m_Run = 0; // the run being walked
-  // The next point is (m_U, m_V, m_W). Not side by side, or compilers join two of them into one
-  // load that has to wait for the store of one.
-  std::uint64_t m_Left = 0; // points to hand out
-  int64 m_U = 0;
-  int64 m_LastV = 0; // of its run
   int64 m_V = 0;
-  int64 m_Residual = 0; // how far the plane lies above the point, in 1 / norm, plus a half
-  int64 m_W = 0;
 };
 
 } // namespace ORVA
