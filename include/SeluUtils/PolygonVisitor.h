@@ -34,6 +34,7 @@ struct StPolygonPlane {
   int64 norm = 1;               // > 0, at least as large as both slopes
   int64 wholeV = 0;             // floor(slopeV / norm): what every step along v adds to w
   int64 remainderV = 0;         // and what that leaves over, in 1 / norm
+  int64 carryV = -1;            // remainderV - norm, < 0
 };
 
 } // namespace Impl
@@ -99,24 +100,28 @@ private:
   void BeginRun() noexcept;
   void NextRun() noexcept;
   // Both residuals are at hand before it is known which of them counts: no branch, as no processor
-  // foresees the carries of an oblique plane.
+  // foresees the carries of an oblique plane. The one that is too large may pass the end of 64
+  // bits.
   void StepAcross() noexcept {
-    int64 const carried = m_Residual - (m_Plane.norm - m_Plane.remainderV); // cannot overflow
+    auto const kept = static_cast<int64>(static_cast<std::uint64_t>(m_Residual) +
+                                         static_cast<std::uint64_t>(m_Plane.remainderV));
+    int64 const carried = m_Residual + m_Plane.carryV;
+    m_Residual = carried < 0 ? kept : carried;
     m_W += m_Plane.wholeV + (carried < 0 ? 0 : 1);
-    m_Residual = carried < 0 ? m_Residual + m_Plane.remainderV : carried;
   }
 
   Impl::StPolygonPlane m_Plane;
   std::vector<Impl::StPolygonRun> m_Runs; // in scan order, disjoint
-  std::size_t m_Run = 0;                  // the run being walked
-  // The next point is (m_U, m_V, m_W), all 0 after the last one. Numbers of their own and u beside
-  // w: compilers then hold them in registers, while two that change together would be joined into
-  // one load that has to wait for the store before it.
-  int64 m_LeftInRun = 0; // points of the run to hand out
-  int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
-  int64 m_U = 0, m_W = 0;
-  std::uint64_t m_Steps = 0;
+  // The next point is (m_U, m_V, m_W), all 0 after the last one. What changes from point to point
+  // does not lie side by side: compilers would join two such numbers into one load, which has to
+  // wait for the stores of both.
   int64 m_V = 0;
+  int64 m_U = 0;
+  int64 m_W = 0;
+  std::uint64_t m_Steps = 0;
+  int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
+  std::size_t m_Run = 0; // the run being walked
+  int64 m_LeftInRun = 0; // points of the run to hand out
 };
 
 } // namespace ORVA
