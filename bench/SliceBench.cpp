@@ -75,15 +75,20 @@ void Columns(double a, double b, double c, double distance, Visit visit) {
     }
 }
 
-StSums NestedLoops(std::vector<std::uint8_t> const& volume, Normal const& n, double distance) {
-  StSums sums;
+template <class Visit>
+void VisitPlane(Normal const& n, double distance, Visit visit) {
   double const x = std::abs(n.x), y = std::abs(n.y), z = std::abs(n.z);
   if (z >= x && z >= y)
-    Columns(n.x, n.y, n.z, distance, [&](int64 u, int64 v, int64 w) { sums.Add(volume, u, v, w); });
+    Columns(n.x, n.y, n.z, distance, [&](int64 u, int64 v, int64 w) { visit(u, v, w); });
   else if (y >= x)
-    Columns(n.x, n.z, n.y, distance, [&](int64 u, int64 v, int64 w) { sums.Add(volume, u, w, v); });
+    Columns(n.x, n.z, n.y, distance, [&](int64 u, int64 v, int64 w) { visit(u, w, v); });
   else
-    Columns(n.y, n.z, n.x, distance, [&](int64 u, int64 v, int64 w) { sums.Add(volume, w, u, v); });
+    Columns(n.y, n.z, n.x, distance, [&](int64 u, int64 v, int64 w) { visit(w, u, v); });
+}
+
+StSums NestedLoops(std::vector<std::uint8_t> const& volume, Normal const& n, double distance) {
+  StSums sums;
+  VisitPlane(n, distance, [&](int64 x, int64 y, int64 z) { sums.Add(volume, x, y, z); });
   return sums;
 }
 
@@ -168,9 +173,38 @@ void SectionOfSize(benchmark::State& state, int64 points) {
   state.SetItemsProcessed(walked);
 }
 
+// All planes, coordinates alone: what the walk itself costs.
+void CoordinatesOurs(benchmark::State& state) {
+  for (auto _ : state)
+    for (auto const& n : c_normals) {
+      CPlaneSection section(n, Distance(n));
+      section.SetImageSize(Point(c_edge, c_edge, c_edge));
+      int64 sum = 0;
+      while (section.MorePoints()) {
+        Point const p = section.NextPoint();
+        sum += p.x + 2 * p.y + 3 * p.z;
+      }
+      benchmark::DoNotOptimize(sum);
+    }
+  state.SetItemsProcessed(static_cast<int64>(state.iterations()) * PointsOfAll());
+}
+
+void CoordinatesLoops(benchmark::State& state) {
+  for (auto _ : state)
+    for (auto const& n : c_normals) {
+      int64 sum = 0;
+      VisitPlane(n, Distance(n), [&](int64 x, int64 y, int64 z) { sum += x + 2 * y + 3 * z; });
+      benchmark::DoNotOptimize(sum);
+    }
+  state.SetItemsProcessed(static_cast<int64>(state.iterations()) * PointsOfAll());
+}
+
 [[maybe_unused]] bool const s_registered = [] {
   benchmark::RegisterBenchmark("plane sections of 256^3/SeluUtils", SectionOurs);
   benchmark::RegisterBenchmark("plane sections of 256^3/nested loops", SectionLoops);
+  benchmark::RegisterBenchmark("plane sections of 256^3, coordinates/SeluUtils", CoordinatesOurs);
+  benchmark::RegisterBenchmark("plane sections of 256^3, coordinates/nested loops",
+                               CoordinatesLoops);
   benchmark::RegisterBenchmark("plane sections of 256^3, lattice of lines/SeluUtils", LatticeOurs);
   benchmark::RegisterBenchmark("plane sections of 256^3, lattice of lines/nested loops",
                                SectionLoops);

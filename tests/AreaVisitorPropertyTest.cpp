@@ -9,16 +9,16 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <utility>
 
 namespace {
 
 using namespace ORVA;
+using test::c_flat;
 using test::Int;
 using test::Point;
 using test::PointSet;
 using test::Polygon;
-
-constexpr int64 c_flat[] = {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8};
 
 // Upper edges are drawn from left to right, lower ones from right to left.
 PointSet BorderLine(Polygon polygon, int64 neighborhood) {
@@ -150,16 +150,29 @@ TEST(AreaVisitorProperty, TrianglesAndRectanglesDoNotDependOnTheirOrientation) {
   }
 }
 
-TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceWithinTheirColumns) {
-  test::CRandomNumbers random;
+struct StOblique {
+  Polygon corners;
+  Point normal;
+};
+
+// In a plane that is not parallel to z and that no coordinate is constant in.
+StOblique ObliqueConvexPolygon(test::CRandomNumbers& random) {
   auto const number = [&] { return random.Between<Int>(-3, 3); };
-  int walks = 0, refused = 0;
-  for (int k = 0; k < 2000; ++k) {
+  for (;;) {
     Point const a(number(), number(), number()), b(number(), number(), number());
     Point const normal(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
     if ((normal.x != 0) + (normal.y != 0) + (normal.z != 0) < 2 || normal.z == 0) continue;
-    Polygon polygon = test::Turned(random, test::ConvexPolygon(random, 6));
-    for (Point& p : polygon) p = a * p.x + b * p.y;
+    Polygon corners = test::Turned(random, test::ConvexPolygon(random, 6));
+    for (Point& p : corners) p = a * p.x + b * p.y;
+    return {corners, normal};
+  }
+}
+
+TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceWithinTheirColumns) {
+  test::CRandomNumbers random;
+  int walks = 0, refused = 0;
+  for (int k = 0; k < 2000; ++k) {
+    Polygon const polygon = ObliqueConvexPolygon(random).corners;
     SCOPED_TRACE(test::Text(polygon));
     Int const lowX = std::ranges::min(polygon, {}, &Point::x).x;
     Int const highX = std::ranges::max(polygon, {}, &Point::x).x;
@@ -186,6 +199,101 @@ TEST(AreaVisitorProperty, ObliqueConvexOutlinesAreWalkedOnceWithinTheirColumns) 
   }
   EXPECT_GT(walks, 1000);
   EXPECT_LT(refused, walks / 5) << "of " << walks;
+}
+
+Int Dot(Point const& a, Point const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+Int Length(Point const& d) { return std::abs(d.x) + std::abs(d.y) + std::abs(d.z); }
+
+// Whether p, seen along z, lies within `halves` half voxels (along x and y) of a convex polygon.
+bool IsNear(Polygon const& polygon, Point const& p, Int halves) {
+  Int const side = test::Turn(polygon[0], polygon[1], polygon[2]) > 0 ? 1 : -1;
+  for (std::size_t i = 0; i < polygon.size(); ++i) {
+    Point const &a = polygon[i], &b = polygon[(i + 1) % polygon.size()];
+    Int const reach = std::abs(b.x - a.x) + std::abs(b.y - a.y);
+    if (2 * side * test::Turn(a, b, p) + halves * reach < 0) return false;
+  }
+  return true;
+}
+
+// The points with which a walk enters and leaves each column.
+PointSet ColumnEnds(test::Points const& points) {
+  PointSet ends;
+  for (std::size_t i = 0; i < points.size(); ++i)
+    if (i == 0 || i + 1 == points.size() || points[i - 1].x != points[i].x ||
+        points[i + 1].x != points[i].x)
+      ends.insert(points[i]);
+  return ends;
+}
+
+TEST(AreaVisitorProperty, ObliqueConvexOutlinesStayByTheirPlaneInBothNeighborhoods) {
+  struct {
+    int64 neighborhood;
+    Int halves; // how far a point can lie outside the outline, seen along z
+  } constexpr c_codes[] = {{NEIGHBORHOOD_14_1, 2}, {NEIGHBORHOOD_26, 1}};
+  test::CRandomNumbers random;
+  int walks = 0, crossed = 0;
+  for (int k = 0; k < 2000; ++k) {
+    auto const [polygon, normal] = ObliqueConvexPolygon(random);
+    SCOPED_TRACE(test::Text(polygon));
+    for (auto const& [neighborhood, halves] : c_codes) {
+      SCOPED_TRACE(neighborhood);
+      test::Points with;
+      PointSet inside;
+      try {
+        with = test::Walk(Area(polygon, 3, neighborhood, true));
+        ExpectDistinctPoints(Area(polygon, 3, neighborhood, true));
+        inside = ExpectDistinctPoints(Area(polygon, 3, neighborhood, false));
+      } catch (CException const& error) { // the sides' digital lines cross
+        EXPECT_STREQ(error.what(), "Failure in Start- and Endpoints");
+        continue;
+      }
+      ++walks;
+      for (Point const& p : with) {
+        EXPECT_TRUE(IsNear(polygon, p, halves)) << testing::PrintToString(p);
+        EXPECT_LE(2 * std::abs(Dot(normal, p - polygon.front())), 3 * Length(normal))
+            << testing::PrintToString(p) << " lies more than one and a half voxels off the plane";
+      }
+      // The digital lines of a sliver's sides can cross; the two walks can then take its path in
+      // different orientations.
+      bool isOffBorder = Includes(PointSet(with.begin(), with.end()), inside);
+      for (Point const& p : ColumnEnds(with)) isOffBorder = isOffBorder && !inside.contains(p);
+      crossed += isOffBorder ? 0 : 1;
+    }
+    if (HasFailure()) return;
+  }
+  EXPECT_GT(walks, 1000);
+  EXPECT_LT(crossed, walks / 100) << "of " << walks;
+}
+
+TEST(AreaVisitorProperty, PlanesAcrossAnAxisAreWalkedAsInTwoDimensions) {
+  test::CRandomNumbers random;
+  for (int k = 0; k < 500; ++k) {
+    Polygon const flat = test::Turned(random, test::ConvexPolygon(random, 9));
+    SCOPED_TRACE(test::Text(flat));
+    Int const level = random.Between<Int>(-50, 50);
+    for (int axis = 0; axis < 3; ++axis) {
+      auto const lift = [&](Point const& p) {
+        return axis == 0   ? Point(level, p.x, p.y)
+               : axis == 1 ? Point(p.x, level, p.y)
+                           : Point(p.x, p.y, level);
+      };
+      Polygon lifted;
+      for (Point const& p : flat) lifted.push_back(lift(p));
+      for (auto const& [space, plane] :
+           {std::pair(NEIGHBORHOOD_6, NEIGHBORHOOD_4), std::pair(NEIGHBORHOOD_26, NEIGHBORHOOD_8)})
+        for (bool const border : {true, false}) {
+          test::Points expected = test::Walk(Area(flat, 2, plane, border));
+          for (Point& p : expected) p = lift(p);
+          CBresenhamAreaVisitor area = Area(lifted, 3, space, border);
+          EXPECT_EQ(area.Steps(), expected.size());
+          EXPECT_EQ(test::Walk(area), expected);
+        }
+      for (int64 const space : {NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2})
+        EXPECT_THROW(Area(lifted, 3, space, true), CException);
+    }
+    if (HasFailure()) return;
+  }
 }
 
 } // namespace

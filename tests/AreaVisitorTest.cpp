@@ -1,6 +1,5 @@
 #include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkChecks.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -33,16 +32,8 @@ Points WalkArea(Points corners, int64 dimension, int64 neighborhood, bool border
   return points;
 }
 
-struct StCase {
-  char const* name;
-  Points corners;
-  int64 dimension, neighborhood;
-  bool border;
-  Points expected;
-};
-
 TEST(AreaVisitor, KnownWalks) {
-  StCase const cases[] = {
+  test::StAreaCase const cases[] = {
       {"a point", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, true, {{4, -2, 7}}},
       {"a point in the plane", {{4, -2, 0}}, 2, NEIGHBORHOOD_8, true, {{4, -2, 0}}},
       {"a point without border", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, false, {}},
@@ -120,7 +111,7 @@ TEST(AreaVisitor, KnownWalks) {
        NEIGHBORHOOD_26,
        false,
        {{1, 1, 1}, {1, 2, 1}, {2, 1, 2}, {2, 2, 2}}}};
-  for (StCase const& c : cases) {
+  for (test::StAreaCase const& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(WalkArea(c.corners, c.dimension, c.neighborhood, c.border), c.expected);
   }
@@ -178,17 +169,9 @@ TEST(AreaVisitor, ResetRewindsEveryModeAnywhere) {
                           {{0, 0, 4}, {5, 1, 4}, {2, 6, 4}},
                           {{0, 0, 0}, {6, 0, 6}, {6, 6, 6}, {0, 6, 0}}};
   for (Points const& corners : lists) {
-    CBresenhamAreaVisitor area(Points(corners), 3, NEIGHBORHOOD_26, true);
-    Points const all = test::Walk(CBresenhamAreaVisitor(area));
-    ASSERT_FALSE(all.empty());
-    for (std::size_t taken = 0; taken <= all.size(); ++taken) {
-      area.Reset();
-      for (std::size_t i = 0; i < taken; ++i) EXPECT_EQ(area.NextPoint(), all[i]);
-      CBresenhamAreaVisitor copy = area;
-      EXPECT_EQ(test::Walk(copy),
-                Points(all.begin() + static_cast<std::ptrdiff_t>(taken), all.end()));
-      EXPECT_EQ(area.MorePoints(), taken < all.size());
-    }
+    CBresenhamAreaVisitor const area(Points(corners), 3, NEIGHBORHOOD_26, true);
+    ASSERT_FALSE(area.empty());
+    test::ExpectRewindsAndCopiesAnywhere(area);
   }
 }
 

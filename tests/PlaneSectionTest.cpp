@@ -4,8 +4,7 @@
 
 #include "support/AllocationLimit.h"
 #include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkChecks.h"
 
 #include <gtest/gtest.h>
 
@@ -273,15 +272,7 @@ TEST(PlaneSection, PastTheEndIsAnErrorAndResetStartsAgain) {
 }
 
 TEST(PlaneSection, ResetAndCopiesAtEveryStep) {
-  auto section = Section({2, 3, 5}, 20, {5, 5, 5});
-  PointList const all = Walk(section);
-  for (std::size_t k = 0; k <= all.size(); ++k) {
-    section.Reset();
-    for (std::size_t i = 0; i < k; ++i) ASSERT_EQ(section.NextPoint(), all[i]);
-    CPlaneSection copy = section;
-    ASSERT_EQ(Walk(copy), PointList(all.begin() + static_cast<std::ptrdiff_t>(k), all.end()));
-    ASSERT_EQ(section.MorePoints(), k < all.size());
-  }
+  test::ExpectRewindsAndCopiesAnywhere(Section({2, 3, 5}, 20, {5, 5, 5}));
 }
 
 TEST(PlaneSection, AllocatesNothing) {

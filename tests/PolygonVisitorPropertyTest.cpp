@@ -1,6 +1,6 @@
 // The polygon walk against an exact point-in-polygon test, on random polygons of many kinds.
 #include "support/Polygons.h"
-#include "support/Printers.h"
+#include "support/WalkChecks.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/PolygonVisitor.h>
@@ -10,12 +10,11 @@
 namespace {
 
 using namespace ORVA;
+using test::c_flat;
 using test::Int;
 using test::Point;
 using test::PointSet;
 using test::Polygon;
-
-constexpr int64 c_flat[] = {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8};
 
 test::Points Expected(std::vector<Polygon> const& rings, int64 neighborhood, bool border) {
   PointSet points = test::LatticePoints(rings, border);
@@ -155,17 +154,9 @@ TEST(PolygonVisitorProperty, ObliquePolygonsHoldOneVoxelAColumn) {
 TEST(PolygonVisitorProperty, CopiesWalkIndependentlyAndResetRewindsAnywhere) {
   test::CRandomNumbers random;
   for (int k = 0; k < 50; ++k) {
-    CPolygonVisitor walker(test::StarPolygon(random, 6), 2, NEIGHBORHOOD_8, true);
-    test::Points const all = test::Walk(CPolygonVisitor(walker));
-    for (std::size_t taken = 0; taken <= all.size(); ++taken) {
-      CPolygonVisitor first = walker;
-      for (std::size_t i = 0; i < taken; ++i) first.NextPoint();
-      CPolygonVisitor second = first;
-      first.Reset();
-      EXPECT_EQ(test::Walk(first), all);
-      EXPECT_EQ(test::Walk(second),
-                test::Points(all.begin() + static_cast<std::ptrdiff_t>(taken), all.end()));
-    }
+    test::ExpectRewindsAndCopiesAnywhere(
+        CPolygonVisitor(test::StarPolygon(random, 6), 2, NEIGHBORHOOD_8, true));
+    if (HasFailure()) return;
   }
 }
 

@@ -1,6 +1,5 @@
 #include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkChecks.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/PolygonVisitor.h>
@@ -20,16 +19,8 @@ using test::Points;
 
 static_assert(RewindableWalker<CPolygonVisitor>);
 
-struct StCase {
-  char const* name;
-  Points corners;
-  int64 dimension, neighborhood;
-  bool border;
-  Points expected;
-};
-
 TEST(PolygonVisitor, KnownWalks) {
-  StCase const cases[] = {
+  test::StAreaCase const cases[] = {
       {"nothing", {}, 2, NEIGHBORHOOD_8, true, {}},
       {"a point", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, true, {{4, -2, 7}}},
       {"a point without border", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, false, {}},
@@ -85,7 +76,7 @@ TEST(PolygonVisitor, KnownWalks) {
        NEIGHBORHOOD_26,
        true,
        {{0, 0, 0}, {0, 1, 0}, {1, 0, 1}, {2, 0, 1}}}};
-  for (StCase const& c : cases) {
+  for (test::StAreaCase const& c : cases) {
     SCOPED_TRACE(c.name);
     CPolygonVisitor polygon(c.corners, c.dimension, c.neighborhood, c.border);
     EXPECT_EQ(polygon.Steps(), c.expected.size());

@@ -4,8 +4,7 @@
 #include <SeluUtils/Walker.h>
 
 #include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkChecks.h"
 
 #include <gtest/gtest.h>
 
@@ -241,18 +240,8 @@ TEST(VolumeVisitor, CoordinatesNearTheEndsOfTheRange) {
 }
 
 TEST(VolumeVisitor, ResetAndCopiesAtEveryStep) {
-  for (bool const border : {true, false}) {
-    auto solid = Solid(BoxPath({0, 0, 0}, {4, 3, 4}), border);
-    PointList const all = Walk(solid);
-    ASSERT_EQ(all.size(), solid.Steps());
-    for (std::size_t k = 0; k <= all.size(); ++k) {
-      solid.Reset();
-      for (std::size_t i = 0; i < k; ++i) ASSERT_EQ(solid.NextPoint(), all[i]);
-      CBresenhamVolumeVisitor copy = solid;
-      ASSERT_EQ(Walk(copy), PointList(all.begin() + static_cast<std::ptrdiff_t>(k), all.end()));
-      ASSERT_EQ(solid.MorePoints(), k < all.size());
-    }
-  }
+  for (bool const border : {true, false})
+    test::ExpectRewindsAndCopiesAnywhere(Solid(BoxPath({0, 0, 0}, {4, 3, 4}), border));
 }
 
 TEST(VolumeVisitor, TheBorderCanBeBuiltAnew) {

@@ -60,26 +60,10 @@ public:
   [[nodiscard]] bool MorePoints() const noexcept { return m_Status != 2; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() {
-    if (m_Status == 1) [[likely]] {
-      CTriple<int64> const& start = GetCurrentStartPoint();
-      if (LexicographicLess(m_Actual, start)) {
-        m_Actual = start;
-      } else {
-        ++m_Actual.y;
-      }
-    } else if (m_Status == 0) {
-      m_Status = 1;
-    } else if (m_Status == 2) {
-      return {};
-    } else {
-      RaiseAreaStatus2D();
-    }
-    if (m_Actual == GetCurrentEndPoint()) {
-      ++m_StartIndex;
-      ++m_EndIndex;
-      if (m_StartIndex >= m_Limits.starts.size() || m_EndIndex >= m_Limits.ends.size())
-        m_Status = 2;
-    }
+    if (m_LeftBeforeEnd == 0) [[unlikely]]
+      return NextAtLimit();
+    --m_LeftBeforeEnd;
+    ++m_Actual.y;
     return m_Actual;
   }
   /// Number of points of a full walk.
@@ -115,13 +99,16 @@ public:
   void CountSteps();
 
 private:
+  CTriple<int64> NextAtLimit();
+
   int64 m_Neighborhood = 0;
   bool m_Border = false;
   std::vector<CTriple<int64>> m_Corners;
   StRunLimits m_Limits;
   std::size_t m_StartIndex = 0, m_EndIndex = 0;
   CTriple<int64> m_Actual;
-  int64 m_Status = 2; // 0 nothing handed out yet, 1 walking, 2 finished
+  int64 m_Status = 2;        // 0 nothing handed out yet, 1 walking, 2 finished
+  int64 m_LeftBeforeEnd = 0; // points between the last one and the run's end; 0 once limits change
   std::uint64_t m_Steps = 0;
 };
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/PlaneColumns.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -58,17 +59,18 @@ public:
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRow > 0; }
   /// The next point. CException "No more points available" after the last one.
   CTriple<int64> NextPoint() {
-    CTriple<int64> const point = m_Point;
+    CTriple<int64> const point = Impl::InSpace(m_Axes[2], m_U, m_Row, m_W);
     if (m_LeftInRow <= 1) [[unlikely]] {
       NextRow();
       return point;
     }
     --m_LeftInRow;
-    // Without branches, as no processor foresees the carries of an oblique plane.
-    m_Remainder += m_CarryStep;
-    int64 const borrow = m_Remainder >> 63; // 0 or -1
-    m_Remainder += m_Divisor & borrow;
-    m_Point += m_Moves[static_cast<std::size_t>(1 + borrow)];
+    ++m_U;
+    // Both remainders are at hand before it is known which of them counts: no branch, as no
+    // processor foresees the carries of an oblique plane.
+    int64 const kept = m_Remainder + m_RemainderStep, carried = m_Remainder + m_CarryStep;
+    m_Remainder = carried < 0 ? kept : carried;
+    m_W += m_Climb + (carried < 0 ? 0 : 1);
     return point;
   }
   /// Number of points of a whole walk; 0 before SetImageSize.
@@ -93,18 +95,23 @@ private:
   std::array<int64, 2> m_Slopes = {};
   int64 m_Divisor = 0; // 0 without a plane
 
-  std::array<int64, 3> m_Extents = {}; // along u, v, w
-  uint64 m_Steps = 0;
   int64 m_FirstRow = 0, m_RowEnd = 0; // these rows have points, no others do
 
-  int64 m_Row = 0;
   Impl::int128 m_RowQuotient = 0; // value at u = 0 of the row, divided: it moves on by additions
   int64 m_RowRemainder = 0;
-  CTriple<int64> m_Point; // the next one
-  int64 m_LeftInRow = 0;  // points of the row not handed out
-  int64 m_Remainder = 0, m_RemainderStep = 0;
-  int64 m_CarryStep = 0;                 // the same less the divisor
-  std::array<CTriple<int64>, 2> m_Moves; // to the next column, without and with a carry
+
+  // What a column adds to the height, and to the remainder without and with a carry.
+  int64 m_Climb = 0, m_RemainderStep = 0, m_CarryStep = 0;
+  // The next point is (m_U, m_Row, m_W). What changes from point to point does not lie side by
+  // side: compilers would join two such numbers into one load, which has to wait for the stores of
+  // both.
+  int64 m_U = 0;
+  int64 m_Row = 0;
+  int64 m_W = 0;
+  std::array<int64, 3> m_Extents = {}; // along u, v, w
+  int64 m_Remainder = 0;
+  uint64 m_Steps = 0;
+  int64 m_LeftInRow = 0; // points of the row not handed out
 };
 
 } // namespace ORVA

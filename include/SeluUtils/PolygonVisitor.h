@@ -7,6 +7,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/PlaneColumns.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -33,6 +34,7 @@ struct StPolygonPlane {
   int64 norm = 1;               // > 0, at least as large as both slopes
   int64 wholeV = 0;             // floor(slopeV / norm): what every step along v adds to w
   int64 remainderV = 0;         // and what that leaves over, in 1 / norm
+  int64 carryV = -1;            // remainderV - norm, < 0
 };
 
 } // namespace Impl
@@ -59,8 +61,8 @@ struct StPolygonPlane {
 ///
 /// The arithmetic is exact. CExBadParam for corners more than 2147483647 apart along an axis or
 /// beyond ±2^62, for corners off the common plane, a hole outside the outline's box, an unknown
-/// dimension or neighbourhood. Building takes O(b log b) time and O(b) memory for b border points
-/// plus columns, a point O(1); a corner list of 10^6 border points takes tenths of a second.
+/// dimension or neighbourhood. Building takes O(b) time and memory for b border points plus columns
+/// (O(b log c) where c edges cross one column), a point O(1); the points themselves take none.
 class SELUUTILS_EXPORT CPolygonVisitor {
 public:
   /// A walk without points.
@@ -71,20 +73,17 @@ public:
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_Left != 0; }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
-    if (!MorePoints()) [[unlikely]]
-      return {};
-    CTriple<int64> const point = InSpace(m_U, m_V, m_W);
-    --m_Left;
-    if (m_V != m_LastV) [[likely]] {
-      ++m_V;
-      if (m_Plane.slopeV != 0) StepAcross();
-    } else {
-      ++m_Run;
-      BeginRun();
+    CTriple<int64> const point = Impl::InSpace(m_Plane.dominantAxis, m_U, m_V, m_W);
+    if (m_LeftInRun <= 1) [[unlikely]] {
+      NextRun();
+      return point;
     }
+    --m_LeftInRun;
+    ++m_V;
+    if (m_Plane.slopeV != 0) StepAcross();
     return point;
   }
   /// Number of points of a full walk.
@@ -99,33 +98,30 @@ public:
 
 private:
   void BeginRun() noexcept;
+  void NextRun() noexcept;
+  // Both residuals are at hand before it is known which of them counts: no branch, as no processor
+  // foresees the carries of an oblique plane. The one that is too large may pass the end of 64
+  // bits.
   void StepAcross() noexcept {
-    m_W += m_Plane.wholeV;
-    m_Residual -= m_Plane.norm - m_Plane.remainderV; // 0 <= residual < norm: cannot overflow
-    if (m_Residual >= 0) {
-      ++m_W;
-    } else {
-      m_Residual += m_Plane.norm;
-    }
-  }
-  [[nodiscard]] CTriple<int64> InSpace(int64 u, int64 v, int64 w) const noexcept {
-    if (m_Plane.dominantAxis == 2) return {u, v, w};
-    if (m_Plane.dominantAxis == 1) return {u, w, v};
-    return {w, u, v};
+    auto const kept = static_cast<int64>(static_cast<std::uint64_t>(m_Residual) +
+                                         static_cast<std::uint64_t>(m_Plane.remainderV));
+    int64 const carried = m_Residual + m_Plane.carryV;
+    m_Residual = carried < 0 ? kept : carried;
+    m_W += m_Plane.wholeV + (carried < 0 ? 0 : 1);
   }
 
   Impl::StPolygonPlane m_Plane;
   std::vector<Impl::StPolygonRun> m_Runs; // in scan order, disjoint
-  std::uint64_t m_Steps = 0;
-  std::size_t m_Run = 0; // the run being walked
-  // The next point is (m_U, m_V, m_W). Not side by side, or compilers join two of them into one
-  // load that has to wait for the store of one.
-  std::uint64_t m_Left = 0; // points to hand out
-  int64 m_U = 0;
-  int64 m_LastV = 0; // of its run
+  // The next point is (m_U, m_V, m_W), all 0 after the last one. What changes from point to point
+  // does not lie side by side: compilers would join two such numbers into one load, which has to
+  // wait for the stores of both.
   int64 m_V = 0;
-  int64 m_Residual = 0; // how far the plane lies above the point, in 1 / norm, plus a half
+  int64 m_U = 0;
   int64 m_W = 0;
+  std::uint64_t m_Steps = 0;
+  int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
+  std::size_t m_Run = 0; // the run being walked
+  int64 m_LeftInRun = 0; // points of the run to hand out
 };
 
 } // namespace ORVA

@@ -48,14 +48,15 @@ public:
                           std::vector<CTriple<int64>>&& endPoints, int64 neighborhood, bool border)
       : CBresenhamVolumeVisitor(startPoints, endPoints, neighborhood, border) {}
 
-  [[nodiscard]] bool MorePoints() const { return m_Area.MorePoints(); }
-  /// The next point, slice by slice in ascending x; (0, 0, 0) after the last one.
+  [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInSlice != 0; }
+  /// The next point, slice by slice in ascending x; (0, 0, 0) after the last one. If the next slice
+  /// does not fit into memory the walk stays where it was.
   CTriple<int64> NextPoint() {
+    if (m_LeftInSlice <= 1) [[unlikely]]
+      return LastOfSlice();
+    --m_LeftInSlice;
     CTriple<int64> const p = m_Area.NextPoint();
-    CTriple<int64> const point(m_Slice, p.x, p.y);
-    if (!m_Area.MorePoints()) [[unlikely]]
-      NextSlice();
-    return point;
+    return {m_Slice, p.x, p.y};
   }
   /// Number of points of a full walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
@@ -86,10 +87,16 @@ public:
   void PrintBorder() const;
 
 private:
-  void Collect(CTriple<int64> const& from, CTriple<int64> const& to);
-  void Restart();
-  void NextSlice();
-  void EnterFrom(std::size_t begin);
+  struct StSlice {
+    CBresenhamAreaVisitor area;
+    int64 x;
+    std::size_t end; // of its border points
+  };
+
+  void ReplaceBorder(std::vector<CTriple<int64>>&& border);
+  void Enter(StSlice&& slice);
+  CTriple<int64> LastOfSlice();
+  [[nodiscard]] StSlice SliceFrom(std::size_t begin) const;
   [[nodiscard]] std::size_t SliceEnd(std::size_t begin) const noexcept;
   [[nodiscard]] CBresenhamAreaVisitor SliceArea(std::size_t begin, std::size_t end) const;
 
@@ -100,7 +107,8 @@ private:
   std::size_t m_SliceEnd = 0;                 // of the current slice's border points
   int64 m_Slice = 0;                          // x of the current slice
   uint64 m_Steps = 0;
-  CBresenhamAreaVisitor m_Area; // of the current slice; without points after the last one
+  uint64 m_LeftInSlice = 0;     // points of the current slice to hand out; 0 after the last slice
+  CBresenhamAreaVisitor m_Area; // of the current slice
 };
 
 } // namespace ORVA

@@ -116,13 +116,22 @@ CPolygonVisitor::CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
 
 void CPolygonVisitor::Reset() noexcept {
   m_Run = 0;
-  m_Left = m_Steps;
+  BeginRun();
+}
+
+void CPolygonVisitor::NextRun() noexcept {
+  if (m_LeftInRun == 0) return;
+  ++m_Run;
   BeginRun();
 }
 
 // The voxel of the run's first column: floor(w + 1/2), and what that leaves over.
 void CPolygonVisitor::BeginRun() noexcept {
-  if (m_Run >= m_Runs.size()) return;
+  if (m_Run >= m_Runs.size()) {
+    m_LeftInRun = 0;
+    m_U = m_V = m_W = 0;
+    return;
+  }
   using Impl::int128;
   Impl::StPolygonRun const& run = m_Runs[m_Run];
   int128 const norm = m_Plane.norm;
@@ -134,7 +143,7 @@ void CPolygonVisitor::BeginRun() noexcept {
   m_U = origin.x + run.column;
   m_V = origin.y + run.low;
   m_W = origin.z + w;
-  m_LastV = origin.y + run.high;
+  m_LeftInRun = run.high - run.low + 1;
 }
 
 } // namespace ORVA

@@ -52,6 +52,10 @@ long FailEveryAllocation(Operation operation, Check check) {
 
 void* operator new(std::size_t bytes) { return test::AllocateOrFail(bytes); }
 void* operator new[](std::size_t bytes) { return test::AllocateOrFail(bytes); }
+// What may do without (as std::stable_sort does) always gets it: its failure would not be seen.
+void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
+  return std::malloc(bytes > 0 ? bytes : 1);
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

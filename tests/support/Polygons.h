@@ -4,6 +4,7 @@
 #include "Random.h"
 #include "Walks.h"
 
+#include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitorImpl.h>
 
 #include <algorithm>
@@ -18,6 +19,10 @@ namespace test {
 
 using Int = ORVA::int64;
 using Polygon = std::vector<Point>; // open: each corner once
+
+/// The neighbourhoods of the plane.
+inline constexpr Int c_flat[] = {ORVA::NEIGHBORHOOD_4, ORVA::NEIGHBORHOOD_6_1,
+                                 ORVA::NEIGHBORHOOD_6_2, ORVA::NEIGHBORHOOD_8};
 
 inline Int Turn(Point const& o, Point const& a, Point const& b) {
   return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x);

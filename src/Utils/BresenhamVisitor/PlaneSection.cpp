@@ -182,11 +182,9 @@ void CPlaneSection::SetPlane(std::array<int128, 3> const& normal, int128 distanc
               static_cast<int64>(-2 * sign * normal[across])};
   m_Offset = 2 * sign * distance + divisor / 2;
 
-  int64 const carry = m_Slopes[0] < 0 ? -1 : m_Slopes[0] == m_Divisor ? 1 : 0;
-  m_CarryStep = m_Slopes[0] - (carry + 1) * m_Divisor;
-  m_Moves[0].*c_axes[row] = m_Moves[1].*c_axes[row] = 1;
-  m_Moves[0].*c_axes[main] = carry;
-  m_Moves[1].*c_axes[main] = carry + 1;
+  m_Climb = m_Slopes[0] < 0 ? -1 : m_Slopes[0] == m_Divisor ? 1 : 0;
+  m_RemainderStep = m_Slopes[0] - m_Climb * m_Divisor;
+  m_CarryStep = m_RemainderStep - m_Divisor;
 }
 
 int128 CPlaneSection::RowValue(int64 v) const noexcept {
@@ -251,16 +249,13 @@ void CPlaneSection::EnterRow() noexcept {
   int128 const limit = int128{m_Divisor} * m_Extents[2];
   auto const [begin, end] = Reaching(value, value, m_Slopes[0], limit, m_Extents[0]);
   m_LeftInRow = end - begin;
-  int64 height = static_cast<int64>(m_RowQuotient);
+  m_U = begin;
+  m_W = static_cast<int64>(m_RowQuotient);
   m_Remainder = m_RowRemainder;
   if (begin > 0) {
-    height = m_Slopes[0] > 0 ? 0 : m_Extents[2] - 1;
-    m_Remainder =
-        static_cast<int64>(value + int128{m_Slopes[0]} * begin - int128{m_Divisor} * height);
+    m_W = m_Slopes[0] > 0 ? 0 : m_Extents[2] - 1;
+    m_Remainder = static_cast<int64>(value + int128{m_Slopes[0]} * begin - int128{m_Divisor} * m_W);
   }
-  m_Point.*c_axes[static_cast<std::size_t>(m_Axes[0])] = begin;
-  m_Point.*c_axes[static_cast<std::size_t>(m_Axes[1])] = m_Row;
-  m_Point.*c_axes[static_cast<std::size_t>(m_Axes[2])] = height;
 }
 
 } // namespace ORVA

@@ -82,6 +82,16 @@ void AppendSide(Path& hull, Iterator begin, Iterator end) {
   hull.pop_back();
 }
 
+// Appends the points of the edge between two of the solid's points.
+void Collect(Path& border, CTriple<int64> const& from, CTriple<int64> const& to,
+             int64 neighborhood) {
+  CheckLength(from.x, to.x);
+  CheckLength(from.y, to.y);
+  CheckLength(from.z, to.z);
+  CBresenhamVisitor line(from, to, 3, neighborhood, true);
+  while (line.MorePoints()) border.push_back(line.NextPoint());
+}
+
 } // namespace
 
 CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& path, int64 neighborhood, bool border)
@@ -108,33 +118,26 @@ CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& startPoints, Path& endPoi
 }
 
 void CBresenhamVolumeVisitor::ComputeBorder() {
-  Restart();
   CheckSlices(m_Points);
+  Path border;
   for (std::size_t i = 1; i < m_Points.size(); ++i)
-    if (m_Points[i - 1] != m_Points[i]) Collect(m_Points[i - 1], m_Points[i]);
-  EraseUselessBorderPoints();
+    if (m_Points[i - 1] != m_Points[i])
+      Collect(border, m_Points[i - 1], m_Points[i], m_Neighborhood);
+  ReplaceBorder(std::move(border));
 }
 
 void CBresenhamVolumeVisitor::ComputeBorderFromPairs() {
-  Restart();
   CheckSlices(m_Points);
   CheckSlices(m_EndPoints);
+  Path border;
   for (std::size_t i = 0; i < std::min(m_Points.size(), m_EndPoints.size()); ++i)
-    Collect(m_Points[i], m_EndPoints[i]);
+    Collect(border, m_Points[i], m_EndPoints[i], m_Neighborhood);
+  ReplaceBorder(std::move(border));
+}
+
+void CBresenhamVolumeVisitor::ReplaceBorder(Path&& border) {
+  m_BorderPoints = std::move(border);
   EraseUselessBorderPoints();
-}
-
-void CBresenhamVolumeVisitor::Restart() {
-  m_BorderPoints.clear();
-  EnterFrom(0);
-}
-
-void CBresenhamVolumeVisitor::Collect(CTriple<int64> const& from, CTriple<int64> const& to) {
-  CheckLength(from.x, to.x);
-  CheckLength(from.y, to.y);
-  CheckLength(from.z, to.z);
-  CBresenhamVisitor line(from, to, 3, m_Neighborhood, true);
-  while (line.MorePoints()) m_BorderPoints.push_back(line.NextPoint());
 }
 
 void CBresenhamVolumeVisitor::EraseUselessBorderPoints() {
@@ -143,7 +146,7 @@ void CBresenhamVolumeVisitor::EraseUselessBorderPoints() {
     int64 const first = m_BorderPoints.front().x, last = m_BorderPoints.back().x;
     std::erase_if(m_BorderPoints, [&](auto const& p) { return p.x == first || p.x == last; });
   }
-  EnterFrom(m_BorderPoints.size());
+  Enter(SliceFrom(m_BorderPoints.size()));
 }
 
 std::size_t CBresenhamVolumeVisitor::SliceEnd(std::size_t begin) const noexcept {
@@ -172,30 +175,39 @@ void CBresenhamVolumeVisitor::CountSteps() {
   m_Steps = steps;
 }
 
-void CBresenhamVolumeVisitor::Reset() { EnterFrom(0); }
+void CBresenhamVolumeVisitor::Reset() { Enter(SliceFrom(0)); }
 
-void CBresenhamVolumeVisitor::NextSlice() {
+// What can fail comes before any change.
+CTriple<int64> CBresenhamVolumeVisitor::LastOfSlice() {
+  if (m_LeftInSlice == 0) return {};
   bool const isLast =
       m_SliceEnd >= m_BorderPoints.size() || m_BorderPoints[m_SliceEnd].x != m_Slice + 1;
-  EnterFrom(isLast ? m_BorderPoints.size() : m_SliceEnd);
+  StSlice next = SliceFrom(isLast ? m_BorderPoints.size() : m_SliceEnd);
+  CTriple<int64> const p = m_Area.NextPoint();
+  CTriple<int64> const point(m_Slice, p.x, p.y);
+  Enter(std::move(next));
+  return point;
+}
+
+void CBresenhamVolumeVisitor::Enter(StSlice&& slice) {
+  m_Area = std::move(slice.area);
+  m_Slice = slice.x;
+  m_SliceEnd = slice.end;
+  m_LeftInSlice = m_Area.Steps();
 }
 
 // The first slice from here on that has points of its own; slices too thin for any are passed over,
 // and one without border points ends the walk.
-void CBresenhamVolumeVisitor::EnterFrom(std::size_t begin) {
+CBresenhamVolumeVisitor::StSlice CBresenhamVolumeVisitor::SliceFrom(std::size_t begin) const {
   std::size_t const count = m_BorderPoints.size();
   while (begin < count) {
     std::size_t const end = SliceEnd(begin);
     int64 const slice = m_BorderPoints[begin].x;
-    m_Area = SliceArea(begin, end);
-    m_Slice = slice;
-    m_SliceEnd = end;
-    if (m_Area.MorePoints()) return;
+    CBresenhamAreaVisitor area = SliceArea(begin, end);
+    if (!area.empty()) return {std::move(area), slice, end};
     begin = end < count && m_BorderPoints[end].x == slice + 1 ? end : count;
   }
-  m_Area = {};
-  m_Slice = 0;
-  m_SliceEnd = count;
+  return {{}, 0, count};
 }
 
 Path CBresenhamVolumeVisitor::ConvertListToPath(std::span<CTriple<int64> const> border) {

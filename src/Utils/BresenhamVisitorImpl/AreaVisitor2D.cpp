@@ -49,15 +49,18 @@ void CBresenhamAreaVisitor2D::SignBorder() {
 
 void CBresenhamAreaVisitor2D::SignStartPoints(CTriple<int64> start,
                                               CBresenhamVisitor2D const& line) {
+  m_LeftBeforeEnd = 0;
   SampleColumns(m_Limits.starts, start, line, std::less<>());
 }
 
 void CBresenhamAreaVisitor2D::SignEndPoints(CTriple<int64> start, CBresenhamVisitor2D const& line) {
+  m_LeftBeforeEnd = 0;
   SampleColumns(m_Limits.ends, start, line, std::greater<>());
 }
 
 // Without border the message names the 3D class; callers know both texts.
 void CBresenhamAreaVisitor2D::EraseUselessBorders() {
+  m_LeftBeforeEnd = 0;
   if (PairLimits(m_Limits, m_Border)) return;
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::EraseUselessBorders"),
         m_Border ? "intern failure in Border Calculation in CBresenhamAreaVisitor2D"
@@ -65,6 +68,7 @@ void CBresenhamAreaVisitor2D::EraseUselessBorders() {
 }
 
 void CBresenhamAreaVisitor2D::EraseBorderPoints() {
+  m_LeftBeforeEnd = 0;
   EraseOuterColumns(m_Limits);
   FilterRuns(m_Limits, [](CTriple<int64>& start, CTriple<int64>& end) {
     // Concave outlines can pair across columns: such a run has no end to be reached.
@@ -86,8 +90,37 @@ void CBresenhamAreaVisitor2D::CountSteps() {
 void CBresenhamAreaVisitor2D::Reset() noexcept {
   m_StartIndex = 0;
   m_EndIndex = 0;
+  m_LeftBeforeEnd = 0;
   m_Actual = m_Limits.starts.empty() ? CTriple<int64>() : m_Limits.starts.front();
   m_Status = m_Steps != 0 ? 0 : 2;
+}
+
+// A run's first and last point, and what the limits say of any other.
+CTriple<int64> CBresenhamAreaVisitor2D::NextAtLimit() {
+  if (m_Status == 1) {
+    CTriple<int64> const& start = GetCurrentStartPoint();
+    if (LexicographicLess(m_Actual, start)) {
+      m_Actual = start;
+    } else {
+      ++m_Actual.y;
+    }
+  } else if (m_Status == 0) {
+    m_Status = 1;
+  } else if (m_Status == 2) {
+    return {};
+  } else {
+    RaiseAreaStatus2D();
+  }
+  CTriple<int64> const& end = GetCurrentEndPoint();
+  if (m_Actual == end) {
+    ++m_StartIndex;
+    ++m_EndIndex;
+    if (m_StartIndex >= m_Limits.starts.size() || m_EndIndex >= m_Limits.ends.size()) m_Status = 2;
+  } else if (m_Actual.x == end.x && m_Actual.y < end.y && m_Actual.z == end.z &&
+             !LexicographicLess(m_Actual, GetCurrentStartPoint())) {
+    m_LeftBeforeEnd = end.y - m_Actual.y - 1;
+  }
+  return m_Actual;
 }
 
 void CBresenhamAreaVisitor2D::PrintBorder() const { PrintLimits(m_Limits); }

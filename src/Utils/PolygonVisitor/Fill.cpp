@@ -3,7 +3,10 @@
 #include <SeluUtils/BresenhamVisitorImpl.h>
 
 #include <algorithm>
-#include <utility>
+#include <cstddef>
+#include <functional>
+#include <numeric>
+#include <vector>
 
 namespace ORVA::Impl {
 
@@ -42,9 +45,32 @@ bool RunLess(StPolygonRun const& a, StPolygonRun const& b) {
   return a.column != b.column ? a.column < b.column : a.low < b.low;
 }
 
-// Sorts the runs and joins those that overlap or follow each other without a gap.
+// Sorts by column, counting them, and each column by `less`. An outline crosses every column of its
+// box, so that the counts take no more memory than its entries.
+template <class Entry, class Less>
+void SortColumns(std::vector<Entry>& entries, Less less) {
+  if (entries.empty()) return;
+  auto const [lowest, highest] = std::ranges::minmax(entries, {}, &Entry::column);
+  int64 const first = lowest.column;
+  auto const column = [first](Entry const& entry) {
+    return static_cast<std::size_t>(entry.column - first);
+  };
+  std::vector<std::size_t> places(column(highest) + 2); // begin of each column, then its end
+  for (Entry const& entry : entries) ++places[column(entry) + 1];
+  std::partial_sum(places.begin(), places.end(), places.begin());
+  std::vector<Entry> sorted(entries.size());
+  for (Entry const& entry : entries) sorted[places[column(entry)]++] = entry;
+  auto begin = sorted.begin();
+  for (std::size_t const place : places) {
+    auto const end = sorted.begin() + static_cast<std::ptrdiff_t>(place);
+    std::sort(begin, end, less);
+    begin = end;
+  }
+  entries.swap(sorted);
+}
+
+// Of sorted runs, joins those that overlap or follow each other without a gap.
 void JoinRuns(std::vector<StPolygonRun>& runs) {
-  std::sort(runs.begin(), runs.end(), RunLess);
   std::size_t kept = 0;
   for (StPolygonRun const& run : runs) {
     if (kept > 0 && runs[kept - 1].column == run.column && run.low <= runs[kept - 1].high + 1) {
@@ -54,6 +80,15 @@ void JoinRuns(std::vector<StPolygonRun>& runs) {
     }
   }
   runs.resize(kept);
+}
+
+// The points of both; both sorted and disjoint.
+std::vector<StPolygonRun> Union(std::vector<StPolygonRun> const& a,
+                                std::vector<StPolygonRun> const& b) {
+  std::vector<StPolygonRun> runs(a.size() + b.size());
+  std::merge(a.begin(), a.end(), b.begin(), b.end(), runs.begin(), RunLess);
+  JoinRuns(runs);
+  return runs;
 }
 
 // Runs of `from` without the points of `taken`; both sorted and disjoint.
@@ -77,7 +112,7 @@ std::vector<StPolygonRun> Difference(std::vector<StPolygonRun> const& from,
 
 // The even-odd runs between crossings that come in pairs.
 void FillBetween(std::vector<StCrossing>& crossings, std::vector<StPolygonRun>& runs) {
-  std::sort(crossings.begin(), crossings.end());
+  SortColumns(crossings, std::less<>());
   for (std::size_t k = 0; k + 1 < crossings.size(); k += 2) {
     int64 const low = Ceil(crossings[k].halfUnits), high = Floor(crossings[k + 1].halfUnits);
     if (low <= high) runs.push_back({crossings[k].column, low, high});
@@ -118,6 +153,7 @@ std::vector<StPolygonRun> ClosedRegion(std::span<Ring const> rings) {
     });
   });
   FillBetween(crossings, runs);
+  SortColumns(runs, RunLess);
   JoinRuns(runs);
   return runs;
 }
@@ -139,6 +175,7 @@ std::vector<StPolygonRun> BorderLine(std::span<Ring const> rings, int64 neighbor
       }
     }
   });
+  SortColumns(runs, RunLess);
   JoinRuns(runs);
   return runs;
 }
@@ -147,14 +184,11 @@ std::vector<StPolygonRun> BorderLine(std::span<Ring const> rings, int64 neighbor
 
 std::vector<StPolygonRun> FillPolygon(std::span<Ring const> rings, int64 neighborhood,
                                       bool border) {
-  std::vector<StPolygonRun> region = ClosedRegion(rings);
+  std::vector<StPolygonRun> const region = ClosedRegion(rings);
   std::vector<StPolygonRun> const line = BorderLine(rings, neighborhood);
   // The digital line passes through every lattice point of its edge, so the region without it has
   // no point of the outline left.
-  if (!border) return Difference(region, line);
-  region.insert(region.end(), line.begin(), line.end());
-  JoinRuns(region);
-  return region;
+  return border ? Union(region, line) : Difference(region, line);
 }
 
 } // namespace ORVA::Impl

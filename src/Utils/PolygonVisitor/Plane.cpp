@@ -84,6 +84,7 @@ StPolygonPlane ObliquePlane(std::span<Ring const> rings) {
   plane.slopeV = -sign * seen.y / divisor;
   plane.wholeV = FloorDivide(plane.slopeV, plane.norm);
   plane.remainderV = plane.slopeV - plane.wholeV * plane.norm;
+  plane.carryV = plane.remainderV - plane.norm;
   return plane;
 }
 
