@@ -8,6 +8,7 @@
 #include <SeluUtils/Walker.h>
 #include <pxlib2image/Image.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <ranges>
@@ -34,7 +35,7 @@ static void Ranges() {
   CTriple<int64> const from(0, 0, 0), to(30, 12, 0);
   CBresenhamVisitor line(from, to, 2, NEIGHBORHOOD_4, true);
   auto const isEven = [](CTriple<int64> const& p) { return p.x % 2 == 0; };
-  auto const even = std::ranges::distance(Points(line) | std::views::filter(isEven));
+  auto const even = std::ranges::count_if(Points(line), isEven);
   line.Reset();
   std::cout << even << " of " << std::ranges::distance(Points(line)) << " points\n";
 }
