@@ -140,6 +140,19 @@ TEST(AreaVisitor, AFoldedLineWhoseWaysOutAndBackDifferIsRefused) {
       "ORVA::Impl::CBresenhamAreaVisitor2D::EraseUselessBorders", c_implModule);
 }
 
+// Only one of the border line's points in a column is taken off each of its ends.
+TEST(AreaVisitor, WithoutBorderAStaircaseLeavesPointsOfTheOutline) {
+  Points const corners{{0, 0, 0}, {4, 1, 0}, {4, 4, 0}};
+  EXPECT_EQ(WalkArea(corners, 2, NEIGHBORHOOD_8, false), (Points{{2, 1, 0}, {3, 2, 0}}));
+  EXPECT_EQ(WalkArea(corners, 2, NEIGHBORHOOD_4, false),
+            (Points{{1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {3, 2, 0}, {3, 3, 0}}));
+}
+
+TEST(AreaVisitor, TwoCornersOfDimensionOneAreALineAlongX) {
+  EXPECT_EQ(WalkArea({{0, 0, 0}, {3, 1, 0}}, 1, NEIGHBORHOOD_8, true),
+            (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+}
+
 TEST(AreaVisitor, TheCallersCornersAreTakenOver) {
   Points corners{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
   CBresenhamAreaVisitor const area(corners, 2, NEIGHBORHOOD_8, true);

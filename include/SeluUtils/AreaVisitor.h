@@ -44,8 +44,9 @@ public:
   /// A walk without points.
   CBresenhamAreaVisitor() = default;
   /// Takes the corners over and leaves the vector empty; if it throws, the vector is as it was.
-  /// CException for another dimension ("No valid dimension!"), for shared coordinates in another
-  /// neighbourhood, for no corner with border, and as the inner visitors throw.
+  /// CException for another dimension ("No valid dimension!"; of two corners with border dimension
+  /// 1 is a line along x), for shared coordinates in another neighbourhood, for no corner with
+  /// border, and as the inner visitors throw.
   CBresenhamAreaVisitor(std::vector<CTriple<int64>>& corners, int64 dimension, int64 neighborhood,
                         bool border);
   CBresenhamAreaVisitor(std::vector<CTriple<int64>>&& corners, int64 dimension, int64 neighborhood,

@@ -42,9 +42,10 @@ struct StRunLimits {
 /// side of greater y, so that edges of rising x are its upper side.
 ///
 /// With border every point inside or on a convex outline is visited; without, those strictly inside
-/// that are not on the digital border line. Outlines whose edges are all no steeper than 45 degrees
-/// are exact too. Concave outlines and vertical edges within the upper or lower side can lose
-/// points or be refused: CPolygonVisitor serves any outline.
+/// that are not on the digital border line; in NEIGHBORHOOD_4, _6_1 and _6_2 also points on the
+/// outline where its border line has several points in one column. Outlines whose edges are all no
+/// steeper than 45 degrees are exact too. Concave outlines and vertical edges within the upper or
+/// lower side can lose points or be refused: CPolygonVisitor serves any outline.
 ///
 /// Corners may lie up to 2147483647 apart along each axis, else CExBadParam; corners of different z
 /// throw CException. Building takes O(n log n) time for n border points, a point O(1).

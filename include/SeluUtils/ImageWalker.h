@@ -142,7 +142,7 @@ public:
   /// Starts anew in another direction. The null direction has no faces: std::out_of_range.
   void SetDirection(CTriple<int64> direction);
   /// Clips the box to an image of these extents and starts anew; std::out_of_range for the null
-  /// direction.
+  /// direction, unless nothing is left of the box.
   void SetImageSize(CTriple<int64> extents);
   void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
