@@ -15,7 +15,7 @@ using Point = CTriple<int64>;
 
 namespace {
 
-__extension__ typedef unsigned __int128 uint128;
+__extension__ using uint128 = unsigned __int128;
 
 // Steps taken after k of the moves, in exact arithmetic.
 uint64 StepsAfter(uint64 k, uint64 steps, uint64 moves) {

@@ -20,7 +20,7 @@ using PointList = test::Points;
 
 namespace {
 
-__extension__ typedef __int128 Wide;
+__extension__ using Wide = __int128;
 
 // The plane normal·p = distance, in integers.
 struct StPlane {

@@ -19,7 +19,7 @@ namespace ORVA {
 
 namespace Impl {
 
-__extension__ typedef __int128 int128;
+__extension__ using int128 = __int128;
 
 /// Throws CException "No more points available".
 [[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePointsInSection();

@@ -146,7 +146,7 @@ void ExtractKeys(CValueMap const& map, std::vector<std::string>& keys, int mode,
 
 CValueMapWithOperators::CValueMapWithOperators(CValueMap const& map,
                                                std::vector<std::string> const& excluded)
-    : m_Excluded(excluded) {
+    : m_Excluded(excluded) { // NOLINT(modernize-pass-by-value): the signature is fixed
   ExtractKeys(map, m_Keys, 1, m_Excluded);
   for (auto const& key : m_Keys) SetEntry(key, CValueDouble(Impl::NumericReading(map.Entry(key))));
 }

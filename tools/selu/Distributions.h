@@ -66,6 +66,6 @@ struct StRotations {
   StRotationTheory theory;
 };
 
-[[nodiscard]] StRotations MakeRotations(CParameters parameters);
+[[nodiscard]] StRotations MakeRotations(CParameters given);
 
 } // namespace selu

@@ -45,7 +45,8 @@ std::vector<StSectionVoxel> Section(Vector const& direction, double radius) {
       double const along = Dot(o, direction);
       double const distance = std::sqrt(std::max(0.0, Dot(o, o) - along * along));
       double const share = std::clamp(reach - distance, 0.0, 1.0);
-      if (share > 0) section.push_back({offset, static_cast<std::uint8_t>(share * 255 + 0.5)});
+      if (share > 0)
+        section.push_back({offset, static_cast<std::uint8_t>(std::lround(share * 255))});
     }
   return section;
 }

@@ -19,7 +19,7 @@ namespace selu {
 namespace fs = std::filesystem;
 namespace {
 
-using std::string_view_literals::operator""sv;
+using std::string_view_literals::operator""sv; // NOLINT(misc-unused-using-decls)
 
 std::string Lower(std::string text) {
   for (char& c : text)

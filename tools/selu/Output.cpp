@@ -32,7 +32,7 @@ void PrintNote(std::string_view text) noexcept {
 }
 
 bool StderrIsTerminal() noexcept {
-  char const* const kind = std::getenv("TERM");
+  char const* const kind = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
   return ::isatty(STDERR_FILENO) == 1 && kind != nullptr && std::string_view(kind) != "dumb";
 }
 

@@ -33,7 +33,7 @@ void Check(cairo_status_t status) {
 
 std::uint32_t Rgb24(Colour colour) {
   auto const part = [](double share) {
-    return static_cast<std::uint32_t>(std::clamp(share, 0.0, 1.0) * 255 + 0.5);
+    return static_cast<std::uint32_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
   };
   return part(colour.red) << 16 | part(colour.green) << 8 | part(colour.blue);
 }

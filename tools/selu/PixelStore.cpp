@@ -22,7 +22,7 @@ namespace selu {
 namespace fs = std::filesystem;
 namespace {
 
-using std::string_view_literals::operator""sv;
+using std::string_view_literals::operator""sv; // NOLINT(misc-unused-using-decls)
 
 // Where the pixels are, and the most that a byte there can unpack to.
 struct StStore {

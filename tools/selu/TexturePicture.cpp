@@ -101,7 +101,8 @@ struct StLayout {
     thumb = std::clamp(room / thumbs - c_thumbGap, c_thumbLeast, c_thumbMost);
     thumbsInRow = static_cast<std::size_t>((room + c_thumbGap) / (thumb + c_thumbGap));
     thumbTop = c_top + c_mapSize + c_tableBottomGap;
-    auto const rows = static_cast<double>((count - 1 + thumbsInRow - 1) / thumbsInRow);
+    std::size_t const fullRows = (count - 1 + thumbsInRow - 1) / thumbsInRow;
+    auto const rows = static_cast<double>(fullRows);
     height = std::ceil(thumbTop + rows * (thumb + 34) + (rows > 0 ? 16 : -24));
   }
   double column, width, height, thumb, thumbTop;
@@ -192,8 +193,9 @@ void DrawTable(CPicture& picture, StTexture const& texture, StLayout const& layo
 void DrawThumbnails(CPicture& picture, StTexture const& texture, CMatrices const& matrices,
                     StLayout const& layout, std::size_t shown) {
   for (std::size_t s = 1; s < shown; ++s) {
+    std::size_t const rowIndex = (s - 1) / layout.thumbsInRow;
     auto const column = static_cast<double>((s - 1) % layout.thumbsInRow);
-    auto const row = static_cast<double>((s - 1) / layout.thumbsInRow);
+    auto const row = static_cast<double>(rowIndex);
     StBox const box = {c_margin + column * (layout.thumb + c_thumbGap),
                        layout.thumbTop + row * (layout.thumb + 34) + 18, layout.thumb,
                        layout.thumb};

@@ -113,7 +113,7 @@ constexpr double c_bytesABorderPoint = 100; // at the peak, while it is sorted
 
 // Corners with what every outline must fulfil.
 StPoints Outline(StWalkOptions const& given, MaybeSize const& size, std::string const& kind) {
-  StPoints const corners = Corners(given);
+  StPoints corners = Corners(given);
   CheckDimension(corners.dimension, size, "the " + kind);
   RefuseFarApart(corners.points, "the " + kind);
   RefuseLongLines(corners.points, true, c_bytesABorderPoint, "the " + kind);

@@ -248,7 +248,7 @@ bool HaveEqualRatios(CTriple<int64> const& u, CTriple<int64> const& v) {
   return x == y && y == z;
 }
 
-__extension__ typedef __int128 Wide;
+__extension__ using Wide = __int128;
 
 // a * d - b * c in exact integers; a difference of 128-bit products can just exceed them.
 double Determinant(int64 a, int64 b, int64 c, int64 d) {

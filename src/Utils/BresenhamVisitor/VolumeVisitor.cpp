@@ -63,7 +63,7 @@ bool AreComparable(int64 low, int64 high) {
   return !__builtin_sub_overflow(high, low, &difference) && difference <= int64{1} << 62;
 }
 
-__extension__ typedef __int128 Wide;
+__extension__ using Wide = __int128;
 
 bool IsTurnRight(CTriple<int64> const& a, CTriple<int64> const& b, CTriple<int64> const& c) {
   return Wide{b.x - a.x} * (c.y - a.y) < Wide{b.y - a.y} * (c.x - a.x);

@@ -12,7 +12,7 @@
 
 namespace ORVA::Impl {
 
-__extension__ typedef __int128 int128;
+__extension__ using int128 = __int128;
 
 /// CExBadParam where the corners' box has a side longer than a digital line can be.
 void CheckSpan(std::span<CTriple<int64> const> corners, StExLocation const& location);

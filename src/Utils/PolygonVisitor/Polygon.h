@@ -9,7 +9,7 @@
 
 namespace ORVA::Impl {
 
-__extension__ typedef __int128 int128;
+__extension__ using int128 = __int128;
 
 using Ring = std::vector<CTriple<int64>>;
 

@@ -255,6 +255,7 @@ public:
 
   // Takes the features at the very end, where nothing can fail any more. The name may be a text of
   // the attributes that are replaced, hence the copy.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param)
   void WriteAttributes(std::string featureName, CValueMap& features) {
     CValueVector keys, types;
     keys.PushBack(CValueString(m_idKey));
