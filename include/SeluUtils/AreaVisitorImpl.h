@@ -12,6 +12,7 @@
 #include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -33,9 +34,12 @@ namespace ORVA::Impl {
   return a.z < b.z;
 }
 
-/// Where the runs of an area begin and end: entry k of both belongs to run k.
+/// Where the runs of an area begin and end: entry k of both belongs to run k. While the border is
+/// being marked there may be more of the one than of the other.
 struct StRunLimits {
   std::vector<CTriple<int64>> starts, ends;
+
+  [[nodiscard]] std::size_t Runs() const noexcept { return std::min(starts.size(), ends.size()); }
 };
 
 /// A polygon in a plane z = const, filled column by column (ascending x), upward in y within each.
