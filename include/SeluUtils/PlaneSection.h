@@ -19,6 +19,7 @@ namespace ORVA {
 
 namespace Impl {
 
+// NOLINTNEXTLINE(modernize-use-using): an alias cannot be marked as an extension
 __extension__ typedef __int128 int128;
 
 /// Throws CException "No more points available".

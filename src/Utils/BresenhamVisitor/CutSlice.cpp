@@ -248,6 +248,7 @@ bool HaveEqualRatios(CTriple<int64> const& u, CTriple<int64> const& v) {
   return x == y && y == z;
 }
 
+// NOLINTNEXTLINE(modernize-use-using): an alias cannot be marked as an extension
 __extension__ typedef __int128 Wide;
 
 // a * d - b * c in exact integers; a difference of 128-bit products can just exceed them.

@@ -63,6 +63,7 @@ bool AreComparable(int64 low, int64 high) {
   return !__builtin_sub_overflow(high, low, &difference) && difference <= int64{1} << 62;
 }
 
+// NOLINTNEXTLINE(modernize-use-using): an alias cannot be marked as an extension
 __extension__ typedef __int128 Wide;
 
 bool IsTurnRight(CTriple<int64> const& a, CTriple<int64> const& b, CTriple<int64> const& c) {

@@ -84,7 +84,7 @@ void CBresenhamAreaVisitor3D::EraseBorderPoints() {
 }
 
 CBresenhamVisitor3D CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
-  return CBresenhamVisitor3D(m_Limits.ends[run] - m_Limits.starts[run], m_Neighborhood);
+  return {m_Limits.ends[run] - m_Limits.starts[run], m_Neighborhood};
 }
 
 void CBresenhamAreaVisitor3D::CountSteps() {
