@@ -333,6 +333,43 @@ TEST(AreaVisitor3D, OneOrientationPairsAndTheOtherDoesNot) {
       c_implModule);
 }
 
+// Marking more of the border by hand, without pairing it anew.
+TEST(AreaVisitor2D, LimitsWithoutAPartnerAreNoRuns) {
+  Impl::CBresenhamVisitor2D const edge(9, 2, NEIGHBORHOOD_8);
+  CBresenhamAreaVisitor2D area(Points{{0, 0, 0}, {0, 4, 0}, {4, 0, 0}, {0, 0, 0}}, NEIGHBORHOOD_8,
+                               true);
+  area.SignStartPoints({20, 0, 0}, edge);
+  area.CountSteps();
+  EXPECT_EQ(area.Steps(), 15u);
+  EXPECT_EQ(test::Walk(area).size(), 15u);
+  area.EraseBorderPoints();
+  area.CountSteps();
+  EXPECT_EQ(area.Steps(), 3u); // two of the second column and one of the third
+  CBresenhamAreaVisitor2D unpaired;
+  unpaired.SignStartPoints({0, 0, 0}, edge);
+  unpaired.EraseBorderPoints();
+  unpaired.SignEndPoints({0, 0, 0}, edge);
+  unpaired.CountSteps();
+  EXPECT_EQ(unpaired.Steps(), 0u);
+}
+
+TEST(AreaVisitor3D, LimitsWithoutAPartnerAreNoRuns) {
+  Impl::CBresenhamVisitor3D const edge(Point(9, 2, 1), NEIGHBORHOOD_26);
+  CBresenhamAreaVisitor3D area(Points{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}}, NEIGHBORHOOD_26,
+                               true);
+  Points const all = test::Walk(CBresenhamAreaVisitor3D(area));
+  area.SignStartPoints({20, 0, 0}, edge);
+  area.CountSteps();
+  EXPECT_EQ(area.Steps(), all.size());
+  EXPECT_EQ(test::Walk(area), all);
+  CBresenhamAreaVisitor3D unpaired;
+  unpaired.SignStartPoints({0, 0, 0}, edge);
+  unpaired.CountSteps();
+  unpaired.Reset();
+  EXPECT_EQ(unpaired.Steps(), 0u);
+  EXPECT_FALSE(unpaired.MorePoints());
+}
+
 TEST(AreaVisitor, DiagnosticsNameWhatTheyPrint) {
   Points const path{{0, 0, 0}, {0, 1, 1}, {1, 0, 1}, {0, 0, 0}};
   CBresenhamAreaVisitor3D const area(Points(path), NEIGHBORHOOD_26, true);

@@ -4,10 +4,15 @@
 
 #include "support/Printers.h"
 #include "support/Random.h"
+#include "support/Walks.h"
 
 #include <SeluBase/Neighborhood.h>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <span>
+#include <vector>
 
 using namespace ORVA;
 using Impl::StStepPattern;
@@ -76,6 +81,58 @@ TEST(StepPattern, IsExactOnRandomLines) {
     uint64 const k = random.Between<uint64>(0, moves - 1);
     ExpectExact(k, steps, moves);
   }
+}
+
+// Moves from point to point.
+std::vector<Point> MovesOf(CBresenhamVisitor line) {
+  std::vector<Point> moves;
+  for (Point p = line.NextPoint(); line.MorePoints(); p = p + moves.back())
+    moves.push_back(line.NextPoint() - p);
+  return moves;
+}
+
+// With end points all moves of the list, without them all but the first and the last.
+void ExpectMoves(Point const& d, int64 dimension, int64 code, std::span<Point const> moves) {
+  SCOPED_TRACE(testing::Message() << testing::PrintToString(d) << " code " << code);
+  Point const from(-3, 5, 2);
+  ASSERT_TRUE(std::ranges::equal(MovesOf({from, from + d, dimension, code, true}), moves));
+  CBresenhamVisitor const between(from, from + d, dimension, code, false);
+  ASSERT_EQ(between.MorePoints(), moves.size() > 1);
+  if (moves.size() < 2) return;
+  ASSERT_EQ(between.TestNextPoint(), from + moves.front());
+  ASSERT_TRUE(std::ranges::equal(MovesOf(between), moves.subspan(1, moves.size() - 2)));
+}
+
+TEST(LineWalk, TakesTheMovesOfEveryShortList) {
+  for (Point const& d : test::BoxPoints({-6, -6, -6}, {6, 6, 6})) {
+    for (int64 const code :
+         {NEIGHBORHOOD_6, NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2, NEIGHBORHOOD_26}) {
+      Impl::CBresenhamVisitor3D const line(d, code);
+      ASSERT_NO_FATAL_FAILURE(ExpectMoves(d, 3, code, line.Moves()));
+    }
+    for (int64 mask = 0; mask <= 7; ++mask) {
+      Impl::CBresenhamVisitor3D const line(d, 0, mask);
+      ASSERT_TRUE(std::ranges::equal(MovesOf({d, mask}), line.Moves())) << mask;
+    }
+    for (int64 const code : {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8}) {
+      Impl::CBresenhamVisitor2D const line(d.x, d.y, code);
+      std::vector<Point> moves;
+      for (int64 i = 0; i < line.LastStep(); ++i) moves.push_back(line.Step(i));
+      ASSERT_NO_FATAL_FAILURE(ExpectMoves({d.x, d.y, 0}, 2, code, moves));
+    }
+  }
+}
+
+TEST(LineWalk, WithAllDiagonalsTakesNoMemoryForItsMoves) {
+  constexpr int64 c_far = 2'147'483'647;
+  for (int64 const sign : {-1, 1})
+    for (int64 const code : {NEIGHBORHOOD_26, NEIGHBORHOOD_14_1}) {
+      Point const to(sign * c_far, sign * 7, sign * c_far);
+      CBresenhamVisitor line(Point(), to, 3, code, true);
+      EXPECT_EQ(line.Steps(), c_far);
+      (void)line.NextPoint();
+      EXPECT_EQ(line.NextPoint(), Point(sign, 0, sign));
+    }
 }
 
 TEST(LineWalk, TakesTheMovesOfItsList) {

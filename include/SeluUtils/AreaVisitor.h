@@ -52,6 +52,14 @@ public:
   CBresenhamAreaVisitor(std::vector<CTriple<int64>>&& corners, int64 dimension, int64 neighborhood,
                         bool border)
       : CBresenhamAreaVisitor(corners, dimension, neighborhood, border) {}
+  CBresenhamAreaVisitor(CBresenhamAreaVisitor const&) = default;
+  CBresenhamAreaVisitor(CBresenhamAreaVisitor&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamAreaVisitor& operator=(CBresenhamAreaVisitor const& other) {
+    return *this = CBresenhamAreaVisitor(other);
+  }
+  CBresenhamAreaVisitor& operator=(CBresenhamAreaVisitor&&) noexcept = default;
+  ~CBresenhamAreaVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const {
     switch (m_Dimension) {

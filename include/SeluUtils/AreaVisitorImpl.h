@@ -9,8 +9,10 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/LineVisitorImpl.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -32,9 +34,12 @@ namespace ORVA::Impl {
   return a.z < b.z;
 }
 
-/// Where the runs of an area begin and end: entry k of both belongs to run k.
+/// Where the runs of an area begin and end: entry k of both belongs to run k. While the border is
+/// being marked there may be more of the one than of the other.
 struct StRunLimits {
   std::vector<CTriple<int64>> starts, ends;
+
+  [[nodiscard]] std::size_t Runs() const noexcept { return std::min(starts.size(), ends.size()); }
 };
 
 /// A polygon in a plane z = const, filled column by column (ascending x), upward in y within each.
@@ -57,6 +62,14 @@ public:
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor2D(corners, neighborhood, border) {}
+  CBresenhamAreaVisitor2D(CBresenhamAreaVisitor2D const&) = default;
+  CBresenhamAreaVisitor2D(CBresenhamAreaVisitor2D&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamAreaVisitor2D& operator=(CBresenhamAreaVisitor2D const& other) {
+    return *this = CBresenhamAreaVisitor2D(other);
+  }
+  CBresenhamAreaVisitor2D& operator=(CBresenhamAreaVisitor2D&&) noexcept = default;
+  ~CBresenhamAreaVisitor2D() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_Status != 2; }
   /// The next point; (0, 0, 0) after the last one.
@@ -108,9 +121,10 @@ private:
   StRunLimits m_Limits;
   std::size_t m_StartIndex = 0, m_EndIndex = 0;
   CTriple<int64> m_Actual;
-  int64 m_Status = 2;        // 0 nothing handed out yet, 1 walking, 2 finished
-  int64 m_LeftBeforeEnd = 0; // points between the last one and the run's end; 0 once limits change
-  std::uint64_t m_Steps = 0;
+  CUntilMoved<int64, 2> m_Status; // 0 nothing handed out yet, 1 walking, 2 finished
+  // Points between the last one and the run's end; 0 once limits change.
+  CUntilMoved<int64> m_LeftBeforeEnd;
+  CUntilMoved<std::uint64_t> m_Steps;
 };
 
 /// A polygon in an oblique plane: as in the 2D case the border marks a start and an end point in
@@ -131,6 +145,14 @@ public:
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor3D(corners, neighborhood, border) {}
+  CBresenhamAreaVisitor3D(CBresenhamAreaVisitor3D const&) = default;
+  CBresenhamAreaVisitor3D(CBresenhamAreaVisitor3D&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamAreaVisitor3D& operator=(CBresenhamAreaVisitor3D const& other) {
+    return *this = CBresenhamAreaVisitor3D(other);
+  }
+  CBresenhamAreaVisitor3D& operator=(CBresenhamAreaVisitor3D&&) noexcept = default;
+  ~CBresenhamAreaVisitor3D() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_Status != 2; }
   /// The next point; (0, 0, 0) after the last one. If the next run's line does not fit into memory
@@ -191,8 +213,8 @@ private:
   StRunLimits m_Limits;
   std::size_t m_StartIndex = 0, m_EndIndex = 0;
   CTriple<int64> m_Actual;
-  int64 m_Status = 2; // as in the 2D case
-  std::uint64_t m_Steps = 0;
+  CUntilMoved<int64, 2> m_Status; // as in the 2D case
+  CUntilMoved<std::uint64_t> m_Steps;
   bool m_IsPairedByColumn = true;
   CBresenhamVisitor3D m_Line; // of the run being walked
   int64 m_StepIndex = 0;      // its next step

@@ -8,6 +8,7 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -43,6 +44,12 @@ public:
       : CCutSlice(points, neighborhood) {}
   /// The plane normal·p = distance; the normal need not have length 1.
   CCutSlice(CTriple<double> normal, double distance, int64 neighborhood);
+  CCutSlice(CCutSlice const&) = default;
+  CCutSlice(CCutSlice&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CCutSlice& operator=(CCutSlice const& other) { return *this = CCutSlice(other); }
+  CCutSlice& operator=(CCutSlice&&) noexcept = default;
+  ~CCutSlice() = default;
 
   /// Cuts the plane with an image of three dimensions and rewinds. CException "invalid dimension"
   /// for another dimension, "plane not in image" for a plane that does not meet the box from
@@ -97,7 +104,7 @@ private:
   std::vector<CTriple<int64>> m_RowMoves;  // offsets of the second line, monotone along each axis
   std::size_t m_Inner = 0, m_InnerEnd = 0; // next row move, and the end of those inside the box
   std::size_t m_Outer = 0;                 // current row start
-  uint64 m_HandedOut = 0, m_Total = 0;
+  Impl::CUntilMoved<uint64> m_HandedOut, m_Total;
 };
 
 } // namespace ORVA

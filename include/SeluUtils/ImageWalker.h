@@ -11,6 +11,7 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/MovingPoint.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -138,6 +139,14 @@ public:
   /// The box from low to high, both included; CException for a direction with a component other
   /// than -1, 0 and 1.
   CDirectionalVisitor(CTriple<int64> low, CTriple<int64> high, CTriple<int64> direction);
+  CDirectionalVisitor(CDirectionalVisitor const&) = default;
+  CDirectionalVisitor(CDirectionalVisitor&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CDirectionalVisitor& operator=(CDirectionalVisitor const& other) {
+    return *this = CDirectionalVisitor(other);
+  }
+  CDirectionalVisitor& operator=(CDirectionalVisitor&&) noexcept = default;
+  ~CDirectionalVisitor() = default;
 
   /// Starts anew in another direction. The null direction has no faces: std::out_of_range.
   void SetDirection(CTriple<int64> direction);
@@ -198,6 +207,12 @@ class SELUUTILS_EXPORT CDeltaVisitor {
 public:
   /// No points before SetImageSize.
   explicit CDeltaVisitor(CTriple<double> direction) : m_direction(direction) {}
+  CDeltaVisitor(CDeltaVisitor const&) = default;
+  CDeltaVisitor(CDeltaVisitor&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CDeltaVisitor& operator=(CDeltaVisitor const& other) { return *this = CDeltaVisitor(other); }
+  CDeltaVisitor& operator=(CDeltaVisitor&&) noexcept = default;
+  ~CDeltaVisitor() = default;
 
   /// Starts anew in an image of these extents, none where one is 0 or negative. A y extent of 0
   /// sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a component
@@ -258,19 +273,22 @@ private:
 
   CTriple<double> m_direction;
   CTriple<int64> m_start, m_offset; // of the first and of the current line, in line axes
-  uint64 m_previous = 0, m_index = 0;
+  uint64 m_previous = 0;
+  Impl::CUntilMoved<uint64> m_index;
   int64 m_axis = 0; // main axis: 0 x, 1 y, 2 z
   bool m_isBorder = true, m_nextIsBorder = true;
   std::vector<CTriple<int64>> m_line; // points of one line relative to its start, in line axes
   CTriple<int64> m_imageSize;
-  int64 m_length = 0, m_extent2 = 0, m_extent3 = 0; // in line axes
+  Impl::CUntilMoved<int64> m_length; // in line axes, as the extents are
+  int64 m_extent2 = 0, m_extent3 = 0;
 };
 
 /// Covers the whole image with parallel digital lines like CDeltaVisitor, and always: every voxel
 /// once, for every direction other than (0, 0, 0) and every image, each line running the way that
 /// the direction points. Only the direction counts, not its length.
 ///
-/// O(1) a point; setting the image or the direction takes O(image diagonal) time and memory.
+/// O(1) a point. Setting the image or the direction takes O(extent along the main axis) time and
+/// memory.
 class SELUUTILS_EXPORT CParallelLineVisitor {
 public:
   /// No points before SetImageSize. CExBadParam for the null direction and for a component that is

@@ -215,6 +215,14 @@ public:
   CBresenhamVisitorSelect(CSize from, CSize to, int64 dimension, int64 neighborhood,
                           bool withEndPoints);
   CBresenhamVisitorSelect(CTriple<int64> difference, int64 diagonal);
+  CBresenhamVisitorSelect(CBresenhamVisitorSelect const&) = default;
+  CBresenhamVisitorSelect(CBresenhamVisitorSelect&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamVisitorSelect& operator=(CBresenhamVisitorSelect const& other) {
+    return *this = CBresenhamVisitorSelect(other);
+  }
+  CBresenhamVisitorSelect& operator=(CBresenhamVisitorSelect&&) noexcept = default;
+  ~CBresenhamVisitorSelect() = default;
 
   /// Selects the part inside an image of these extents and rewinds. A component of the image beyond
   /// the walk's dimension is not looked at. CException for a default walk.

@@ -8,6 +8,7 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 
 #include <array>
@@ -73,6 +74,14 @@ public:
   CBresenhamVisitor2D(int64 dx, int64 dy, int64 neighborhood);
   /// The same along (d.x, d.y); CException unless d.z is 0.
   CBresenhamVisitor2D(CTriple<int64> d, int64 neighborhood);
+  CBresenhamVisitor2D(CBresenhamVisitor2D const&) = default;
+  CBresenhamVisitor2D(CBresenhamVisitor2D&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamVisitor2D& operator=(CBresenhamVisitor2D const& other) {
+    return *this = CBresenhamVisitor2D(other);
+  }
+  CBresenhamVisitor2D& operator=(CBresenhamVisitor2D&&) noexcept = default;
+  ~CBresenhamVisitor2D() = default;
 
   /// Computes the line anew for another difference.
   void Init(int64 dx, int64 dy);
@@ -135,6 +144,14 @@ public:
   /// The line along d with a mask of 0 to 7 given directly; CException for another mask. The code
   /// is stored and not looked at.
   CBresenhamVisitor3D(CTriple<int64> d, int64 neighborhood, int64 diagonal);
+  CBresenhamVisitor3D(CBresenhamVisitor3D const&) = default;
+  CBresenhamVisitor3D(CBresenhamVisitor3D&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamVisitor3D& operator=(CBresenhamVisitor3D const& other) {
+    return *this = CBresenhamVisitor3D(other);
+  }
+  CBresenhamVisitor3D& operator=(CBresenhamVisitor3D&&) noexcept = default;
+  ~CBresenhamVisitor3D() = default;
 
   /// Computes the line anew for another difference.
   void Init(int64 dx, int64 dy, int64 dz);
@@ -179,9 +196,9 @@ private:
   void BuildProjections(char const* messageWithoutSet);
   void FillFromDrivingAxis(std::vector<CTriple<int64>>& moves, int64 count) const;
 
-  CTriple<int64> m_Lengths; // in internal axes
-  CTriple<int64> m_Convert; // real axis of each internal axis
-  CTriple<int64> m_Signs;   // in real axes
+  CUntilMoved<CTriple<int64>> m_Lengths; // in internal axes
+  CTriple<int64> m_Convert;              // real axis of each internal axis
+  CTriple<int64> m_Signs;                // in real axes
   int64 m_Neighborhood = 0;
   std::vector<CTriple<int64>> m_Moves;
   std::array<CBresenhamVisitor2D, 3> m_Projections;

@@ -9,6 +9,7 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/PlaneColumns.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -72,6 +73,14 @@ public:
   CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
+  CPolygonVisitor(CPolygonVisitor const&) = default;
+  CPolygonVisitor(CPolygonVisitor&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CPolygonVisitor& operator=(CPolygonVisitor const& other) {
+    return *this = CPolygonVisitor(other);
+  }
+  CPolygonVisitor& operator=(CPolygonVisitor&&) noexcept = default;
+  ~CPolygonVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
@@ -118,10 +127,10 @@ private:
   int64 m_V = 0;
   int64 m_U = 0;
   int64 m_W = 0;
-  std::uint64_t m_Steps = 0;
+  Impl::CUntilMoved<std::uint64_t> m_Steps;
   int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
   std::size_t m_Run = 0; // the run being walked
-  int64 m_LeftInRun = 0; // points of the run to hand out
+  Impl::CUntilMoved<int64> m_LeftInRun; // points of the run to hand out
 };
 
 } // namespace ORVA

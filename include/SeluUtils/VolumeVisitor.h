@@ -9,6 +9,7 @@
 #include <SeluUtils/AreaVisitor.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -47,6 +48,14 @@ public:
   CBresenhamVolumeVisitor(std::vector<CTriple<int64>>&& startPoints,
                           std::vector<CTriple<int64>>&& endPoints, int64 neighborhood, bool border)
       : CBresenhamVolumeVisitor(startPoints, endPoints, neighborhood, border) {}
+  CBresenhamVolumeVisitor(CBresenhamVolumeVisitor const&) = default;
+  CBresenhamVolumeVisitor(CBresenhamVolumeVisitor&&) noexcept = default;
+  /// Assigns wholly or, where memory runs out, not at all.
+  CBresenhamVolumeVisitor& operator=(CBresenhamVolumeVisitor const& other) {
+    return *this = CBresenhamVolumeVisitor(other);
+  }
+  CBresenhamVolumeVisitor& operator=(CBresenhamVolumeVisitor&&) noexcept = default;
+  ~CBresenhamVolumeVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInSlice != 0; }
   /// The next point, slice by slice in ascending x; (0, 0, 0) after the last one. If the next slice
@@ -106,8 +115,9 @@ private:
   std::vector<CTriple<int64>> m_BorderPoints; // in space, slice after slice
   std::size_t m_SliceEnd = 0;                 // of the current slice's border points
   int64 m_Slice = 0;                          // x of the current slice
-  uint64 m_Steps = 0;
-  uint64 m_LeftInSlice = 0;     // points of the current slice to hand out; 0 after the last slice
+  Impl::CUntilMoved<uint64> m_Steps;
+  // Points of the current slice to hand out; 0 after the last slice.
+  Impl::CUntilMoved<uint64> m_LeftInSlice;
   CBresenhamAreaVisitor m_Area; // of the current slice
 };
 

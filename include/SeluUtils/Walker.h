@@ -20,8 +20,9 @@
 namespace ORVA {
 
 /// Hands out grid points one at a time for as long as MorePoints is true. A copy walks on
-/// independently. Some walkers' Steps counts the moves, which are one fewer than the points, and
-/// goes below zero where there is none; what it counts stands with each.
+/// independently. Where memory runs out in an assignment the walker stays as it was. Some
+/// walkers' Steps counts the moves, which are one fewer than the points, and goes below zero where
+/// there is none; what it counts stands with each.
 template <class T>
 concept Walker = std::copyable<T> && requires(T walker, T const& fixed) {
   { fixed.MorePoints() } -> std::same_as<bool>;

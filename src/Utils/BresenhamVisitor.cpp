@@ -96,8 +96,16 @@ void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
   line.isListed = true;
 }
 
+// The neighbourhood of 14.1 has all diagonals of the octants whose components share one sign.
+bool HasAllDiagonals(Impl::StLine const& line) {
+  auto const [dx, dy, dz] = line.difference;
+  return line.neighborhood == NEIGHBORHOOD_26 ||
+         (line.neighborhood == NEIGHBORHOOD_14_1 && Impl::Sign(dx) == Impl::Sign(dy) &&
+          Impl::Sign(dx) == Impl::Sign(dz));
+}
+
 void SetLineInSpace(Impl::StLine& line) {
-  if (line.neighborhood == NEIGHBORHOOD_26) return SetLineWithAllDiagonals(line);
+  if (HasAllDiagonals(line)) return SetLineWithAllDiagonals(line);
   SetLineInSpace(line, Impl::CBresenhamVisitor3D(line.difference, line.neighborhood));
 }
 

@@ -243,18 +243,19 @@ void CBresenhamVisitor3D::Init(int64 dx, int64 dy, int64 dz, int64 diagonal) {
 
 void CBresenhamVisitor3D::SetDifference(CTriple<int64> d) noexcept {
   m_Signs = {Sign(d.x), Sign(d.y), Sign(d.z)};
-  m_Lengths = {TruncatedLength(d.x), TruncatedLength(d.y), TruncatedLength(d.z)};
+  m_Lengths = CTriple<int64>(TruncatedLength(d.x), TruncatedLength(d.y), TruncatedLength(d.z));
   m_Convert = {1, 2, 3};
 }
 
 void CBresenhamVisitor3D::SetOrder(CTriple<int64> order) noexcept {
-  m_Lengths = {Component(m_Lengths, order.x), Component(m_Lengths, order.y),
-               Component(m_Lengths, order.z)};
+  m_Lengths = CTriple<int64>(Component(m_Lengths, order.x), Component(m_Lengths, order.y),
+                             Component(m_Lengths, order.z));
   m_Convert = order;
 }
 
 void CBresenhamVisitor3D::OrderByLength() {
-  auto const [lx, ly, lz] = m_Lengths;
+  CTriple<int64> const lengths = m_Lengths;
+  auto const [lx, ly, lz] = lengths;
   CTriple<int64> const order =
       c_orderByLength[static_cast<std::size_t>(4 * (lx >= ly) + 2 * (lz <= lx) + (ly >= lz))];
   if (order == c_noOrder)
@@ -278,7 +279,8 @@ void CBresenhamVisitor3D::BuildProjections(char const* messageWithoutSet) {
   if (mask >= c_projectionSets.size())
     Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor3D::Init"), messageWithoutSet);
   StProjectionSet const& set = c_projectionSets[mask];
-  auto const [a0, a1, a2] = m_Lengths;
+  CTriple<int64> const lengths = m_Lengths;
+  auto const [a0, a1, a2] = lengths;
   m_Projections[0] = CBresenhamVisitor2D::Projection(a0, a1, set.plane12);
   m_Projections[1] = CBresenhamVisitor2D::Projection(a0, a2, set.plane13);
   if (set.hasPlane23) m_Projections[2] = CBresenhamVisitor2D::Projection(a1, a2, set.plane23);

@@ -101,7 +101,9 @@ StWalk MakeLine(StWalkOptions const& given, MaybeSize const& size) {
       "line from " + Text(from, ends.dimension) + " to " + Text(to, ends.dimension);
   CheckDimension(ends.dimension, size, "the " + what);
   RefuseFarApart(ends.points, "the " + what);
-  RefuseLongLines(ends.points, false, ends.dimension == 2 ? 8 : 40, "the " + what);
+  // Other lines are walked without a list of moves.
+  if (ends.dimension == 3 && code != ORVA::NEIGHBORHOOD_26)
+    RefuseLongLines(ends.points, false, 40, "the " + what);
   bool const hasEnds = given.ends == "both";
   return {.title = what + Suffix(given, ends.dimension, true) + (hasEnds ? "" : ", without ends"),
           .dimension = ends.dimension,
@@ -329,8 +331,6 @@ StWalk MakeDirection(StWalkOptions const& given, MaybeSize const& size) {
           .ideal = {LineThrough(box.low, box.high, Real(d))}};
 }
 
-double Length(RealPoint const& v) { return std::hypot(v.x, v.y, v.z); }
-
 ORVA::CDeltaVisitor PlainDelta(StWalkOptions const& given, RealPoint const& direction,
                                CSize const& size) {
   ORVA::CDeltaVisitor walker(direction);
@@ -351,11 +351,10 @@ StWalk MakeDelta(StWalkOptions const& given, MaybeSize const& maybeSize) {
   StWalk walk = {.title = "delta " + given.direction + " in " + SizeText(size),
                  .dimension = std::max(direction.dimension, size.Dim()),
                  .ideal = {LineThrough({0, 0, 0}, last, direction.components)}};
-  bool const isPlain = given.method == "plain";
-  double const diagonal = Length(Real(Point(size.x, size.y, size.z)));
-  double const length = isPlain ? Length(direction.components) : 2;
-  RefuseBeyondMemory(2 * 64 * length * diagonal, "the direction " + given.direction);
-  if (isPlain) {
+  // The points of one line, which is no longer than the image along its main axis.
+  RefuseBeyondMemory(2.0 * sizeof(Point) * static_cast<double>(std::max({size.x, size.y, size.z})),
+                     "the direction " + given.direction);
+  if (given.method == "plain") {
     walk.walker = PlainDelta(given, direction.components, size);
   } else {
     ORVA::CParallelLineVisitor walker(direction.components);

@@ -81,9 +81,10 @@ void CBresenhamAreaVisitor2D::EraseBorderPoints() {
 
 void CBresenhamAreaVisitor2D::CountSteps() {
   m_Steps = 0;
-  for (std::size_t k = 0; k < m_Limits.starts.size(); ++k) {
+  for (std::size_t k = 0; k < m_Limits.Runs(); ++k) {
     int64 const low = m_Limits.starts[k].y, high = m_Limits.ends[k].y;
-    if (low <= high) m_Steps += static_cast<std::uint64_t>(high - low) + 1;
+    if (low <= high)
+      m_Steps += static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
   }
 }
 

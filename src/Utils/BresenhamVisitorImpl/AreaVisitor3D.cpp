@@ -89,12 +89,12 @@ CBresenhamVisitor3D CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
 
 void CBresenhamAreaVisitor3D::CountSteps() {
   m_Steps = 0;
-  for (std::size_t k = 0; k < m_Limits.starts.size(); ++k)
+  for (std::size_t k = 0; k < m_Limits.Runs(); ++k)
     m_Steps += static_cast<std::uint64_t>(LineOfRun(k).LastStep() + (m_Border ? 1 : -1));
 }
 
 void CBresenhamAreaVisitor3D::Reset() {
-  if (m_Limits.starts.empty()) {
+  if (m_Limits.Runs() == 0) {
     m_Status = 2;
     return;
   }
@@ -116,7 +116,7 @@ void CBresenhamAreaVisitor3D::BeginRun(CBresenhamVisitor3D&& line, std::size_t r
 
 void CBresenhamAreaVisitor3D::BeginNextRun() {
   std::size_t const run = m_StartIndex + 1;
-  if (run < m_Limits.starts.size()) {
+  if (run < m_Limits.Runs()) {
     BeginRun(LineOfRun(run), run); // the line, which may fail, comes before any change
     m_Status = 1;
     return;

@@ -70,7 +70,10 @@ bool PairLimits(StRunLimits& limits, bool border) {
 
 void EraseOuterColumns(StRunLimits& limits) {
   auto& [starts, ends] = limits;
-  if (starts.empty()) return;
+  std::size_t const runs = limits.Runs();
+  starts.resize(runs);
+  ends.resize(runs);
+  if (runs == 0) return;
   int64 const left = starts.front().x;
   auto const isBeyondLeft = [&](CTriple<int64> const& p) { return p.x != left; };
   auto const first = std::ranges::find_if(starts, isBeyondLeft) - starts.begin();

@@ -71,7 +71,7 @@ void EraseOuterColumns(StRunLimits& limits);
 template <class IsKept>
 void FilterRuns(StRunLimits& limits, IsKept isKept) {
   std::size_t kept = 0;
-  for (std::size_t k = 0; k < limits.starts.size(); ++k) {
+  for (std::size_t k = 0; k < limits.Runs(); ++k) {
     CTriple<int64> start = limits.starts[k], end = limits.ends[k];
     if (!isKept(start, end)) continue;
     limits.starts[kept] = start;
