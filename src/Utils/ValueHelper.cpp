@@ -144,9 +144,10 @@ void ExtractKeys(CValueMap const& map, std::vector<std::string>& keys, int mode,
   keys = std::move(found);
 }
 
-CValueMapWithOperators::CValueMapWithOperators(CValueMap const& map,
-                                               std::vector<std::string> const& excluded)
-    : m_Excluded(excluded) { // NOLINT(modernize-pass-by-value): the signature is fixed
+CValueMapWithOperators::CValueMapWithOperators(
+    CValueMap const& map,
+    std::vector<std::string> const& excluded) // NOLINT(modernize-pass-by-value): given so
+    : m_Excluded(excluded) {
   ExtractKeys(map, m_Keys, 1, m_Excluded);
   for (auto const& key : m_Keys) SetEntry(key, CValueDouble(Impl::NumericReading(map.Entry(key))));
 }
