@@ -304,6 +304,7 @@ double LogarithmicShare(double count, double high) noexcept {
 
 std::vector<StTick> LogarithmicTicks(double high) {
   std::vector<StTick> ticks;
+  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): exact, as counts are below 1e22
   for (double count = 1; count <= high; count *= 10) {
     double const place = high > 1 ? LogarithmicShare(count, high) : 0.5;
     // The highest tick is the largest count; a power of ten close below would run into it.
