@@ -24,6 +24,13 @@ void PrintOut(std::string_view text) {
     throw CAppError("cannot write to standard output: " + SystemText(error));
 }
 
+void WriteOut(CAtomicFile* file, std::string_view text) {
+  if (file != nullptr)
+    file->Append(text);
+  else
+    PrintOut(text);
+}
+
 void PrintNote(std::string_view text) noexcept {
   // Nobody can be told that standard error failed.
   (void)WriteAll(STDERR_FILENO, "selu: ");

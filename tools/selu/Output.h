@@ -9,11 +9,15 @@
 
 namespace selu {
 
+class CAtomicFile;
+
 /// Leads standard streams that are closed nowhere, so that no file or pipe takes their numbers;
 /// using them is an error as before. To be called before anything is opened.
 void OccupyClosedStreams() noexcept;
 /// Writes to standard output; throws CAppError when not all of it arrives.
 void PrintOut(std::string_view text);
+/// Adds to the file, or to standard output where there is none.
+void WriteOut(CAtomicFile* file, std::string_view text);
 /// A line on standard error, begun with the program's name.
 void PrintNote(std::string_view text) noexcept;
 /// Whether a person watches standard error: a terminal that can move its cursor.

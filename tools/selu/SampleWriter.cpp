@@ -119,10 +119,7 @@ void CSampleWriter::Finish() {
 }
 
 void CSampleWriter::Flush() {
-  if (m_file != nullptr)
-    m_file->Append(m_buffer);
-  else
-    PrintOut(m_buffer);
+  WriteOut(m_file, m_buffer);
   m_buffer.clear();
 }
 

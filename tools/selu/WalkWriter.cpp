@@ -113,10 +113,7 @@ void CWalkWriter::Finish(StCounts const& counts) {
 }
 
 void CWalkWriter::Flush() {
-  if (m_file != nullptr)
-    m_file->Append(m_buffer);
-  else
-    PrintOut(m_buffer);
+  WriteOut(m_file, m_buffer);
   m_buffer.clear();
 }
 
