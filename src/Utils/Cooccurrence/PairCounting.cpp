@@ -66,8 +66,11 @@ std::uint64_t Word(Index const* indices) noexcept {
 // span two stores that the processor has yet to bring together.
 bool HasRuns(Indices indices) noexcept {
   bool any = false;
-  for (std::size_t k = 0; k + c_nRun <= indices.size(); k += 4 * c_nUnrolled)
-    any |= (indices[k] == indices[k + c_nRun / 2]) & (indices[k] == indices[k + c_nRun - 1]);
+  for (std::size_t k = 0; k + c_nRun <= indices.size(); k += 4 * c_nUnrolled) {
+    int const middle = indices[k] ^ indices[k + c_nRun / 2];
+    int const last = indices[k] ^ indices[k + c_nRun - 1];
+    any |= (middle | last) == 0;
+  }
   return any;
 }
 
