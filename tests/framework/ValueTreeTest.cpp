@@ -56,13 +56,14 @@ CValue AmongOthers(CValue value) {
 struct StShape {
   char const* name;
   Wrap wrap;
+  int depth = c_deep;
 };
 
 std::vector<StShape> const c_shapes = {
     {"maps", InMap},
     {"vectors", InVector},
     {"annotations", InAnnotation},
-    {"maps with siblings", AmongOthers},
+    {"maps with siblings", AmongOthers, c_deep / 5},
     {"maps and vectors", [](CValue value) { return InMap(InVector(std::move(value))); }}};
 
 CValue Chain(Wrap const& wrap, int depth, CValue innermost) {
@@ -77,7 +78,7 @@ TEST(ValueTree, DeepTreesAreCopiedAndDestroyed) {
     SCOPED_TRACE(shape.name);
     auto const witness = std::make_shared<int>(1);
     {
-      CValue const tree = Chain(shape.wrap, c_deep, CValuePointer::Own(witness));
+      CValue const tree = Chain(shape.wrap, shape.depth, CValuePointer::Own(witness));
       EXPECT_EQ(witness.use_count(), 2);
       CValue copy = tree;
       EXPECT_EQ(witness.use_count(), 3);
@@ -96,8 +97,8 @@ TEST(ValueTree, DeepTreesAreCopiedAndDestroyed) {
 TEST(ValueTree, DeepTreesAreCompared) {
   for (auto const& shape : c_shapes) {
     SCOPED_TRACE(shape.name);
-    CValue const tree = Chain(shape.wrap, c_deep, CValueLong(1));
-    CValue const other = Chain(shape.wrap, c_deep, CValueLong(2));
+    CValue const tree = Chain(shape.wrap, shape.depth, CValueLong(1));
+    CValue const other = Chain(shape.wrap, shape.depth, CValueLong(2));
     bool const isHidden = shape.name == std::string("annotations"); // these do not count
     EXPECT_TRUE(tree.Equal(CValue(tree)));
     EXPECT_EQ(tree.Equal(other), isHidden);
