@@ -17,6 +17,7 @@ constexpr char c_module[] = "framework/pxlib2image/Image";
 struct StPixelType {
   char const* name;
   int64 bytes;
+  bool isReal = false; // else an unsigned integer
 };
 
 // By CType::EnId.
@@ -27,7 +28,7 @@ constexpr std::array<StPixelType, 7> c_types = {{
     {"IMAGE_GREY_8", 1},
     {"IMAGE_GREY_16", 2},
     {"IMAGE_GREY_32", 4},
-    {"IMAGE_GREY_F", 4},
+    {"IMAGE_GREY_F", 4, true},
 }};
 
 CString Text(int64 x, int64 y, int64 z) { return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z); }
@@ -38,23 +39,29 @@ int64 Multiply(int64 a, int64 b) {
   return a != 0 && b > std::numeric_limits<int64>::max() / a ? -1 : a * b;
 }
 
+[[noreturn]] void Refuse(Impl::StExLocation const& where, char const* message,
+                         CSize const& refused) {
+  Impl::RaiseBadParam(where, CString(message).Arg(Text(refused.x, refused.y, refused.z)));
+}
+
 // Bytes of an image of that type and size, every argument checked on behalf of `function`.
 int64 CheckedBytes(IImage::CType type, CSize const& size, CSize const& margin,
                    char const* function) {
-  auto const refuse = [function](char const* message, CSize const& refused) {
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
-                        CString(message).Arg(Text(refused.x, refused.y, refused.z)));
-  };
-  if (type.Bytes() == 0) refuse("an image of size %1 needs a pixel type", size);
-  if (size.Dim() == 0) refuse("image size %1 has no dimension", size);
-  if (size.x < 0 || size.y < 0 || size.z < 0) refuse("image size %1 is negative", size);
+  if (type.Bytes() == 0)
+    Refuse(ORVA_LOCATION(c_module, function), "an image of size %1 needs a pixel type", size);
+  if (size.Dim() == 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 has no dimension", size);
+  if (size.x < 0 || size.y < 0 || size.z < 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 is negative", size);
   if ((size.Dim() < 3 && size.z != 1) || (size.Dim() < 2 && size.y != 1))
-    refuse("image size %1 extends beyond its dimension", size);
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 extends beyond its dimension", size);
   if (margin.x != 0 || margin.y != 0 || margin.z != 0)
-    refuse("image margin %1 is not supported, only (0, 0, 0)", margin);
+    Refuse(ORVA_LOCATION(c_module, function), "image margin %1 is not supported, only (0, 0, 0)",
+           margin);
   if (size.IsEmpty()) return 0;
   int64 const bytes = Multiply(Multiply(Multiply(type.Bytes(), size.x), size.y), size.z);
-  if (bytes < 0) refuse("image size %1 is too large to address", size);
+  if (bytes < 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 is too large to address", size);
   return bytes;
 }
 
@@ -82,7 +89,38 @@ char const* IImage::CType::ToString() const noexcept {
   return c_types[static_cast<std::size_t>(m_Id)].name;
 }
 
+void IImage::CType::RaiseId(EnId id) {
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::IImage::CType::CType"),
+                      CString("there is no pixel type %1").Arg(static_cast<int>(id)));
+}
+
 IImage::~IImage() = default;
+
+void Impl::RaisePixel(int64 x, int64 y, int64 z, std::array<int64, 3> const& extents) {
+  CString message("pixel %1 is outside a box of %2 pixels");
+  RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPixels::operator ()"),
+                message.Arg(Text(x, y, z)).Arg(Text(extents[0], extents[1], extents[2])));
+}
+
+void Impl::RaiseRow(int64 y, int64 z, std::array<int64, 3> const& extents) {
+  CString message("row y = %1, z = %2 is outside a box of %3 pixels");
+  RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPixels::Row"),
+                message.Arg(y).Arg(z).Arg(Text(extents[0], extents[1], extents[2])));
+}
+
+void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const {
+  StPixelType const& type = c_types[m_TypeId];
+  bool const isSame = static_cast<std::size_t>(type.bytes) == bytes && type.isReal == isReal &&
+                      (isReal || !isSigned);
+  if (isSame) return;
+  CString message("the pixels are of type %1, not %2 of %3 bytes");
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::As"),
+                      message.Arg(type.name)
+                          .Arg(isReal     ? "real numbers"
+                               : isSigned ? "signed integers"
+                                          : "unsigned integers")
+                          .Arg(bytes));
+}
 
 CImageAccess::CImageAccess(CImageAccess&& other) noexcept {
   *this = std::as_const(other);
@@ -158,6 +196,7 @@ CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) c
   CImageAccess access;
   access.m_Block = m_Block;
   access.m_Writable = write;
+  access.m_TypeId = static_cast<std::uint8_t>(m_Type.Id());
   access.m_Extent = {extents.x, extents.y, extents.z};
   if (m_Block && !extents.IsEmpty()) {
     int64 const row = m_Type.Bytes() * m_Size.x;

@@ -3,19 +3,21 @@
 //   #include <iostream>
 //   CImage image(IMAGE_GREY_8, CSize(64, 64, 32));
 //   CImageAccess const access = image.CreateAccess(true);
-//   int64 const x = 3, y = 2, z = 1;
-//   access.WritableBase()[z * access.Stride(2) + y * access.Stride(1) + x] = std::byte(200);
+//   access.As<std::uint8_t>()(3, 2, 1) = 200;                              // x, y, z
 //   std::cout << static_cast<int>(access.Base()[64 * 64 + 2 * 64 + 3]);    // prints 200
 #pragma once
 
 #include <pxlib2core/Types.h>
 #include <pxlib2core/ValueMap.h>
 #include <pxlib2image/Export.h>
+#include <pxlib2image/Pixels.h>
 #include <pxlib2image/Size.h>
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <type_traits>
 
 namespace ORVA {
 
@@ -41,6 +43,20 @@ public:
   /// CExBadParam for another axis.
   [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
+  /// The pixels as numbers of type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
+  /// IMAGE_GREY_8, std::uint16_t, std::uint32_t and float for the others. A T that is not const
+  /// writes. Throws CExBadParam where the pixels are of another type, T is not const and the access
+  /// was not opened for writing, or the access was released.
+  template <class T>
+  [[nodiscard]] CPixels<T> As() const {
+    static_assert(std::is_arithmetic_v<T> && !std::is_same_v<std::remove_const_t<T>, bool>,
+                  "pixels are numbers, std::uint8_t in an IMAGE_BOOL");
+    CheckPixels(sizeof(T), std::is_signed_v<T>, std::is_floating_point_v<T>);
+    if constexpr (std::is_const_v<T>)
+      return {m_Block, Base(), m_Extent, m_Stride};
+    else
+      return {m_Block, WritableBase(), m_Extent, m_Stride};
+  }
   /// Lets go of the pixels before the end of the access's life: no address, no extents.
   void Release() noexcept;
 
@@ -53,12 +69,15 @@ private:
     return static_cast<std::size_t>(axis);
   }
   [[noreturn]] static void RaiseAxis(int axis);
+  /// Throws CExBadParam unless the pixels are such numbers.
+  void CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const;
 
   std::shared_ptr<std::byte> m_Block;
   std::byte* m_Base = nullptr;
   std::array<int64, 3> m_Extent{};
   std::array<int64, 3> m_Stride{};
   bool m_Writable = false;
+  std::uint8_t m_TypeId = 0; // an IImage::CType::EnId; 0 after a release
 };
 
 /// What the algorithms need of an image.
@@ -69,7 +88,10 @@ public:
   public:
     enum class EnId : std::uint8_t { None, Bool, BinaryFg, Grey8, Grey16, Grey32, GreyF };
     constexpr CType() noexcept = default;
-    constexpr explicit CType(EnId id) noexcept : m_Id(id) {}
+    /// Throws CExBadParam for a number that is none of the above.
+    constexpr explicit CType(EnId id) : m_Id(id) {
+      if (id > EnId::GreyF) RaiseId(id);
+    }
     [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
     /// Bytes of one pixel; 0 for no type.
     [[nodiscard]] int64 Bytes() const noexcept;
@@ -78,6 +100,7 @@ public:
     friend constexpr bool operator==(CType const&, CType const&) noexcept = default;
 
   private:
+    [[noreturn]] static void RaiseId(EnId id);
     EnId m_Id = EnId::None;
   };
 
