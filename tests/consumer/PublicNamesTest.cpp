@@ -391,7 +391,7 @@ struct StMembers71 : ORVA::Impl::CBresenhamVisitor3D {
       Impl::CBresenhamVisitor3D::Init, Impl::CBresenhamVisitor3D::LastStep,
       Impl::CBresenhamVisitor3D::Moves, Impl::CBresenhamVisitor3D::Neighborhood,
       Impl::CBresenhamVisitor3D::PrintMoves, Impl::CBresenhamVisitor3D::PrintProjMoves,
-      Impl::Impl::CBresenhamVisitor3D::Step;
+      Impl::CBresenhamVisitor3D::Step;
 };
 struct StMembers72 : ORVA::Impl::CVisitPoint {
   using Impl::CVisitPoint::MorePoints, Impl::CVisitPoint::NextPoint, Impl::CVisitPoint::Reset,
