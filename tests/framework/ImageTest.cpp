@@ -366,6 +366,7 @@ void ExpectPixels(IImage::CType type) {
       for (int64 x = 0; x < 3; ++x) {
         EXPECT_EQ(same(x, y, z), value(x, y, z));
         EXPECT_EQ(&same(x, y, z), &row[static_cast<std::size_t>(x)]);
+        EXPECT_EQ(&same(x, y, z), &same(CPos(x, y, z)));
         EXPECT_EQ(reinterpret_cast<std::byte const*>(&same(x, y, z)),
                   access.Base() + x * access.Stride(0) + y * access.Stride(1) +
                       z * access.Stride(2));

@@ -52,6 +52,11 @@ public:
     return At(x * m_Stride[0] + y * m_Stride[1] + z * m_Stride[2]);
   }
 
+  /// The same for a point of any type with x, y and z.
+  template <class TPoint>
+  requires requires(TPoint const& p) { p.x + p.y + p.z; }
+  [[nodiscard]] T& operator()(TPoint const& p) const { return (*this)(p.x, p.y, p.z); }
+
   /// The pixels along x; throws CExBadParam outside the box.
   [[nodiscard]] std::span<T> Row(int64 y, int64 z = 0) const {
     if (!IsBelow(y, m_Extent[1]) || !IsBelow(z, m_Extent[2])) [[unlikely]]
