@@ -123,16 +123,16 @@ TEST(Value, LongRefusesWhat32BitsCannotHold) {
   };
   double const nan = std::numeric_limits<double>::quiet_NaN();
   std::vector<StCase> const cases = {
-      {[] { CValueLong(4294967301L); }, "4294967301"},
-      {[] { CValueLong(2147483648LL); }, "2147483648"},
-      {[] { CValueLong(-2147483649LL); }, "-2147483649"},
-      {[] { CValueLong(2147483648u); }, "2147483648"},
-      {[] { CValueLong(std::numeric_limits<int64>::min()); }, "-9223372036854775808"},
-      {[] { CValueLong(std::numeric_limits<uint64>::max()); }, "18446744073709551615"},
-      {[] { CValueLong(2147483648.0); }, "2147483648"},
-      {[] { CValueLong(-2147483649.0); }, "-2147483649"},
-      {[] { CValueLong(1e300); }, "1e+300"},
-      {[=] { CValueLong{nan}; }, "nan"},
+      {[] { (void)CValueLong(4294967301L); }, "4294967301"},
+      {[] { (void)CValueLong(2147483648LL); }, "2147483648"},
+      {[] { (void)CValueLong(-2147483649LL); }, "-2147483649"},
+      {[] { (void)CValueLong(2147483648u); }, "2147483648"},
+      {[] { (void)CValueLong(std::numeric_limits<int64>::min()); }, "-9223372036854775808"},
+      {[] { (void)CValueLong(std::numeric_limits<uint64>::max()); }, "18446744073709551615"},
+      {[] { (void)CValueLong(2147483648.0); }, "2147483648"},
+      {[] { (void)CValueLong(-2147483649.0); }, "-2147483649"},
+      {[] { (void)CValueLong(1e300); }, "1e+300"},
+      {[=] { (void)CValueLong(nan); }, "nan"},
   };
   for (auto const& c : cases)
     test::ExpectError<CExBadParam>(
@@ -142,8 +142,9 @@ TEST(Value, LongRefusesWhat32BitsCannotHold) {
 
 TEST(Value, StringRefusesANullText) {
   EXPECT_TRUE(CValueString(nullptr, 0).String().IsEmpty());
-  test::ExpectError<CExBadParam>([] { CValueString(nullptr, 3); }, "a text of 3 bytes is null",
-                                 "ORVA::CValueString::CValueString", c_module);
+  test::ExpectError<CExBadParam>([] { (void)CValueString(nullptr, 3); },
+                                 "a text of 3 bytes is null", "ORVA::CValueString::CValueString",
+                                 c_module);
   EXPECT_THROW(CValueString(static_cast<char const*>(nullptr)), CExBadParam);
 }
 
