@@ -20,7 +20,7 @@ struct StPixelType {
 };
 
 // By CType::EnId.
-constexpr std::array<StPixelType, 7> c_types = {{
+constexpr std::array<StPixelType, 11> c_types = {{
     {"no pixel type", 0},
     {"IMAGE_BOOL", 1},
     {"IMAGE_BINARY_FG", 1},
@@ -28,6 +28,10 @@ constexpr std::array<StPixelType, 7> c_types = {{
     {"IMAGE_GREY_16", 2},
     {"IMAGE_GREY_32", 4},
     {"IMAGE_GREY_F", 4},
+    {"IMAGE_SIGNED_8", 1},
+    {"IMAGE_SIGNED_16", 2},
+    {"IMAGE_SIGNED_32", 4},
+    {"IMAGE_DOUBLE", 8},
 }};
 
 CString Text(int64 x, int64 y, int64 z) { return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z); }
@@ -83,6 +87,37 @@ char const* IImage::CType::ToString() const noexcept {
 }
 
 IImage::~IImage() = default;
+
+CImageAccess CImageAccess::ForWriting(std::byte* base, std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting");
+  bool isEmpty = false;
+  for (int64 const extent : extents) {
+    if (extent < 0)
+      Impl::RaiseBadParam(where, CString("an extent of %1 voxels is negative").Arg(extent));
+    isEmpty |= extent == 0;
+  }
+  if (!isEmpty && base == nullptr)
+    Impl::RaiseBadParam(where, "an access to voxels needs their address");
+  CImageAccess access;
+  access.m_Extent = extents;
+  access.m_Writable = true;
+  if (isEmpty) return access;
+  access.m_Owner = std::move(owner);
+  access.m_Base = base;
+  access.m_Stride = strides;
+  return access;
+}
+
+CImageAccess CImageAccess::ForReading(std::byte const* base, std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  // Never written: the access hands out its address for writing only when it is writable.
+  auto access = ForWriting(const_cast<std::byte*>(base), extents, strides, std::move(owner));
+  access.m_Writable = false;
+  return access;
+}
 
 CImageAccess::CImageAccess(CImageAccess&& other) noexcept {
   *this = std::as_const(other);
@@ -156,7 +191,7 @@ std::size_t CImage::Bytes() const noexcept {
 
 CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) const {
   CImageAccess access;
-  access.m_Block = m_Block;
+  access.m_Owner = m_Block;
   access.m_Writable = write;
   access.m_Extent = {extents.x, extents.y, extents.z};
   if (m_Block && !extents.IsEmpty()) {

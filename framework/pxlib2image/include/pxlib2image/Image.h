@@ -22,6 +22,17 @@ namespace ORVA {
 /// or assigned to meanwhile gets a block of its own. Released at the end of its life.
 class PXLIB2IMAGE_EXPORT CImageAccess {
 public:
+  /// For whoever implements IImage himself: access to `extents` voxels whose first one stands at
+  /// `base` and whose neighbors along x, y, z are `strides` bytes away. `owner` keeps the pixels
+  /// alive. The caller answers for the addresses; CExBadParam for a negative extent, and for a null
+  /// address where there are voxels.
+  [[nodiscard]] static CImageAccess ForWriting(std::byte* base, std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
+  [[nodiscard]] static CImageAccess ForReading(std::byte const* base,
+                                               std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
   CImageAccess(CImageAccess const&) = default;
   CImageAccess& operator=(CImageAccess const&) = default;
   CImageAccess(CImageAccess&& other) noexcept; ///< leaves the other released
@@ -52,7 +63,7 @@ private:
   }
   [[noreturn]] static void RaiseAxis(int axis);
 
-  std::shared_ptr<std::byte> m_Block;
+  std::shared_ptr<void const> m_Owner;
   std::byte* m_Base = nullptr;
   std::array<int64, 3> m_Extent{};
   std::array<int64, 3> m_Stride{};
@@ -65,7 +76,19 @@ public:
   /// A pixel type; the constants below are the ones there are.
   class PXLIB2IMAGE_EXPORT CType {
   public:
-    enum class EnId : std::uint8_t { None, Bool, BinaryFg, Grey8, Grey16, Grey32, GreyF };
+    enum class EnId : std::uint8_t {
+      None,
+      Bool,
+      BinaryFg,
+      Grey8,
+      Grey16,
+      Grey32,
+      GreyF,
+      Signed8,
+      Signed16,
+      Signed32,
+      Double
+    };
     constexpr CType() noexcept = default;
     constexpr explicit CType(EnId id) noexcept : m_Id(id) {}
     [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
@@ -101,6 +124,10 @@ inline constexpr IImage::CType IMAGE_GREY_8{IImage::CType::EnId::Grey8};       /
 inline constexpr IImage::CType IMAGE_GREY_16{IImage::CType::EnId::Grey16};     ///< unsigned
 inline constexpr IImage::CType IMAGE_GREY_32{IImage::CType::EnId::Grey32};     ///< unsigned
 inline constexpr IImage::CType IMAGE_GREY_F{IImage::CType::EnId::GreyF};       ///< float
+inline constexpr IImage::CType IMAGE_SIGNED_8{IImage::CType::EnId::Signed8};   ///< two's complement
+inline constexpr IImage::CType IMAGE_SIGNED_16{IImage::CType::EnId::Signed16}; ///< the same
+inline constexpr IImage::CType IMAGE_SIGNED_32{IImage::CType::EnId::Signed32}; ///< the same
+inline constexpr IImage::CType IMAGE_DOUBLE{IImage::CType::EnId::Double};      ///< double
 
 /// An image that owns its pixels: x fastest, then y, then z, without gaps. A value: copies are
 /// deep, a moved-from image is empty. New pixels are 0.
