@@ -144,12 +144,12 @@ TEST(PublishedFeatures, PyRadiomicsBaselineOfThreeRegions) {
   }
 }
 
-// Haralick, Shanmugam and Dinstein, figure 3: the (symmetric) matrix at 0 degrees, by levels 1 .. 4.
+// Haralick, Shanmugam and Dinstein, figure 3: the (symmetric) matrix at 0 degrees, by levels 1
+// .. 4.
 TEST(PublishedFeatures, HaralickFigure3) {
   auto const image = test::MakeGrey8(CSize(4, 4), {1, 1, 2, 2, 1, 1, 2, 2, 1, 3, 3, 3, 3, 3, 4, 4});
   CPairCounter pairs(4);
   pairs.Count(CLevelImage(image, 4), {1, 0, 0});
   pairs.Symmetrize();
-  EXPECT_EQ(pairs.ToDense(),
-            (std::vector<uint64>{4, 2, 1, 0, 2, 4, 0, 0, 1, 0, 6, 1, 0, 0, 1, 2}));
+  EXPECT_EQ(pairs.ToDense(), (std::vector<uint64>{4, 2, 1, 0, 2, 4, 0, 0, 1, 0, 6, 1, 0, 0, 1, 2}));
 }
