@@ -1,10 +1,13 @@
 // Texture of every object of a label image, over the pairs with both voxels in the object.
 //
-//   CObjectTexture texture(levels, labels);           // a CLevelImage, an image of labels
-//   std::vector<double> const values = texture.Compute();
-//   CValueMap map = texture.ToMap(values, "cell");
-//   CImage table(IMAGE_GREY_F, CSize(1, 1));          // <SeluUtils/ValueHelper.h>
-//   ConvertObjectBasedFeaturesIntoFeatureImage("texture", std::move(map), "cell", table, {});
+//   #include <iostream>
+//   std::array<std::uint8_t, 4> const pixels = {1, 2, 2, 1};
+//   CImageView const image(IMAGE_GREY_8, CSize(4), pixels.data());
+//   std::array<std::uint32_t, 4> const objects = {7, 7, 9, 9};
+//   CImageView const labels(IMAGE_GREY_32, CSize(4), objects.data());
+//   CObjectTexture const texture(CLevelImage(image), labels);
+//   CValueMap const map = texture.ToMap(texture.Compute());
+//   std::cout << map.Entry("object 9/contrast").Double(); // prints 1
 #pragma once
 
 #include <SeluUtils/Export.h>
