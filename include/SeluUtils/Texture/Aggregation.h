@@ -86,20 +86,24 @@ public:
   }
 
 private:
-  /// The features of one matrix of a slice.
+  /// The features of the matrices of a slice, one after the other; NaN for one without pairs.
   struct StSliceValues {
     int64 slice = 0;
-    std::size_t index = 0; // of the displacement, 0 where they are combined
     std::vector<double> values;
   };
+  void CountSlices(CLevelImage const& slab, int64 first, int64 last);
   void CountSlice(CLevelImage const& slab, int64 z, int64 slice);
+  void CheckIsNew(int64 slice) const;
+  void Insert(StSliceValues values);
+  [[nodiscard]] static std::vector<double> ValuesOf(CPairCounter const& matrix, bool isSymmetric,
+                                                    CTextureFeatures& features);
 
   EnAggregation m_Way;
   int m_Levels;
   CTextureFeatures m_Features;
   StAggregationOptions m_Options;
   std::vector<CPairCounter> m_Matrices; // 2D: of the slice at work
-  std::vector<StSliceValues> m_Slices;  // 2D only
+  std::vector<StSliceValues> m_Slices;  // 2D only, in ascending order
 };
 
 } // namespace ORVA

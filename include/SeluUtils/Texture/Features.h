@@ -14,6 +14,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -164,9 +165,12 @@ public:
   [[nodiscard]] std::span<double const> Of(std::span<StPairCount const> cells, int levels);
 
 private:
+  friend class CObjectTexture;
   template <class T>
   std::span<double const> OfDense(std::span<T const> matrix, int levels);
-  std::span<double const> Evaluate();
+  [[nodiscard]] bool NeedsCells() const noexcept;
+  Impl::CPairSums& Start(int levels);
+  std::span<double const> Finish();
 
   std::vector<EnTextureFeature> m_Features;
   std::vector<double> m_Values;

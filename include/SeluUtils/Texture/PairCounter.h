@@ -37,9 +37,9 @@ NeighborDisplacements(int dimension, int64 distance = 1);
 /// displacement (dx, dy, dz) further on, of level j. Pairs with a voxel of level 0 do not count.
 ///
 /// Counts have 64 bits. Up to 1023 levels the matrix is a table of 8 n^2 bytes, with as much again
-/// while pairs are counted; beyond, it is a sorted list of the cells that occur, 12 bytes each, and
-/// takes up to three times that and 32 MiB while pairs are counted. Either form has the same
-/// values.
+/// while many pairs are counted; beyond, it is a sorted list of the cells that occur, 12 bytes
+/// each, and takes up to three times that and 32 MiB while pairs are counted. Either form has the
+/// same values.
 ///
 /// A value. One object serves one thread at a time; parts counted apart add up exactly. A slab of
 /// an image that is read from `low` + min(0, d) up to `high` + max(0, d), clipped to the image, has
@@ -93,12 +93,12 @@ public:
 private:
   [[nodiscard]] std::size_t Side() const noexcept { return static_cast<std::size_t>(m_Levels) + 1; }
   void AddToTotal(uint64 pairs);
+  void CheckCell(int i, int j, char const* function) const;
 
   int m_Levels = 1;
   bool m_IsDense = true;
   uint64 m_Pairs = 0;
-  std::vector<uint64> m_Table;          // row i, column j at i * (n + 1) + j; row and column 0: 0
-  std::vector<std::uint32_t> m_Scratch; // counters of one batch of pairs
+  std::vector<uint64> m_Table; // row i, column j at i * (n + 1) + j; row and column 0 hold 0
   Impl::CSparsePairs m_Cells;
 };
 

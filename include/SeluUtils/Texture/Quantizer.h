@@ -20,6 +20,10 @@
 
 namespace ORVA {
 
+namespace Impl {
+class CBinning;
+}
+
 /// Which voxels are within: all, those of any label but 0, or those of one label. The image may
 /// have any integer type and must have the extents of what it masks.
 struct StMask {
@@ -77,17 +81,19 @@ public:
   };
 
   /// `levels` bins of equal width from `low` to `high`: level floor(levels (v - low) / (high -
-  /// low)) + 1, and `high` itself in the last. Needs finite low < high, not more than 2^1000 apart.
+  /// low)) + 1, and `high` itself in the last. Needs finite low < high, 2^-1000 to 2^1000 apart.
   [[nodiscard]] static CQuantizer Range(double low, double high, int levels);
-  /// The same over the range found, the custom called fixed bin number.
+  /// The same over the range found, the custom called fixed bin number. Fitting refuses a range as
+  /// above, unless all values are equal.
   [[nodiscard]] static CQuantizer BinCount(int levels);
   /// Bins of one width, the custom called fixed bin size: level floor((v - a) / width) + 1, with as
   /// many levels as reach the greatest value found. The first starts at a = the least value found.
-  /// Needs a finite width > 0; fitting refuses a range of more than 65535 bins.
+  /// Needs a width from 2^-1000 to 2^1000; fitting refuses a range of more than 65535 bins.
   [[nodiscard]] static CQuantizer BinWidth(double width);
   /// The same from a given start, such as the lower end of the values that a study keeps.
   [[nodiscard]] static CQuantizer BinWidthFrom(double start, double width);
-  /// The same from the multiple of the width at or below the least value found.
+  /// The same from the multiple of the width at or below the least value found. Fitting refuses
+  /// multiples beyond 2^46.
   [[nodiscard]] static CQuantizer BinWidthAtMultiple(double width);
   /// Levels between edges in strictly ascending order, two at least; the first may be -infinity and
   /// the last infinity.
@@ -121,17 +127,21 @@ public:
                     StLevelReport* report = nullptr) const;
 
 private:
-  enum class EnRecipe { Width, WidthAtMultiple, WidthFrom, Count, Edges };
-  CQuantizer() = default;
+  enum class EnRecipe { Count, Width, WidthFrom, WidthAtMultiple, Edges };
+  explicit CQuantizer(EnRecipe recipe) : m_Recipe(recipe) {}
+  [[nodiscard]] Impl::CBinning Binning() const;
+  void CheckFitted(char const* function) const;
+  void FitWidth(StValueRange const& range);
 
-  EnRecipe m_Recipe = EnRecipe::Edges;
+  EnRecipe m_Recipe;
   EnBeyond m_Beyond = EnBeyond::Clamp;
-  bool m_Fitted = false;
-  int m_Levels = 1;
-  double m_Low = 0;            // start of level 1; quiet NaN where nothing was found
-  double m_High = 0;           // Count: end of level n
-  double m_Width = 0;          // Width...: of a bin
-  std::vector<double> m_Edges; // Edges: all of them
+  bool m_IsFitted = false;
+  int m_Levels = 1;             // Count: asked for; fitted: n
+  double m_Low = 0, m_High = 0; // Count: of the range; Width...: start of level 1 in m_Low
+  double m_Multiple = 0;        // WidthAtMultiple: level 1 starts at this times the width
+  double m_Width = 0;
+  std::vector<double> m_Edges; // Edges
+  bool m_HasNone = false;      // fitted to a range without a value: all voxels are outside
 };
 
 } // namespace ORVA
