@@ -121,6 +121,8 @@ private:
                    StRowRange const& rows, std::span<Value> values) const;
   void CheckLevels(int levels) const;
   void CheckSize(CSize const& image) const;
+  void CheckPart(CLevelImage const& levels, int64 first, CSize const& image,
+                 StRowRange const& rows) const;
 
   CSize m_Sides{15, 15};
   CSize m_Steps{1, 1};

@@ -9,9 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
-#include <numeric>
 #include <string>
-#include <string_view>
 
 namespace ORVA {
 
@@ -25,34 +23,21 @@ using Impl::Vector;
 
 constexpr char c_module[] = "src/Utils/Texture";
 
-[[noreturn]] void Refuse(Impl::StExLocation const& location, std::string const& message) {
-  Impl::RaiseBadParam(location, message.c_str());
-}
-
 template <class Triple>
 Vector AsVector(Triple const& t) {
   return {t.x, t.y, t.z};
 }
-std::string Text(Vector const& v) {
-  return std::to_string(v[0]) + " x " + std::to_string(v[1]) + " x " + std::to_string(v[2]);
-}
-std::string Text(CTriple<int64> const& d) {
-  return "(" + std::to_string(d.x) + ", " + std::to_string(d.y) + ", " + std::to_string(d.z) + ")";
-}
+CString Text(Vector const& v) { return CString("%1 x %2 x %3").Arg(v[0]).Arg(v[1]).Arg(v[2]); }
 
 // The axis of rows or slices.
 std::size_t LastAxis(CSize const& image) noexcept {
   return static_cast<std::size_t>(std::max(image.Dim(), 1)) - 1;
 }
 
-constexpr Vector Radius(Vector const& side) noexcept {
-  return {side[0] / 2, side[1] / 2, side[2] / 2};
-}
-
 // The pairs of a window around a center: the first voxels are those from which the displacement
 // stays inside.
 StPairBox PairsOf(Vector const& side, Vector const& displacement) noexcept {
-  StPairBox box{.displacement = displacement};
+  StPairBox box{.displacement = displacement, .low = {}, .side = {}};
   for (std::size_t k = 0; k < 3; ++k) {
     box.low[k] = std::max<int64>(0, -displacement[k]) - side[k] / 2;
     box.side[k] = side[k] - std::abs(displacement[k]);
@@ -140,32 +125,32 @@ CTextureWindow::~CTextureWindow() = default;
 void CTextureWindow::SetSides(CSize const& sides) {
   auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides");
   Vector const side = AsVector(sides);
-  for (int64 const s : side) {
+  for (int64 const s : side)
     if (s < 1 || s % 2 == 0)
-      Refuse(location, "the sides of a window must be odd, not " + Text(side));
-    if (s > c_mostVoxels) Refuse(location, "a window of " + Text(side) + " voxels is too large");
-  }
-  if (Product(side) > c_mostVoxels)
-    Refuse(location, "a window of " + Text(side) + " voxels is too large");
+      Impl::RaiseBadParam(location,
+                          CString("the sides of a window are odd, not %1").Arg(Text(side)));
+  if (std::ranges::max(side) > c_mostVoxels || Product(side) > c_mostVoxels)
+    Impl::RaiseBadParam(location, CString("a window of %1 voxels is too large").Arg(Text(side)));
   m_Sides = sides;
 }
 
 void CTextureWindow::SetDisplacements(std::span<CTriple<int64> const> displacements) {
   if (displacements.empty())
-    Refuse(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetDisplacements"), "no displacement");
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetDisplacements"),
+                        "no displacement");
   m_Displacements.assign(displacements.begin(), displacements.end());
 }
 
 void CTextureWindow::SetFeatures(std::span<EnTextureFeature const> features) {
   auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures");
-  if (features.empty()) Refuse(location, "no feature");
+  if (features.empty()) Impl::RaiseBadParam(location, "no feature");
   for (EnTextureFeature const feature : features) {
     auto const number = static_cast<std::size_t>(feature);
     if (number >= c_nTextureFeatures)
-      Refuse(location, "no feature has number " + std::to_string(number));
+      Impl::RaiseBadParam(location, CString("no feature has the number %1").Arg(number));
     if (Impl::Finisher(feature) == nullptr)
-      Refuse(location,
-             "the feature " + std::string(FeatureName(feature)) + " has no moving window");
+      Impl::RaiseBadParam(location, CString("the feature %1 has no moving window")
+                                        .Arg(CString(std::string(FeatureName(feature)))));
   }
   m_Features.assign(features.begin(), features.end());
 }
@@ -173,15 +158,15 @@ void CTextureWindow::SetFeatures(std::span<EnTextureFeature const> features) {
 void CTextureWindow::SetSteps(CSize const& steps) {
   Vector const step = AsVector(steps);
   if (std::ranges::min(step) < 1)
-    Refuse(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSteps"),
-           "steps must be at least 1, not " + Text(step));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSteps"),
+                        CString("steps of %1 voxels").Arg(Text(step)));
   m_Steps = steps;
 }
 
 void CTextureWindow::SetNormalizingLevels(int levels) {
   if (levels < 0)
-    Refuse(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetNormalizingLevels"),
-           "the number of levels is " + std::to_string(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetNormalizingLevels"),
+                        CString("%1 levels").Arg(levels));
   m_NormalizingLevels = levels;
 }
 
@@ -211,9 +196,9 @@ StRowRange CTextureWindow::InputRows(CSize const& image, StRowRange const& rows)
   auto const axis = LastAxis(image);
   int64 const most = AsVector(MapSize(image))[axis];
   if (rows.low < 0 || rows.high < rows.low || rows.high > most)
-    Refuse(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::InputRows"),
-           "rows " + std::to_string(rows.low) + " to " + std::to_string(rows.high) +
-               " of a map that has " + std::to_string(most));
+    Impl::RaiseBadParam(
+        ORVA_LOCATION(c_module, "ORVA::CTextureWindow::InputRows"),
+        CString("rows from %1 to %2 of a map of %3").Arg(rows.low).Arg(rows.high).Arg(most));
   if (rows.low == rows.high) return {};
   auto const center = [&](int64 row) { return AsVector(Center({row, row, row}))[axis]; };
   int64 const radius = AsVector(m_Sides)[axis] / 2, extent = AsVector(image)[axis];
@@ -226,13 +211,15 @@ StRowRange CTextureWindow::InputRows(CSize const& image, StRowRange const& rows)
 
 void CTextureWindow::CheckLevels(int levels) const {
   auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels");
-  auto const text = std::to_string(levels) + " levels";
-  if (levels > c_mostLevels) Refuse(location, text + " are too many for a moving window");
-  if (levels * Product(AsVector(m_Sides)) > c_mostVoxelsTimesLevels)
-    Refuse(location, text + " are too many for windows of " + Text(AsVector(m_Sides)));
+  Vector const side = AsVector(m_Sides);
+  if (levels > c_mostLevels)
+    Impl::RaiseBadParam(location, CString("%1 levels in a moving window").Arg(levels));
+  if (levels * Product(side) > c_mostVoxelsTimesLevels)
+    Impl::RaiseBadParam(location,
+                        CString("%1 levels in a window of %2").Arg(levels).Arg(Text(side)));
   if (levels > Impl::c_mostProminenceLevels &&
       std::ranges::find(m_Features, EnTextureFeature::ClusterProminence) != m_Features.end())
-    Refuse(location, text + " are too many for the cluster prominence");
+    Impl::RaiseBadParam(location, CString("%1 levels with the cluster prominence").Arg(levels));
 }
 
 void CTextureWindow::CheckSize(CSize const& image) const {
@@ -240,13 +227,40 @@ void CTextureWindow::CheckSize(CSize const& image) const {
   Vector const side = AsVector(m_Sides);
   for (auto k = static_cast<std::size_t>(image.Dim()); k < 3; ++k)
     if (side[k] != 1)
-      Refuse(location, "a window of " + Text(side) + " in an image of dimension " +
-                           std::to_string(image.Dim()));
+      Impl::RaiseBadParam(
+          location,
+          CString("a window of %1 in an image of dimension %2").Arg(Text(side)).Arg(image.Dim()));
   for (auto const& d : m_Displacements)
     for (std::size_t k = 0; k < 3; ++k)
       if (AsVector(d)[k] <= -side[k] || AsVector(d)[k] >= side[k])
-        Refuse(location,
-               "the displacement " + Text(d) + " leaves no pair in windows of " + Text(side));
+        Impl::RaiseBadParam(location,
+                            CString("displacement (%1, %2, %3) leaves no pair in a window of %4")
+                                .Arg(d.x)
+                                .Arg(d.y)
+                                .Arg(d.z)
+                                .Arg(Text(side)));
+}
+
+// What is given must be the part of the image that the rows need, and leave room for their values.
+void CTextureWindow::CheckPart(CLevelImage const& levels, int64 first, CSize const& image,
+                               StRowRange const& rows) const {
+  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart");
+  auto const axis = LastAxis(image);
+  StRowRange const needed = InputRows(image, rows);
+  Vector const extent = AsVector(image), held = levels.Extents();
+  bool const isThere = needed.low == needed.high ||
+                       (first <= needed.low && first >= 0 && needed.high - first <= held[axis]);
+  if (!isThere)
+    Impl::RaiseBadParam(location, CString("%1 rows from %2 on where those from %3 to %4 are needed")
+                                      .Arg(held[axis])
+                                      .Arg(first)
+                                      .Arg(needed.low)
+                                      .Arg(needed.high));
+  for (std::size_t k = 0; k < 3; ++k)
+    if (k != axis && held[k] != extent[k])
+      Impl::RaiseBadParam(
+          location,
+          CString("levels of %1 voxels of an image of %2").Arg(Text(held)).Arg(Text(extent)));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -255,33 +269,25 @@ void CTextureWindow::CheckSize(CSize const& image) const {
 template <class Value>
 void CTextureWindow::ComputeRows(CLevelImage const& levels, int64 first, CSize const& image,
                                  StRowRange const& rows, std::span<Value> values) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::Compute");
   CheckLevels(levels.Levels());
   CheckSize(image);
+  CheckPart(levels, first, image, rows);
   auto const axis = LastAxis(image);
-  StRowRange const needed = InputRows(image, rows);
-  auto extents = levels.Extents();
-  if (needed.low < needed.high &&
-      (first > needed.low || first < 0 || extents[axis] < needed.high - first))
-    Refuse(location, "rows " + std::to_string(needed.low) + " to " + std::to_string(needed.high) +
-                         " of the image are needed, not all are there");
-  for (std::size_t k = 0; k < 3; ++k)
-    if (k != axis && extents[k] != AsVector(image)[k])
-      Refuse(location, "levels of " + Text(extents) + " voxels are no part of an image of " +
-                           Text(AsVector(image)));
-
   Vector count = AsVector(MapSize(image));
   count[axis] = rows.high - rows.low;
   auto const pixels = static_cast<std::size_t>(Product(count));
-  if (values.size() != pixels * m_Features.size())
-    Refuse(location, std::to_string(values.size()) + " values for " +
-                         std::to_string(m_Features.size()) + " features of " +
-                         std::to_string(pixels) + " windows");
+  if (values.size() / m_Features.size() != pixels || values.size() % m_Features.size() != 0)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::ComputeRows"),
+                        CString("%1 values for %2 features of %3 windows")
+                            .Arg(values.size())
+                            .Arg(m_Features.size())
+                            .Arg(pixels));
   if (pixels == 0) return;
 
   bool const isValid = m_Border == EnWindowBorder::Valid;
   Vector const sides = AsVector(m_Sides), extent = AsVector(image);
   StWindowBand band{.pixels = PixelsOf(levels, first, image),
+                    .boxes = {},
                     .side = isValid ? sides : ClippedSides(sides, extent, m_Displacements),
                     .step = AsVector(m_Steps),
                     .first = AsVector(Center({0, 0, 0})),
@@ -294,7 +300,7 @@ void CTextureWindow::ComputeRows(CLevelImage const& levels, int64 first, CSize c
                     .featureStride = static_cast<int64>(pixels)};
   SetAddress(maps, values.data());
   Permute(band, maps);
-  StWindowUnits const units =
+  auto const units =
       UnitsOf(sides, m_Displacements, extent, m_IsSymmetric, levels.Levels(), m_NormalizingLevels);
   CProgress progress(*this, Impl::LinesOf(band), "texture maps");
   Impl::ComputeBand(band, units, maps, [&] { progress.Advance(); });

@@ -1,6 +1,7 @@
 #include "Utils/Texture/WindowBand.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -14,17 +15,16 @@ namespace {
 using Matrix = std::map<std::pair<int64, int64>, int64>; // counts of the levels (i, j) that occur
 using Counts = std::map<int64, int64>;
 
-// The level of a voxel, 0 for one outside of the image.
+// The level of a voxel, 0 for one outside of the image and for a level that should not be there.
 int64 LevelAt(StLevelPixels const& pixels, Vector const& at) noexcept {
   auto const* address = pixels.base;
   for (std::size_t k = 0; k < 3; ++k) {
     if (at[k] < 0 || at[k] >= pixels.extent[k]) return 0;
     address += (at[k] - pixels.low[k]) * pixels.stride[k];
   }
-  if (pixels.bytes == 1) return static_cast<int64>(*address);
-  std::uint16_t level;
-  std::memcpy(&level, address, sizeof level);
-  return level;
+  std::uint16_t level = std::to_integer<std::uint8_t>(*address);
+  if (pixels.bytes == 2) std::memcpy(&level, address, sizeof level);
+  return level > pixels.levels ? 0 : level;
 }
 
 Matrix Count(StLevelPixels const& pixels, StPairBox const& box, Vector const& center,

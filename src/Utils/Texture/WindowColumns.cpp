@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace ORVA::Impl {
 
@@ -106,11 +107,13 @@ void CPairColumns::WriteRow(std::uint32_t* keys, int64 y, int64 z) {
     auto const& [stepX, stepY, stepZ] = m_Pixels.stride;
     auto const* first = m_Pixels.base + (m_First[0] + begin - m_Pixels.low[0]) * stepX +
                         (y - m_Pixels.low[1]) * stepY + (z - m_Pixels.low[2]) * stepZ;
+    auto const levels = static_cast<std::uint32_t>(m_Pixels.levels);
     int64 const toSecond = d[0] * stepX + d[1] * stepY + d[2] * stepZ;
     for (int64 x = begin; x < end; ++x, first += stepX) {
-      std::uint32_t i = Load<Level>(first), j = Load<Level>(first + toSecond);
+      // Less 1, outside is the greatest number; so is a level that should not be there.
+      std::uint32_t i = Load<Level>(first) - 1, j = Load<Level>(first + toSecond) - 1;
       if (m_Key.isSymmetric && i > j) std::swap(i, j);
-      put(i == 0 || j == 0 ? StPairKey::c_none : (i - 1) << m_Key.bits | (j - 1));
+      put(i >= levels || j >= levels ? StPairKey::c_none : i << m_Key.bits | j);
     }
   }
   for (int64 x = end; x < m_Count; ++x) put(StPairKey::c_none);
