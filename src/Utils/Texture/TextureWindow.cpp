@@ -47,15 +47,16 @@ StPairBox PairsOf(Vector const& side, Vector const& displacement) noexcept {
 
 int64 Product(Vector const& v) noexcept { return v[0] * v[1] * v[2]; }
 
-// The same windows where they are clipped, without what lies beyond the image from everywhere.
-Vector ClippedSides(Vector side, Vector const& extent,
-                    std::span<CTriple<int64> const> displacements) noexcept {
+// The same without the pairs that lie outside of the image in all windows, whose centers lie
+// inside. Where none is left, one that is always outside stands for them.
+void Clip(StPairBox& box, Vector const& extent) noexcept {
   for (std::size_t k = 0; k < 3; ++k) {
-    int64 reach = extent[k] - 1;
-    for (auto const& d : displacements) reach = std::max(reach, std::abs(AsVector(d)[k]));
-    side[k] = std::min(side[k], 2 * reach + 1);
+    int64 const reach = extent[k] - 1, d = box.displacement[k];
+    int64 const low = std::max(box.low[k], std::max(-reach, -reach - d));
+    int64 const end = std::min(box.low[k] + box.side[k], std::min(reach, reach - d) + 1);
+    if (low < end) box.low[k] = low;
+    box.side[k] = std::max<int64>(1, end - low);
   }
-  return side;
 }
 
 // The axes in the order in which windows are visited: along the first axis they move, which is x,
@@ -64,7 +65,7 @@ std::array<std::size_t, 3> OrderOf(StWindowBand const& band) noexcept {
   std::array<std::size_t, 3> order{0, 1, 2};
   auto const perSide = [&](std::size_t k) {
     return static_cast<double>(band.count[k]) * static_cast<double>(band.step[k]) /
-           static_cast<double>(band.side[k]);
+           static_cast<double>(Impl::LargestSide(band, k));
   };
   std::size_t best = 0;
   for (std::size_t k = 1; k < 3; ++k)
@@ -79,8 +80,8 @@ void Permute(Vector& v, std::array<std::size_t, 3> const& order) noexcept {
 
 void Permute(StWindowBand& band, StWindowMaps& maps) noexcept {
   auto const order = OrderOf(band);
-  for (Vector* const v : {&band.pixels.extent, &band.pixels.low, &band.pixels.stride, &band.side,
-                          &band.step, &band.first, &band.count, &maps.stride})
+  for (Vector* const v : {&band.pixels.extent, &band.pixels.low, &band.pixels.stride, &band.step,
+                          &band.first, &band.count, &maps.stride})
     Permute(*v, order);
   for (StPairBox& box : band.boxes)
     for (Vector* const v : {&box.displacement, &box.low, &box.side}) Permute(*v, order);
@@ -284,18 +285,18 @@ void CTextureWindow::ComputeRows(CLevelImage const& levels, int64 first, CSize c
                             .Arg(pixels));
   if (pixels == 0) return;
 
-  bool const isValid = m_Border == EnWindowBorder::Valid;
   Vector const sides = AsVector(m_Sides), extent = AsVector(image);
   StWindowBand band{.pixels = PixelsOf(levels, first, image),
                     .boxes = {},
-                    .side = isValid ? sides : ClippedSides(sides, extent, m_Displacements),
                     .step = AsVector(m_Steps),
                     .first = AsVector(Center({0, 0, 0})),
                     .count = count,
                     .isSymmetric = m_IsSymmetric,
                     .features = m_Features};
   band.first[axis] += rows.low * band.step[axis];
-  for (auto const& d : m_Displacements) band.boxes.push_back(PairsOf(band.side, AsVector(d)));
+  for (auto const& d : m_Displacements) band.boxes.push_back(PairsOf(sides, AsVector(d)));
+  if (m_Border == EnWindowBorder::Clipped)
+    for (StPairBox& box : band.boxes) Clip(box, extent);
   StWindowMaps maps{.stride = {1, count[0], count[0] * count[1]},
                     .featureStride = static_cast<int64>(pixels)};
   SetAddress(maps, values.data());

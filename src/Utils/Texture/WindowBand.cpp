@@ -16,9 +16,11 @@ namespace {
 // close by, and there shall be several times as many of them as a window has.
 int64 WindowsPerTile(StWindowBand const& band) noexcept {
   constexpr int64 c_keys = int64{1} << 16, c_mostColumns = 1024;
-  if (band.step[0] >= band.side[0]) return 1; // nothing is shared from one to the next
-  int64 const fitting = std::min(c_mostColumns, c_keys / (band.side[1] * band.side[2]));
-  return std::max<int64>(1, std::max(4 * band.side[0], fitting) / band.step[0]);
+  int64 const side = LargestSide(band, 0);
+  if (band.step[0] >= side) return 1; // nothing is shared from one to the next
+  int64 const fitting =
+      std::min(c_mostColumns, c_keys / (LargestSide(band, 1) * LargestSide(band, 2)));
+  return std::max<int64>(1, std::max(4 * side, fitting) / band.step[0]);
 }
 
 StPairKey KeyOf(StWindowBand const& band) noexcept {
@@ -124,6 +126,12 @@ private:
 bool IsEmpty(StWindowBand const& band) noexcept { return std::ranges::count(band.count, 0) > 0; }
 
 } // namespace
+
+int64 LargestSide(StWindowBand const& band, std::size_t axis) noexcept {
+  int64 largest = 1;
+  for (StPairBox const& box : band.boxes) largest = std::max(largest, box.side[axis]);
+  return largest;
+}
 
 int64 LinesOf(StWindowBand const& band) noexcept {
   if (IsEmpty(band)) return 0;

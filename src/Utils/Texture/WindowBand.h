@@ -10,6 +10,7 @@
 #include <SeluUtils/Texture/Features.h>
 #include <pxlib2core/Types.h>
 
+#include <cstddef>
 #include <functional>
 #include <span>
 #include <vector>
@@ -21,7 +22,7 @@ namespace ORVA::Impl {
 struct StWindowBand {
   StLevelPixels pixels;
   std::vector<StPairBox> boxes; // one for each displacement
-  Vector side{}, step{};        // of the window, in voxels
+  Vector step{};                // from window to window, in voxels
   Vector first{}, count{};      // center of the first window, and how many there are
   bool isSymmetric = false;
   std::span<EnTextureFeature const> features;
@@ -36,6 +37,8 @@ struct StWindowMaps {
   int64 featureStride = 0;
 };
 
+/// The longest side of the displacements' boxes along an axis.
+[[nodiscard]] int64 LargestSide(StWindowBand const& band, std::size_t axis) noexcept;
 /// How many lines of windows ComputeBand works through; it calls `advance` after each.
 [[nodiscard]] int64 LinesOf(StWindowBand const& band) noexcept;
 void ComputeBand(StWindowBand const& band, StWindowUnits const& units, StWindowMaps const& maps,
