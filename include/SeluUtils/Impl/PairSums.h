@@ -1,9 +1,12 @@
 // Sums over the cells of a co-occurrence matrix, gathered in one sweep, from which all texture
 // features follow. Levels count from 1.
 //
-//   sums.Start(n);
-//   sums.Add(i, j, count);                           // once for each occupied cell, by rows
-//   double const energy = sums.AngularSecondMoment();
+//   #include <iostream>
+//   Impl::CPairSums sums;
+//   sums.Start(2);                                    // levels 1 and 2
+//   sums.Add(1, 1, 3U);                               // once for each occupied cell, by rows
+//   sums.Add(1, 2, 1U);
+//   std::cout << sums.AngularSecondMoment();          // prints 0.625
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // A sparse matrix of counts: a sorted list of cells, to which batches of pairs are merged.
 //
+//   #include <iostream>
 //   Impl::CSparsePairs cells;
-//   cells.Push(Impl::CSparsePairs::Key(i, j));       // as often as there are pairs, in any order
-//   cells.Settle();                                  // sorts and merges what was pushed
-//   cells.ForEach([](int i, int j, std::uint64_t count) { ... });
+//   for (int pair = 0; pair < 3; ++pair) cells.Push(Impl::CSparsePairs::Key(7, 60000));
+//   cells.Settle();                                   // sorts and merges what was pushed
+//   cells.ForEach([](int i, int j, std::uint64_t count) { std::cout << i + j << ' ' << count; });
+//   std::cout << '.';                                 // prints 60007 3.
 #pragma once
 
 #include <SeluUtils/Export.h>

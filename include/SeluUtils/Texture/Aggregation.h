@@ -1,9 +1,12 @@
 // Texture features of a region over all directions, in the six ways of IBSI.
 //
-//   CAggregatedTexture texture(EnAggregation::Average3D, levels.Levels());
+//   #include <iostream>
+//   std::array<std::uint8_t, 4> const pixels = {1, 2, 2, 1};
+//   CLevelImage const levels(CImageView(IMAGE_GREY_8, CSize(2, 2), pixels.data()));
+//   CAggregatedTexture texture(EnAggregation::Average2D, levels.Levels(),
+//                              CTextureFeatures({EnTextureFeature::Contrast}));
 //   texture.Count(levels);
-//   std::vector<double> const values = texture.Values(); // IBSI's 25
-//   std::cout << AggregationName(texture.Way()) << " contrast " << values[11] << '\n';
+//   std::cout << "contrast " << texture.Values()[0];  // prints contrast 0.5
 #pragma once
 
 #include <SeluUtils/Export.h>

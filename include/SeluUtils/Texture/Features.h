@@ -1,10 +1,10 @@
 // The texture features of a co-occurrence matrix: IBSI's 25, Haralick's 14, from any matrix.
 //
-//   CPairCounter pairs(8);                            // <SeluUtils/Texture/PairCounter.h>
+//   #include <iostream>
 //   CTextureFeatures features({EnTextureFeature::Contrast, EnTextureFeature::JointEntropy});
-//   std::array<double, 4> const matrix = {2, 1, 1, 4};
+//   std::array<double, 4> const matrix = {2, 1, 1, 4}; // of 2 levels, row by row
 //   std::span<double const> const values = features.Of(std::span(matrix), 2);
-//   std::cout << FeatureName(features.Features()[0]) << ' ' << values[0] << '\n';
+//   std::cout << FeatureName(features.Features()[0]) << ' ' << values[0]; // prints contrast 0.25
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,10 @@
 // An image of gray levels, as texture counts them: level 0 is outside, levels 1 .. n are within.
 //
-//   CImage pixels(IMAGE_GREY_8, CSize(64, 64));       // filled with 0 .. 8 by the caller
-//   CLevelImage levels(pixels, 8);                    // checked once, nothing is copied
-//   CPairCounter pairs(levels.Levels());              // <SeluUtils/Texture/PairCounter.h>
-//   pairs.Count(levels, {1, 0, 0});
+//   #include <iostream>
+//   CImage image(IMAGE_GREY_8, CSize(64, 64));        // levels 0 .. 8, put there by the caller
+//   image.CreateAccess(true).WritableBase()[65] = std::byte{8};
+//   CLevelImage const levels(image, 8);               // checked once, nothing is copied
+//   std::cout << levels.Levels() << ' ' << levels.At(CPos(1, 1)); // prints 8 8
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,10 +1,13 @@
 // Texture of every object of a label image, over the pairs with both voxels in the object.
 //
-//   CObjectTexture texture(levels, labels);           // a CLevelImage, an image of labels
-//   std::vector<double> const values = texture.Compute();
-//   CValueMap map = texture.ToMap(values, "cell");
-//   CImage table(IMAGE_GREY_F, CSize(1, 1));          // <SeluUtils/ValueHelper.h>
-//   ConvertObjectBasedFeaturesIntoFeatureImage("texture", std::move(map), "cell", table, {});
+//   #include <iostream>
+//   std::array<std::uint8_t, 4> const pixels = {1, 2, 2, 1};
+//   CImageView const image(IMAGE_GREY_8, CSize(4), pixels.data());
+//   std::array<std::uint32_t, 4> const objects = {7, 7, 9, 9};
+//   CImageView const labels(IMAGE_GREY_32, CSize(4), objects.data());
+//   CObjectTexture const texture(CLevelImage(image), labels);
+//   CValueMap const map = texture.ToMap(texture.Compute());
+//   std::cout << map.Entry("object 9/contrast").Double(); // prints 1
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -15,6 +18,7 @@
 #include <pxlib2core/ValueMap.h>
 #include <pxlib2image/Image.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -64,27 +68,34 @@ public:
   void Compute(std::size_t first, std::size_t last, std::span<double> values) const;
 
   /// The map that the conversion into a feature image takes: "maximum label", "no. of objects" and,
-  /// for each object, under `idKey`, a blank and its label, "object", "status" ("ok"), "no. of
-  /// voxels" and each feature under its name. CExBadParam for values of another number, and for a
+  /// for each object, under `idKey`, a blank and its label, `idKey`, "status", "no. of voxels" and
+  /// each feature under its name. CExBadParam for values of another number, and for a
   /// label above 2^31 - 1, which a map's integers do not hold.
   [[nodiscard]] CValueMap ToMap(std::span<double const> values,
                                 std::string const& idKey = "object") const;
 
 private:
-  /// Voxels of one label that follow each other along x.
+  /// Voxels of one label that follow each other along the first axis.
   struct StRun {
     std::uint32_t label = 0;
     std::uint32_t length = 0;
-    int64 first = 0; // index of the first voxel, x fastest
+    int64 first = 0; // number of the first voxel
   };
   class CWorker;
+  void TakeDisplacements();
+  void FindRuns();
+  void FindObjects();
 
   CLevelImage m_Levels;
   CImageAccess m_Labels;
   IImage::CType m_LabelType;
   StObjectTextureOptions m_Options;
-  std::vector<StRun> m_Runs;           // by label, then in the order of the image
-  std::vector<std::size_t> m_FirstRun; // of each object, and the number of all
+  // The axes in the order of the labels' strides, and what follows them.
+  std::array<std::size_t, 3> m_Axes{0, 1, 2};
+  std::array<int64, 3> m_Extents{};
+  std::vector<std::array<int64, 3>> m_Steps; // the displacements
+  std::vector<StRun> m_Runs;                 // by label, then by their first voxels
+  std::vector<std::size_t> m_FirstRun;       // of each object, and the number of all
   std::vector<StTextureObject> m_Objects;
 };
 

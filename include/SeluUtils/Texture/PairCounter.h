@@ -1,9 +1,13 @@
 // Counts pairs of gray levels a displacement apart: co-occurrence matrices of any number of levels.
 //
+//   #include <iostream>
+//   CImage const image(IMAGE_GREY_8, CSize(64, 64, 32)); // all of level 0, outside
+//   CLevelImage const levels(image, 8);
 //   CPairCounter pairs(levels.Levels());
 //   for (auto const& displacement : NeighborDisplacements(3)) pairs.Count(levels, displacement);
-//   pairs.Symmetrize();
-//   std::cout << pairs(1, 2) << " of " << pairs.Pairs() << " pairs have levels 1 and 2\n";
+//   pairs.Add(1, 2);                                  // one more pair
+//   pairs.Symmetrize();                               // and the same in the other order
+//   std::cout << pairs(2, 1) << " of " << pairs.Pairs();   // prints 1 of 2
 #pragma once
 
 #include <SeluUtils/Export.h>

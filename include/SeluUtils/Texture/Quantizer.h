@@ -1,11 +1,11 @@
-// Gray levels of an image made on purpose: from a range, bins of one width, a number of bins,
-// edges.
+// Gray levels of an image, made on purpose: by a range, a bin width, a bin count or edges.
 //
-//   CImage scan(IMAGE_SIGNED_16, CSize(64, 64, 32)); // Hounsfield units, say
-//   CQuantizer const quantizer = CQuantizer::BinWidth(25);
+//   #include <iostream>
+//   CImage const scan(IMAGE_SIGNED_16, CSize(64, 64, 32)); // Hounsfield units, say
+//   CQuantizer const quantizer = CQuantizer::BinWidthFrom(-1000, 25);
 //   StLevelReport report;
 //   CLevelImage const levels = quantizer.Quantize(scan, {}, &report);
-//   std::cout << report.Occurring() << " of " << levels.Levels() << " levels occur\n";
+//   std::cout << report.Occurring() << " of " << levels.Levels();          // prints 1 of 41
 #pragma once
 
 #include <SeluUtils/Export.h>

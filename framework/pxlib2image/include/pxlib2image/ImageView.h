@@ -1,11 +1,14 @@
 // An image over pixels that someone else owns, in any layout; nothing is copied.
 //
-//   std::vector<std::uint16_t> pixels(64 * 32);      // row by row, 64 columns
+//   #include <iostream>
+//   #include <vector>
+//   std::vector<std::uint16_t> pixels(64 * 32, 5);    // row by row, 64 columns
 //   CImageView view(IMAGE_GREY_16, CSize(64, 32), pixels.data());
 //   CImageView upsideDown(IMAGE_GREY_16, CSize(64, 32), pixels.data() + 31 * 64, {2, -128, 0});
 //   auto const owner = std::make_shared<std::vector<float>>(64 * 32);
-//   auto const rows = CImageView::RowByRow(IMAGE_GREY_F, CSize(64, 32)); // {4, 256, 8192}
+//   auto const rows = CImageView::RowByRow(IMAGE_GREY_F, CSize(64, 32));
 //   CImageView kept(IMAGE_GREY_F, CSize(64, 32), owner->data(), rows, owner);
+//   std::cout << rows[1] << ' ' << view.IsWritable();  // prints 256 1
 #pragma once
 
 #include <pxlib2core/Types.h>
