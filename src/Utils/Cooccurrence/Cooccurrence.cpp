@@ -1,0 +1,223 @@
+#include <SeluUtils/Cooccurrence.h>
+
+#include "Utils/Cooccurrence/PairCounting.h"
+#include "Utils/Cooccurrence/TextureSums.h"
+
+#include <pxlib2core/Exception.h>
+#include <pxlib2core/String.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace ORVA {
+
+namespace {
+
+constexpr char c_module[] = "src/Utils/Cooccurrence";
+constexpr char c_busy[] = "Busy...";
+
+// The checks below take the location of the public operation that they guard.
+
+void CheckDirection(CTriple<long> const* direction, Impl::StExLocation const& where) {
+  if (direction == nullptr) Impl::RaiseBadParam(where, "direction is null");
+  for (long const component : {direction->x, direction->y, direction->z})
+    if (component < std::numeric_limits<std::int32_t>::min() ||
+        component > std::numeric_limits<std::int32_t>::max())
+      Impl::RaiseBadParam(where, CString("direction component %1 does not fit 32 bits")
+                                     .Arg(static_cast<int64>(component)));
+}
+
+void CheckFeatures(CValueMap const* features, Impl::StExLocation const& where) {
+  if (features == nullptr) Impl::RaiseBadParam(where, "feature map is null");
+}
+
+void CheckOutput(IImage const& out, int64 directions, Impl::StExLocation const& where) {
+  if (out.Type() != IMAGE_GREY_32) Impl::Raise(where, "output image type does not match");
+  if (out.Size() != CSize(directions, CCooccurrence::m_cGreyLevels, CCooccurrence::m_cGreyLevels))
+    Impl::Raise(where, "output image size does not match");
+}
+
+void CheckDimension(IImage const& in, Impl::StExLocation const& where) {
+  if (CCooccurrence::NumberOfDirections(in.Size().Dim()) == 0)
+    Impl::Raise(where, "image dimension does not match");
+}
+
+void CheckInPlane(IImage const& in, CTriple<long> const& direction,
+                  Impl::StExLocation const& where) {
+  if (in.Size().Dim() == 2 && direction.z != 0)
+    Impl::RaiseBadParam(where, CString("direction with dz = %1 leads out of a 2d image")
+                                   .Arg(static_cast<int64>(direction.z)));
+}
+
+int64 SaturatingProduct(int64 a, int64 b) {
+  int64 product = 0;
+  if (!__builtin_mul_overflow(a, b, &product)) return product;
+  return (a < 0) == (b < 0) ? std::numeric_limits<int64>::max() : std::numeric_limits<int64>::min();
+}
+
+// Number of pairs that the displacement leaves; not positive where it is at least as long as the
+// image along an axis.
+double NumberOfPairs(CSize const& size, CTriple<long> const& d) {
+  int64 pairs = size.x - std::abs(int64{d.x});
+  if (size.Dim() >= 2) pairs = SaturatingProduct(pairs, size.y - std::abs(int64{d.y}));
+  if (size.Dim() >= 3) pairs = SaturatingProduct(pairs, size.z - std::abs(int64{d.z}));
+  return static_cast<double>(pairs);
+}
+
+// By the names of CCooccurrence::m_cFeatureNames.
+constexpr std::array<double (*)(Impl::StTextureArrays const&) noexcept, 13> c_features = {
+    Impl::Contrast,
+    Impl::Correlation,
+    Impl::DifferenceVariance,
+    Impl::DifferenceEntropy,
+    Impl::Entropy,
+    Impl::InverseDifferenceMoment,
+    Impl::InformationMeasureOfCorrelation1,
+    Impl::InformationMeasureOfCorrelation2,
+    Impl::SecondAngularMoment,
+    Impl::SumAverage,
+    Impl::SumEntropy,
+    Impl::SumVariance,
+    Impl::Variance};
+
+} // namespace
+
+struct CCooccurrence::StArrays {
+  // C[i][j] at i * 256 + j.
+  std::vector<std::uint32_t> m_Counts = std::vector<std::uint32_t>(Impl::c_nCells);
+  Impl::StPairScratch scratch;
+  Impl::StTextureArrays texture;
+
+  [[nodiscard]] std::span<std::uint32_t, Impl::c_nCells> Counts() {
+    return std::span<std::uint32_t, Impl::c_nCells>(m_Counts);
+  }
+};
+
+CCooccurrence::CCooccurrence(char const* name, IObject const* parent)
+    : CAlgorithm(name, parent), m_Arrays(std::make_unique<StArrays>()) {}
+
+CCooccurrence::CCooccurrence(CCooccurrence const& other)
+    : CAlgorithm(other), m_Arrays(std::make_unique<StArrays>(*other.m_Arrays)) {}
+
+CCooccurrence& CCooccurrence::operator=(CCooccurrence const& other) {
+  CCooccurrence copy(other);
+  CAlgorithm::operator=(std::move(static_cast<CAlgorithm&>(copy)));
+  m_Arrays = std::move(copy.m_Arrays);
+  return *this;
+}
+
+CCooccurrence::~CCooccurrence() = default;
+
+void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* direction) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrix");
+  CheckDirection(direction, where);
+  CheckOutput(out, 1, where);
+  CheckDimension(in, where);
+  CheckInPlane(in, *direction, where);
+  CProgress progress(*this, 2, c_busy);
+  ProcessMatrix(in, direction);
+  progress.Advance();
+  DataToImage(out);
+  progress.Finish();
+}
+
+void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAllDirections");
+  CheckDimension(in, where);
+  int64 const directions = NumberOfDirections(in.Size().Dim());
+  if (in.Type() != IMAGE_GREY_8 && in.Type() != IMAGE_GREY_16)
+    Impl::Raise(where, "input image type not supported");
+  CheckOutput(out, directions, where);
+  CProgress progress(*this, directions, c_busy);
+  for (int slice = 0; slice < directions; ++slice) {
+    CTriple<long> direction = m_cDirections[static_cast<std::size_t>(slice)];
+    ProcessMatrix(in, &direction);
+    DataToImage(out, slice);
+    progress.Advance();
+  }
+  progress.Finish();
+}
+
+void CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long>* direction,
+                                    CValueMap* features) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
+  CheckDirection(direction, where);
+  CheckFeatures(features, where);
+  CheckDimension(in, where);
+  CheckInPlane(in, *direction, where);
+  CProgress progress(*this, 3, c_busy);
+  ProcessMatrix(in, direction);
+  progress.Advance();
+  PrepareArrays(NumberOfPairs(in.Size(), *direction));
+  progress.Advance();
+  ProcessMap(features);
+  progress.Finish();
+}
+
+void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
+                                             CTriple<long>* direction, CValueMap* features) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
+  CheckDirection(direction, where);
+  CheckFeatures(features, where);
+  CheckOutput(out, 1, where);
+  CheckDimension(in, where);
+  CheckInPlane(in, *direction, where);
+  CProgress progress(*this, 4, c_busy);
+  ProcessMatrix(in, direction);
+  progress.Advance();
+  DataToImage(out);
+  progress.Advance();
+  PrepareArrays(NumberOfPairs(in.Size(), *direction));
+  progress.Advance();
+  ProcessMap(features);
+  progress.Finish();
+}
+
+void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long>* direction) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ProcessMatrix");
+  if (in.Size().Dim() != 3 && in.Size().Dim() != 2) Impl::Raise(where, "Images must be 2d or 3d.");
+  auto const type = in.Type();
+  if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
+    Impl::Raise(where, "input image type does not match");
+  CImageAccess const access = in.CreateAccess(false);
+  Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
+                                static_cast<int>(type.Bytes())};
+  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_Arrays->Counts(),
+                        m_Arrays->scratch)) {
+    std::ranges::fill(m_Arrays->m_Counts, 0u);
+    Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
+  }
+}
+
+void CCooccurrence::DataToImage(IImage& out) const { DataToImage(out, 0); }
+
+void CCooccurrence::DataToImage(IImage& out, int slice) const {
+  if (out.Size().Dim() != 3 && out.Size().Dim() != 2)
+    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCooccurrence::DataToImage"),
+                "Images must be 2d or 3d.");
+  CImageAccess const access = out.CreateAccess(true);
+  std::byte* const first = access.WritableBase() + slice * access.Stride(0);
+  auto count = m_Arrays->m_Counts.begin();
+  for (int64 i = 0; i < m_cGreyLevels; ++i)
+    for (int64 j = 0; j < m_cGreyLevels; ++j, ++count)
+      std::memcpy(first + i * access.Stride(1) + j * access.Stride(2), &*count, sizeof *count);
+}
+
+void CCooccurrence::PrepareArrays(double N) {
+  if (std::abs(N) < std::numeric_limits<double>::epsilon())
+    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCooccurrence::PrepareArrays"),
+                "Cooccurrence::PrepareArrays: division by null/epsilon!");
+  Impl::FillTextureArrays(m_Arrays->texture, m_Arrays->Counts(), N);
+}
+
+void CCooccurrence::ProcessMap(CValueMap* features) const {
+  for (std::size_t k = 0; k < c_features.size(); ++k)
+    features->SetEntry(m_cFeatureNames[k], CValueDouble(c_features[k](m_Arrays->texture)));
+}
+
+} // namespace ORVA

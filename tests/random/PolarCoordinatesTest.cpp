@@ -1,0 +1,129 @@
+#include <SeluUtils/PolarCoordinates.h>
+
+#include "support/Errors.h"
+#include "support/Printers.h"
+#include "support/Random.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <string>
+#include <type_traits>
+
+using namespace ORVA;
+
+namespace {
+
+constexpr double c_pi = std::numbers::pi;
+constexpr double c_infinity = std::numeric_limits<double>::infinity();
+constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
+
+void ExpectRefused(double theta, double phi, std::string const& message, int line) {
+  test::ExpectError([&] { (void)CPolarCoordinates(theta, phi); }, message,
+                    "ORVA::CPolarCoordinates::CPolarCoordinates", "src/Utils/PolarCoordinates",
+                    line);
+}
+
+// A constant of static storage needs no code to run at load.
+constexpr CPolarCoordinates c_up(0.0, 0.0);
+
+} // namespace
+
+TEST(PolarCoordinates, KeepTheirAngles) {
+  CPolarCoordinates const d(1.25, 6.0);
+  EXPECT_EQ(d.m_Theta, 1.25);
+  EXPECT_EQ(d.m_Phi, 6.0);
+  static_assert(c_up.m_Theta == 0 && c_up.m_Phi == 0);
+  static_assert(!std::is_polymorphic_v<CPolarCoordinates>);
+}
+
+TEST(PolarCoordinates, RangeIncludesPiButNotTwoPi) {
+  EXPECT_NO_THROW(CPolarCoordinates(c_pi, 0));
+  EXPECT_NO_THROW(CPolarCoordinates(0, std::nextafter(2 * c_pi, 0)));
+  EXPECT_NO_THROW(CPolarCoordinates(-0.0, -0.0));
+  ExpectRefused(0, 2 * c_pi, "Parameter not in valid range! 0 or 6.", 42);
+  ExpectRefused(std::nextafter(c_pi, 4), 0, "Parameter not in valid range! 3 or 0.", 42);
+  ExpectRefused(-1e-300, 0, "Parameter not in valid range! -1e-300 or 0.", 42);
+  ExpectRefused(0, -1, "Parameter not in valid range! 0 or -1.", 42);
+}
+
+TEST(PolarCoordinates, AnglesMustBeFinite) {
+  ExpectRefused(c_infinity, 0, "Invalid Parameter! inf or 0.", 39);
+  ExpectRefused(-c_infinity, 0, "Invalid Parameter! -inf or 0.", 39);
+  ExpectRefused(0, c_infinity, "Invalid Parameter! 0 or inf.", 39);
+  ExpectRefused(c_nan, -1, "Invalid Parameter! nan or -1.", 39);
+  ExpectRefused(-1, c_nan, "Invalid Parameter! -1 or nan.", 39);
+}
+
+TEST(PolarCoordinates, ComeFromAVectorOfAnyLength) {
+  struct StCase {
+    double x, y, z, theta, phi;
+  };
+  for (auto const& [x, y, z, theta, phi] : {
+           StCase{0, 0, 1, 0, 0},
+           StCase{0, 0, -7, c_pi, 0},
+           StCase{1, 0, 0, c_pi / 2, 0},
+           StCase{0, 3, 0, c_pi / 2, c_pi / 2},
+           StCase{-2, 0, 0, c_pi / 2, c_pi},
+           StCase{-2, -0.0, 0, c_pi / 2, -c_pi},
+           StCase{0, -1, 0, c_pi / 2, -c_pi / 2}, // an azimuth that two angles may not have
+           StCase{1, 1, std::numbers::sqrt2, c_pi / 4, c_pi / 4},
+       }) {
+    CPolarCoordinates const d(x, y, z);
+    EXPECT_DOUBLE_EQ(d.m_Theta, theta) << x << ' ' << y << ' ' << z;
+    EXPECT_DOUBLE_EQ(d.m_Phi, phi) << x << ' ' << y << ' ' << z;
+  }
+}
+
+TEST(PolarCoordinates, ZeroVectorHasNoDirection) {
+  CPolarCoordinates const none(0, 0, 0);
+  EXPECT_TRUE(std::isnan(none.m_Theta));
+  EXPECT_TRUE(std::isnan(none.m_Phi));
+  EXPECT_FALSE(none == none);
+}
+
+TEST(PolarCoordinates, EqualWithinAMicroradian) {
+  CPolarCoordinates const d(1.0, 2.0);
+  EXPECT_TRUE(d == CPolarCoordinates(1.0 + 1e-7, 2.0));
+  EXPECT_TRUE(d == CPolarCoordinates(1.0, 2.0 - 1e-7));
+  EXPECT_FALSE(d == CPolarCoordinates(1.0 + 2e-6, 2.0));
+  EXPECT_FALSE(d == CPolarCoordinates(1.0, 2.0 + 3e-6));
+  // At the pole the azimuth means nothing; over the seam it is the same.
+  EXPECT_TRUE(c_up == CPolarCoordinates(0, 3));
+  EXPECT_TRUE(CPolarCoordinates(1, 0) == CPolarCoordinates(1, 2 * c_pi - 1e-7));
+}
+
+TEST(PolarCoordinates, RoundingAboveOneMakesADirectionDifferFromItself) {
+  auto const dotWithItself = [](double t, double p) {
+    return std::sin(t) * std::sin(t) * std::cos(p) * std::cos(p) +
+           std::sin(p) * std::sin(t) * std::sin(t) * std::sin(p) + std::cos(t) * std::cos(t);
+  };
+  int above = 0;
+  for (double theta = 0.01; theta < 3; theta += 0.05)
+    for (double phi = 0; phi < 6; phi += 0.05) {
+      CPolarCoordinates const d(theta, phi);
+      bool const isAbove = dotWithItself(theta, phi) > 1;
+      above += isAbove;
+      EXPECT_EQ(d == d, !isAbove) << theta << ' ' << phi;
+    }
+  EXPECT_GT(above, 0);
+}
+
+TEST(PolarCoordinates, UnitVectorComesBack) {
+  test::CRandomNumbers random;
+  for (int i = 0; i < 1000; ++i) {
+    double const theta = random.Real(0.001, c_pi - 0.001);
+    double const phi = random.Real(-c_pi, c_pi);
+    CPolarCoordinates const d(std::sin(theta) * std::cos(phi), std::sin(theta) * std::sin(phi),
+                              std::cos(theta));
+    CTriple<double> const unit = d;
+    EXPECT_EQ(unit, d.ConvertToCartesianRepresentation());
+    EXPECT_NEAR(d.m_Theta, theta, 1e-11);
+    EXPECT_NEAR(d.m_Phi, phi, 1e-11);
+    EXPECT_NEAR(unit.x, std::sin(theta) * std::cos(phi), 1e-14);
+    EXPECT_NEAR(unit.y, std::sin(theta) * std::sin(phi), 1e-14);
+    EXPECT_NEAR(unit.z, std::cos(theta), 1e-14);
+  }
+}

@@ -1,0 +1,316 @@
+#include "images/PixelStore.h"
+
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "images/DicomElements.h"
+#include "images/TiffPages.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include <zlib.h>
+
+namespace selu {
+namespace fs = std::filesystem;
+namespace {
+
+using std::string_view_literals::operator""sv; // NOLINT(misc-unused-using-decls)
+
+// Where the pixels are, and the most that a byte there can unpack to.
+struct StStore {
+  fs::path file;
+  std::uint64_t offset = 0; // where they begin in the file
+  double ratio = 1;
+  std::uint64_t before = 0;    // unpacked bytes before them
+  std::size_t bytesAPixel = 0; // where that may differ from the pixels in memory
+};
+// Deflate reaches 1032; bzip2 and the methods of TIFF and DICOM far more.
+constexpr double c_deflate = 1100, c_anyMethod = 65536;
+constexpr std::size_t c_headerBytes = 1 << 16;
+
+std::string Lower(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return text;
+}
+
+std::string Trimmed(std::string_view text) {
+  constexpr auto blank = " \t\r\n"sv;
+  auto const first = text.find_first_not_of(blank);
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(blank) - first + 1));
+}
+
+struct StField {
+  std::string value;
+  std::size_t end; // of its line, in bytes from the header's beginning
+};
+
+// The first header line whose key is one of these; keys are compared in lower case.
+std::optional<StField> FindField(std::string_view header, char separator,
+                                 std::initializer_list<std::string_view> keys) {
+  for (std::size_t begin = 0; begin < header.size();) {
+    auto const newline = std::min(header.find('\n', begin), header.size() - 1);
+    std::string_view const line = header.substr(begin, newline - begin);
+    begin = newline + 1;
+    if (separator == ':' && Trimmed(line).empty()) return std::nullopt; // a NRRD header's end
+    auto const split = line.find(separator);
+    if (split == std::string_view::npos) continue;
+    std::string const key = Lower(Trimmed(line.substr(0, split)));
+    if (std::find(keys.begin(), keys.end(), key) != keys.end())
+      return StField{Trimmed(line.substr(split + 1)), begin};
+  }
+  return std::nullopt;
+}
+
+[[noreturn]] void RefuseHeader(fs::path const& path, std::string const& why) {
+  throw CAppError("cannot read " + Quoted(path) + ": " + why);
+}
+
+// The file named by a header, relative to the header's folder.
+fs::path DataFile(fs::path const& header, std::string const& name) {
+  if (Lower(name.substr(0, 4)) == "list" || name.find('%') != std::string::npos)
+    RefuseHeader(header, "its pixels are spread over several files, which selu does not read");
+  return header.parent_path() / name;
+}
+
+StStore NrrdStore(fs::path const& path) {
+  std::string const header = BeginningOf(path, c_headerBytes);
+  auto const encoding = FindField(header, ':', {"encoding"});
+  auto const data = FindField(header, ':', {"data file", "datafile"});
+  std::string const method = encoding ? Lower(encoding->value) : "raw";
+  double const ratio = method == "raw"                      ? 1
+                       : method == "gz" || method == "gzip" ? c_deflate
+                                                            : c_anyMethod;
+  auto const blank = std::min(header.find("\n\n"), header.find("\r\n\r\n"));
+  if (data) return {DataFile(path, data->value), 0, ratio};
+  auto const skip = header.compare(std::min(blank, header.size()), 2, "\n\n") == 0 ? 2u : 4u;
+  return {path, blank == std::string::npos ? 0 : blank + skip, ratio};
+}
+
+// Bytes before the pixels; -1: as many as the pixels leave; 0: what the header says elsewhere.
+ORVA::int64 MetaHeaderSize(std::string_view header, fs::path const& path) {
+  auto const field = FindField(header, '=', {"headersize"});
+  if (!field) return 0;
+  auto const number = ParseIntegers(field->value);
+  if (!number || number->size() != 1 || number->front() < -1)
+    RefuseHeader(path, "its header size is no number of bytes");
+  return number->front();
+}
+
+StStore MetaStore(fs::path const& path) {
+  std::string const header = BeginningOf(path, c_headerBytes);
+  auto const packed = FindField(header, '=', {"compresseddata"});
+  auto const data = FindField(header, '=', {"elementdatafile"});
+  std::string const answer = packed ? Lower(packed->value) : "false";
+  double const ratio = answer == "true" || answer == "1" ? c_deflate : 1;
+  bool const local = !data || Lower(data->value) == "local";
+  StStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
+                   ratio};
+  auto const skipped = MetaHeaderSize(header, path);
+  if (skipped <= 0) return store; // plain pixels then end with the file, wherever they begin
+  if (static_cast<std::uint64_t>(skipped) < store.offset)
+    RefuseHeader(path, "its pixels begin inside its header");
+  store.offset = static_cast<std::uint64_t>(skipped);
+  return store;
+}
+
+// Of a pair .hdr and .img the second file, either of them perhaps gzipped.
+fs::path NiftiDataFile(fs::path const& path) {
+  std::string const ending = EndingOf(path);
+  if (!ending.starts_with(".hdr")) return path;
+  fs::path stem = path;
+  stem.replace_extension();
+  if (ending == ".hdr.gz") stem.replace_extension();
+  fs::path const plain = fs::path(stem).concat(".img");
+  return fs::exists(plain) ? plain : fs::path(stem).concat(".img.gz");
+}
+
+class CGzipFile {
+public:
+  explicit CGzipFile(fs::path const& path) : m_File(::gzopen(path.c_str(), "rb"), ::gzclose_r) {}
+  /// Bytes read into the buffer, or nothing when the file is damaged or cut off.
+  std::optional<std::size_t> Read(void* buffer, unsigned bytes) {
+    int const count = m_File ? ::gzread(m_File.get(), buffer, bytes) : -1;
+    int error = Z_OK;
+    if (m_File) (void)::gzerror(m_File.get(), &error);
+    if (count < 0 || error != Z_OK) return std::nullopt;
+    return static_cast<std::size_t>(count);
+  }
+
+private:
+  std::unique_ptr<gzFile_s, int (*)(gzFile)> m_File;
+};
+
+// Bytes of NIfTI's types of numbers; readers go by these, not by the header's own count of bits.
+std::size_t NiftiTypeBytes(int type) {
+  constexpr std::array<std::pair<int, std::size_t>, 10> types = {{{2, 1},
+                                                                  {4, 2},
+                                                                  {8, 4},
+                                                                  {16, 4},
+                                                                  {64, 8},
+                                                                  {256, 1},
+                                                                  {512, 2},
+                                                                  {768, 4},
+                                                                  {1024, 8},
+                                                                  {1280, 8}}};
+  for (auto const& [known, bytes] : types)
+    if (known == type) return bytes;
+  return 0;
+}
+
+// Where the pixels begin and how many bytes each has on disk, before a slope makes it a
+// floating-point number: by the header of NIfTI-1 or its forerunner.
+struct StNiftiHeader {
+  std::uint64_t offset = 0;
+  std::size_t bytesAPixel = 0; // 0: unknown
+};
+
+StNiftiHeader ReadNiftiHeader(fs::path const& path) {
+  std::array<char, 352> header{};
+  CGzipFile file(path); // reads plain files as well
+  auto const count = file.Read(header.data(), header.size());
+  if (!count || *count < 348) RefuseHeader(path, "the file is damaged or cut off");
+  auto const load = [&]<class T>(std::size_t place, T, bool swap) {
+    std::array<char, sizeof(T)> bytes;
+    std::memcpy(bytes.data(), header.data() + place, sizeof(T));
+    if (swap) std::reverse(bytes.begin(), bytes.end());
+    return std::bit_cast<T>(bytes);
+  };
+  bool const swapped = header[0] == 0;
+  if (load(0, std::int32_t{}, swapped) == 540)
+    RefuseHeader(path, "NIfTI-2 is not read, only NIfTI-1");
+  auto const offset = static_cast<double>(load(108, float{}, swapped));
+  bool const single = std::memcmp(header.data() + 344, "n+1", 4) == 0;
+  // Readers take pixels inside the header for such behind it.
+  if (!std::isfinite(offset) || (single && offset < 352))
+    RefuseHeader(path, "its pixels begin inside its header");
+  // In a file of their own they may be counted from its end, by a number below 0.
+  return {static_cast<std::uint64_t>(std::clamp(offset, 0.0, 1e18)),
+          NiftiTypeBytes(load(70, std::int16_t{}, swapped))};
+}
+
+StStore NiftiStore(fs::path const& path) {
+  fs::path const data = NiftiDataFile(path);
+  bool const gzipped = BeginningOf(data, 2) == "\x1f\x8b"sv;
+  auto const [offset, bytes] = ReadNiftiHeader(path);
+  return gzipped ? StStore{data, 0, c_deflate, offset, bytes} : StStore{data, offset, 1, 0, bytes};
+}
+
+StStore StoreOf(fs::path const& path, EnFormat format) {
+  switch (format) {
+  case EnFormat::Nrrd:
+    return NrrdStore(path);
+  case EnFormat::Meta:
+    return MetaStore(path);
+  case EnFormat::Nifti:
+    return NiftiStore(path);
+  case EnFormat::Png:
+    return {path, 0, c_deflate * 8}; // 1-bit pixels become bytes
+  case EnFormat::Tiff:
+  case EnFormat::Dicom:
+    break;
+  }
+  return {path, 0, c_anyMethod};
+}
+
+// Unpacks a gzip or zlib stream from a place of a file on; joined streams count as one.
+class CUnpacker {
+public:
+  CUnpacker(fs::path const& path, std::uint64_t offset) : m_File(path, std::ios::binary) {
+    m_File.seekg(static_cast<std::streamoff>(offset));
+    constexpr int anyHeader = 32; // added to the window bits: zlib's or gzip's
+    if (::inflateInit2(&m_Stream, 15 + anyHeader) != Z_OK) throw std::bad_alloc();
+  }
+  CUnpacker(CUnpacker const&) = delete;
+  CUnpacker& operator=(CUnpacker const&) = delete;
+  ~CUnpacker() { ::inflateEnd(&m_Stream); }
+
+  /// Bytes of the next piece, 0 at the end; nothing when the stream is damaged or cut off.
+  std::optional<std::size_t> Next() {
+    if (m_Ended && !NextStream()) return 0;
+    if (m_Stream.avail_in == 0 && !Fill()) return std::nullopt;
+    m_Stream.next_out = m_Out.data();
+    m_Stream.avail_out = static_cast<uInt>(m_Out.size());
+    int const status = ::inflate(&m_Stream, Z_NO_FLUSH);
+    if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
+    m_Ended = status == Z_STREAM_END;
+    std::size_t const count = m_Out.size() - m_Stream.avail_out;
+    return count > 0 || m_Ended ? std::optional(count) : Next();
+  }
+
+private:
+  bool Fill() {
+    m_File.read(reinterpret_cast<char*>(m_In.data()), static_cast<std::streamsize>(m_In.size()));
+    m_Stream.next_in = m_In.data();
+    m_Stream.avail_in = static_cast<uInt>(m_File.gcount());
+    return m_Stream.avail_in > 0;
+  }
+  // Whatever follows a stream and is no stream itself is not ours.
+  bool NextStream() {
+    if (m_Stream.avail_in == 0 && !Fill()) return false;
+    if (*m_Stream.next_in != 0x1f) return false;
+    m_Ended = false;
+    return ::inflateReset(&m_Stream) == Z_OK;
+  }
+
+  std::ifstream m_File;
+  z_stream m_Stream = {};
+  bool m_Ended = false;
+  std::vector<Bytef> m_In = std::vector<Bytef>(1 << 16), m_Out = std::vector<Bytef>(1 << 18);
+};
+
+// Unpacks as far as the pixels go, and to the end where that is near, since the checksum is there.
+void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
+  CUnpacker unpacker(store.file, store.offset);
+  double const needed = static_cast<double>(store.before) + bytes;
+  constexpr double beyond = 1 << 20;
+  double unpacked = 0;
+  for (std::size_t count = 1; count > 0 && unpacked < needed + beyond;) {
+    auto const next = unpacker.Next();
+    if (!next) throw CAppError("cannot read " + Quoted(path) + ": the file is damaged or cut off");
+    count = *next;
+    unpacked += static_cast<double>(count);
+  }
+  if (unpacked < needed)
+    throw CAppError("cannot read " + Quoted(path) + ": its header claims " + BytesText(needed) +
+                    " unpacked, but the file unpacks to " + BytesText(unpacked));
+}
+
+} // namespace
+
+fs::path PixelFile(fs::path const& path, EnFormat format) { return StoreOf(path, format).file; }
+
+void CheckPixelStore(fs::path const& path, EnFormat format) {
+  (void)SizeOfReadable(StoreOf(path, format).file, path);
+  if (format == EnFormat::Tiff) CheckTiffPages(path);
+}
+
+void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> const& extents,
+                std::size_t bytesAPixel) {
+  double pixels = 1;
+  for (auto const extent : extents) pixels *= static_cast<double>(extent);
+  StStore const store = StoreOf(path, format);
+  std::size_t const stored = store.bytesAPixel > 0 ? store.bytesAPixel : bytesAPixel;
+  double const bytes = pixels * static_cast<double>(stored);
+  auto const size = SizeOfReadable(store.file, path);
+  double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
+  if (bytes > room * store.ratio)
+    throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
+                    Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
+                    " bits, but " + (store.file == path ? "the file" : Quoted(store.file)) +
+                    " has only " + BytesText(static_cast<double>(size)));
+  RefuseBeyondMemory(pixels * static_cast<double>(bytesAPixel), "the image " + Quoted(path));
+  if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
+  if (format == EnFormat::Dicom) CheckDicomElements(path, pixels);
+}
+
+} // namespace selu

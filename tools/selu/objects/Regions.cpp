@@ -1,0 +1,145 @@
+#include "objects/Regions.h"
+
+#include "base/Texts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+
+namespace selu {
+namespace {
+
+using ORVA::int64;
+
+// A run of voxels of one label along x.
+struct StRun {
+  int64 first, last, y, z;
+};
+
+void AddRun(StRegion& region, StRun const& run) {
+  std::array<int64, 3> const low = {run.first, run.y, run.z};
+  std::array<int64, 3> const high = {run.last, run.y, run.z};
+  int64 const length = run.last - run.first + 1;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    region.low[axis] = region.voxels == 0 ? low[axis] : std::min(region.low[axis], low[axis]);
+    region.high[axis] = region.voxels == 0 ? high[axis] : std::max(region.high[axis], high[axis]);
+    region.sum[axis] +=
+        static_cast<double>(length) * static_cast<double>(low[axis] + high[axis]) / 2;
+  }
+  region.voxels += length;
+}
+
+// B. P. Welford, "Note on a Method for Calculating Corrected Sums of Squares and Products",
+// Technometrics 4 (1962) 419-420: no cancellation, however far the values are from 0.
+struct StMoments {
+  double count, mean, squares;
+  void Add(double value) {
+    count += 1;
+    double const distance = value - mean;
+    mean += distance / count;
+    squares += distance * (value - mean);
+  }
+};
+
+struct StNoIntensity {
+  void operator()(StRegion&, int64, int64) const {}
+};
+
+// Adds the intensities of the voxels with the indices begin .. end - 1 to a region, before the
+// region counts them.
+template <class T>
+struct StIntensity {
+  std::span<T const> pixels;
+  void operator()(StRegion& region, int64 begin, int64 end) const {
+    StMoments moments{static_cast<double>(region.voxels), region.mean, region.squares};
+    for (int64 i = begin; i < end; ++i)
+      moments.Add(static_cast<double>(pixels[static_cast<std::size_t>(i)]));
+    region.mean = moments.mean;
+    region.squares = moments.squares;
+  }
+};
+
+class CRegions {
+public:
+  explicit CRegions(std::filesystem::path const& path) : m_Path(path) {}
+
+  template <class T>
+  StRegion& Of(T label) {
+    if (std::cmp_less(label, 0) || std::cmp_greater(label, c_greatestLabel)) Refuse(label);
+    auto const [known, isNew] = m_Places.try_emplace(static_cast<int64>(label), m_Regions.size());
+    if (isNew) m_Regions.push_back({static_cast<int64>(label)});
+    return m_Regions[known->second];
+  }
+
+  std::vector<StRegion> Sorted() && {
+    std::ranges::sort(m_Regions, {}, &StRegion::label);
+    return std::move(m_Regions);
+  }
+
+private:
+  template <class T>
+  [[noreturn]] void Refuse(T label) const {
+    throw CAppError(Quoted(m_Path) + " has the label " + std::to_string(label) +
+                    ", but labels go from 0, the background, to " +
+                    std::to_string(c_greatestLabel));
+  }
+
+  std::filesystem::path const& m_Path;
+  std::unordered_map<int64, std::size_t> m_Places; // of a label in the list
+  std::vector<StRegion> m_Regions;
+};
+
+template <class T, class Intensity>
+void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const& size,
+                 Intensity const& intensity) {
+  int64 row = 0; // index of its first voxel
+  for (int64 z = 0; z < size.z; ++z)
+    for (int64 y = 0; y < size.y; ++y, row += size.x)
+      for (int64 x = 0; x < size.x;) {
+        T const* const line = labels.data() + row;
+        int64 const first = x;
+        T const label = line[x];
+        while (x < size.x && line[x] == label) ++x;
+        if (label == 0) continue;
+        StRegion& region = regions.Of(label);
+        intensity(region, row + first, row + x);
+        AddRun(region, {first, x - 1, y, z});
+      }
+}
+
+template <class Intensity>
+void Measure(CRegions& regions, CRawImage const& labels, Intensity const& intensity,
+             std::filesystem::path const& path) {
+  VisitPixels(labels, [&]<class T>(std::span<T const> pixels) {
+    if constexpr (std::is_integral_v<T>)
+      MeasureRows(regions, pixels, labels.Size(), intensity);
+    else
+      throw CAppError(Quoted(path) + " has " + PixelText(labels.Pixel()) +
+                      " pixels, but labels are integers");
+  });
+}
+
+} // namespace
+
+double StRegion::Deviation() const { return std::sqrt(squares / static_cast<double>(voxels)); }
+
+std::vector<StRegion> MeasureRegions(CRawImage const& labels, CRawImage const* intensity,
+                                     std::filesystem::path const& path) {
+  CRegions regions(path);
+  if (intensity == nullptr)
+    Measure(regions, labels, StNoIntensity(), path);
+  else if (intensity->Size() != labels.Size())
+    throw CAppError(Quoted(path) + " and its intensity image have different sizes");
+  else
+    VisitPixels(*intensity, [&]<class T>(std::span<T const> pixels) {
+      Measure(regions, labels, StIntensity<T>{pixels}, path);
+    });
+  auto sorted = std::move(regions).Sorted();
+  if (sorted.empty()) throw CAppError(Quoted(path) + " has no objects: all its labels are 0");
+  return sorted;
+}
+
+} // namespace selu

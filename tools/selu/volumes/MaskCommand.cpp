@@ -1,0 +1,160 @@
+#include "Commands.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/JsonValues.h"
+#include "base/Output.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
+
+#include <SeluUtils/CylinderMask.h>
+#include <pxlib2image/HeaderTools.h>
+
+#include <CLI/CLI.hpp>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <optional>
+
+namespace selu {
+namespace {
+
+constexpr char c_parametersKey[] = "cylinderMaskParameters";
+
+struct StOptions {
+  std::string image, axis, center, radius, value, output;
+  bool keepParameters = false;
+};
+
+struct StCylinder {
+  std::string axis;
+  double s = 0, t = 0, radius = 0;
+};
+
+StCylinder ParseCylinder(StOptions const& options) {
+  auto const center = ParseNumbers(options.center);
+  if (!center || center->size() != 2 || !std::isfinite((*center)[0]) ||
+      !std::isfinite((*center)[1]))
+    throw CUsageError("--center needs two finite numbers s,t, not \"" + options.center + "\"");
+  auto const radius = ParseNumbers(options.radius);
+  if (!radius || radius->size() != 1 || !std::isfinite((*radius)[0]) || (*radius)[0] < 0)
+    throw CUsageError("--radius needs a finite number, 0 or more, not \"" + options.radius + "\"");
+  return {options.axis, (*center)[0], (*center)[1], (*radius)[0]};
+}
+
+double ParseValue(StOptions const& options) {
+  auto const value = ParseNumbers(options.value);
+  if (!value || value->size() != 1)
+    throw CUsageError("--value needs a number, not \"" + options.value + "\"");
+  return (*value)[0];
+}
+
+ORVA::IImage::CType MaskedType(EnPixel pixel, std::string const& path) {
+  switch (pixel) {
+  case EnPixel::UInt8:
+    return ORVA::IMAGE_GREY_8;
+  case EnPixel::UInt16:
+    return ORVA::IMAGE_GREY_16;
+  case EnPixel::UInt32:
+    return ORVA::IMAGE_GREY_32;
+  case EnPixel::Float:
+    return ORVA::IMAGE_GREY_F;
+  default:
+    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
+                    " pixels, but the mask takes only unsigned 8, 16 and 32-bit integer and "
+                    "32-bit floating-point ones");
+  }
+}
+
+// Refuses what no voxel can become, and warns of what voxels become another number of.
+std::string CheckValue(double value, EnPixel pixel) {
+  if (pixel == EnPixel::Float) {
+    bool const held = !std::isfinite(value) || std::abs(value) <= std::numeric_limits<float>::max();
+    return held ? "" : "warning: " + Shortest(value) + " is infinite as a 32-bit number";
+  }
+  if (!std::isfinite(value))
+    throw CAppError(Shortest(value) + " is no value for " + PixelText(pixel) + " pixels");
+  double const limit = std::ldexp(1.0, static_cast<int>(PixelBytes(pixel)) * 8);
+  bool const held = value >= 0 && value < limit && std::trunc(value) == value;
+  return held ? ""
+              : "warning: " + Shortest(value) + " does not fit " + PixelText(pixel) +
+                    " pixels, which take the low bits of its whole part";
+}
+
+std::string ParametersText(ORVA::CImage const& image) {
+  ORVA::CValue parameters;
+  ORVA::CValueMap map;
+  if (ORVA::CSeluHeaderTools::GetMetaInfo(image, c_parametersKey, parameters))
+    map.SetEntry(c_parametersKey, parameters);
+  return ToJsonText(map);
+}
+
+void Run(StOptions const& options) {
+  StCylinder const cylinder = ParseCylinder(options);
+  double const value = ParseValue(options);
+  StHeader const header = ReadHeader(options.image);
+  RefuseOverwriting(options.output, options.image);
+  CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
+  CAtomicFile file(options.output);
+  std::optional<CAtomicFile> parameters;
+  if (options.keepParameters) {
+    RefuseOverwriting(options.output + ".json", options.image);
+    parameters.emplace(options.output + ".json");
+  }
+
+  auto const warning = CheckValue(value, header.pixel);
+  ORVA::CImage image = ReadImage(options.image).ToGray();
+  if (!warning.empty()) PrintNote(warning);
+  ORVA::CCylinderMask mask("mask", nullptr);
+  mask.SetCylinderParameters(image, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);
+  mask.MaskImageWithMetaInfoCylinder(image, value);
+
+  // Everything is made before the first file gets its name.
+  WriteImage(file, image);
+  if (parameters) parameters->Write(ParametersText(image));
+  file.Commit();
+  if (parameters) parameters->Commit();
+}
+
+} // namespace
+
+void AddMaskCommand(CLI::App& app) {
+  auto const options = std::make_shared<StOptions>();
+  CLI::App* const command =
+      app.add_subcommand("mask", "Overwrite every voxel outside an upright circular cylinder");
+  command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
+      ->required();
+  command->add_option("--axis", options->axis, "X, Y or Z: the axis along which the cylinder runs")
+      ->transform(CLI::IsMember({"X", "Y", "Z"}, CLI::ignore_case))
+      ->required();
+  command
+      ->add_option(
+          "--center", options->center,
+          "s,t: the center of the cross-section in voxels; y,z for X, x,z for Y, x,y for Z")
+      ->required();
+  command->add_option("--radius", options->radius, "in voxels, 0 or more")->required();
+  command->add_option("--value", options->value, "what the voxels outside become")->required();
+  command
+      ->add_option("-o,--output", options->output,
+                   "file ending in .nrrd, .mha, .nii, .nii.gz, .tif or .png")
+      ->required();
+  command->add_flag("--keep-parameters", options->keepParameters,
+                    "write the cylinder to the output's name with .json behind it, too");
+  command->footer(
+      "A voxel stays when its center lies nearer to the axis than the radius; one exactly on the\n"
+      "circle does not. Voxel centers have whole coordinates from 0. The pixels are unsigned 8, 16 "
+      "or\n"
+      "32-bit integers or 32-bit floating-point, and so are those of the output; voxel spacing "
+      "and\n"
+      "position in space are not carried over. Integer pixels take the low bits of the value's "
+      "whole\n"
+      "part, with a warning where that is another number.\n\n"
+      "--keep-parameters writes a JSON object with one entry, \"cylinderMaskParameters\", that "
+      "holds\n"
+      "\"axis\", \"s\", \"t\" and \"radius\".\n\n"
+      "Example:\n  selu mask scan.nrrd --axis Z --center 40.5,33 --radius 30 --value 0 -o "
+      "inside.nrrd --keep-parameters");
+  command->callback([options] { Run(*options); });
+}
+
+} // namespace selu

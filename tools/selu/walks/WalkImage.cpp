@@ -1,0 +1,166 @@
+#include "walks/WalkImage.h"
+
+#include "base/Errors.h"
+#include "base/Texts.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+namespace selu {
+namespace {
+
+// The axes of a plane's columns and rows.
+struct StPlaneAxes {
+  ORVA::int64 Point::*column, Point::*row;
+};
+
+StPlaneAxes AxesOf(StWalk const& walk) {
+  if (walk.dominantAxis == 0) return {&Point::y, &Point::z};
+  if (walk.dominantAxis == 1) return {&Point::x, &Point::z};
+  return {&Point::x, &Point::y};
+}
+
+template <class T>
+PixelValue ToBytes(T value) {
+  PixelValue bytes = {};
+  std::memcpy(bytes.data(), &value, sizeof value);
+  return bytes;
+}
+
+// Exactly the number that was written, or nothing.
+template <class T>
+std::optional<PixelValue> Held(std::string const& text, double number) {
+  if constexpr (std::is_integral_v<T>) {
+    T value = 0; // numbers of 64 bits, too, which a double would round
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc() && end == text.data() + text.size()) return ToBytes(value);
+    double const low = static_cast<double>(std::numeric_limits<T>::min());
+    double const beyond = std::ldexp(1.0, std::numeric_limits<T>::digits);
+    if (!(number >= low && number < beyond) || std::trunc(number) != number) return std::nullopt;
+    return ToBytes(static_cast<T>(number));
+  } else {
+    bool const fits = !std::isfinite(number) ||
+                      std::abs(number) <= static_cast<double>(std::numeric_limits<T>::max());
+    return fits ? std::optional(ToBytes(static_cast<T>(number))) : std::nullopt;
+  }
+}
+
+std::optional<PixelValue> Held(EnPixel pixel, std::string const& text, double number) {
+  switch (pixel) {
+  case EnPixel::UInt8:
+    return Held<std::uint8_t>(text, number);
+  case EnPixel::Int8:
+    return Held<std::int8_t>(text, number);
+  case EnPixel::UInt16:
+    return Held<std::uint16_t>(text, number);
+  case EnPixel::Int16:
+    return Held<std::int16_t>(text, number);
+  case EnPixel::UInt32:
+    return Held<std::uint32_t>(text, number);
+  case EnPixel::Int32:
+    return Held<std::int32_t>(text, number);
+  case EnPixel::UInt64:
+    return Held<std::uint64_t>(text, number);
+  case EnPixel::Int64:
+    return Held<std::int64_t>(text, number);
+  case EnPixel::Float:
+    return Held<float>(text, number);
+  case EnPixel::Double:
+    return Held<double>(text, number);
+  }
+  return std::nullopt;
+}
+
+template <class Function>
+void ForEachIndex(StWalk const& walk, ORVA::CSize const& size, Function const& visit) {
+  StPlaneAxes const axes = AxesOf(walk);
+  ORVA::int64 const columns = PlaneSize(walk, size).x;
+  ForEachBlock(walk, size, "", [&](std::span<Point const> points) {
+    for (auto const& p : points)
+      visit(IndexOf(p, size), static_cast<std::size_t>(p.*axes.row * columns + p.*axes.column));
+  });
+}
+
+template <class T>
+void CopyPlane(std::span<T const> pixels, ORVA::CSize const& size, StWalk const& walk,
+               ORVA::CImage& plane) {
+  auto const access = plane.CreateAccess(true);
+  auto* const to = reinterpret_cast<T*>(access.WritableBase());
+  ForEachIndex(walk, size, [&](std::size_t from, std::size_t at) { to[at] = pixels[from]; });
+}
+
+// Least and greatest finite value under the walk.
+template <class T>
+StRange FiniteRange(std::span<T const> pixels, ORVA::CSize const& size, StWalk const& walk) {
+  StRange range = {std::numeric_limits<double>::infinity(),
+                   -std::numeric_limits<double>::infinity()};
+  ForEachIndex(walk, size, [&](std::size_t from, std::size_t) {
+    auto const value = static_cast<double>(pixels[from]);
+    if (!std::isfinite(value)) return;
+    range.low = std::min(range.low, value);
+    range.high = std::max(range.high, value);
+  });
+  return range;
+}
+
+std::uint8_t Level(double value, StRange const& range) {
+  if (!(value > range.low)) return 0; // and NaN
+  if (value >= range.high) return 255;
+  // In halves, as the difference of two doubles may be infinite.
+  double const share = (value / 2 - range.low / 2) / (range.high / 2 - range.low / 2);
+  return static_cast<std::uint8_t>(std::lround(share * 255));
+}
+
+template <class T>
+void MapPlane(std::span<T const> pixels, ORVA::CSize const& size, StWalk const& walk,
+              std::optional<StRange> const& given, ORVA::CImage& plane) {
+  StRange const range = given ? *given : FiniteRange(pixels, size, walk);
+  auto const access = plane.CreateAccess(true);
+  auto* const to = reinterpret_cast<std::uint8_t*>(access.WritableBase());
+  ForEachIndex(walk, size, [&](std::size_t from, std::size_t at) {
+    to[at] = Level(static_cast<double>(pixels[from]), range);
+  });
+}
+
+} // namespace
+
+PixelValue ParsePaint(std::string const& text, EnPixel pixel) {
+  auto const numbers = ParseNumbers(text);
+  if (!numbers || numbers->size() != 1)
+    throw CUsageError("--paint needs a number, not \"" + Shown(text) + "\"");
+  auto const value = Held(pixel, text, numbers->front());
+  if (!value) throw CAppError(text + " is no value for " + PixelText(pixel) + " pixels");
+  return *value;
+}
+
+void Paint(CRawImage& image, std::span<Point const> points, PixelValue const& value) {
+  std::size_t const bytes = PixelBytes(image.Pixel());
+  auto const pixels = image.Bytes();
+  for (auto const& p : points)
+    std::memcpy(pixels.data() + IndexOf(p, image.Size()) * bytes, value.data(), bytes);
+}
+
+ORVA::CSize PlaneSize(StWalk const& walk, ORVA::CSize const& size) {
+  auto const [column, row] = AxesOf(walk);
+  Point const extents(size.x, size.y, size.z);
+  return {extents.*column, extents.*row};
+}
+
+ORVA::CImage ResamplePlane(CRawImage const& image, StWalk const& walk,
+                           std::optional<StRange> const& range) {
+  bool const isWide = image.Pixel() == EnPixel::UInt16 && !range;
+  ORVA::CImage plane(isWide ? ORVA::IMAGE_GREY_16 : ORVA::IMAGE_GREY_8,
+                     PlaneSize(walk, image.Size()));
+  VisitPixels(image, [&]<class T>(std::span<T const> pixels) {
+    if constexpr (std::is_same_v<T, std::uint8_t> || std::is_same_v<T, std::uint16_t>)
+      if (!range) return CopyPlane(pixels, image.Size(), walk, plane);
+    MapPlane(pixels, image.Size(), walk, range, plane);
+  });
+  return plane;
+}
+
+} // namespace selu
