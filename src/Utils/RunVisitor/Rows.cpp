@@ -1,0 +1,126 @@
+#include "Utils/RunVisitor/Rows.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <iterator>
+#include <tuple>
+#include <utility>
+
+namespace ORVA::Impl {
+
+namespace {
+
+using Field = std::uint32_t StRow::*;
+
+bool RowLess(StRow const& a, StRow const& b) {
+  return std::tie(a.z, a.y, a.low, a.high) < std::tie(b.z, b.y, b.low, b.high);
+}
+
+bool IsSameLine(StRow const& a, StRow const& b) { return a.z == b.z && a.y == b.y; }
+
+constexpr int c_digitBits = 11;
+constexpr std::size_t c_digits = std::size_t{1} << c_digitBits;
+
+// One stable pass of a radix sort, by one digit of a field.
+void SortByDigit(Rows& rows, Rows& sorted, Field field, std::uint32_t least, int shift) {
+  std::array<std::size_t, c_digits + 1> places{};
+  auto const digit = [=](StRow const& row) {
+    return ((row.*field - least) >> shift) & (c_digits - 1);
+  };
+  for (StRow const& row : rows) ++places[digit(row) + 1];
+  for (std::size_t k = 1; k < places.size(); ++k) places[k] += places[k - 1];
+  for (StRow const& row : rows) sorted[places[digit(row)]++] = row;
+  rows.swap(sorted);
+}
+
+// Joins a row to the one before where it follows that without a gap.
+void Append(Rows& rows, StRow const& row) {
+  if (!rows.empty() && IsSameLine(rows.back(), row) && row.low == rows.back().high + 1) {
+    rows.back().high = row.high;
+  } else {
+    rows.push_back(row);
+  }
+}
+
+} // namespace
+
+void SortRows(Rows& rows) {
+  constexpr std::size_t c_few = 1000; // then the passes' counts cost more than comparisons
+  if (rows.size() < c_few) {
+    std::sort(rows.begin(), rows.end(), RowLess);
+    return;
+  }
+  Rows sorted(rows.size());
+  for (Field const field : {&StRow::low, &StRow::y, &StRow::z}) {
+    auto const [lowest, highest] = std::ranges::minmax(rows, {}, field);
+    std::uint32_t const least = lowest.*field;
+    auto const bits = static_cast<int>(std::bit_width(highest.*field - least));
+    for (int shift = 0; shift < bits; shift += c_digitBits)
+      SortByDigit(rows, sorted, field, least, shift);
+  }
+}
+
+void JoinRows(Rows& rows) {
+  std::size_t kept = 0;
+  for (StRow const& row : rows) {
+    if (kept > 0 && IsSameLine(rows[kept - 1], row) && row.low <= rows[kept - 1].high + 1) {
+      rows[kept - 1].high = std::max(rows[kept - 1].high, row.high);
+    } else {
+      rows[kept++] = row;
+    }
+  }
+  rows.resize(kept);
+}
+
+void AppendInside(Rows& crossings, EnWinding rule, Rows& rows) {
+  SortRows(crossings);
+  std::uint32_t winding = 0; // modulo 2^32
+  for (std::size_t k = 0; k < crossings.size(); ++k) {
+    StRow const& crossing = crossings[k];
+    winding += crossing.high;
+    if (k + 1 == crossings.size() || !IsSameLine(crossing, crossings[k + 1])) {
+      winding = 0;
+    } else if (IsInside(static_cast<std::int32_t>(winding), rule) &&
+               crossing.low < crossings[k + 1].low) {
+      Append(rows, {crossing.z, crossing.y, crossing.low, crossings[k + 1].low - 1});
+    }
+  }
+}
+
+Rows Union(Rows const& a, Rows const& b) {
+  Rows rows(a.size() + b.size());
+  std::merge(a.begin(), a.end(), b.begin(), b.end(), rows.begin(), RowLess);
+  JoinRows(rows);
+  rows.shrink_to_fit();
+  return rows;
+}
+
+Rows Difference(Rows const& from, Rows const& taken) {
+  Rows left;
+  auto t = taken.begin();
+  auto const isBefore = [](StRow const& a, StRow const& b) {
+    return std::tie(a.z, a.y, a.high) < std::tie(b.z, b.y, b.low);
+  };
+  for (StRow row : from) {
+    while (t != taken.end() && isBefore(*t, row)) ++t;
+    bool isLeft = true;
+    for (; t != taken.end() && IsSameLine(*t, row) && t->low <= row.high; ++t) {
+      if (t->low > row.low) left.push_back({row.z, row.y, row.low, t->low - 1});
+      row.low = t->high + 1;
+      isLeft = t->high < row.high;
+      if (!isLeft) break; // this one may reach into the next row as well
+    }
+    if (isLeft) left.push_back(row);
+  }
+  return left;
+}
+
+Rows WithBoundary(Rows halfOpen, Rows outline, EnBoundary boundary) {
+  if (boundary == EnBoundary::HalfOpen) return halfOpen;
+  SortRows(outline);
+  JoinRows(outline);
+  return boundary == EnBoundary::Closed ? Union(halfOpen, outline) : Difference(halfOpen, outline);
+}
+
+} // namespace ORVA::Impl
