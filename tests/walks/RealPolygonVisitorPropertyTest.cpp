@@ -160,8 +160,8 @@ struct StCoordinates {
 constexpr StCoordinates c_coordinates[] = {{"whole numbers", Whole, 30, 200},
                                            {"quarters", Quarter, 30, 200},
                                            {"any numbers", Any, 250, 100},
-                                           {"next to whole numbers", Near, 2500, 20},
-                                           {"next to zero", Tiny, 2500, 20}};
+                                           {"next to whole numbers", Near, 2500, 50},
+                                           {"next to zero", Tiny, 2500, 50}};
 
 Outline RandomOutline(test::CRandomNumbers& random, MakeCoordinate make) {
   Outline outline(random.Between<std::size_t>(1, 7));
