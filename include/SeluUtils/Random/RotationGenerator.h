@@ -1,8 +1,10 @@
 // What every generator of random rotations offers.
 //
-//   void Draw(IRotationGenerator& generator, std::span<CTriple<double>> directions) {
-//     for (auto& d : directions) d = generator().getDirectionVector();
-//   }
+//   #include <SeluUtils/Random/IsotropicRotation.h>
+//   #include <memory>
+//   CIsotropicRotation isotropic;
+//   IRotationGenerator& generator = isotropic;
+//   CTriple<double> const direction = generator().getDirectionVector();
 //   std::unique_ptr<IRotationGenerator> const copy(generator.Clone());
 #pragma once
 
