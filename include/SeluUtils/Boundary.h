@@ -1,8 +1,10 @@
 // What belongs to a shape: which points of its outline or surface, and what counts as inside.
 //
-//   CRealPolygonVisitor left(outline, EnBoundary::HalfOpen), right(neighbor, EnBoundary::HalfOpen);
-//   // no point belongs to both, and none between them to neither
-//   CSolidVisitor parts(corners, triangles, EnBoundary::Closed, EnWinding::NonZero);
+//   #include <SeluUtils/RealPolygonVisitor.h>
+//   #include <iostream>
+//   CRealPolygonVisitor::Outline const square{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}};
+//   for (auto const boundary : {EnBoundary::Open, EnBoundary::HalfOpen, EnBoundary::Closed})
+//     std::cout << CRealPolygonVisitor(square, boundary).Steps() << ' '; // prints 1 4 9
 #pragma once
 
 namespace ORVA {

@@ -1,9 +1,12 @@
 // Walks the pixels in polygons whose corners lie between the pixels, decided exactly.
 //
-//   std::vector<CTriple<double>> const outline{{0.5, 0.25, 0}, {9.1, 0, 0}, {4.4, 7.75, 0}};
-//   CRealPolygonVisitor polygon(outline);                                 // inside or on it
-//   for (auto const& p : ORVA::Points(polygon)) Visit(p);                 // <SeluUtils/Walker.h>
-//   CRealPolygonVisitor cell(outline, EnBoundary::HalfOpen);              // as a part of a tiling
+//   #include <iostream>
+//   CRealPolygonVisitor::Outline const outline{{0.5, 0.25, 0}, {3.1, 0.5, 0}, {1.75, 3.25, 0}};
+//   CRealPolygonVisitor polygon(outline);                                   // inside or on it
+//   while (polygon.MorePoints()) {
+//     auto const p = polygon.NextPoint();
+//     std::cout << p.x << ',' << p.y << ' ';                                // prints 1,1 2,1 2,2
+//   }
 #pragma once
 
 #include <SeluUtils/Boundary.h>

@@ -1,7 +1,8 @@
 // The window of the voxels in a box whose sides lie between the voxels.
 //
-//   CWindowVisitor box = RealWindow({0.5, 0.5, 0}, {9.25, 4, 2});       // from (1, 1, 0) to (9, 4,
-//   2) box.SetImageSize(image.Size()); while (box.MorePoints()) Visit(box.NextPoint());
+//   #include <iostream>
+//   CWindowVisitor box = RealWindow({0.5, 0.5, 0}, {9.25, 4, 2});
+//   std::cout << "x from " << box.Low().x << " to " << box.High().x;        // prints x from 1 to 9
 #pragma once
 
 #include <SeluUtils/Boundary.h>

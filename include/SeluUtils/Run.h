@@ -1,7 +1,8 @@
 // A row of grid points along one axis: what walkers hand out whose points come in rows.
 //
-//   for (auto const& [first, axis, length] : ORVA::Runs(polygon))   // <SeluUtils/Walker.h>
-//     Fill(first, axis, length);                                    // length points from first on
+//   #include <iostream>
+//   auto const [first, axis, length] = StRun{{4, 2, 7}, 0, 3}; // (4, 2, 7), (5, 2, 7), (6, 2, 7)
+//   std::cout << "x from " << first.x << " to " << first.x + length - 1; // prints x from 4 to 6
 #pragma once
 
 #include <SeluUtils/Triple.h>

@@ -1,10 +1,10 @@
 // Walks a region of the grid row by row along x: what the walkers of solids and such share.
 //
-//   CSolidVisitor solid(corners, triangles, EnBoundary::Closed);          // is a CRunVisitor
-//   solid.SetImageSize(image.Size());                                     // only what lies inside
-//   for (auto const& p : ORVA::Points(solid)) Visit(p);                   // <SeluUtils/Walker.h>
-//   solid.Rewind();
-//   while (solid.MorePoints()) Fill(solid.NextRun());                     // whole rows at a time
+//   #include <SeluUtils/EllipsoidVisitor.h>
+//   #include <iostream>
+//   CEllipsoidVisitor ball(CTriple<double>(0, 0, 0), 1.0);                  // is a CRunVisitor
+//   ball.SetImageSize(CSize(64, 64, 64));                                   // only what is inside
+//   while (ball.MorePoints()) std::cout << ball.NextRun().length << ' ';    // prints 2 1 1
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,11 +1,14 @@
 // Walks every lattice point of a solid given by its faces: concave, hollow or with holes, exactly.
 //
-//   std::vector<CTriple<int64>> const corners{{0, 0, 0}, {9, 0, 0}, {0, 9, 0}, {0, 0, 9}};
-//   std::vector<CSolidVisitor::Triangle> const triangles{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2,
-//   3}}; CSolidVisitor solid(corners, triangles, NEIGHBORHOOD_26, true);       // with digital
-//   faces for (auto const& p : ORVA::Points(solid)) Visit(p);                   //
-//   <SeluUtils/Walker.h> CSolidVisitor inside(corners, triangles, EnBoundary::Closed);         //
-//   inside or on it, no more
+//   #include <SeluBase/Neighborhood.h>
+//   #include <SeluUtils/Walker.h>
+//   #include <iostream>
+//   std::vector<CTriple<int64>> const corners{{0, 0, 0}, {3, 0, 0}, {0, 3, 0}, {0, 0, 3}};
+//   std::vector<CSolidVisitor::Triangle> const faces{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2, 3}};
+//   CSolidVisitor solid(corners, faces, NEIGHBORHOOD_26, true);             // with digital faces
+//   int64 sum = 0;
+//   for (auto const& p : Points(solid)) sum += p.x;
+//   std::cout << solid.Steps() << " points, " << sum;                       // prints 20 points, 15
 #pragma once
 
 #include <SeluUtils/Boundary.h>

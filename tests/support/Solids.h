@@ -24,7 +24,7 @@ using Face = ORVA::CSolidVisitor::Face;
 
 /// All faces turn the same way as seen from outside, or all the other way.
 struct StSolid {
-  Points corners;
+  PointList corners;
   std::vector<Face> faces;
 
   [[nodiscard]] Polygon Corners(Face const& face) const {

@@ -18,7 +18,7 @@ namespace {
 
 using namespace ORVA;
 using test::Point;
-using test::Points;
+using test::PointList;
 using Real = CTriple<double>;
 
 static_assert(RewindableWalker<CEllipsoidVisitor>);
@@ -39,7 +39,7 @@ TEST(EllipsoidVisitor, HandsOutPointsInRasterOrder) {
     char const* name;
     Real center, semiAxes;
     bool border;
-    Points expected;
+    PointList expected;
   } const cases[] = {
       {"no points", {0.5, 0.5, 0.5}, {0.5, 0.5, 0.5}, true, {}},
       {"one point", {3, 4, 5}, {0.5, 0.25, 0.125}, false, {{3, 4, 5}}},
@@ -92,7 +92,7 @@ void ExpectExact(Real const& center, Real const& semiAxes, int bits = 100) {
   SCOPED_TRACE(testing::Message() << std::hexfloat << center.x << ' ' << center.y << ' ' << center.z
                                   << ", " << semiAxes.x << ' ' << semiAxes.y << ' ' << semiAxes.z);
   CInequality const inequality(center, semiAxes, bits);
-  Points closed, open;
+  PointList closed, open;
   for (Point const& p : test::BoxPoints({-7, -7, -7}, {7, 7, 7})) {
     int const side = inequality.Side(p);
     if (side <= 0) closed.push_back(p);

@@ -92,7 +92,7 @@ std::string Text(std::vector<Outline> const& outlines) {
   return text.str();
 }
 
-void ExpectWalk(CRealPolygonVisitor polygon, test::Points const& expected) {
+void ExpectWalk(CRealPolygonVisitor polygon, test::PointList const& expected) {
   EXPECT_EQ(polygon.Steps(), expected.size());
   EXPECT_EQ(polygon.Remaining(), expected.size());
   EXPECT_EQ(test::Walk(polygon), expected);
@@ -101,7 +101,7 @@ void ExpectWalk(CRealPolygonVisitor polygon, test::Points const& expected) {
 constexpr Int c_reach = 4;
 
 struct StExpected {
-  test::Points open, halfOpen, closed;
+  test::PointList open, halfOpen, closed;
 };
 
 void ExpectExactWalks(std::vector<Outline> const& outlines, int smallest) {
@@ -205,7 +205,7 @@ TEST(RealPolygonVisitorProperty, TrianglesThatTileASquareCoverEachPointOnce) {
     Corner const middle(middleX, kind.make(random), 0);
     double const onSide = kind.make(random);
     Outline const ring{{-4, -4, 0}, {onSide, -4, 0}, {4, -4, 0}, {4, 4, 0}, {-4, 4, 0}};
-    test::Points all;
+    test::PointList all;
     for (std::size_t i = 0; i < ring.size(); ++i) {
       Outline part{ring[i], ring[(i + 1) % ring.size()], middle};
       if (random.Between(0, 1) == 0) std::ranges::reverse(part);

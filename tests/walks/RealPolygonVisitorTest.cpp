@@ -14,7 +14,7 @@ namespace {
 
 using namespace ORVA;
 using test::Point;
-using test::Points;
+using test::PointList;
 using Outline = CRealPolygonVisitor::Outline;
 
 static_assert(RewindableWalker<CRealPolygonVisitor>);
@@ -24,7 +24,7 @@ TEST(RealPolygonVisitor, HandsOutPointsInRasterOrder) {
     char const* name;
     Outline outline;
     EnBoundary boundary;
-    Points expected;
+    PointList expected;
   } const cases[] = {
       {"nothing", {}, EnBoundary::Closed, {}},
       {"a corner on a pixel", {{2, 3, 5}}, EnBoundary::Closed, {{2, 3, 5}}},
@@ -82,7 +82,7 @@ TEST(RealPolygonVisitor, FarCornersAreExact) {
   constexpr auto last = static_cast<int64>(far);
   Outline const sliver{{-far, -1, 0}, {far, 1, 0}, {far, std::nextafter(1.0, 2.0), 0}};
   EXPECT_EQ(test::Walk(CRealPolygonVisitor(sliver)),
-            (Points{{-last, -1, 0}, {0, 0, 0}, {last, 1, 0}}));
+            (PointList{{-last, -1, 0}, {0, 0, 0}, {last, 1, 0}}));
   Outline const row{{-far, 0, 0}, {far, 0, 0}};
   EXPECT_EQ(CRealPolygonVisitor(row).Steps(), (uint64{1} << 31) + 1);
 }
