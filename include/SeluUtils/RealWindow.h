@@ -7,8 +7,8 @@
 
 #include <SeluUtils/Boundary.h>
 #include <SeluUtils/Export.h>
-#include <SeluUtils/ImageWalker.h>
 #include <SeluUtils/Triple.h>
+#include <SeluUtils/WindowVisitor.h>
 
 namespace ORVA {
 

@@ -3,11 +3,12 @@
 //   #include <SeluUtils/EllipsoidVisitor.h>
 //   #include <iostream>
 //   CEllipsoidVisitor ball(CTriple<double>(0, 0, 0), 1.0);                  // is a CRunVisitor
-//   ball.SetImageSize(CSize(64, 64, 64));                                   // only what is inside
+//   ball.SetImageSize({64, 64, 64});                                        // only what is inside
 //   while (ball.MorePoints()) std::cout << ball.NextRun().length << ' ';    // prints 2 1 1
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
@@ -38,18 +39,13 @@ struct StRegion {
 } // namespace Impl
 
 /// Hands out its points in raster order, x fastest, then y, then z, each once. Points and whole
-/// runs can be taken in turns. A copy walks on independently; a walk that was moved from has no
-/// points. 16 bytes per run, O(1) time per point or run.
+/// runs can be taken in turns. A copy walks on independently; an assignment that runs out of memory
+/// changes nothing, and a walk that was moved from has no points. 16 bytes per run, O(1) time per
+/// point or run.
 class SELUUTILS_EXPORT CRunVisitor {
 public:
   /// A walk without points.
   CRunVisitor() = default;
-  CRunVisitor(CRunVisitor const&) = default;
-  CRunVisitor(CRunVisitor&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CRunVisitor& operator=(CRunVisitor const& other) { return *this = CRunVisitor(other); }
-  CRunVisitor& operator=(CRunVisitor&&) noexcept = default;
-  ~CRunVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
@@ -82,7 +78,10 @@ public:
   void Reset() noexcept { Rewind(); }
   /// Leaves out for good what lies outside an image of this size, and starts anew. O(runs).
   void SetImageSize(CTriple<int64> size) noexcept;
-  void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+  template <class = void>
+  void SetImageSize(CSize size) noexcept {
+    SetImageSize(CTriple<int64>(size.x, size.y, size.z));
+  }
 
 protected:
   /// CExBadParam for more points than 64 bits count.
@@ -92,6 +91,7 @@ private:
   void EnterRun() noexcept;
   void LeaveRun() noexcept;
 
+  Impl::CKeptList<Impl::StRegion> m_Region;
   // The next point is (m_X, m_Y, m_Z), all 0 after the last one. What changes from point to point
   // does not lie side by side: compilers would join two such numbers into one load, which has to
   // wait for the stores of both.
@@ -102,7 +102,6 @@ private:
   Impl::CUntilMoved<uint64> m_Later; // points of the runs behind this one
   Impl::CUntilMoved<uint64> m_Steps;
   std::size_t m_Run = 0; // the run being walked
-  Impl::StRegion m_Region;
 };
 
 } // namespace ORVA

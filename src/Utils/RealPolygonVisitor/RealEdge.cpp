@@ -1,5 +1,6 @@
 #include "Utils/RealPolygonVisitor/RealEdge.h"
 
+#include "Utils/Exact.h"
 #include "Utils/ExactReal.h"
 
 #include <cmath>
@@ -7,8 +8,6 @@
 namespace ORVA::Impl {
 
 namespace {
-
-__extension__ using int128 = __int128;
 
 constexpr double c_fixedScale = 0x1p30;
 

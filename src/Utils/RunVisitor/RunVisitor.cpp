@@ -31,7 +31,7 @@ std::pair<int64, int64> Clipped(int64 origin, uint64 low, uint64 high, int64 ext
 } // namespace
 
 CRunVisitor::CRunVisitor(Impl::StRegion region)
-    : m_Steps(CountPoints(region.rows)), m_Region(std::move(region)) {
+    : m_Region(std::move(region)), m_Steps(CountPoints(m_Region->rows)) {
   Rewind();
 }
 
@@ -48,15 +48,15 @@ void CRunVisitor::LeaveRun() noexcept {
 }
 
 void CRunVisitor::EnterRun() noexcept {
-  if (m_Run >= m_Region.rows.size()) {
+  if (m_Run >= m_Region->rows.size()) {
     m_LeftInRun = 0;
     m_X = m_Y = m_Z = 0;
     return;
   }
-  Impl::StRow const& row = m_Region.rows[m_Run];
-  m_X = m_Region.origin.x + int64{row.low};
-  m_Y = m_Region.origin.y + int64{row.y};
-  m_Z = m_Region.origin.z + int64{row.z};
+  Impl::StRow const& row = m_Region->rows[m_Run];
+  m_X = m_Region->origin.x + int64{row.low};
+  m_Y = m_Region->origin.y + int64{row.y};
+  m_Z = m_Region->origin.z + int64{row.z};
   m_LeftInRun = static_cast<int64>(Length(row));
   m_Later -= Length(row);
 }
@@ -67,18 +67,18 @@ void CRunVisitor::SetImageSize(CTriple<int64> size) noexcept {
   };
   std::size_t kept = 0;
   uint64 points = 0;
-  for (Impl::StRow const& row : m_Region.rows) {
-    auto const [low, high] = Clipped(m_Region.origin.x, row.low, row.high, size.x);
-    if (low > high || !isIn(m_Region.origin.y + int64{row.y}, size.y) ||
-        !isIn(m_Region.origin.z + int64{row.z}, size.z))
+  for (Impl::StRow const& row : m_Region->rows) {
+    auto const [low, high] = Clipped(m_Region->origin.x, row.low, row.high, size.x);
+    if (low > high || !isIn(m_Region->origin.y + int64{row.y}, size.y) ||
+        !isIn(m_Region->origin.z + int64{row.z}, size.z))
       continue;
-    Impl::StRow const clipped{row.z, row.y, static_cast<std::uint32_t>(low - m_Region.origin.x),
-                              static_cast<std::uint32_t>(high - m_Region.origin.x)};
-    m_Region.rows[kept++] = clipped;
+    Impl::StRow const clipped{row.z, row.y, static_cast<std::uint32_t>(low - m_Region->origin.x),
+                              static_cast<std::uint32_t>(high - m_Region->origin.x)};
+    m_Region->rows[kept++] = clipped;
     points += Length(clipped);
   }
-  m_Region.rows.erase(m_Region.rows.begin() + static_cast<std::ptrdiff_t>(kept),
-                      m_Region.rows.end());
+  m_Region->rows.erase(m_Region->rows.begin() + static_cast<std::ptrdiff_t>(kept),
+                       m_Region->rows.end());
   m_Steps = points;
   Rewind();
 }

@@ -1,7 +1,5 @@
 #include "Utils/SolidVisitor/Mesh.h"
 
-#include "Utils/SolidVisitor/Division.h"
-
 #include <pxlib2core/String.h>
 
 #include <algorithm>
@@ -78,7 +76,7 @@ StMesh MakeMesh(std::span<CTriple<int64> const> corners, std::span<Face const> f
   // Digital faces stray from corners by less than the slack, and only they do.
   int64 const slack = unit == 1 ? c_slack : 0;
   auto const origin = [&](int64 CTriple<int64>::*axis) {
-    return Divide(CheckedLeast(corners, mesh.faceCorners, axis), unit).floor - slack;
+    return FloorDivided(CheckedLeast(corners, mesh.faceCorners, axis), unit) - slack;
   };
   mesh.origin = {origin(&CTriple<int64>::x), origin(&CTriple<int64>::y),
                  origin(&CTriple<int64>::z)};

@@ -1,6 +1,7 @@
 // The faces of a solid, checked, as the scan and the walk of its surface need them.
 #pragma once
 
+#include "Utils/Exact.h"
 #include "Utils/RunVisitor/Rows.h"
 
 #include <SeluUtils/SolidVisitor.h>
@@ -12,9 +13,6 @@
 #include <vector>
 
 namespace ORVA::Impl {
-
-__extension__ using int128 = __int128;
-__extension__ using uint128 = unsigned __int128;
 
 inline constexpr char c_solidModule[] = "src/Utils/SolidVisitor";
 inline constexpr char c_solidConstructor[] = "ORVA::CSolidVisitor::CSolidVisitor";
