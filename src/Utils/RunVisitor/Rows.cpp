@@ -20,16 +20,20 @@ bool RowLess(StRow const& a, StRow const& b) {
 bool IsSameLine(StRow const& a, StRow const& b) { return a.z == b.z && a.y == b.y; }
 
 constexpr int c_digitBits = 11;
-constexpr std::size_t c_digits = std::size_t{1} << c_digitBits;
+constexpr std::uint32_t c_digits = 1U << c_digitBits;
 
-// One stable pass of a radix sort, by one digit of a field.
-void SortByDigit(Rows& rows, Rows& sorted, Field field, std::uint32_t least, int shift) {
-  std::array<std::size_t, c_digits + 1> places{};
+// One stable pass of a radix sort, by one digit of a field whose values are least ... least +
+// range.
+void SortByDigit(Rows& rows, Rows& sorted, Field field, std::uint32_t least, std::uint32_t range,
+                 int shift) {
+  std::array<std::uint32_t, c_digits + 1> places; // as far as there are digits
+  std::uint32_t const digits = std::min(c_digits, (range >> shift) + 1);
+  std::fill_n(places.begin(), digits + 1, 0U);
   auto const digit = [=](StRow const& row) {
     return ((row.*field - least) >> shift) & (c_digits - 1);
   };
   for (StRow const& row : rows) ++places[digit(row) + 1];
-  for (std::size_t k = 1; k < places.size(); ++k) places[k] += places[k - 1];
+  for (std::uint32_t k = 1; k <= digits; ++k) places[k] += places[k - 1];
   for (StRow const& row : rows) sorted[places[digit(row)]++] = row;
   rows.swap(sorted);
 }
@@ -46,18 +50,18 @@ void Append(Rows& rows, StRow const& row) {
 } // namespace
 
 void SortRows(Rows& rows) {
-  constexpr std::size_t c_few = 1000; // then the passes' counts cost more than comparisons
-  if (rows.size() < c_few) {
+  constexpr std::size_t c_few = 100; // then the passes' counts cost more than comparisons
+  if (rows.size() < c_few || rows.size() > UINT32_MAX) {
     std::sort(rows.begin(), rows.end(), RowLess);
     return;
   }
   Rows sorted(rows.size());
   for (Field const field : {&StRow::low, &StRow::y, &StRow::z}) {
     auto const [lowest, highest] = std::ranges::minmax(rows, {}, field);
-    std::uint32_t const least = lowest.*field;
-    auto const bits = static_cast<int>(std::bit_width(highest.*field - least));
+    std::uint32_t const least = lowest.*field, range = highest.*field - least;
+    auto const bits = static_cast<int>(std::bit_width(range));
     for (int shift = 0; shift < bits; shift += c_digitBits)
-      SortByDigit(rows, sorted, field, least, shift);
+      SortByDigit(rows, sorted, field, least, range, shift);
   }
 }
 
