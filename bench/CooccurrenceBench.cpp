@@ -40,7 +40,7 @@ struct StImage {
   Direction extent;
   std::vector<std::uint8_t> voxels;
 
-  [[nodiscard]] StGreyBlock Block() const {
+  [[nodiscard]] StGrayBlock Block() const {
     return {.base = reinterpret_cast<std::byte const*>(voxels.data()),
             .extent = extent,
             .stride = {1, extent[0], extent[0] * extent[1]}};

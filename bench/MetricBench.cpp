@@ -1,5 +1,5 @@
-// Distances beside the loop that a caller would write, and neighbour tables beside one that tests
-// every neighbour of every cell.
+// Distances beside the loop that a caller would write, and neighbor tables beside one that tests
+// every neighbor of every cell.
 #include <SeluUtils/Metric.h>
 
 #include <SeluBase/Neighborhood.h>
@@ -118,8 +118,8 @@ void RegisterTables(int64 n, EEdgeTreatment::EnEdgeTreatmentId edge, std::string
               return Ours(a, b, window, Edge::Periodic);
             });
   distances("distance, 3D periodic/hand-written loop", PeriodicLoop);
-  RegisterTables(64, Edge::NoEdgeTreatment, "neighbour table, 64^3");
-  RegisterTables(64, Edge::Periodic, "neighbour table, 64^3 periodic");
+  RegisterTables(64, Edge::NoEdgeTreatment, "neighbor table, 64^3");
+  RegisterTables(64, Edge::Periodic, "neighbor table, 64^3 periodic");
   return true;
 }();
 

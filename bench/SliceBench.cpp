@@ -31,7 +31,7 @@ std::size_t Index(int64 x, int64 y, int64 z) {
   return static_cast<std::size_t>((z * c_edge + y) * c_edge + x);
 }
 
-// Planes through about the centre: along the axes, little inclined, oblique, of each dominant axis.
+// Planes through about the center: along the axes, little inclined, oblique, of each dominant axis.
 constexpr std::array<Normal, 8> c_normals = {{{0, 0, 1},
                                               {0.1, 0.2, 1},
                                               {0.6, -0.7, 1},

@@ -43,9 +43,9 @@ static void Distances() {
   std::vector<double> const a{1, 1, 5}, b{9, 9, 5}, period{10, 10, 10};
   std::cout << CMetric::EuclideanDistance(a, b, period, EEdgeTreatment::Periodic)
             << '\n'; // sqrt(8)
-  std::vector<std::vector<int64>> neighbours;
-  CMetric::CalculateNeighbourTable(&neighbours, 3, 20, EEdgeTreatment::NoEdgeTreatment);
-  std::cout << neighbours[0][26] << '\n'; // behind its 26 neighbours the cell itself, 0
+  std::vector<std::vector<int64>> neighbors;
+  CMetric::CalculateNeighbourTable(&neighbors, 3, 20, EEdgeTreatment::NoEdgeTreatment);
+  std::cout << neighbors[0][26] << '\n'; // behind its 26 neighbors the cell itself, 0
 }
 
 int main() {

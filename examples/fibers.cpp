@@ -1,4 +1,4 @@
-// A volume of fibres with random directions, and their direction found again by texture.
+// A volume of fibers with random directions, and their direction found again by texture.
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -33,7 +33,7 @@ static CTriple<int64> Voxel(CTriple<double> const& p) {
   return {std::lround(p.x), std::lround(p.y), std::lround(p.z)};
 }
 
-static CImage Fibres(IRotationGenerator& direction, CSize const& size, int count) {
+static CImage Fibers(IRotationGenerator& direction, CSize const& size, int count) {
   CImage image(IMAGE_GREY_8, size);
   auto const access = image.CreateAccess(true);
   CUniformPoint const place({64.0, 64.0, 64.0});
@@ -52,7 +52,7 @@ static CImage Fibres(IRotationGenerator& direction, CSize const& size, int count
   return image;
 }
 
-// The fixed direction along which the grey values differ least.
+// The fixed direction along which the gray values differ least.
 static CTriple<long> Anisotropy(CImage const& image) {
   CCooccurrence texture("texture", nullptr);
   CTriple<long> best;
@@ -70,7 +70,7 @@ static CTriple<long> Anisotropy(CImage const& image) {
 int main() {
   Draws();
   CVonMisesFisher direction(100.0, CPolarCoordinates(std::numbers::pi / 2, std::numbers::pi / 4));
-  CTriple<long> const d = Anisotropy(Fibres(direction, CSize(64, 64, 64), 400));
-  std::cout << "fibres along " << d.x << ',' << d.y << ',' << d.z << '\n';
+  CTriple<long> const d = Anisotropy(Fibers(direction, CSize(64, 64, 64), 400));
+  std::cout << "fibers along " << d.x << ',' << d.y << ',' << d.z << '\n';
   return d == CTriple<long>(1, 1, 0) ? 0 : 1;
 }

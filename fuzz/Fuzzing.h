@@ -74,19 +74,19 @@ bool Throws(Call call) {
 /// The fuzzer's bytes, taken off one value at a time; zeros when they have run out.
 class CInput {
 public:
-  CInput(std::uint8_t const* data, std::size_t size) : m_bytes(data, size) {}
+  CInput(std::uint8_t const* data, std::size_t size) : m_Bytes(data, size) {}
 
   bool Flag() { return (Byte() & 1) != 0; }
-  std::uint8_t Byte() { return m_bytes.ConsumeIntegral<std::uint8_t>(); }
-  int64 Between(int64 low, int64 high) { return m_bytes.ConsumeIntegralInRange<int64>(low, high); }
+  std::uint8_t Byte() { return m_Bytes.ConsumeIntegral<std::uint8_t>(); }
+  int64 Between(int64 low, int64 high) { return m_Bytes.ConsumeIntegralInRange<int64>(low, high); }
   std::size_t Count(std::size_t most) {
-    return m_bytes.ConsumeIntegralInRange<std::size_t>(0, most);
+    return m_Bytes.ConsumeIntegralInRange<std::size_t>(0, most);
   }
   template <class T, std::size_t N>
   T const& OneOf(std::array<T, N> const& choices) {
-    return choices[m_bytes.ConsumeIntegralInRange<std::size_t>(0, N - 1)];
+    return choices[m_Bytes.ConsumeIntegralInRange<std::size_t>(0, N - 1)];
   }
-  std::vector<std::uint8_t> Rest() { return m_bytes.ConsumeRemainingBytes<std::uint8_t>(); }
+  std::vector<std::uint8_t> Rest() { return m_Bytes.ConsumeRemainingBytes<std::uint8_t>(); }
 
   Point SmallPoint(int64 reach) { return PointBetween(-reach, reach); }
   Point PointBetween(int64 low, int64 high) {
@@ -104,7 +104,7 @@ public:
     }
     if (kind == 250) return std::numeric_limits<int64>::max() - (near & 63);
     if (kind == 251) return std::numeric_limits<int64>::min() + (near & 63);
-    return m_bytes.ConsumeIntegral<int64>();
+    return m_Bytes.ConsumeIntegral<int64>();
   }
   Point AnyPoint() {
     int64 const x = Integer(), y = Integer(), z = Integer();
@@ -134,7 +134,7 @@ public:
     auto const kind = Byte();
     if (kind < 160) return static_cast<double>(static_cast<std::int8_t>(Byte())) / 8;
     if (kind < 220) return special[kind % special.size()];
-    auto const bits = m_bytes.ConsumeIntegral<uint64>();
+    auto const bits = m_Bytes.ConsumeIntegral<uint64>();
     double value = 0;
     std::copy_n(reinterpret_cast<char const*>(&bits), sizeof value,
                 reinterpret_cast<char*>(&value));
@@ -162,7 +162,7 @@ public:
   }
 
 private:
-  FuzzedDataProvider m_bytes;
+  FuzzedDataProvider m_Bytes;
 };
 
 [[nodiscard]] inline bool Is2D(int64 neighborhood) {

@@ -1,8 +1,8 @@
 // JSON texts: what is read as a map is written and read back as the same map.
 #include "Fuzzing.h"
 
-#include <Errors.h>
-#include <JsonValues.h>
+#include <base/Errors.h>
+#include <base/JsonValues.h>
 #include <pxlib2core/ValueMap.h>
 #include <pxlib2core/ValueVector.h>
 

@@ -1,4 +1,4 @@
-// Digital lines: whatever the ends, the neighbourhood and the image that selects a part.
+// Digital lines: whatever the ends, the neighborhood and the image that selects a part.
 #include "Fuzzing.h"
 
 #include <SeluUtils/BresenhamVisitor.h>
@@ -103,7 +103,7 @@ void CheckPoints(StLine const& line, Point const& difference, PointList const& p
           "a line ends at its end");
   for (std::size_t k = 1; k < points.size(); ++k) {
     Point const move = points[k] - points[k - 1];
-    Require(IsMove(line.neighborhood, line.dimension, move), "a line keeps to its neighbourhood");
+    Require(IsMove(line.neighborhood, line.dimension, move), "a line keeps to its neighborhood");
     Require(move.x * Impl::Sign(difference.x) >= 0 && move.y * Impl::Sign(difference.y) >= 0 &&
                 move.z * Impl::Sign(difference.z) >= 0,
             "a line never goes back");
@@ -220,7 +220,7 @@ void CheckPlaneCore(CInput& input) {
   int64 const dx = input.Integer(), dy = input.Integer(), neighborhood = input.Neighborhood();
   if (LengthSum(2, {dx, dy, 0}) > c_mostMoves) return;
   auto line = Try([&] { return Impl::CBresenhamVisitor2D(dx, dy, neighborhood); });
-  Require(line.has_value() == Is2D(neighborhood), "what is no neighbourhood is refused");
+  Require(line.has_value() == Is2D(neighborhood), "what is no neighborhood is refused");
   if (!line) return;
   Point end;
   for (int64 k = 0; k < line->LastStep(); ++k) end += line->Step(k);

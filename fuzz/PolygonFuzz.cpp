@@ -135,7 +135,7 @@ void CheckAny(CInput& input) {
   if (!polygon) return;
   Require(!isTooFar, "corners too far apart are refused");
   Require((dimension == 2 && Is2D(neighborhood)) || (dimension == 3 && Is3D(neighborhood)),
-          "what is no neighbourhood is refused");
+          "what is no neighborhood is refused");
   RequireDistinct(CheckWalk(*polygon), "a polygon has each point once");
 }
 

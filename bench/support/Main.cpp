@@ -36,12 +36,12 @@ public:
   void Finalize() override {
     ConsoleReporter::Finalize();
     std::printf("\n| what | %s |", c_ours);
-    for (auto const& peer : m_peers) std::printf(" / %s |", peer.c_str());
+    for (auto const& peer : m_Peers) std::printf(" / %s |", peer.c_str());
     std::printf("\n|---|---|");
-    for (std::size_t k = 0; k < m_peers.size(); ++k) std::printf("---|");
+    for (std::size_t k = 0; k < m_Peers.size(); ++k) std::printf("---|");
     std::printf("\n");
     std::vector<std::pair<std::int64_t, std::string>> rows;
-    for (auto const& [row, order] : m_order) rows.emplace_back(order, row);
+    for (auto const& [row, order] : m_Order) rows.emplace_back(order, row);
     std::ranges::sort(rows);
     for (auto const& [order, row] : rows) PrintRow(row);
     std::fflush(stdout);
@@ -54,19 +54,19 @@ private:
   };
 
   void Add(std::string const& row, std::string const& contestant, Run const& run) {
-    auto const order = m_order.try_emplace(row, run.family_index).first;
+    auto const order = m_Order.try_emplace(row, run.family_index).first;
     order->second = std::min(order->second, run.family_index);
-    if (contestant != c_ours && std::ranges::find(m_peers, contestant) == m_peers.end())
-      m_peers.push_back(contestant);
+    if (contestant != c_ours && std::ranges::find(m_Peers, contestant) == m_Peers.end())
+      m_Peers.push_back(contestant);
     double const seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
     auto const rate = run.counters.find("items_per_second");
     double const items = rate == run.counters.end() ? 0 : rate->second.value * seconds;
-    auto const [entry, isNew] = m_times[row].try_emplace(contestant, StTime{seconds, items});
+    auto const [entry, isNew] = m_Times[row].try_emplace(contestant, StTime{seconds, items});
     if (!isNew && seconds < entry->second.seconds) entry->second = {seconds, items};
   }
 
   void PrintRow(std::string const& row) {
-    auto const& times = m_times[row];
+    auto const& times = m_Times[row];
     auto const ours = times.find(c_ours);
     std::printf("| %s |", row.c_str());
     if (ours == times.end()) {
@@ -76,7 +76,7 @@ private:
     } else {
       std::printf(" %.3g ms |", ours->second.seconds * 1e3);
     }
-    for (auto const& peer : m_peers) {
+    for (auto const& peer : m_Peers) {
       auto const time = times.find(peer);
       if (time == times.end() || ours == times.end()) {
         std::printf(" |");
@@ -87,9 +87,9 @@ private:
     std::printf("\n");
   }
 
-  std::map<std::string, std::int64_t> m_order; // rows, as they were registered
-  std::vector<std::string> m_peers;            // in the order of their first appearance
-  std::map<std::string, std::map<std::string, StTime>> m_times;
+  std::map<std::string, std::int64_t> m_Order; // rows, as they were registered
+  std::vector<std::string> m_Peers;            // in the order of their first appearance
+  std::map<std::string, std::map<std::string, StTime>> m_Times;
 };
 
 } // namespace

@@ -6,8 +6,8 @@
 //   area.Reset();                                                     // and once more
 #pragma once
 
-#include <SeluUtils/AreaVisitorImpl.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/AreaRuns.h>
 #include <SeluUtils/LineVisitor.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -45,7 +45,7 @@ public:
   CBresenhamAreaVisitor() = default;
   /// Takes the corners over and leaves the vector empty; if it throws, the vector is as it was.
   /// CException for another dimension ("No valid dimension!"; of two corners with border dimension
-  /// 1 is a line along x), for shared coordinates in another neighbourhood, for no corner with
+  /// 1 is a line along x), for shared coordinates in another neighborhood, for no corner with
   /// border, and as the inner visitors throw.
   CBresenhamAreaVisitor(std::vector<CTriple<int64>>& corners, int64 dimension, int64 neighborhood,
                         bool border);
@@ -107,7 +107,7 @@ public:
   /// leaves it along the side of greater second coordinate.
   [[nodiscard]] std::vector<CTriple<int64>>
   MakePathFitting(std::vector<CTriple<int64>> corners) const;
-  /// The 2D neighbourhood of a plane x, y or z = const: 8 of 26, 4 of 6; CException for another.
+  /// The 2D neighborhood of a plane x, y or z = const: 8 of 26, 4 of 6; CException for another.
   [[nodiscard]] int64 ConvertNeighborhood(int64 neighborhood) const;
   /// A point of the 2D walk in space.
   [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {

@@ -6,5 +6,5 @@
 //   Impl::CBresenhamAreaVisitor2D area(closedPath, NEIGHBORHOOD_8, true);
 #pragma once
 
-#include <SeluUtils/AreaVisitorImpl.h>
-#include <SeluUtils/LineVisitorImpl.h>
+#include <SeluUtils/Impl/AreaRuns.h>
+#include <SeluUtils/Impl/LineMoves.h>

@@ -1,4 +1,4 @@
-// Texture of a grey-value image: co-occurrence matrix and Haralick features.
+// Texture of a gray-value image: co-occurrence matrix and Haralick features.
 //
 //   CCooccurrence texture("texture", nullptr);
 //   CTriple<long> right(1, 0, 0);
@@ -21,10 +21,10 @@
 
 namespace ORVA {
 
-/// Grey-level co-occurrence: how often grey level j stands a given displacement away from grey
-/// level i. The matrix C is not symmetrised: a direction and its opposite give transposed matrices.
+/// Gray-level co-occurrence: how often gray level j stands a given displacement away from gray
+/// level i. The matrix C is not symmetrized: a direction and its opposite give transposed matrices.
 ///
-/// The 256 grey levels are the highest byte of an unsigned 8, 16 or 32-bit pixel; nothing is scaled
+/// The 256 gray levels are the highest byte of an unsigned 8, 16 or 32-bit pixel; nothing is scaled
 /// to the range of the values, so a 16-bit image with all values below 256 has the one level 0.
 /// Only pairs with both voxels inside the image count. Counting takes O(voxels), the features
 /// O(256 * 256), whatever the image.
@@ -44,7 +44,7 @@ public:
   static constexpr int64 m_cGreyLevels = 256;
 
   /// The displacements of ComputeMatrixAllDirections, in the order of the output's slices: one of
-  /// each opposite pair of the 26 neighbours; the first four are those of a 2D image.
+  /// each opposite pair of the 26 neighbors; the first four are those of a 2D image.
   static constexpr std::array<CTriple<long>, 13> m_cDirections = {{{1, 0, 0},
                                                                    {1, 1, 0},
                                                                    {0, 1, 0},
@@ -113,7 +113,7 @@ private:
   void PrepareArrays(double N);
   void ProcessMap(CValueMap* features) const;
 
-  std::unique_ptr<StArrays> m_arrays;
+  std::unique_ptr<StArrays> m_Arrays;
 };
 
 } // namespace ORVA

@@ -7,8 +7,8 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -37,7 +37,7 @@ public:
   /// The plane through exactly three points. Takes them over and leaves the vector empty; if it
   /// throws, the vector is as it was. CException for another number of them, and for three whose
   /// differences have equal ratios in x, y and z, that is, most that lie in a line; those whose
-  /// differences have zero components are not recognised and meet no image. CExBadParam where a
+  /// differences have zero components are not recognized and meet no image. CExBadParam where a
   /// difference does not fit 64 bits.
   CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood);
   CCutSlice(std::vector<CTriple<int64>>&& points, int64 neighborhood)
@@ -53,7 +53,7 @@ public:
 
   /// Cuts the plane with an image of three dimensions and rewinds. CException "invalid dimension"
   /// for another dimension, "plane not in image" for a plane that does not meet the box from
-  /// (0, 0, 0) to the last voxel, and the line's own error for a neighbourhood that is not one of
+  /// (0, 0, 0) to the last voxel, and the line's own error for a neighborhood that is not one of
   /// the 3D ones; CExBadParam for an extent beyond 2^30, as digital lines have 32-bit lengths.
   /// After an error the slice is as it was.
   void SetImageSize(CSize size);

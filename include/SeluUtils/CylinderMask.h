@@ -20,7 +20,7 @@ namespace ORVA {
 ///
 /// "cylinderMaskParameters" is a map with the text "axis" and the doubles "s", "t" and "radius", in
 /// voxels. Only the first letter of the axis counts: X, Y, and for anything else Z. The cross
-/// section has the axes (u, v) = (y, z) for X, (x, z) for Y and (x, y) for Z, and the centre (s,
+/// section has the axes (u, v) = (y, z) for X, (x, z) for Y and (x, y) for Z, and the center (s,
 /// t). A voxel is inside where (u - s)^2 + (v - t)^2 < radius^2; one exactly on the circle is
 /// outside.
 ///

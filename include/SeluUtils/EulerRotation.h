@@ -53,7 +53,7 @@ struct SELUUTILS_EXPORT CEulerRotation {
   /// (phi, theta) in x and y, phi in (-pi, pi], for 0 < theta < pi. The third component is
   /// atan2(M(0,2), M(2,1)), kept because stored results depend on it: it is not psi.
   [[nodiscard]] CTriple<double> getEulerAngles() const;
-  [[nodiscard]] CMatrix<double> getRotationMatrix() const { return m_matrix; }
+  [[nodiscard]] CMatrix<double> getRotationMatrix() const { return m_Matrix; }
   /// The transpose of M, 3 x 3.
   [[nodiscard]] CMatrix<double> getInverseRotationMatrix() const;
 
@@ -65,9 +65,9 @@ struct SELUUTILS_EXPORT CEulerRotation {
   [[nodiscard]] bool operator==(CEulerRotation const& other) const;
 
 private:
-  [[nodiscard]] double const* Elements() const noexcept { return m_matrix.Elements().data(); }
+  [[nodiscard]] double const* Elements() const noexcept { return m_Matrix.Elements().data(); }
 
-  CMatrix<double> m_matrix; // three columns and at least three rows, so no reader checks an index
+  CMatrix<double> m_Matrix; // three columns and at least three rows, so no reader checks an index
 };
 
 } // namespace ORVA

@@ -9,9 +9,9 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
-#include <SeluUtils/MovingPoint.h>
+#include <SeluUtils/Impl/MovingPoint.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -65,24 +65,24 @@ public:
   /// The one-voxel box at the origin, already walked.
   constexpr CWindowVisitor() noexcept = default;
   constexpr CWindowVisitor(CTriple<int64> low, CTriple<int64> high) noexcept
-      : m_low(low), m_high(high) {
+      : m_Low(low), m_High(high) {
     Start();
   }
 
   /// Clips the box to an image of these extents and starts anew.
   constexpr void SetImageSize(CTriple<int64> extents) noexcept {
-    Impl::Clip(m_low, m_high, extents);
+    Impl::Clip(m_Low, m_High, extents);
     Start();
   }
   void SetImageSize(CSize size) noexcept { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_current.x != m_end.x || MoreRows(); }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_Current.x != m_End.x || MoreRows(); }
   /// CException after the last point.
   CTriple<int64> NextPoint() {
-    if (m_current.x == m_end.x) [[unlikely]]
+    if (m_Current.x == m_End.x) [[unlikely]]
       NextRow();
-    CTriple<int64> const point = m_current;
-    m_current.x = Impl::WrappedSum(m_current.x, 1);
+    CTriple<int64> const point = m_Current;
+    m_Current.x = Impl::WrappedSum(m_Current.x, 1);
     return point;
   }
   /// The product of the three extents high - low + 1, modulo 2^64. It is taken from the corners as
@@ -91,40 +91,40 @@ public:
     auto const extent = [](int64 low, int64 high) {
       return static_cast<uint64>(high) - static_cast<uint64>(low) + 1;
     };
-    return extent(m_low.x, m_high.x) * extent(m_low.y, m_high.y) * extent(m_low.z, m_high.z);
+    return extent(m_Low.x, m_High.x) * extent(m_Low.y, m_High.y) * extent(m_Low.z, m_High.z);
   }
   /// Whether Steps() is 0.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
-  [[nodiscard]] CTriple<int64> Low() const noexcept { return m_low; }
-  [[nodiscard]] CTriple<int64> High() const noexcept { return m_high; }
+  [[nodiscard]] CTriple<int64> Low() const noexcept { return m_Low; }
+  [[nodiscard]] CTriple<int64> High() const noexcept { return m_High; }
 
 private:
   [[nodiscard]] bool MoreRows() const noexcept {
-    return m_current.y != m_high.y || m_current.z != m_high.z;
+    return m_Current.y != m_High.y || m_Current.z != m_High.z;
   }
   void NextRow() {
     if (!MoreRows()) Impl::RaisePointOutsideWindow();
-    m_current.x = m_low.x;
-    if (m_current.y != m_high.y) {
-      ++m_current.y;
+    m_Current.x = m_Low.x;
+    if (m_Current.y != m_High.y) {
+      ++m_Current.y;
     } else {
-      m_current.y = m_low.y;
-      ++m_current.z;
+      m_Current.y = m_Low.y;
+      ++m_Current.z;
     }
   }
   // Rows of 2^64 points count as empty.
   constexpr void Start() noexcept {
-    m_end = Impl::WrappedSum(m_high, {1, 1, 1});
-    bool const hasPoints = Impl::HasPoints(m_low, m_high) && m_low.x != m_end.x;
-    m_current = hasPoints ? m_low : CTriple<int64>(m_end.x, m_high.y, m_high.z);
+    m_End = Impl::WrappedSum(m_High, {1, 1, 1});
+    bool const hasPoints = Impl::HasPoints(m_Low, m_High) && m_Low.x != m_End.x;
+    m_Current = hasPoints ? m_Low : CTriple<int64>(m_End.x, m_High.y, m_High.z);
   }
 
-  CTriple<int64> m_low, m_high;
-  CTriple<int64> m_end; // one past the high corner
+  CTriple<int64> m_Low, m_High;
+  CTriple<int64> m_End; // one past the high corner
   // The next point. Between two rows x is the end's: the new row waits until it is asked for, so
   // that a loop over the points turns into one over rows and, within it, one over x.
-  CTriple<int64> m_current;
+  CTriple<int64> m_Current;
 };
 
 /// Covers a box with straight lines along a unit direction: a line starts at every voxel of the
@@ -155,18 +155,18 @@ public:
   void SetImageSize(CTriple<int64> extents);
   void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_current.Get() != m_end; }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_Current.Get() != m_End; }
   /// The next point; meaningless where MorePoints is false.
   CTriple<int64> NextPoint() {
-    CTriple<int64> const point = m_current.Get();
-    CTriple<int64> const next = Impl::WrappedSum(point, m_direction); // an image's box never wraps
-    m_current = Impl::StMovingPoint(next);
+    CTriple<int64> const point = m_Current.Get();
+    CTriple<int64> const next = Impl::WrappedSum(point, m_Direction); // an image's box never wraps
+    m_Current = Impl::StMovingPoint(next);
     if (!IsInBox(next)) [[unlikely]]
       NextLine();
     return point;
   }
   /// As for CWindowVisitor.
-  [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_low, m_high).Steps(); }
+  [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_Low, m_High).Steps(); }
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:
@@ -174,22 +174,22 @@ private:
   void FillBorderContours();
   void Initialize();
   CTriple<int64> NextBorderPoint();
-  [[nodiscard]] bool MoreBorderPoints() const noexcept { return m_face.MorePoints(); }
+  [[nodiscard]] bool MoreBorderPoints() const noexcept { return m_Face.MorePoints(); }
   void TakeFace();
   void NextLine();
 
   [[nodiscard]] bool IsInBox(CTriple<int64> const& p) const noexcept {
-    return m_low.x <= p.x && p.x <= m_high.x && m_low.y <= p.y && p.y <= m_high.y &&
-           m_low.z <= p.z && p.z <= m_high.z;
+    return m_Low.x <= p.x && p.x <= m_High.x && m_Low.y <= p.y && p.y <= m_High.y &&
+           m_Low.z <= p.z && p.z <= m_High.z;
   }
 
-  CTriple<int64> m_low, m_high;
-  CTriple<int64> m_end; // one past the high corner that the constructor was given
-  CTriple<int64> m_direction;
-  Impl::StMovingPoint m_current;
-  CWindowVisitor m_face;               // walks the entry face whose lines come next
-  std::vector<CTriple<int64>> m_faces; // the remaining faces, low and high in turn
-  std::array<bool, 3> m_plus{}, m_minus{};
+  CTriple<int64> m_Low, m_High;
+  CTriple<int64> m_End; // one past the high corner that the constructor was given
+  CTriple<int64> m_Direction;
+  Impl::StMovingPoint m_Current;
+  CWindowVisitor m_Face;               // walks the entry face whose lines come next
+  std::vector<CTriple<int64>> m_Faces; // the remaining faces, low and high in turn
+  std::array<bool, 3> m_Plus{}, m_Minus{};
 };
 
 /// Covers the whole image with parallel digital lines of a real direction, periodically: a line
@@ -206,7 +206,7 @@ private:
 class SELUUTILS_EXPORT CDeltaVisitor {
 public:
   /// No points before SetImageSize.
-  explicit CDeltaVisitor(CTriple<double> direction) : m_direction(direction) {}
+  explicit CDeltaVisitor(CTriple<double> direction) : m_Direction(direction) {}
   CDeltaVisitor(CDeltaVisitor const&) = default;
   CDeltaVisitor(CDeltaVisitor&&) noexcept = default;
   /// Assigns wholly or, where memory runs out, not at all.
@@ -225,24 +225,24 @@ public:
   void SetDirection(CTriple<double> direction);
 
   [[nodiscard]] bool MorePoints() const noexcept {
-    return m_index != static_cast<uint64>(m_length);
+    return m_Index != static_cast<uint64>(m_Length);
   }
   /// CException "No more Points" after the last one.
   CTriple<int64> NextPoint() {
-    if (m_index >= m_line.size()) [[unlikely]]
+    if (m_Index >= m_Line.size()) [[unlikely]]
       Impl::RaiseNoMorePoints();
-    m_previous = m_index;
-    m_isBorder = m_nextIsBorder;
-    CTriple<int64> const point = Convert(m_line[m_index] + m_offset);
-    ++m_index;
-    m_nextIsBorder = false;
-    if (m_index == static_cast<uint64>(m_length)) [[unlikely]]
+    m_Previous = m_Index;
+    m_IsBorder = m_NextIsBorder;
+    CTriple<int64> const point = Convert(m_Line[m_Index] + m_Offset);
+    ++m_Index;
+    m_NextIsBorder = false;
+    if (m_Index == static_cast<uint64>(m_Length)) [[unlikely]]
       NextLine();
     if (MorePoints()) WrapNextPoint();
     return point;
   }
   /// Whether the point last handed out began a line or followed a wrap across the border.
-  [[nodiscard]] bool BorderPoint() const noexcept { return m_isBorder; }
+  [[nodiscard]] bool BorderPoint() const noexcept { return m_IsBorder; }
   /// The product of the three extents, modulo 2^64.
   [[nodiscard]] uint64 Steps() const noexcept;
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
@@ -254,33 +254,33 @@ private:
   void NextLine() noexcept;
 
   [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {
-    if (m_axis == 1) return {p.y, p.x, p.z};
-    if (m_axis == 2) return {p.z, p.x, p.y};
+    if (m_Axis == 1) return {p.y, p.x, p.z};
+    if (m_Axis == 2) return {p.z, p.x, p.y};
     return p;
   }
   void WrapNextPoint() noexcept {
-    CTriple<int64> const& next = m_line[m_index];
-    Wrap(m_offset.y, next.y, m_extent2);
-    Wrap(m_offset.z, next.z, m_extent3);
+    CTriple<int64> const& next = m_Line[m_Index];
+    Wrap(m_Offset.y, next.y, m_Extent2);
+    Wrap(m_Offset.z, next.z, m_Extent3);
   }
   void Wrap(int64& offset, int64 component, int64 extent) noexcept {
     int64 const position = component + offset;
     if (position >= 0 && position < extent) [[likely]]
       return;
     offset += position < 0 ? extent : -extent;
-    m_nextIsBorder = true;
+    m_NextIsBorder = true;
   }
 
-  CTriple<double> m_direction;
-  CTriple<int64> m_start, m_offset; // of the first and of the current line, in line axes
-  uint64 m_previous = 0;
-  Impl::CUntilMoved<uint64> m_index;
-  int64 m_axis = 0; // main axis: 0 x, 1 y, 2 z
-  bool m_isBorder = true, m_nextIsBorder = true;
-  std::vector<CTriple<int64>> m_line; // points of one line relative to its start, in line axes
-  CTriple<int64> m_imageSize;
-  Impl::CUntilMoved<int64> m_length; // in line axes, as the extents are
-  int64 m_extent2 = 0, m_extent3 = 0;
+  CTriple<double> m_Direction;
+  CTriple<int64> m_Start, m_Offset; // of the first and of the current line, in line axes
+  uint64 m_Previous = 0;
+  Impl::CUntilMoved<uint64> m_Index;
+  int64 m_Axis = 0; // main axis: 0 x, 1 y, 2 z
+  bool m_IsBorder = true, m_NextIsBorder = true;
+  std::vector<CTriple<int64>> m_Line; // points of one line relative to its start, in line axes
+  CTriple<int64> m_ImageSize;
+  Impl::CUntilMoved<int64> m_Length; // in line axes, as the extents are
+  int64 m_Extent2 = 0, m_Extent3 = 0;
 };
 
 /// Covers the whole image with parallel digital lines like CDeltaVisitor, and always: every voxel
@@ -301,27 +301,27 @@ public:
   /// Starts anew in another direction; errors as for the constructor.
   void SetDirection(CTriple<double> direction);
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_lines.MorePoints(); }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_Lines.MorePoints(); }
   /// CException "No more Points" after the last one.
   CTriple<int64> NextPoint() {
-    CTriple<int64> const p = m_origin + m_lines.NextPoint() * m_signs;
-    if (m_axis == 1) return {p.y, p.x, p.z};
-    if (m_axis == 2) return {p.y, p.z, p.x};
+    CTriple<int64> const p = m_Origin + m_Lines.NextPoint() * m_Signs;
+    if (m_Axis == 1) return {p.y, p.x, p.z};
+    if (m_Axis == 2) return {p.y, p.z, p.x};
     return p;
   }
   /// Whether the point last handed out began a line or followed a wrap across the border.
-  [[nodiscard]] bool BorderPoint() const noexcept { return m_lines.BorderPoint(); }
+  [[nodiscard]] bool BorderPoint() const noexcept { return m_Lines.BorderPoint(); }
   /// Number of points: the product of the three extents, modulo 2^64.
-  [[nodiscard]] uint64 Steps() const noexcept { return m_lines.Steps(); }
+  [[nodiscard]] uint64 Steps() const noexcept { return m_Lines.Steps(); }
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:
   // The walk itself: in line axes, and mirrored so that no component of the direction is negative.
-  CDeltaVisitor m_lines{CTriple<double>(1, 0, 0)};
-  int64 m_axis = 0;
-  CTriple<int64> m_signs{1, 1, 1}; // of the direction, in line axes
-  CTriple<int64> m_origin;         // where the first line starts, in line axes
-  CTriple<int64> m_imageSize;
+  CDeltaVisitor m_Lines{CTriple<double>(1, 0, 0)};
+  int64 m_Axis = 0;
+  CTriple<int64> m_Signs{1, 1, 1}; // of the direction, in line axes
+  CTriple<int64> m_Origin;         // where the first line starts, in line axes
+  CTriple<int64> m_ImageSize;
 };
 
 } // namespace ORVA

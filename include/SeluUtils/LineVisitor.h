@@ -8,9 +8,9 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
-#include <SeluUtils/LineCursor.h>
-#include <SeluUtils/LineVisitorImpl.h>
-#include <SeluUtils/MovingPoint.h>
+#include <SeluUtils/Impl/LineCursor.h>
+#include <SeluUtils/Impl/LineMoves.h>
+#include <SeluUtils/Impl/MovingPoint.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -56,11 +56,11 @@ SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal)
 /// A digital line from a start point. With end points a line of n moves hands out its n + 1 points,
 /// without them the n - 1 points between the two ends, none where n is 0 or 1.
 ///
-/// Neighbourhoods are NEIGHBORHOOD_4, _6_1, _6_2, _8 in dimension 2 and _6, _14_1, _14_2, _26 in
+/// Neighborhoods are NEIGHBORHOOD_4, _6_1, _6_2, _8 in dimension 2 and _6, _14_1, _14_2, _26 in
 /// dimension 3; dimension 1 has none. Components beyond the dimension are not walked.
 ///
 /// Lengths have 32 bits: in dimensions 1 and 2 a longer component is clamped, in dimension 3 its
-/// low 32 bits count. Constructors throw CException for an unknown dimension or neighbourhood,
+/// low 32 bits count. Constructors throw CException for an unknown dimension or neighborhood,
 /// and CExBadParam for a line that leaves the 64-bit range. They take O(1) time and no memory for
 /// the moves; only in space without all diagonals O(moves) and about 40 bytes a move, which copies
 /// share, and std::bad_alloc for a line longer than memory can hold. A point takes O(1).
@@ -88,7 +88,7 @@ public:
       : CBresenhamVisitor(
             Impl::LineAlong(start, direction, length, dimension, neighborhood, withEndPoints)) {}
   /// A 3D walk from the origin with end points, under a mask of diagonal moves
-  /// (Impl::CBresenhamVisitor3D) in place of a neighbourhood.
+  /// (Impl::CBresenhamVisitor3D) in place of a neighborhood.
   CBresenhamVisitor(CTriple<int64> difference, int64 diagonal)
       : CBresenhamVisitor(Impl::LineUnderMask(difference, diagonal)) {}
 

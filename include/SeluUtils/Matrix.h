@@ -30,26 +30,26 @@ public:
   CMatrixElements() = default;
   CMatrixElements(CMatrixElements const&) = default;
   CMatrixElements(CMatrixElements&& other) noexcept
-      : m_outside(std::move(other.m_outside)), m_inside(other.m_inside),
-        m_size(std::exchange(other.m_size, 0)) {}
+      : m_Outside(std::move(other.m_Outside)), m_Inside(other.m_Inside),
+        m_Size(std::exchange(other.m_Size, 0)) {}
   CMatrixElements& operator=(CMatrixElements const&) = default;
   ~CMatrixElements() = default;
 
-  [[nodiscard]] std::size_t Size() const noexcept { return m_size; }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_Size; }
   [[nodiscard]] double* Data() noexcept {
-    return m_size <= c_inside ? m_inside.data() : m_outside.data();
+    return m_Size <= c_inside ? m_Inside.data() : m_Outside.data();
   }
   [[nodiscard]] double const* Data() const noexcept {
-    return m_size <= c_inside ? m_inside.data() : m_outside.data();
+    return m_Size <= c_inside ? m_Inside.data() : m_Outside.data();
   }
   /// Elements up to the smaller size stay, new ones are 0.
   void Resize(std::size_t size);
 
 private:
   // The vector comes first: memberwise assignment then fails, if at all, before anything changed.
-  std::vector<double> m_outside; // empty up to nine elements, else all of them
-  std::array<double, c_inside> m_inside{};
-  std::size_t m_size = 0;
+  std::vector<double> m_Outside; // empty up to nine elements, else all of them
+  std::array<double, c_inside> m_Inside{};
+  std::size_t m_Size = 0;
 };
 
 [[noreturn]] SELUUTILS_EXPORT void RaiseMatrixIndex(bool readOnly, uint64 row, uint64 col,
@@ -71,57 +71,57 @@ public:
   CMatrix(uint64 rows, uint64 cols) { Resize(rows, cols); }
   CMatrix(CMatrix const&) = default;
   CMatrix(CMatrix&& other) noexcept
-      : IMatrix<T>(other), m_nRows(std::exchange(other.m_nRows, 0)),
-        m_nCols(std::exchange(other.m_nCols, 0)), m_vData(std::move(other.m_vData)) {}
+      : IMatrix<T>(other), m_Rows(std::exchange(other.m_Rows, 0)),
+        m_Cols(std::exchange(other.m_Cols, 0)), m_Data(std::move(other.m_Data)) {}
   ~CMatrix() override = default;
 
   /// The same as the base's assignment, its treatment of unequal shapes included.
   CMatrix& operator=(CMatrix const& other) {
-    if (m_nRows == other.m_nRows && m_nCols != other.m_nCols) {
+    if (m_Rows == other.m_Rows && m_Cols != other.m_Cols) {
       IMatrix<T>::operator=(other);
       return *this;
     }
-    m_vData = other.m_vData;
-    m_nRows = other.m_nRows;
-    m_nCols = other.m_nCols;
+    m_Data = other.m_Data;
+    m_Rows = other.m_Rows;
+    m_Cols = other.m_Cols;
     return *this;
   }
   using IMatrix<T>::operator=;
 
-  [[nodiscard]] uint64 Rows() const final { return m_nRows; }
-  [[nodiscard]] uint64 Cols() const final { return m_nCols; }
+  [[nodiscard]] uint64 Rows() const final { return m_Rows; }
+  [[nodiscard]] uint64 Cols() const final { return m_Cols; }
 
   [[nodiscard]] T& operator()(uint64 row, uint64 col) final {
-    if (row >= m_nRows || col >= m_nCols) [[unlikely]]
-      Impl::RaiseMatrixIndex(false, row, col, m_nRows, m_nCols);
-    return m_vData.Data()[row * m_nCols + col];
+    if (row >= m_Rows || col >= m_Cols) [[unlikely]]
+      Impl::RaiseMatrixIndex(false, row, col, m_Rows, m_Cols);
+    return m_Data.Data()[row * m_Cols + col];
   }
   [[nodiscard]] T operator()(uint64 row, uint64 col) const final {
-    if (row >= m_nRows || col >= m_nCols) [[unlikely]]
-      Impl::RaiseMatrixIndex(true, row, col, m_nRows, m_nCols);
-    return m_vData.Data()[row * m_nCols + col];
+    if (row >= m_Rows || col >= m_Cols) [[unlikely]]
+      Impl::RaiseMatrixIndex(true, row, col, m_Rows, m_Cols);
+    return m_Data.Data()[row * m_Cols + col];
   }
 
   void Resize(uint64 rows, uint64 cols) final;
 
   /// The product as a new matrix; throws CException unless Cols() == other.Rows().
   [[nodiscard]] CMatrix operator*(IMatrix<T> const& other) const {
-    if (m_nCols != other.Rows()) Impl::RaiseMatrixProduct();
+    if (m_Cols != other.Rows()) Impl::RaiseMatrixProduct();
     CMatrix result(*this);
     result *= other;
     return result;
   }
 
   /// All elements, row by row, unchecked; valid until the next change of shape.
-  [[nodiscard]] std::span<T> Elements() noexcept { return {m_vData.Data(), m_vData.Size()}; }
+  [[nodiscard]] std::span<T> Elements() noexcept { return {m_Data.Data(), m_Data.Size()}; }
   [[nodiscard]] std::span<T const> Elements() const noexcept {
-    return {m_vData.Data(), m_vData.Size()};
+    return {m_Data.Data(), m_Data.Size()};
   }
 
 private:
-  uint64 m_nRows = 0;
-  uint64 m_nCols = 0;
-  Impl::CMatrixElements m_vData; // m_nRows * m_nCols elements
+  uint64 m_Rows = 0;
+  uint64 m_Cols = 0;
+  Impl::CMatrixElements m_Data; // m_Rows * m_Cols elements
 };
 
 extern template class CMatrix<double>;

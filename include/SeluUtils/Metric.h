@@ -1,4 +1,4 @@
-// Distances of points with or without a periodic boundary, neighbour tables of cubic grids, and a
+// Distances of points with or without a periodic boundary, neighbor tables of cubic grids, and a
 // pair of statistics with a tolerant equality.
 //
 //   std::vector<double> const a{1, 1}, b{9, 9}, window{10, 10};
@@ -19,7 +19,7 @@
 
 namespace ORVA {
 
-/// Distances and neighbour tables. NoEdgeTreatment and PlusSampling both mean that nothing is done
+/// Distances and neighbor tables. NoEdgeTreatment and PlusSampling both mean that nothing is done
 /// at the boundary, Periodic that the domain wraps around; every other edge treatment is refused.
 class SELUUTILS_EXPORT CMetric {
 public:
@@ -60,9 +60,9 @@ public:
   }
 
   /// Fills the table of a grid of n^dimension cells, dimension 2 or 3, numbered x + n * (y + n *
-  /// z). The entry of a cell holds the numbers of its 8 or 26 neighbours in the order of
+  /// z). The entry of a cell holds the numbers of its 8 or 26 neighbors in the order of
   /// CNeighborhood2dDiffN8 and CNeighborhood3dDiffN26 (raster order), then its own number. A
-  /// neighbour outside the grid is -1, or with Periodic the cell on the opposite side.
+  /// neighbor outside the grid is -1, or with Periodic the cell on the opposite side.
   ///
   /// Throws CExBadParam for a null table, a negative n, and a grid whose table cannot be addressed
   /// or allocated; the table is then as it was. Another dimension or edge treatment throws

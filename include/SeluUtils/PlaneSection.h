@@ -7,7 +7,7 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
-#include <SeluUtils/PlaneColumns.h>
+#include <SeluUtils/Impl/PlaneColumns.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>

@@ -7,9 +7,9 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
-#include <SeluUtils/PlaneColumns.h>
+#include <SeluUtils/Impl/PlaneColumns.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -55,14 +55,14 @@ struct StPolygonPlane {
 /// axes are the other two in their order, and the polygon is filled as seen along the dominant
 /// axis: each column (u, v) of the seen polygon holds one voxel, the nearest to the plane, of two
 /// equally near the upper. The border line is a digital line in the axes u and v in those moves of
-/// the neighbourhood that lie in their coordinate plane, laid onto that digital plane.
+/// the neighborhood that lie in their coordinate plane, laid onto that digital plane.
 ///
 /// One corner is a point, two are a line, none is an empty walk. Where outlines cross themselves or
 /// each other, inside means an odd number of crossings on the way out.
 ///
 /// The arithmetic is exact. CExBadParam for corners more than 2147483647 apart along an axis or
 /// beyond ±2^62, for corners off the common plane, a hole outside the outline's box, an unknown
-/// dimension or neighbourhood. Building takes O(b) time and memory for b border points plus columns
+/// dimension or neighborhood. Building takes O(b) time and memory for b border points plus columns
 /// (O(b log c) where c edges cross one column), a point O(1); the points themselves take none.
 class SELUUTILS_EXPORT CPolygonVisitor {
 public:

@@ -1,4 +1,4 @@
-// Feature value maps: recognising their layouts, listing their leaves, arithmetic on them, and
+// Feature value maps: recognizing their layouts, listing their leaves, arithmetic on them, and
 // turning the features of objects into an image.
 //
 //   CValueMapWithOperators mean(features[0], {"object"});           // numeric leaves only

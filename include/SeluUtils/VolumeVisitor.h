@@ -8,8 +8,8 @@
 
 #include <SeluUtils/AreaVisitor.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
@@ -37,7 +37,7 @@ public:
   /// The solid whose edges a path passes along from point to point; close it by repeating its first
   /// point. Points that repeat their predecessor add nothing, so one point alone is no solid. Takes
   /// the path over and leaves the vector empty; if it throws, the vector is as it was. CException
-  /// for a neighbourhood other than NEIGHBORHOOD_6 and _26.
+  /// for a neighborhood other than NEIGHBORHOOD_6 and _26.
   CBresenhamVolumeVisitor(std::vector<CTriple<int64>>& path, int64 neighborhood, bool border);
   CBresenhamVolumeVisitor(std::vector<CTriple<int64>>&& path, int64 neighborhood, bool border)
       : CBresenhamVolumeVisitor(path, neighborhood, border) {}

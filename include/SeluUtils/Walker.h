@@ -52,48 +52,48 @@ public:
     using difference_type = std::ptrdiff_t;
 
     CIterator() = default;
-    [[gnu::always_inline]] explicit CIterator(W& walker) : m_walker(&walker) { ++*this; }
+    [[gnu::always_inline]] explicit CIterator(W& walker) : m_Walker(&walker) { ++*this; }
 
-    [[nodiscard]] CTriple<int64> const& operator*() const noexcept { return m_point; }
-    [[nodiscard]] CTriple<int64> const* operator->() const noexcept { return &m_point; }
+    [[nodiscard]] CTriple<int64> const& operator*() const noexcept { return m_Point; }
+    [[nodiscard]] CTriple<int64> const* operator->() const noexcept { return &m_Point; }
     [[gnu::always_inline]] CIterator& operator++() { // else the walker is left in memory
-      if (m_walker->MorePoints()) {
-        m_point = m_walker->NextPoint();
+      if (m_Walker->MorePoints()) {
+        m_Point = m_Walker->NextPoint();
       } else {
-        m_walker = nullptr;
+        m_Walker = nullptr;
       }
       return *this;
     }
     void operator++(int) { ++*this; }
     friend bool operator==(CIterator const& a, std::default_sentinel_t) noexcept {
-      return a.m_walker == nullptr;
+      return a.m_Walker == nullptr;
     }
 
   private:
-    W* m_walker = nullptr;
-    CTriple<int64> m_point;
+    W* m_Walker = nullptr;
+    CTriple<int64> m_Point;
   };
 
-  explicit CPointRange(W& walker) noexcept : m_walker(&walker) {}
+  explicit CPointRange(W& walker) noexcept : m_Walker(&walker) {}
 
-  [[nodiscard]] CIterator begin() const { return CIterator(*m_walker); }
+  [[nodiscard]] CIterator begin() const { return CIterator(*m_Walker); }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
-  W* m_walker;
+  W* m_Walker;
 };
 
 /// The same for a walker that the range keeps.
 template <Walker W>
 class COwningPointRange : public std::ranges::view_base {
 public:
-  explicit COwningPointRange(W&& walker) : m_walker(std::move(walker)) {}
+  explicit COwningPointRange(W&& walker) : m_Walker(std::move(walker)) {}
 
-  [[nodiscard]] auto begin() { return CPointRange<W>(m_walker).begin(); }
+  [[nodiscard]] auto begin() { return CPointRange<W>(m_Walker).begin(); }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
-  W m_walker;
+  W m_Walker;
 };
 
 /// The remaining points of a walker, for range-for and <ranges>. A walker given by name is walked

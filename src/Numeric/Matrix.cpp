@@ -21,23 +21,23 @@ CString Number(uint64 number) { return {std::to_string(number)}; }
 namespace Impl {
 
 void CMatrixElements::Resize(std::size_t size) {
-  std::size_t const kept = std::min(size, m_size);
+  std::size_t const kept = std::min(size, m_Size);
   if (size > c_inside) {
-    if (m_size <= c_inside) {
+    if (m_Size <= c_inside) {
       std::vector<double> moved(size);
-      std::copy_n(m_inside.begin(), kept, moved.begin());
-      m_outside = std::move(moved);
+      std::copy_n(m_Inside.begin(), kept, moved.begin());
+      m_Outside = std::move(moved);
     } else {
-      m_outside.resize(size);
+      m_Outside.resize(size);
     }
   } else {
-    if (m_size > c_inside) {
-      std::copy_n(m_outside.begin(), kept, m_inside.begin());
-      m_outside = {};
+    if (m_Size > c_inside) {
+      std::copy_n(m_Outside.begin(), kept, m_Inside.begin());
+      m_Outside = {};
     }
-    std::fill(m_inside.begin() + static_cast<std::ptrdiff_t>(kept), m_inside.end(), 0.0);
+    std::fill(m_Inside.begin() + static_cast<std::ptrdiff_t>(kept), m_Inside.end(), 0.0);
   }
-  m_size = size;
+  m_Size = size;
 }
 
 void RaiseMatrixIndex(bool readOnly, uint64 row, uint64 col, uint64 rows, uint64 cols) {
@@ -63,9 +63,9 @@ void CMatrix<T>::Resize(uint64 rows, uint64 cols) {
     Impl::RaiseBadParam(
         ORVA_LOCATION(c_module, "ORVA::CMatrix<double>::Resize"),
         CString("A matrix of %1-by-%2 elements is too large.").Arg(Number(rows)).Arg(Number(cols)));
-  m_vData.Resize(rows * cols);
-  m_nRows = rows;
-  m_nCols = cols;
+  m_Data.Resize(rows * cols);
+  m_Rows = rows;
+  m_Cols = cols;
 }
 
 template class CMatrix<double>;

@@ -45,17 +45,17 @@ struct StSpan {
 
 class CCircle {
 public:
-  CCircle(double s, double t, double radius) : m_s(s), m_t(t), m_squaredRadius(radius * radius) {}
+  CCircle(double s, double t, double radius) : m_S(s), m_T(t), m_SquaredRadius(radius * radius) {}
 
   // The columns 0 .. extent - 1 of row v that are inside. Rounding never puts a nearer column
   // farther away than one beyond it, so the inside columns stand together around the one nearest
-  // the centre, and their ends are found by halving with the very test that defines the circle.
+  // the center, and their ends are found by halving with the very test that defines the circle.
   [[nodiscard]] StSpan InsideSpan(int64 v, int64 extent) const {
-    double const off = static_cast<double>(v) - m_t;
+    double const off = static_cast<double>(v) - m_T;
     double const squaredOff = off * off;
     auto const isInside = [&](int64 u) {
-      double const across = static_cast<double>(u) - m_s;
-      return m_squaredRadius > across * across + squaredOff;
+      double const across = static_cast<double>(u) - m_S;
+      return m_SquaredRadius > across * across + squaredOff;
     };
     int64 const nearest = NearestColumn(extent);
     if (!isInside(nearest)) return {0, 0};
@@ -65,9 +65,9 @@ public:
 
 private:
   [[nodiscard]] int64 NearestColumn(int64 extent) const {
-    if (!(m_s > 0)) return 0;
+    if (!(m_S > 0)) return 0;
     double const last = static_cast<double>(extent - 1);
-    return m_s >= last ? extent - 1 : std::min(extent - 1, static_cast<int64>(std::round(m_s)));
+    return m_S >= last ? extent - 1 : std::min(extent - 1, static_cast<int64>(std::round(m_S)));
   }
 
   // The first number from low on that has the property, else high; all behind it have it.
@@ -83,7 +83,7 @@ private:
     return low;
   }
 
-  double m_s, m_t, m_squaredRadius;
+  double m_S, m_T, m_SquaredRadius;
 };
 
 std::int64_t TruncatedToInt64(double value) {

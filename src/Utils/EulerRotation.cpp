@@ -23,18 +23,18 @@ constexpr double c_tolerance = 1e-10;
 
 } // namespace
 
-CEulerRotation::CEulerRotation() : m_matrix(3, 3) {
-  auto const m = m_matrix.Elements();
+CEulerRotation::CEulerRotation() : m_Matrix(3, 3) {
+  auto const m = m_Matrix.Elements();
   m[0] = m[4] = m[8] = 1;
 }
 
-CEulerRotation::CEulerRotation(double phi, double theta, double psi) : m_matrix(3, 3) {
+CEulerRotation::CEulerRotation(double phi, double theta, double psi) : m_Matrix(3, 3) {
   if (!Impl::IsFinite(phi) || !Impl::IsFinite(theta) || !Impl::IsFinite(psi)) [[unlikely]]
     RaiseAngles(phi, theta, psi);
   double const s1 = std::sin(phi), c1 = std::cos(phi);
   double const s2 = std::sin(theta), c2 = std::cos(theta);
   double const s3 = std::sin(psi), c3 = std::cos(psi);
-  auto const m = m_matrix.Elements();
+  auto const m = m_Matrix.Elements();
   m[0] = c3 * c1 - s3 * c2 * s1;
   m[1] = s3 * c2 * c1 + c3 * s1;
   m[2] = s3 * s2;
@@ -47,9 +47,9 @@ CEulerRotation::CEulerRotation(double phi, double theta, double psi) : m_matrix(
 }
 
 CEulerRotation::CEulerRotation(CPolarCoordinates const& direction, double angle)
-    : CEulerRotation(angle, direction.m_fTheta, std::numbers::pi / 2 - direction.m_fPhi) {}
+    : CEulerRotation(angle, direction.m_Theta, std::numbers::pi / 2 - direction.m_Phi) {}
 
-CEulerRotation::CEulerRotation(CMatrix<double> const& matrix) : m_matrix(matrix) {
+CEulerRotation::CEulerRotation(CMatrix<double> const& matrix) : m_Matrix(matrix) {
   if (matrix.Cols() != 3) Impl::RaiseMatrixProduct(); // no product with a 3 x 3 transpose
   if (!IsValid())
     Impl::Raise(c_constructor.AtLine(97), "Invalid CMatrix in CEulerRotation constructor.");
@@ -61,7 +61,7 @@ CTriple<double> CEulerRotation::getEulerAngles() const {
 }
 
 CMatrix<double> CEulerRotation::getInverseRotationMatrix() const {
-  CMatrix<double> const& m = m_matrix;
+  CMatrix<double> const& m = m_Matrix;
   CMatrix<double> inverse(3, 3);
   for (uint64 r = 0; r < 3; ++r)
     for (uint64 c = 0; c < 3; ++c) inverse(r, c) = m(c, r);
@@ -82,7 +82,7 @@ std::string CEulerRotation::ToString() const {
 }
 
 bool CEulerRotation::IsValid() const {
-  CMatrix<double> const product = m_matrix * getInverseRotationMatrix();
+  CMatrix<double> const product = m_Matrix * getInverseRotationMatrix();
   for (uint64 r = 0; r < 3; ++r)
     for (uint64 c = 0; c < 3; ++c)
       if (!(std::fabs(product(r, c) - (r == c ? 1.0 : 0.0)) < c_tolerance)) return false;

@@ -64,31 +64,31 @@ template <std::size_t N>
 class CTableFiller {
 public:
   CTableFiller(Table& table, std::array<StOffset, N> const& offsets, int64 n, int64 nz, bool wrap)
-      : m_table(table), m_offsets(offsets), m_n(n), m_nz(nz), m_wrap(wrap) {
+      : m_Table(table), m_Offsets(offsets), m_N(n), m_Nz(nz), m_Wrap(wrap) {
     for (std::size_t k = 0; k < N; ++k)
-      m_linear[k] = offsets[k].x + n * (offsets[k].y + n * offsets[k].z);
+      m_Linear[k] = offsets[k].x + n * (offsets[k].y + n * offsets[k].z);
   }
 
   void Fill() {
-    for (int64 z = 0; z < m_nz; ++z)
-      for (int64 y = 0; y < m_n; ++y) FillRow(y, z, IsInner(y) && (N == 8 || IsInner(z)));
+    for (int64 z = 0; z < m_Nz; ++z)
+      for (int64 y = 0; y < m_N; ++y) FillRow(y, z, IsInner(y) && (N == 8 || IsInner(z)));
   }
 
 private:
   [[nodiscard]] bool IsInner(int64 coordinate) const {
-    return coordinate > 0 && coordinate < m_n - 1;
+    return coordinate > 0 && coordinate < m_N - 1;
   }
 
   void FillRow(int64 y, int64 z, bool isInner) {
-    int64 const row = m_n * (y + m_n * z);
-    int64 const innerEnd = isInner && m_n > 2 ? m_n - 1 : 1;
+    int64 const row = m_N * (y + m_N * z);
+    int64 const innerEnd = isInner && m_N > 2 ? m_N - 1 : 1;
     FillBorderCell(row, 0, y, z);
     for (int64 x = 1; x < innerEnd; ++x) FillInnerCell(row + x);
-    for (int64 x = innerEnd; x < m_n; ++x) FillBorderCell(row + x, x, y, z);
+    for (int64 x = innerEnd; x < m_N; ++x) FillBorderCell(row + x, x, y, z);
   }
 
   int64* Entry(int64 cell) {
-    auto& entry = m_table[static_cast<std::size_t>(cell)];
+    auto& entry = m_Table[static_cast<std::size_t>(cell)];
     entry.resize(N + 1);
     entry[N] = cell;
     return entry.data();
@@ -96,30 +96,30 @@ private:
 
   void FillInnerCell(int64 cell) {
     int64* const entry = Entry(cell);
-    for (std::size_t k = 0; k < N; ++k) entry[k] = cell + m_linear[k];
+    for (std::size_t k = 0; k < N; ++k) entry[k] = cell + m_Linear[k];
   }
 
   void FillBorderCell(int64 cell, int64 x, int64 y, int64 z) {
     int64* const entry = Entry(cell);
     for (std::size_t k = 0; k < N; ++k)
-      entry[k] = Neighbour(x + m_offsets[k].x, y + m_offsets[k].y, z + m_offsets[k].z);
+      entry[k] = Neighbor(x + m_Offsets[k].x, y + m_Offsets[k].y, z + m_Offsets[k].z);
   }
 
-  [[nodiscard]] int64 Neighbour(int64 x, int64 y, int64 z) const {
-    if (m_wrap) return Wrapped(x, m_n) + m_n * (Wrapped(y, m_n) + m_n * Wrapped(z, m_nz));
-    bool const inside = x >= 0 && x < m_n && y >= 0 && y < m_n && z >= 0 && z < m_nz;
-    return inside ? x + m_n * (y + m_n * z) : -1;
+  [[nodiscard]] int64 Neighbor(int64 x, int64 y, int64 z) const {
+    if (m_Wrap) return Wrapped(x, m_N) + m_N * (Wrapped(y, m_N) + m_N * Wrapped(z, m_Nz));
+    bool const inside = x >= 0 && x < m_N && y >= 0 && y < m_N && z >= 0 && z < m_Nz;
+    return inside ? x + m_N * (y + m_N * z) : -1;
   }
 
   static int64 Wrapped(int64 coordinate, int64 extent) {
     return coordinate < 0 ? extent - 1 : coordinate == extent ? 0 : coordinate;
   }
 
-  Table& m_table;
-  std::array<StOffset, N> const& m_offsets;
-  std::array<int64, N> m_linear{};
-  int64 m_n, m_nz;
-  bool m_wrap;
+  Table& m_Table;
+  std::array<StOffset, N> const& m_Offsets;
+  std::array<int64, N> m_Linear{};
+  int64 m_N, m_Nz;
+  bool m_Wrap;
 };
 
 Table MakeTable(std::size_t cells, unsigned char dimension, int64 n, bool wrap) {

@@ -174,9 +174,9 @@ TEST_F(CylinderMask, NarrowsTheValueToThePixelType) {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   struct StCase {
     double value;
-    std::uint8_t grey8;
-    std::uint16_t grey16;
-    std::uint32_t grey32;
+    std::uint8_t gray8;
+    std::uint16_t gray16;
+    std::uint32_t gray32;
   };
   std::vector<StCase> const cases = {
       {0, 0, 0, 0},
@@ -200,10 +200,10 @@ TEST_F(CylinderMask, NarrowsTheValueToThePixelType) {
   };
   for (auto const& c : cases) {
     SCOPED_TRACE(c.value);
-    EXPECT_EQ(Pixels<std::uint8_t>(masked(IMAGE_GREY_8, c.value))[0], c.grey8);
-    EXPECT_EQ(Pixels<std::uint8_t>(masked(IMAGE_BINARY_FG, c.value))[0], c.grey8);
-    EXPECT_EQ(Pixels<std::uint16_t>(masked(IMAGE_GREY_16, c.value))[0], c.grey16);
-    EXPECT_EQ(Pixels<std::uint32_t>(masked(IMAGE_GREY_32, c.value))[0], c.grey32);
+    EXPECT_EQ(Pixels<std::uint8_t>(masked(IMAGE_GREY_8, c.value))[0], c.gray8);
+    EXPECT_EQ(Pixels<std::uint8_t>(masked(IMAGE_BINARY_FG, c.value))[0], c.gray8);
+    EXPECT_EQ(Pixels<std::uint16_t>(masked(IMAGE_GREY_16, c.value))[0], c.gray16);
+    EXPECT_EQ(Pixels<std::uint32_t>(masked(IMAGE_GREY_32, c.value))[0], c.gray32);
   }
   EXPECT_EQ(Pixels<float>(masked(IMAGE_GREY_F, 300.7))[0], 300.7F);
   EXPECT_EQ(Pixels<float>(masked(IMAGE_GREY_F, -1e300))[0],

@@ -311,8 +311,8 @@ TEST(FeatureImage, AnErrorLeavesAMapGivenAwayInPlace) {
 }
 
 TEST(FeatureImage, RefusesMapsItCannotConvert) {
-  CValueMap unlabelled = Cells(), zero = Cells(), text = Cells(), noObjects = Features(3);
-  unlabelled.RemoveEntry("maximum label");
+  CValueMap unlabeled = Cells(), zero = Cells(), text = Cells(), noObjects = Features(3);
+  unlabeled.RemoveEntry("maximum label");
   zero.SetEntry("maximum label", CValueLong(0));
   text.SetEntry("maximum label", CValueString("3"));
   noObjects.SetEntry("object 1", CValueLong(1));
@@ -324,7 +324,7 @@ TEST(FeatureImage, RefusesMapsItCannotConvert) {
     char const* message;
   };
   std::vector<StCase> const cases = {
-      {unlabelled, noLabel},
+      {unlabeled, noLabel},
       {zero, noLabel},
       {text, noLabel},
       {noObjects, "no objects found in object features value map!"},
@@ -337,8 +337,8 @@ TEST(FeatureImage, RefusesMapsItCannotConvert) {
         c.message, c_function, c_source);
     EXPECT_EQ(image, Image());
   }
-  CImage grey(IMAGE_GREY_32, CSize(1, 1));
-  ExpectError([&] { ConvertObjectBasedFeaturesIntoFeatureImage("shape", {}, "object", grey, {}); },
+  CImage gray(IMAGE_GREY_32, CSize(1, 1));
+  ExpectError([&] { ConvertObjectBasedFeaturesIntoFeatureImage("shape", {}, "object", gray, {}); },
               "Feature image type must be ORVA::IMAGE_GREY_F.", c_function, c_source);
 }
 

@@ -1,4 +1,4 @@
-// Distances against the 27 images of a point, neighbour tables against a look at every cell.
+// Distances against the 27 images of a point, neighbor tables against a look at every cell.
 
 #include <SeluUtils/Metric.h>
 
@@ -96,7 +96,7 @@ TEST(DistanceProperty, PeriodicIsTheNearestOfTheImages) {
   }
 }
 
-TEST(NeighbourTableProperty, IsWhatALookAtEveryCellFinds) {
+TEST(NeighborTableProperty, IsWhatALookAtEveryCellFinds) {
   for (int const dimension : {2, 3})
     for (int64 n = 1; n <= 6; ++n)
       for (auto const edge : {EEdgeTreatment::NoEdgeTreatment, EEdgeTreatment::PlusSampling,

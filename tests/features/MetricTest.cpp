@@ -87,7 +87,7 @@ TEST(Distance, RefusesWhatItCannotMeasure) {
   }
 }
 
-TEST(NeighbourTable, ListsNeighboursInRasterOrderThenTheCellItself) {
+TEST(NeighborTable, ListsNeighborsInRasterOrderThenTheCellItself) {
   Table table;
   CMetric::CalculateNeighbourTable(&table, 2, 3, Edge::NoEdgeTreatment);
   ASSERT_EQ(table.size(), 9u);
@@ -97,7 +97,7 @@ TEST(NeighbourTable, ListsNeighboursInRasterOrderThenTheCellItself) {
   EXPECT_EQ(table[0], (std::vector<int64>{8, 6, 7, 2, 1, 5, 3, 4, 0}));
 }
 
-TEST(NeighbourTable, OfASingleCellKnowsOnlyTheCell) {
+TEST(NeighborTable, OfASingleCellKnowsOnlyTheCell) {
   Table table;
   CMetric::CalculateNeighbourTable(&table, 3, 1, Edge::Periodic);
   EXPECT_EQ(table, Table{std::vector<int64>(27, 0)});
@@ -105,20 +105,20 @@ TEST(NeighbourTable, OfASingleCellKnowsOnlyTheCell) {
   EXPECT_EQ(table, (Table{{-1, -1, -1, -1, -1, -1, -1, -1, 0}}));
 }
 
-TEST(NeighbourTable, OfNoCellIsEmpty) {
+TEST(NeighborTable, OfNoCellIsEmpty) {
   Table table(5);
   CMetric::CalculateNeighbourTable(&table, 3, 0, Edge::NoEdgeTreatment);
   EXPECT_TRUE(table.empty());
 }
 
-TEST(NeighbourTable, ReplacesWhatTheTableHeld) {
+TEST(NeighborTable, ReplacesWhatTheTableHeld) {
   Table fresh, used(40, std::vector<int64>(100, 7));
   CMetric::CalculateNeighbourTable(&fresh, 2, 4, Edge::NoEdgeTreatment);
   CMetric::CalculateNeighbourTable(&used, 2, 4, Edge::NoEdgeTreatment);
   EXPECT_EQ(used, fresh);
 }
 
-TEST(NeighbourTable, HasItsSizeWhenDimensionOrEdgeTreatmentIsRefused) {
+TEST(NeighborTable, HasItsSizeWhenDimensionOrEdgeTreatmentIsRefused) {
   char const* const dimensionMessage =
       " CMetric::CalculateNeighbourTable Only implemented for dimension 2 and 3";
   struct StCase {
@@ -145,7 +145,7 @@ TEST(NeighbourTable, HasItsSizeWhenDimensionOrEdgeTreatmentIsRefused) {
   }
 }
 
-TEST(NeighbourTable, LeavesTheTableWhereTheGridIsImpossible) {
+TEST(NeighborTable, LeavesTheTableWhereTheGridIsImpossible) {
   constexpr int64 most = std::numeric_limits<int64>::max();
   struct StCase {
     int dimension;

@@ -35,11 +35,11 @@ struct StLeaf {
 // Builds a random tree and notes its leaves in order as it goes.
 class CTreeBuilder {
 public:
-  explicit CTreeBuilder(test::CRandomNumbers& random) : m_random(random) {}
+  explicit CTreeBuilder(test::CRandomNumbers& random) : m_Random(random) {}
 
   CValueMap Map(int depth) {
     CValueMap map;
-    int const entries = m_random.Between(depth == 4 ? 1 : 0, 4);
+    int const entries = m_Random.Between(depth == 4 ? 1 : 0, 4);
     if (entries == 0) Note(EnKind::Empty);
     for (int k = 0; k < entries; ++k) {
       std::string const key = std::string(1, static_cast<char>('a' + k)) + (k % 2 ? " [px]" : "");
@@ -53,21 +53,21 @@ public:
 private:
   CValue Vector(int depth) {
     CValueVector vector;
-    int const entries = m_random.Between(0, 3);
+    int const entries = m_Random.Between(0, 3);
     if (entries == 0) Note(EnKind::Empty);
     for (int k = 0; k < entries; ++k) vector.PushBack(Below(std::to_string(k), depth));
     return vector;
   }
 
   CValue Below(std::string const& key, int depth) {
-    m_parts.push_back(key);
+    m_Parts.push_back(key);
     CValue value = Value(depth);
-    m_parts.pop_back();
+    m_Parts.pop_back();
     return value;
   }
 
   CValue Value(int depth) {
-    int const choice = m_random.Between(depth == 0 ? 2 : 0, 6);
+    int const choice = m_Random.Between(depth == 0 ? 2 : 0, 6);
     if (choice == 0) return Map(depth - 1);
     if (choice == 1) return Vector(depth - 1);
     Note(choice <= 4 ? EnKind::Number : choice == 5 ? EnKind::Text : EnKind::Object);
@@ -78,10 +78,10 @@ private:
     return CValuePointer::Own(1);
   }
 
-  void Note(EnKind kind) { leaves.push_back({m_parts, kind}); }
+  void Note(EnKind kind) { leaves.push_back({m_Parts, kind}); }
 
-  test::CRandomNumbers& m_random;
-  std::vector<std::string> m_parts;
+  test::CRandomNumbers& m_Random;
+  std::vector<std::string> m_Parts;
 };
 
 bool IsListed(EnKind kind, int mode) {

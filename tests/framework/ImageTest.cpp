@@ -46,7 +46,7 @@ std::vector<StType> const c_types = {
     {IMAGE_GREY_32, 4, "IMAGE_GREY_32"}, {IMAGE_GREY_F, 4, "IMAGE_GREY_F"},
 };
 
-// Grey values 1, 2, 3, ... in the order of the pixel block.
+// Gray values 1, 2, 3, ... in the order of the pixel block.
 CImage Numbered(CSize const& size) {
   CImage image(IMAGE_GREY_8, size, c_noMargin);
   std::byte* const pixels = image.CreateAccess(true).WritableBase();

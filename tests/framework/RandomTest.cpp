@@ -40,12 +40,12 @@ uint64 SplitMix(uint64& state) {
 class CReference {
 public:
   explicit CReference(uint64 seed) {
-    for (uint64& word : m_state) word = SplitMix(seed);
-    m_counter = SplitMix(seed);
+    for (uint64& word : m_State) word = SplitMix(seed);
+    m_Counter = SplitMix(seed);
   }
   uint64 Next() {
     auto const rotate = [](uint64 x, int k) { return (x << k) | (x >> (64 - k)); };
-    auto& s = m_state;
+    auto& s = m_State;
     uint64 const result = rotate(s[0] + s[3], 23) + s[0];
     uint64 const t = s[1] << 17;
     s[2] ^= s[0];
@@ -56,11 +56,11 @@ public:
     s[3] = rotate(s[3], 45);
     return result;
   }
-  int Next15() { return static_cast<int>(SplitMix(m_counter) >> 49); }
+  int Next15() { return static_cast<int>(SplitMix(m_Counter) >> 49); }
 
 private:
-  std::array<uint64, 4> m_state;
-  uint64 m_counter = 0;
+  std::array<uint64, 4> m_State;
+  uint64 m_Counter = 0;
 };
 
 // The first word of this process and of another, both drawn before any test could seed the source.
@@ -248,7 +248,7 @@ TEST(RandomThreads, DrawFromDifferentStreams) {
   EXPECT_EQ(all.size(), streams.size() * 100);
 }
 
-TEST(RandomThreads, StreamsOfNeighbouringSeedsDiffer) {
+TEST(RandomThreads, StreamsOfNeighboringSeedsDiffer) {
   std::set<uint64> all;
   for (uint64 seed = 0; seed < 20; ++seed) {
     Source().Seed(seed);

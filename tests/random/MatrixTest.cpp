@@ -41,18 +41,18 @@ Matrix Counting(uint64 rows, uint64 cols) {
 // base needs no more than the element access, and lets an operand share storage with the result.
 class CTransposedView : public Interface {
 public:
-  explicit CTransposedView(Matrix& matrix) : m_matrix(matrix) {}
+  explicit CTransposedView(Matrix& matrix) : m_Matrix(matrix) {}
   using Interface::operator=;
-  uint64 Rows() const override { return m_matrix.Cols(); }
-  uint64 Cols() const override { return m_matrix.Rows(); }
-  double& operator()(uint64 row, uint64 col) override { return m_matrix(col, row); }
+  uint64 Rows() const override { return m_Matrix.Cols(); }
+  uint64 Cols() const override { return m_Matrix.Rows(); }
+  double& operator()(uint64 row, uint64 col) override { return m_Matrix(col, row); }
   double operator()(uint64 row, uint64 col) const override {
-    return std::as_const(m_matrix)(col, row);
+    return std::as_const(m_Matrix)(col, row);
   }
-  void Resize(uint64 rows, uint64 cols) override { m_matrix.Resize(cols, rows); }
+  void Resize(uint64 rows, uint64 cols) override { m_Matrix.Resize(cols, rows); }
 
 private:
-  Matrix& m_matrix;
+  Matrix& m_Matrix;
 };
 
 std::string const c_interface = "src/Numeric/MatrixInterface";

@@ -28,20 +28,20 @@ constexpr int c_draws = 500;
 // Counts how many of its kind live.
 class CCounted : public IRotationGenerator {
 public:
-  explicit CCounted(int& alive) : m_alive(&alive) { ++*m_alive; }
+  explicit CCounted(int& alive) : m_Alive(&alive) { ++*m_Alive; }
   CCounted(CCounted const& other)
-      : IRandomGenerator<CEulerRotation>(other), IRotationGenerator(other), m_alive(other.m_alive) {
-    ++*m_alive;
+      : IRandomGenerator<CEulerRotation>(other), IRotationGenerator(other), m_Alive(other.m_Alive) {
+    ++*m_Alive;
   }
   CCounted& operator=(CCounted const&) = delete;
-  ~CCounted() override { --*m_alive; }
-  CEulerRotation operator()() override { return CEulerRotation(0.1 * ++m_draws, 0, 0); }
+  ~CCounted() override { --*m_Alive; }
+  CEulerRotation operator()() override { return CEulerRotation(0.1 * ++m_Draws, 0, 0); }
   bool IsValid() const override { return true; }
   IRotationGenerator* Clone() const override { return new CCounted(*this); }
 
 private:
-  int* m_alive;
-  int m_draws = 0;
+  int* m_Alive;
+  int m_Draws = 0;
 };
 
 void ExpectEmptySlot(CMixtureRotation& mixture, int n) {

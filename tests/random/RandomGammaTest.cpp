@@ -63,7 +63,7 @@ StTables const& Tables() {
 // The step lists, step by step; one letter names are theirs.
 class CStepLists {
 public:
-  explicit CStepLists(test::CReplay& words) : m_words(words) {}
+  explicit CStepLists(test::CReplay& words) : m_Words(words) {}
 
   double Exponential() {
     auto const& q = Tables().q;
@@ -173,7 +173,7 @@ public:
   }
 
 private:
-  double U() { return m_words.U(); }
+  double U() { return m_Words.U(); }
   double Positive() {
     double const u = U();
     return u == 0 ? 0x1p-32 : u;
@@ -188,7 +188,7 @@ private:
     }
   }
 
-  test::CReplay& m_words;
+  test::CReplay& m_Words;
 };
 
 double NormalWordToU(uint64 numerator) { return static_cast<double>(numerator) * 0x1p-32; }

@@ -64,7 +64,7 @@ protected:
   }
 
 private:
-  testing::ScopedTrace m_trace{__FILE__, __LINE__,
+  testing::ScopedTrace m_Trace{__FILE__, __LINE__,
                                "SELU_TEST_SEED=" + std::to_string(test::Seed())};
 };
 

@@ -79,7 +79,7 @@ std::string Dicom(std::uint32_t columns, std::uint32_t rows, std::uint32_t pixel
 TEST_F(SeluBadInput, WhatIsNoFileOfAnImage) {
   fs::create_directory(Folder() / "dir.nrrd");
   Write("empty.png", "");
-  Write("text.txt", "Grey values of a stone\n1 2 3\n");
+  Write("text.txt", "Gray values of a stone\n1 2 3\n");
   Write("text.png", "no image at all");
   ::mkfifo(Path("pipe.nrrd").c_str(), 0600);
   ExpectUnreadable("missing.png", "cannot read \"missing.png\": No such file or directory");
@@ -230,7 +230,7 @@ TEST_F(SeluBadInput, PixelsInAFileElsewhere) {
   }
 }
 
-TEST_F(SeluBadInput, ImagesThatAreNotGreyValuesInTwoOrThreeDimensions) {
+TEST_F(SeluBadInput, ImagesThatAreNotGrayValuesInTwoOrThreeDimensions) {
   std::vector<std::uint8_t> const bytes(24, 7);
   WriteNrrd("one.nrrd", "uint8", {24}, bytes);
   WriteNrrd("four.nrrd", "uint8", {2, 3, 2, 2}, bytes);
@@ -240,14 +240,14 @@ TEST_F(SeluBadInput, ImagesThatAreNotGreyValuesInTwoOrThreeDimensions) {
         "NRRD0004\ntype: uint8\ndimension: 3\nsizes: 3 4 2\nkinds: RGB-color domain domain\n"
         "encoding: raw\n\n" +
             std::string(24, 'x'));
-  ExpectUnreadable("rgb.nrrd", "it has 3 components per pixel, but selu needs grey values: one");
+  ExpectUnreadable("rgb.nrrd", "it has 3 components per pixel, but selu needs gray values: one");
 }
 
 TEST_F(SeluBadInput, DicomIsReadAndItsValuesAreRight) {
   Write("a.dcm", Dicom(16, 16, 256));
   auto const info = nlohmann::json::parse(Output({"info", "a.dcm", "--format", "json"}));
   EXPECT_EQ(info["pixel type"], "uint16");
-  EXPECT_EQ(info["grey levels"], 256);
+  EXPECT_EQ(info["gray levels"], 256);
   EXPECT_EQ(info["greatest value"], 65280);
 }
 

@@ -1,7 +1,7 @@
 // selu feature-image: a feature map as an image and as a table.
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
+#include <images/ImageFile.h>
 
 #include <nlohmann/json.hpp>
 
@@ -163,7 +163,7 @@ TEST_F(SeluFeatureImage, ChainOfRealLabelsGivesTheCounts) {
             "");
   EXPECT_EQ(Output(Command({"--csv", "out.csv"}, "out.tif")), "");
   auto const labels = selu::ReadImage(base + "-label.nrrd");
-  auto const values = selu::ReadImage(base + ".nrrd").ToGrey();
+  auto const values = selu::ReadImage(base + ".nrrd").ToGray();
   ASSERT_EQ(labels.Pixel(), selu::EnPixel::Int16);
   ASSERT_EQ(values.Type(), ORVA::IMAGE_GREY_16);
   auto const access = values.CreateAccess(false);

@@ -1,9 +1,9 @@
-// Volumes of fibres: reproducible, as dense as their number and radius say, and with a texture that
+// Volumes of fibers: reproducible, as dense as their number and radius say, and with a texture that
 // tells their orientation.
 #include "support/Images.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
+#include <images/ImageFile.h>
 
 #include <nlohmann/json.hpp>
 
@@ -15,12 +15,12 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-class SeluFibres : public test::CSeluTest {
+class SeluFibers : public test::CSeluTest {
 protected:
   [[nodiscard]] static Arguments Command(std::string const& size, std::string const& count,
                                          std::string const& radius, std::string const& orientation,
                                          std::string const& seed, std::string const& file) {
-    return {"synth", "fibres",        "--size",    size,     "--count", count, "--radius",
+    return {"synth", "fibers",        "--size",    size,     "--count", count, "--radius",
             radius,  "--orientation", orientation, "--seed", seed,      "-o",  file};
   }
   void Make(std::string const& size, std::string const& count, std::string const& radius,
@@ -31,7 +31,7 @@ protected:
     EXPECT_EQ(result.out, "");
   }
   [[nodiscard]] std::vector<std::uint8_t> Voxels(std::string const& file) const {
-    auto const image = selu::ReadImage(Path(file)).ToGrey();
+    auto const image = selu::ReadImage(Path(file)).ToGray();
     auto const pixels = test::Pixels<std::uint8_t>(image);
     return {pixels.begin(), pixels.end()};
   }
@@ -48,7 +48,7 @@ protected:
   }
 };
 
-TEST_F(SeluFibres, SameSeedSameBytes) {
+TEST_F(SeluFibers, SameSeedSameBytes) {
   Make("40,30,20", "20", "2", "isotropic", "7", "a.nrrd");
   Make("40,30,20", "20", "2", "isotropic", "7", "b.nrrd");
   Make("40,30,20", "20", "2", "isotropic", "8", "c.nrrd");
@@ -56,7 +56,7 @@ TEST_F(SeluFibres, SameSeedSameBytes) {
   EXPECT_NE(Read("a.nrrd"), Read("c.nrrd"));
 }
 
-TEST_F(SeluFibres, OneFibreIsACylinderThroughTheWholeVolume) {
+TEST_F(SeluFibers, OneFiberIsACylinderThroughTheWholeVolume) {
   // Along x: every plane across holds the same disc, as far as it lies inside.
   Make("50,41,41", "1", "4", "fixed,phi=0,theta=90deg,psi=90deg", "1", "a.nrrd");
   auto const voxels = Voxels("a.nrrd");
@@ -67,25 +67,25 @@ TEST_F(SeluFibres, OneFibreIsACylinderThroughTheWholeVolume) {
   EXPECT_LT(areas[0], 1.05 * 3.1416 * 16);
 }
 
-TEST_F(SeluFibres, AFibreHasTheSectionOfItsRadius) {
-  // Along z, thin enough to lie inside for most seeds: the sum of greys is the disc's area.
+TEST_F(SeluFibers, AFiberHasTheSectionOfItsRadius) {
+  // Along z, thin enough to lie inside for most seeds: the sum of grays is the disc's area.
   int whole = 0;
   for (int seed = 1; seed <= 10; ++seed) {
     Make("101,101,2", "1", "6", "fixed", std::to_string(seed), "a.nrrd");
     double area = 0;
-    for (auto const grey : Voxels("a.nrrd")) area += grey / 255.0 / 2;
+    for (auto const gray : Voxels("a.nrrd")) area += gray / 255.0 / 2;
     EXPECT_LT(area, 1.02 * 3.1416 * 36);
     whole += area > 0.98 * 3.1416 * 36 ? 1 : 0;
   }
   EXPECT_GE(whole, 5);
 }
 
-TEST_F(SeluFibres, NoFibresNoForeground) {
+TEST_F(SeluFibers, NoFibersNoForeground) {
   Make("8,8,8", "0", "2", "isotropic", "7", "a.nrrd");
   EXPECT_EQ(Voxels("a.nrrd"), std::vector<std::uint8_t>(512, 0));
 }
 
-TEST_F(SeluFibres, TextureFindsTheDirectionOfTheFibresAgain) {
+TEST_F(SeluFibers, TextureFindsTheDirectionOfTheFibersAgain) {
   struct StCase {
     std::string orientation, along;
   };
@@ -105,7 +105,7 @@ TEST_F(SeluFibres, TextureFindsTheDirectionOfTheFibresAgain) {
   }
 }
 
-TEST_F(SeluFibres, AMixtureOfOrientationsComesFromAFile) {
+TEST_F(SeluFibers, AMixtureOfOrientationsComesFromAFile) {
   Write("mix.json", R"({"components": [
     {"weight": 0.5, "distribution": "vmf", "kappa": 100, "theta": "90deg"},
     {"weight": 0.5, "distribution": "vmf", "kappa": 100, "theta": "90deg", "phi": "90deg"}]})");
@@ -115,7 +115,7 @@ TEST_F(SeluFibres, AMixtureOfOrientationsComesFromAFile) {
   EXPECT_LT(1.2 * contrasts.at("0,1,0"), contrasts.at("0,0,1"));
 }
 
-TEST_F(SeluFibres, EveryFormatAndThinVolumesWork) {
+TEST_F(SeluFibers, EveryFormatAndThinVolumesWork) {
   for (std::string const ending : {"nrrd", "mha", "nii", "nii.gz", "tif"}) {
     Make("20,18,16", "5", "1.5", "isotropic", "3", "a." + ending);
     EXPECT_EQ(Voxels("a." + ending), Voxels("a.nrrd")) << ending;
@@ -124,7 +124,7 @@ TEST_F(SeluFibres, EveryFormatAndThinVolumesWork) {
     Make(size, "20", "0.6", "isotropic", "3", "thin.nrrd");
 }
 
-TEST_F(SeluFibres, WrongArgumentsAreRefusedByName) {
+TEST_F(SeluFibers, WrongArgumentsAreRefusedByName) {
   auto const refused = [this](Arguments const& arguments, std::string const& text, int code) {
     ExpectFailure(arguments, text, code);
   };
@@ -139,7 +139,7 @@ TEST_F(SeluFibres, WrongArgumentsAreRefusedByName) {
   EXPECT_TRUE(Files().empty());
 }
 
-TEST_F(SeluFibres, CtrlCLeavesNothingBehind) {
+TEST_F(SeluFibers, CtrlCLeavesNothingBehind) {
   auto const result = Selu(Command("64,64,64", "100000000", "5", "isotropic", "1", "a.nrrd"),
                            {.interruptAfter = 0.4});
   EXPECT_EQ(result.code, 130);
@@ -147,12 +147,16 @@ TEST_F(SeluFibres, CtrlCLeavesNothingBehind) {
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
 }
 
-TEST_F(SeluFibres, HelpNamesTheOrientations) {
-  auto const help = Output({"synth", "fibres", "--help"});
+TEST_F(SeluFibers, HelpNamesTheOrientations) {
+  auto const help = Output({"synth", "fibers", "--help"});
   for (std::string const name :
        {"isotropic", "girdle", "vmf", "watson", "fixed", "constant", "mixture", "--radius"})
     EXPECT_NE(help.find(name), std::string::npos) << name;
-  EXPECT_NE(Output({"synth", "--help"}).find("fibres"), std::string::npos);
+  EXPECT_NE(Output({"synth", "--help"}).find("fibers"), std::string::npos);
+}
+
+TEST_F(SeluFibers, AnswerToTheirBritishNameAsWell) {
+  EXPECT_EQ(Output({"synth", "fibres", "--help"}), Output({"synth", "fibers", "--help"}));
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 // the file is refused.
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
+#include <images/ImageFile.h>
 
 #include <nlohmann/json.hpp>
 
@@ -22,30 +22,30 @@ using Json = nlohmann::json;
 class CBytes {
 public:
   explicit CBytes(bool bigEndian)
-      : m_swap(bigEndian != (std::endian::native == std::endian::big)) {}
+      : m_Swap(bigEndian != (std::endian::native == std::endian::big)) {}
   template <class T>
   CBytes& Add(T value) {
     auto bytes = std::bit_cast<std::array<char, sizeof(T)>>(value);
-    if (m_swap) std::reverse(bytes.begin(), bytes.end());
-    m_text.append(bytes.data(), bytes.size());
+    if (m_Swap) std::reverse(bytes.begin(), bytes.end());
+    m_Text.append(bytes.data(), bytes.size());
     return *this;
   }
   template <class T>
   CBytes& Put(std::size_t place, T value) {
     CBytes one(*this);
-    one.m_text.clear();
-    m_text.replace(place, sizeof(T), one.Add(value).m_text);
+    one.m_Text.clear();
+    m_Text.replace(place, sizeof(T), one.Add(value).m_Text);
     return *this;
   }
   CBytes& Text(std::string const& text) {
-    m_text += text;
+    m_Text += text;
     return *this;
   }
-  [[nodiscard]] std::string const& All() const { return m_text; }
+  [[nodiscard]] std::string const& All() const { return m_Text; }
 
 private:
-  bool m_swap;
-  std::string m_text;
+  bool m_Swap;
+  std::string m_Text;
 };
 
 template <class T>

@@ -1,4 +1,4 @@
-// selu info: what an image holds, and what survives the quantisation.
+// selu info: what an image holds, and what survives the quantization.
 #include "support/Random.h"
 #include "support/SeluRun.h"
 
@@ -44,7 +44,7 @@ protected:
     EXPECT_EQ(info["greatest value"].get<T>(), *values.rbegin());
     EXPECT_EQ(info["surviving voxels"], inside);
     EXPECT_EQ(info["not a number"], nan);
-    EXPECT_EQ(info["grey levels"], levels.size());
+    EXPECT_EQ(info["gray levels"], levels.size());
     EXPECT_EQ(info["voxels"], pixels.size());
   }
 };
@@ -116,9 +116,9 @@ TEST_F(SeluInfo, SixteenBitsSurviveByTheirHighByte) {
   Json const info = Json::parse(result.out);
   EXPECT_EQ(info["surviving voxels"], 6);
   EXPECT_EQ(info["surviving share"], 0.75);
-  EXPECT_EQ(info["grey levels"], 4);
+  EXPECT_EQ(info["gray levels"], 4);
   EXPECT_EQ(result.error,
-            "selu: warning: \"a.nrrd\" keeps only 4 grey levels of its 16 bits, since the "
+            "selu: warning: \"a.nrrd\" keeps only 4 gray levels of its 16 bits, since the "
             "highest byte counts: give --range 0,65535 to spread its values over all "
             "256\n");
 }

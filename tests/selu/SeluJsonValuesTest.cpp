@@ -1,8 +1,8 @@
 // Value maps as JSON and back.
 #include "support/Random.h"
 
-#include <Errors.h>
-#include <JsonValues.h>
+#include <base/Errors.h>
+#include <base/JsonValues.h>
 
 #include <pxlib2core/ValueVector.h>
 

@@ -2,8 +2,8 @@
 #include "support/Random.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
-#include <JsonValues.h>
+#include <base/JsonValues.h>
+#include <images/ImageFile.h>
 
 #include <array>
 #include <cmath>

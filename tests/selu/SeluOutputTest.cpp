@@ -1,7 +1,7 @@
 // Outputs appear whole or not at all: full disks, signals, devices, links, permissions.
 #include "support/SeluRun.h"
 
-#include <AtomicFile.h>
+#include <base/AtomicFile.h>
 
 #include <array>
 #include <chrono>

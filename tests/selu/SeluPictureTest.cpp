@@ -1,5 +1,5 @@
 // What the picture's axes and cells say.
-#include <Picture.h>
+#include <drawing/Picture.h>
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ Labels LabelsOf(std::vector<selu::StTick> const& ticks) {
   return labels;
 }
 
-TEST(SeluPicture, TicksOfAllGreyLevelsBeginAtZero) {
+TEST(SeluPicture, TicksOfAllGrayLevelsBeginAtZero) {
   EXPECT_EQ(LabelsOf(selu::LinearTicks(-0.5, 255.5, 6)),
             (Labels{"0", "50", "100", "150", "200", "250"}));
 }

@@ -2,7 +2,7 @@
 #include "support/Matrix.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
+#include <images/ImageFile.h>
 
 #include <nlohmann/json.hpp>
 
@@ -65,7 +65,7 @@ TEST_F(SeluRealImages, TextureGivesItsTableMatrixAndPictures) {
     EXPECT_TRUE(Read("p.svg").ends_with("</svg>\n"));
     std::size_t const directions = image.size.size() == 3 ? 13 : 4;
     ASSERT_EQ(json["directions"].size(), directions);
-    auto const matrices = selu::ReadImage(Path("m.nrrd")).ToGrey();
+    auto const matrices = selu::ReadImage(Path("m.nrrd")).ToGray();
     for (std::size_t s = 0; s < directions; ++s)
       EXPECT_EQ(test::Total(test::ReadMatrix(matrices, static_cast<ORVA::int64>(s))),
                 json["directions"][s]["pairs"].get<std::uint64_t>());
@@ -81,7 +81,7 @@ TEST_F(SeluRealImages, SignedAndFloatingPointImagesAskForARange) {
 TEST_F(SeluRealImages, CollapsingImageIsWarnedOf) {
   auto const result = Selu({"info", Data("prostate_phantom_subvolume.nrrd")});
   EXPECT_EQ(result.code, 0);
-  EXPECT_TRUE(result.error.find("keeps only 8 grey levels of its 16 bits") != std::string::npos);
+  EXPECT_TRUE(result.error.find("keeps only 8 gray levels of its 16 bits") != std::string::npos);
   EXPECT_TRUE(result.error.find("--range 0,2017") != std::string::npos);
 }
 

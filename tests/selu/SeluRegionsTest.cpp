@@ -2,8 +2,8 @@
 #include "support/Random.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
-#include <JsonValues.h>
+#include <base/JsonValues.h>
+#include <images/ImageFile.h>
 
 #include <SeluUtils/ValueHelper.h>
 
@@ -136,7 +136,7 @@ TEST_F(SeluRegions, EveryLabelAndPixelTypeMeasuresAsByHand) {
   CompareWithHand<std::int64_t, std::uint64_t>("int64", "uint64", {50, 1}, 3);
 }
 
-TEST_F(SeluRegions, DeviationsFarFromZeroAreNotCancelled) {
+TEST_F(SeluRegions, DeviationsFarFromZeroAreNotCanceled) {
   WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 1}, {1, 1, 1, 1});
   WriteNrrd<double>("i.nrrd", "double", {4, 1}, {1e9 + 1, 1e9 + 2, 1e9 + 3, 1e9 + 4});
   Json const object = Regions({"--intensity", "i.nrrd", "--no-texture"})["object 1"];

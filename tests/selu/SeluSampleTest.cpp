@@ -3,9 +3,9 @@
 #include "support/Random.h"
 #include "support/SeluRun.h"
 
-#include <Distributions.h>
-#include <SampleStatistics.h>
-#include <SpecialFunctions.h>
+#include <distributions/Distributions.h>
+#include <distributions/SpecialFunctions.h>
+#include <samples/SampleStatistics.h>
 
 #include <SeluUtils/EulerRotation.h>
 #include <pxlib2core/Random.h>

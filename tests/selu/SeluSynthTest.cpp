@@ -2,8 +2,8 @@
 #include "support/Images.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
 #include <SeluUtils/Cooccurrence.h>
+#include <images/ImageFile.h>
 
 #include <cstdlib>
 
@@ -20,7 +20,7 @@ protected:
     EXPECT_EQ(result.out, "");
   }
   [[nodiscard]] ORVA::CImage Image(std::string const& file) const {
-    return selu::ReadImage(Path(file)).ToGrey();
+    return selu::ReadImage(Path(file)).ToGray();
   }
 };
 
@@ -57,7 +57,7 @@ TEST_F(SeluSynth, EveryFormatHoldsTheSameVoxels) {
   }
 }
 
-TEST_F(SeluSynth, NoiseTakesEveryGreyValueAboutEquallyOften) {
+TEST_F(SeluSynth, NoiseTakesEveryGrayValueAboutEquallyOften) {
   Make("noise", "64,64,64", "5", "a.nrrd");
   std::vector<int> histogram(256);
   for (auto const value : test::Pixels<std::uint8_t>(Image("a.nrrd"))) ++histogram[value];

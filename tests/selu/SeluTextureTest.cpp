@@ -2,9 +2,9 @@
 #include "support/Matrix.h"
 #include "support/SeluRun.h"
 
-#include <ImageFile.h>
 #include <SeluUtils/Cooccurrence.h>
-#include <Texture.h>
+#include <images/ImageFile.h>
+#include <texture/Texture.h>
 
 #include <nlohmann/json.hpp>
 
@@ -22,7 +22,7 @@ protected:
     ASSERT_EQ(Selu({"synth", kind, "--size", size, "--seed", "3", "-o", file}).code, 0);
   }
   [[nodiscard]] ORVA::CImage Image(std::string const& file) const {
-    return selu::ReadImage(Path(file)).ToGrey();
+    return selu::ReadImage(Path(file)).ToGray();
   }
 };
 
@@ -171,7 +171,7 @@ TEST_F(SeluTexture, SignedAndFloatingPointPixelsNeedARange) {
   ExpectFailure(
       {"texture", "s.nrrd"},
       "\"s.nrrd\" has signed 16-bit integer pixels, which need --range LO,HI to map them to "
-      "grey levels (its values range from -5 to 300)");
+      "gray levels (its values range from -5 to 300)");
   WriteNrrd<double>("d.nrrd", "double", {2, 2}, {0.125, 0, 1, -2.5});
   ExpectFailure({"texture", "d.nrrd"}, "64-bit floating-point pixels, which need --range LO,HI");
   ExpectFailure({"texture", "d.nrrd"}, "range from -2.5 to 1");
@@ -258,7 +258,7 @@ TEST_F(SeluTexture, CollapseIsWarnedOf) {
   WriteNrrd("a.nrrd", "uint16", {8, 8}, pixels);
   auto const result = Selu({"texture", "a.nrrd"});
   EXPECT_EQ(result.code, 0);
-  EXPECT_TRUE(result.error.find("keeps only 8 grey levels") != std::string::npos) << result.error;
+  EXPECT_TRUE(result.error.find("keeps only 8 gray levels") != std::string::npos) << result.error;
   EXPECT_TRUE(result.error.find("--range 0,1890") != std::string::npos) << result.error;
 }
 

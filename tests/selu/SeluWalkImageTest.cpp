@@ -2,7 +2,7 @@
 #include "support/SeluRun.h"
 #include "support/Walks.h"
 
-#include <ImageFile.h>
+#include <images/ImageFile.h>
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>

@@ -1,8 +1,8 @@
-// selu walk --picture: squares in the colours of their order, ideal lines, projections, profiles.
+// selu walk --picture: squares in the colors of their order, ideal lines, projections, profiles.
 #include "support/SeluRun.h"
 #include "support/Walks.h"
 
-#include <Colours.h>
+#include <drawing/Colors.h>
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -20,35 +20,35 @@ namespace {
 using test::Point;
 using Arguments = std::vector<std::string>;
 
-// The colours of a PNG file.
+// The colors of a PNG file.
 class CPng {
 public:
   explicit CPng(std::string const& path)
-      : m_surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy) {
-    EXPECT_EQ(cairo_surface_status(m_surface.get()), CAIRO_STATUS_SUCCESS) << path;
+      : m_Surface(cairo_image_surface_create_from_png(path.c_str()), cairo_surface_destroy) {
+    EXPECT_EQ(cairo_surface_status(m_Surface.get()), CAIRO_STATUS_SUCCESS) << path;
   }
-  [[nodiscard]] int Width() const { return cairo_image_surface_get_width(m_surface.get()); }
-  [[nodiscard]] int Height() const { return cairo_image_surface_get_height(m_surface.get()); }
+  [[nodiscard]] int Width() const { return cairo_image_surface_get_width(m_Surface.get()); }
+  [[nodiscard]] int Height() const { return cairo_image_surface_get_height(m_Surface.get()); }
   /// 0xRRGGBB, or -1 outside.
   [[nodiscard]] int At(int x, int y) const {
     if (x < 0 || y < 0 || x >= Width() || y >= Height()) return -1;
     std::uint32_t pixel = 0;
     std::memcpy(&pixel,
-                cairo_image_surface_get_data(m_surface.get()) +
+                cairo_image_surface_get_data(m_Surface.get()) +
                     static_cast<std::ptrdiff_t>(y) *
-                        cairo_image_surface_get_stride(m_surface.get()) +
+                        cairo_image_surface_get_stride(m_Surface.get()) +
                     static_cast<std::ptrdiff_t>(x) * 4,
                 4);
     return static_cast<int>(pixel & 0xffffff);
   }
 
 private:
-  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> m_surface;
+  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> m_Surface;
 };
 
-int Rgb(selu::Colour const& colour) {
+int Rgb(selu::Color const& color) {
   auto const part = [](double share) { return static_cast<int>(share * 255 + 0.5); };
-  return part(colour.red) << 16 | part(colour.green) << 8 | part(colour.blue);
+  return part(color.red) << 16 | part(color.green) << 8 | part(color.blue);
 }
 
 constexpr int c_ideal = 0x19738c; // of ideal lines and of profiles

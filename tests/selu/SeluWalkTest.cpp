@@ -23,18 +23,18 @@ using test::Point;
 using test::Points;
 using Arguments = std::vector<std::string>;
 
-struct StNeighbourhood {
+struct StNeighborhood {
   char const* name;
   int64 code;
 };
-constexpr std::array<StNeighbourhood, 4> c_flat = {{{"4", NEIGHBORHOOD_4},
-                                                    {"6.1", NEIGHBORHOOD_6_1},
-                                                    {"6.2", NEIGHBORHOOD_6_2},
-                                                    {"8", NEIGHBORHOOD_8}}};
-constexpr std::array<StNeighbourhood, 4> c_solid = {{{"6", NEIGHBORHOOD_6},
-                                                     {"14.1", NEIGHBORHOOD_14_1},
-                                                     {"14.2", NEIGHBORHOOD_14_2},
-                                                     {"26", NEIGHBORHOOD_26}}};
+constexpr std::array<StNeighborhood, 4> c_flat = {{{"4", NEIGHBORHOOD_4},
+                                                   {"6.1", NEIGHBORHOOD_6_1},
+                                                   {"6.2", NEIGHBORHOOD_6_2},
+                                                   {"8", NEIGHBORHOOD_8}}};
+constexpr std::array<StNeighborhood, 4> c_solid = {{{"6", NEIGHBORHOOD_6},
+                                                    {"14.1", NEIGHBORHOOD_14_1},
+                                                    {"14.2", NEIGHBORHOOD_14_2},
+                                                    {"26", NEIGHBORHOOD_26}}};
 
 std::string Text(Point const& p, int dimension) {
   std::string const text = std::to_string(p.x) + "," + std::to_string(p.y);
@@ -64,11 +64,11 @@ protected:
   }
 };
 
-TEST_F(SeluWalk, LineGoesAsTheVisitorInEveryNeighbourhood) {
+TEST_F(SeluWalk, LineGoesAsTheVisitorInEveryNeighborhood) {
   Point const from(-5, 3, 0), to(4, -2, 0);
   for (auto const& [name, code] : c_flat)
     for (std::string const ends : {"both", "none"})
-      EXPECT_EQ(Walk({"line", "-5,3", "4,-2", "--neighbourhood", name, "--ends", ends}),
+      EXPECT_EQ(Walk({"line", "-5,3", "4,-2", "--neighborhood", name, "--ends", ends}),
                 Csv(test::Walk(CBresenhamVisitor(from, to, 2, code, ends == "both")), 2));
   Point const far(9, -4, -7);
   for (auto const& [name, code] : c_solid)
@@ -76,10 +76,10 @@ TEST_F(SeluWalk, LineGoesAsTheVisitorInEveryNeighbourhood) {
               Csv(test::Walk(CBresenhamVisitor(from, far, 3, code, true)), 3));
 }
 
-TEST_F(SeluWalk, NeighbourhoodIsTheLargestByDefault) {
-  EXPECT_EQ(Walk({"line", "0,0", "9,4"}), Walk({"line", "0,0", "9,4", "--neighbourhood", "8"}));
+TEST_F(SeluWalk, NeighborhoodIsTheLargestByDefault) {
+  EXPECT_EQ(Walk({"line", "0,0", "9,4"}), Walk({"line", "0,0", "9,4", "--neighborhood", "8"}));
   EXPECT_EQ(Walk({"line", "0,0,0", "9,4,2"}),
-            Walk({"line", "0,0,0", "9,4,2", "--neighbourhood", "26"}));
+            Walk({"line", "0,0,0", "9,4,2", "--neighborhood", "26"}));
 }
 
 TEST_F(SeluWalk, LineWithoutItsEndsCanBeEmpty) {
@@ -96,9 +96,9 @@ TEST_F(SeluWalk, AreaAndPolygonGoAsTheirVisitors) {
   for (bool const border : {true, false}) {
     Arguments const flag = border ? Arguments{} : Arguments{"--without-border"};
     auto const printed = [&](std::string const& kind, Points const& corners, int dimension,
-                             std::string const& neighbourhood) {
+                             std::string const& neighborhood) {
       Arguments arguments = With({kind}, corners, dimension);
-      arguments.insert(arguments.end(), {"--neighbourhood", neighbourhood});
+      arguments.insert(arguments.end(), {"--neighborhood", neighborhood});
       arguments.insert(arguments.end(), flag.begin(), flag.end());
       return Walk(arguments);
     };
@@ -136,9 +136,9 @@ TEST_F(SeluWalk, VolumeGoesAsTheVisitorAndIsClosed) {
   Points const path = {{0, 0, 0}, {6, 0, 0}, {6, 5, 0}, {0, 5, 0}, {0, 0, 0}};
   for (bool const border : {true, false})
     for (auto const& [name, code] : {c_solid[0], c_solid[3]}) {
-      Arguments arguments = With({"volume", "--edges", "--neighbourhood", name}, edges, 3);
+      Arguments arguments = With({"volume", "--edges", "--neighborhood", name}, edges, 3);
       Arguments open =
-          With({"volume", "--neighbourhood", name}, Points(path.begin(), path.end() - 1), 3);
+          With({"volume", "--neighborhood", name}, Points(path.begin(), path.end() - 1), 3);
       if (!border) {
         arguments.emplace_back("--without-border");
         open.emplace_back("--without-border");
@@ -175,7 +175,7 @@ TEST_F(SeluWalk, SliceIsExactOrALattice) {
   ASSERT_FALSE(byNormal.empty() || byPoints.empty() || lattice.empty() || latticeByPoints.empty());
   EXPECT_EQ(with({}), Csv(test::Walk(byNormal), 3));
   EXPECT_EQ(with({}), with({"--method", "exact"}));
-  EXPECT_EQ(with({"--method", "lattice", "--neighbourhood", "6"}), Csv(test::Walk(lattice), 3));
+  EXPECT_EQ(with({"--method", "lattice", "--neighborhood", "6"}), Csv(test::Walk(lattice), 3));
   EXPECT_EQ(Walk(through), Csv(test::Walk(byPoints), 3));
   EXPECT_EQ(Walk(throughLattice), Csv(test::Walk(latticeByPoints), 3));
 }
@@ -221,7 +221,7 @@ TEST_F(SeluWalk, DeltaIsExactOrPlain) {
 
 TEST_F(SeluWalk, JsonHoldsTheSamePoints) {
   auto const json = nlohmann::json::parse(Walk({"line", "-2,1", "1,0", "--format", "json"}));
-  EXPECT_EQ(json["walk"], "line from -2,1 to 1,0, neighbourhood 8");
+  EXPECT_EQ(json["walk"], "line from -2,1 to 1,0, neighborhood 8");
   EXPECT_EQ(json["columns"], nlohmann::json({"x", "y"}));
   CBresenhamVisitor line(Point(-2, 1, 0), Point(1, 0, 0), 2, NEIGHBORHOOD_8, true);
   nlohmann::json points = nlohmann::json::array();
@@ -298,7 +298,7 @@ TEST_F(SeluWalk, BadPointsAreNamed) {
   Fails({"line", "0,0", "0,2147483648"},
         "the line from 0,0 to 0,2147483648 is longer than 2147483647 voxels along y");
   Fails({"line", "-2305843009213693952,0", "2305843009213693952,0"}, "is longer than 2147483647");
-  Fails({"line", "0,0,0", "2147483647,2147483647,2147483647", "--neighbourhood", "6"},
+  Fails({"line", "0,0,0", "2147483647,2147483647,2147483647", "--neighborhood", "6"},
         "more than this machine's memory");
   Fails({"area"}, "the corners are missing", 2);
   Fails({"volume", "0,0", "1,1"}, "a volume needs corners x,y,z, not 0,0", 2);
@@ -328,17 +328,16 @@ TEST_F(SeluWalk, BadListsAreNamedWithTheirLine) {
   Fails({"area", "--corners", "good.csv", "-o", "good.csv"}, "it is the input \"good.csv\"");
 }
 
-TEST_F(SeluWalk, NeighbourhoodsOfAnotherDimensionAreRefused) {
-  Fails({"line", "0,0", "1,1", "--neighbourhood", "26"},
-        "--neighbourhood needs one of 4, 6.1, 6.2 and 8 in 2D, not \"26\"", 2);
-  Fails({"line", "0,0,0", "1,1,1", "--neighbourhood", "6.1"},
-        "--neighbourhood needs one of 6, 14.1, 14.2 and 26 in 3D, not \"6.1\"", 2);
-  Fails({"volume", "0,0,0", "1,1,1", "--neighbourhood", "14.2"},
-        "--neighbourhood needs one of 6 and 26 for a volume, not \"14.2\"", 2);
-  Fails({"area", "0,0,0", "5,1,3", "2,7,9", "--neighbourhood", "6"}, "the area walk is impossible");
-  Fails(
-      {"slice", "--normal", "1,0,0", "--distance", "1", "--size", "3,3,3", "--neighbourhood", "6"},
-      "--neighbourhood is for --method lattice", 2);
+TEST_F(SeluWalk, NeighborhoodsOfAnotherDimensionAreRefused) {
+  Fails({"line", "0,0", "1,1", "--neighborhood", "26"},
+        "--neighborhood needs one of 4, 6.1, 6.2 and 8 in 2D, not \"26\"", 2);
+  Fails({"line", "0,0,0", "1,1,1", "--neighborhood", "6.1"},
+        "--neighborhood needs one of 6, 14.1, 14.2 and 26 in 3D, not \"6.1\"", 2);
+  Fails({"volume", "0,0,0", "1,1,1", "--neighborhood", "14.2"},
+        "--neighborhood needs one of 6 and 26 for a volume, not \"14.2\"", 2);
+  Fails({"area", "0,0,0", "5,1,3", "2,7,9", "--neighborhood", "6"}, "the area walk is impossible");
+  Fails({"slice", "--normal", "1,0,0", "--distance", "1", "--size", "3,3,3", "--neighborhood", "6"},
+        "--neighborhood is for --method lattice", 2);
 }
 
 TEST_F(SeluWalk, BadPlanesAreNamed) {

@@ -20,7 +20,7 @@ namespace test {
 using Int = ORVA::int64;
 using Polygon = std::vector<Point>; // open: each corner once
 
-/// The neighbourhoods of the plane.
+/// The neighborhoods of the plane.
 inline constexpr Int c_flat[] = {ORVA::NEIGHBORHOOD_4, ORVA::NEIGHBORHOOD_6_1,
                                  ORVA::NEIGHBORHOOD_6_2, ORVA::NEIGHBORHOOD_8};
 

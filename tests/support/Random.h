@@ -19,22 +19,22 @@ inline std::uint64_t Seed(std::uint64_t standard = 20240229) {
 class CRandomNumbers {
 public:
   explicit CRandomNumbers(std::uint64_t seed = Seed())
-      : m_generator(seed), m_trace(__FILE__, __LINE__, "SELU_TEST_SEED=" + std::to_string(seed)) {}
+      : m_Generator(seed), m_Trace(__FILE__, __LINE__, "SELU_TEST_SEED=" + std::to_string(seed)) {}
 
   /// Uniform in [low, high].
   template <class T>
   T Between(T low, T high) {
     return static_cast<T>(std::uniform_int_distribution<std::int64_t>(
-        static_cast<std::int64_t>(low), static_cast<std::int64_t>(high))(m_generator));
+        static_cast<std::int64_t>(low), static_cast<std::int64_t>(high))(m_Generator));
   }
   double Real(double low, double high) {
-    return std::uniform_real_distribution<double>(low, high)(m_generator);
+    return std::uniform_real_distribution<double>(low, high)(m_Generator);
   }
-  std::mt19937_64& Generator() { return m_generator; }
+  std::mt19937_64& Generator() { return m_Generator; }
 
 private:
-  std::mt19937_64 m_generator;
-  testing::ScopedTrace m_trace;
+  std::mt19937_64 m_Generator;
+  testing::ScopedTrace m_Trace;
 };
 
 } // namespace test

@@ -20,7 +20,7 @@ namespace test {
 class CReplay {
 public:
   CReplay(ORVA::uint64 seed, std::size_t words)
-      : m_trace(__FILE__, __LINE__, "seed " + std::to_string(seed)) {
+      : m_Trace(__FILE__, __LINE__, "seed " + std::to_string(seed)) {
     ORVA::CRandom::Obj().Seed(seed);
     Read(words);
     ORVA::CRandom::Obj().Seed(seed);
@@ -30,13 +30,13 @@ public:
     return CReplay(StBeginning{first, secondIsZero});
   }
 
-  ORVA::uint64 Word() { return m_words.at(m_next++); }
+  ORVA::uint64 Word() { return m_Words.at(m_Next++); }
   /// One draw of the uniform generator on [0, 1).
   double U() { return static_cast<double>(Word() >> 32) * 2.3283064365386963e-10; }
 
   /// Checks that the source stands where this replay stands.
   void ExpectInStep() { EXPECT_EQ(ORVA::CRandom::Obj().Rand64(), Word()); }
-  [[nodiscard]] std::size_t Drawn() const { return m_next; }
+  [[nodiscard]] std::size_t Drawn() const { return m_Next; }
 
 private:
   struct StBeginning {
@@ -44,13 +44,13 @@ private:
     bool secondIsZero;
   };
   explicit CReplay(StBeginning beginning)
-      : m_trace(__FILE__, __LINE__, "first word " + std::to_string(beginning.first)) {
+      : m_Trace(__FILE__, __LINE__, "first word " + std::to_string(beginning.first)) {
     ORVA::CRandom::Obj().Seed(7);
     Force(beginning);
     Read(1000);
     Force(beginning);
-    EXPECT_EQ(m_words[0], beginning.first);
-    EXPECT_EQ(m_words[1] == 0, beginning.secondIsZero);
+    EXPECT_EQ(m_Words[0], beginning.first);
+    EXPECT_EQ(m_Words[1] == 0, beginning.secondIsZero);
   }
 
   // The first word is rotl(s0 + s3, 23) + s0 and so depends on s3 alone where s0 is 0; then the
@@ -63,13 +63,13 @@ private:
     state[2] = 0xFEDCBA9876543211u;
   }
   void Read(std::size_t words) {
-    m_words.resize(words);
-    for (auto& word : m_words) word = ORVA::CRandom::Obj().Rand64();
+    m_Words.resize(words);
+    for (auto& word : m_Words) word = ORVA::CRandom::Obj().Rand64();
   }
 
-  std::vector<ORVA::uint64> m_words;
-  std::size_t m_next = 0;
-  testing::ScopedTrace m_trace;
+  std::vector<ORVA::uint64> m_Words;
+  std::size_t m_Next = 0;
+  testing::ScopedTrace m_Trace;
 };
 
 } // namespace test

@@ -20,21 +20,21 @@ class CSeluTest : public testing::Test {
 protected:
   CSeluTest() {
     std::string pattern = (std::filesystem::temp_directory_path() / "selu-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) != nullptr) m_folder = pattern;
-    std::filesystem::permissions(m_folder, std::filesystem::perms::all);
+    if (::mkdtemp(pattern.data()) != nullptr) m_Folder = pattern;
+    std::filesystem::permissions(m_Folder, std::filesystem::perms::all);
   }
   ~CSeluTest() override {
     std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
+    std::filesystem::remove_all(m_Folder, ignored);
   }
 
   [[nodiscard]] std::string Path(std::string const& name) const {
-    return (m_folder / name).string();
+    return (m_Folder / name).string();
   }
 
   StProcessResult Selu(std::vector<std::string> arguments, StProcessOptions options = {}) const {
     arguments.insert(arguments.begin(), SELU_BINARY);
-    if (options.folder.empty()) options.folder = m_folder.string();
+    if (options.folder.empty()) options.folder = m_Folder.string();
     return RunProcess(arguments, options);
   }
 
@@ -59,10 +59,10 @@ protected:
   }
 
   void Write(std::string const& name, std::string const& bytes) const {
-    std::ofstream(m_folder / name, std::ios::binary) << bytes;
+    std::ofstream(m_Folder / name, std::ios::binary) << bytes;
   }
   [[nodiscard]] std::string Read(std::string const& name) const {
-    std::ifstream file(m_folder / name, std::ios::binary);
+    std::ifstream file(m_Folder / name, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
@@ -83,16 +83,16 @@ protected:
   /// Names of all that is in the folder, hidden files included.
   [[nodiscard]] std::vector<std::string> Files() const {
     std::vector<std::string> names;
-    for (auto const& entry : std::filesystem::directory_iterator(m_folder))
+    for (auto const& entry : std::filesystem::directory_iterator(m_Folder))
       names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
   }
 
-  [[nodiscard]] std::filesystem::path const& Folder() const { return m_folder; }
+  [[nodiscard]] std::filesystem::path const& Folder() const { return m_Folder; }
 
 private:
-  std::filesystem::path m_folder;
+  std::filesystem::path m_Folder;
 };
 
 /// The whole text must match no more than these lines: helper for tables.

@@ -17,7 +17,7 @@ namespace {
 template <std::size_t N>
 using Table = std::array<std::array<std::uint64_t, N>, N>;
 
-// The cells of the given grey levels, rows and columns in their order.
+// The cells of the given gray levels, rows and columns in their order.
 template <std::size_t N>
 Table<N> Cells(Matrix const& matrix, std::array<std::size_t, N> const& levels) {
   Table<N> cells{};
@@ -37,7 +37,7 @@ Table<N> Symmetric(Table<N> const& one) {
 } // namespace
 
 // Haralick, Shanmugam and Dinstein, "Textural Features for Image Classification", IEEE SMC-3
-// (1973), figure 3: a 4 x 4 image of four grey levels and its (symmetric) matrices.
+// (1973), figure 3: a 4 x 4 image of four gray levels and its (symmetric) matrices.
 
 namespace {
 
@@ -64,7 +64,7 @@ TEST(CooccurrencePublished, HaralickFigure3) {
   }
 }
 
-// The worked 2D example of the Image Biomarker Standardisation Initiative (IBSI): grey levels 1 to
+// The worked 2D example of the Image Biomarker Standardization Initiative (IBSI): gray levels 1 to
 // 4, rows of the counted matrices by first level.
 
 namespace {
@@ -100,7 +100,7 @@ TEST(CooccurrencePublished, IbsiWorkedExample) {
   }
 }
 
-// The IBSI digital phantom: a volume of 5 x 4 x 4 voxels with grey levels 1, 3, 4 and 6 inside a
+// The IBSI digital phantom: a volume of 5 x 4 x 4 voxels with gray levels 1, 3, 4 and 6 inside a
 // region of interest of 74 voxels, and 9 in one voxel outside it (data set ibsi_1_digital_phantom,
 // CC BY 4.0; its published tables are those of C + transpose(C) inside the region).
 
@@ -168,7 +168,7 @@ constexpr StWholePhantom c_wholePhantom[] = {
     {{0, 0, 1},
      {{{38, 0, 0, 0, 0}, {0, 0, 0, 0, 1}, {6, 0, 8, 0, 0}, {1, 1, 0, 4, 0}, {1, 0, 0, 0, 0}}}}};
 
-// The phantom with every voxel outside the region set to a grey level of its own: the pairs inside
+// The phantom with every voxel outside the region set to a gray level of its own: the pairs inside
 // the region are those of the other levels.
 CImage PhantomInRegion() {
   auto pixels = c_phantom;

@@ -100,7 +100,7 @@ TEST_F(Cooccurrence, ImageWithAnEmptyExtentCountsNothing) {
   EXPECT_EQ(features.Entry("Second Angular Moment").Double(), 0);
 }
 
-TEST_F(Cooccurrence, GreyLevelIsTheHighestByte) {
+TEST_F(Cooccurrence, GrayLevelIsTheHighestByte) {
   auto const sixteen = test::MakeImage<std::uint16_t>(IMAGE_GREY_16, CSize(2, 1), {0x1234, 0xFF00});
   texture.ComputeMatrix(out, sixteen, &right);
   EXPECT_EQ(Cells(test::ReadMatrix(out)), (CellList{{0x12, 0xFF, 1}}));
@@ -221,7 +221,7 @@ TEST_F(Cooccurrence, LineImageIsRefusedByTheCountingStep) {
               where, c_source);
 }
 
-TEST_F(Cooccurrence, RefusesPixelsThatAreNoGreyLevels) {
+TEST_F(Cooccurrence, RefusesPixelsThatAreNoGrayLevels) {
   for (auto const type : {IMAGE_GREY_F, IMAGE_BOOL, IMAGE_BINARY_FG}) {
     CImage const image(type, CSize(3, 3));
     ExpectError([&] { texture.ComputeMatrix(out, image, &right); },

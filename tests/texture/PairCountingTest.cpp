@@ -1,4 +1,4 @@
-// Counting pairs of grey levels: both implementations against a lookup voxel by voxel.
+// Counting pairs of gray levels: both implementations against a lookup voxel by voxel.
 #include "support/Random.h"
 
 #include "Utils/Cooccurrence/PairCounting.h"
@@ -30,8 +30,8 @@ struct StLayout {
   char const* name;
   std::array<int, 3> axes;  // from the innermost outwards
   std::array<int, 3> signs; // -1: the axis runs towards lower addresses, 0: it stays in place
-  std::int64_t gap;         // voxels between neighbours along the innermost axis, plus one
-  std::int64_t padding;     // bytes between neighbours along the other axes
+  std::int64_t gap;         // voxels between neighbors along the innermost axis, plus one
+  std::int64_t padding;     // bytes between neighbors along the other axes
   std::int64_t offset;      // bytes before the first voxel
 };
 
@@ -50,11 +50,11 @@ constexpr StLayout c_layouts[] = {
 
 struct StImage {
   std::vector<std::byte> memory;
-  StGreyBlock block;
+  StGrayBlock block;
 };
 
 StImage MakeImage(StLayout const& layout, Triple extent, int bytesPerVoxel) {
-  StGreyBlock block{.extent = extent, .bytesPerVoxel = bytesPerVoxel};
+  StGrayBlock block{.extent = extent, .bytesPerVoxel = bytesPerVoxel};
   std::int64_t step = layout.gap * bytesPerVoxel, lowest = 0, highest = 0;
   for (int const axis : layout.axes) {
     auto const k = static_cast<std::size_t>(axis);
@@ -79,7 +79,7 @@ StImage MakeNoise(StLayout const& layout, Triple extent, int bytes, test::CRando
 // ---------------------------------------------------------------------------------------------
 // The reference: every voxel and its partner by coordinates, the level by division.
 
-std::uint64_t LevelAt(StGreyBlock const& block, Triple v) {
+std::uint64_t LevelAt(StGrayBlock const& block, Triple v) {
   std::byte const* const voxel =
       block.base + v[0] * block.stride[0] + v[1] * block.stride[1] + v[2] * block.stride[2];
   std::uint8_t one;
@@ -98,14 +98,14 @@ std::uint64_t LevelAt(StGreyBlock const& block, Triple v) {
   }
 }
 
-bool Inside(StGreyBlock const& block, Triple v) {
+bool Inside(StGrayBlock const& block, Triple v) {
   for (std::size_t k = 0; k < 3; ++k)
     if (v[k] < 0 || v[k] >= block.extent[k]) return false;
   return true;
 }
 
 // Takes each pair of the block out of the counts: nothing must remain.
-void ExpectExactly(Counts counts, StGreyBlock const& block, Triple d) {
+void ExpectExactly(Counts counts, StGrayBlock const& block, Triple d) {
   for (std::int64_t z = 0; z < block.extent[2]; ++z)
     for (std::int64_t y = 0; y < block.extent[1]; ++y)
       for (std::int64_t x = 0; x < block.extent[0]; ++x) {
@@ -128,7 +128,7 @@ constexpr StPairOptions c_ways[] = {
     {.path = EPairPath::Plain, .batch = 16},
 };
 
-void ExpectExactlyInEveryWay(StGreyBlock const& block, Triple d, StPairScratch& scratch) {
+void ExpectExactlyInEveryWay(StGrayBlock const& block, Triple d, StPairScratch& scratch) {
   for (StPairOptions const& way : c_ways) {
     Counts counts(c_nCells, 99);
     EXPECT_TRUE(CountPairs(block, d, AsSpan(counts), scratch, way));
@@ -259,7 +259,7 @@ TEST(PairCounting, DirectionsOutOfTheImageCountNothing) {
 
 TEST(PairCounting, NoDirectionCountsTheHistogram) {
   std::vector<std::uint16_t> const values{0x1234, 0x12FF, 0x1300, 0x00FF, 0xFFFF, 0x1200};
-  StGreyBlock const block{
+  StGrayBlock const block{
       reinterpret_cast<std::byte const*>(values.data()), {3, 2, 1}, {2, 6, 12}, 2};
   Counts counts(c_nCells);
   ASSERT_TRUE(CountPairs(block, {0, 0, 0}, AsSpan(counts)));
@@ -273,7 +273,7 @@ TEST(PairCounting, NoDirectionCountsTheHistogram) {
 // ---------------------------------------------------------------------------------------------
 // Large counts, from one row that stands for many.
 
-StGreyBlock Repeated(std::vector<std::byte> const& row, std::int64_t times) {
+StGrayBlock Repeated(std::vector<std::byte> const& row, std::int64_t times) {
   auto const width = static_cast<std::int64_t>(row.size());
   return {row.data(), {width, times, 1}, {1, 0, 0}, 1};
 }
@@ -308,7 +308,7 @@ TEST(PairCounting, CellTooLargeAfterTheFirstBatchIsRefused) {
   std::vector<std::byte> rows(2 * 65536, std::byte{3});
   std::fill_n(rows.begin(), 32768, std::byte{4});
   std::fill_n(rows.begin() + 32768, 32768, std::byte{5});
-  StGreyBlock const block{rows.data(), {65536, 65536, 2}, {1, 0, 65536}, 1};
+  StGrayBlock const block{rows.data(), {65536, 65536, 2}, {1, 0, 65536}, 1};
   Counts counts(c_nCells);
   EXPECT_FALSE(CountPairs(block, {0, 0, 0}, AsSpan(counts)));
 }

@@ -1,7 +1,7 @@
 // Co-occurrence inside the regions of real images, against figures that others published for them.
 // Skipped where the folder with the images is not present.
 
-#include "ImageFile.h"
+#include "images/ImageFile.h"
 #include "support/Matrix.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ test::Matrix InsideRegion(test::Matrix counts) {
 
 } // namespace
 
-// The brain tumour of the PyRadiomics test data, in bins of 25 from 450 up: numbers of pairs of
+// The brain tumor of the PyRadiomics test data, in bins of 25 from 450 up: numbers of pairs of
 // brain1_glcm.npy, and column brain1 of baseline_glcm.csv, which holds the means over the 13
 // directions of the features of (C + transpose(C)) / (2 * pairs).
 TEST(RealImages, BrainTumourEqualsThePyRadiomicsBaseline) {

@@ -168,16 +168,18 @@ TEST(TextureSums, DistributionsAreThoseOfTheMatrix) {
     double const N = Total(matrix.counts);
     StTextureArrays const arrays = Arrays(matrix.counts, N);
     Oracle const oracle(matrix.counts, N);
-    for (std::size_t k = 0; k < c_cells; ++k) ASSERT_EQ(arrays.m_ppP[k], matrix.counts[k] / N) << k;
+    for (std::size_t k = 0; k < c_cells; ++k)
+      ASSERT_EQ(arrays.m_Probabilities[k], matrix.counts[k] / N) << k;
     for (std::size_t k = 0; k < 256; ++k) {
-      ExpectClose(arrays.m_pX[k], oracle.x[k], "row");
-      ExpectClose(arrays.m_pY[k], oracle.y[k], "column");
-      ExpectClose(arrays.m_pDiff[k], oracle.d[k], "difference");
+      ExpectClose(arrays.m_RowMarginal[k], oracle.x[k], "row");
+      ExpectClose(arrays.m_ColumnMarginal[k], oracle.y[k], "column");
+      ExpectClose(arrays.m_DifferenceDistribution[k], oracle.d[k], "difference");
     }
-    for (std::size_t k = 0; k < 511; ++k) ExpectClose(arrays.m_pSum[k], oracle.s[k], "sum");
-    ExpectClose(arrays.m_dMeanX, oracle.meanX, "mean of rows");
-    ExpectClose(arrays.m_dMeanY, oracle.meanY, "mean of columns");
-    ExpectClose(arrays.m_dMeanDiff, oracle.meanDiff, "mean difference");
+    for (std::size_t k = 0; k < 511; ++k)
+      ExpectClose(arrays.m_SumDistribution[k], oracle.s[k], "sum");
+    ExpectClose(arrays.m_MeanX, oracle.meanX, "mean of rows");
+    ExpectClose(arrays.m_MeanY, oracle.meanY, "mean of columns");
+    ExpectClose(arrays.m_MeanDiff, oracle.meanDiff, "mean difference");
   }
 }
 
@@ -246,7 +248,7 @@ TEST(TextureSums, AnotherRunLeavesNothingOfTheOneBefore) {
     double const N = Total(matrix.counts);
     FillTextureArrays(reused, std::span<std::uint32_t const, c_cells>(matrix.counts), N);
     StTextureArrays const fresh = Arrays(matrix.counts, N);
-    EXPECT_EQ(reused.m_ppP, fresh.m_ppP);
+    EXPECT_EQ(reused.m_Probabilities, fresh.m_Probabilities);
     for (StQuantity const& quantity : c_sums)
       EXPECT_EQ(quantity.value(reused), quantity.value(fresh)) << quantity.name;
     EXPECT_EQ(Correlation(reused), Correlation(fresh));

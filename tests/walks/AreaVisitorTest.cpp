@@ -200,7 +200,7 @@ TEST(AreaVisitor, PathsBeginAtTheSmallestCornerAndLeaveUpward) {
   EXPECT_EQ(CBresenhamAreaVisitor().MakePathFitting({{2, 4, 0}, {0, 1, 0}, {5, 0, 0}}), asGiven);
 }
 
-TEST(AreaVisitor, PathsWithANeighbourStraightAboveOrOnOneRayAreTurnedAsWell) {
+TEST(AreaVisitor, PathsWithANeighborStraightAboveOrOnOneRayAreTurnedAsWell) {
   CBresenhamAreaVisitor const flat(Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 2, NEIGHBORHOOD_8,
                                    true);
   Points const up{{0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
@@ -208,7 +208,7 @@ TEST(AreaVisitor, PathsWithANeighbourStraightAboveOrOnOneRayAreTurnedAsWell) {
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {3, 0, 0}, {0, 3, 0}}), up);
   Points const repeated{{0, 0, 0}, {0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {0, 0, 0}, {0, 3, 0}, {3, 0, 0}}), repeated);
-  // Both neighbours of the first corner lie on the ray through (4, 4): the area decides.
+  // Both neighbors of the first corner lie on the ray through (4, 4): the area decides.
   Points const ray{{0, 0, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}, {0, 0, 0}};
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}}), ray);
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {2, 2, 0}, {4, 2, 0}, {4, 4, 0}}), ray);

@@ -65,7 +65,7 @@ void ForEachWalk(Check check) {
   walk("plane section", Sized(CPlaneSection({2, 3, 5}, 20)));
   walk("plane section through points", Sized(CPlaneSection({0, 0, 6}, {5, 0, 0}, {0, 4, 3})));
   walk("slice", Sized(CCutSlice({2, 3, 5}, 20, NEIGHBORHOOD_26)));
-  walk("slice in another neighbourhood", Sized(CCutSlice({1, -1, 1}, 2, NEIGHBORHOOD_14_2)));
+  walk("slice in another neighborhood", Sized(CCutSlice({1, -1, 1}, 2, NEIGHBORHOOD_14_2)));
   walk("solid around a path", CBresenhamVolumeVisitor(PointList(c_boxPath), NEIGHBORHOOD_26, true));
   walk("solid between points, inside",
        CBresenhamVolumeVisitor(PointList(c_tipFrom), PointList(c_tipTo), NEIGHBORHOOD_6, false));

@@ -48,23 +48,23 @@ bool IsPlaneInside(double margin, CTriple<double> const& n, double distance, int
 class CSurroundings {
 public:
   CSurroundings(Point const& size, PointList const& points, int64 reach)
-      : m_size(size), m_near(static_cast<std::size_t>(size.x * size.y * size.z)) {
+      : m_Size(size), m_Near(static_cast<std::size_t>(size.x * size.y * size.z)) {
     for (auto const& p : points)
       for (auto const& d : test::BoxPoints({-reach, -reach, -reach}, {reach, reach, reach}))
-        if (IsInside(p + d)) m_near[Index(p + d)] = true;
+        if (IsInside(p + d)) m_Near[Index(p + d)] = true;
   }
-  bool Contains(Point const& p) const { return m_near[Index(p)]; }
+  bool Contains(Point const& p) const { return m_Near[Index(p)]; }
 
 private:
   bool IsInside(Point const& p) const {
-    return p.x >= 0 && p.y >= 0 && p.z >= 0 && p.x < m_size.x && p.y < m_size.y && p.z < m_size.z;
+    return p.x >= 0 && p.y >= 0 && p.z >= 0 && p.x < m_Size.x && p.y < m_Size.y && p.z < m_Size.z;
   }
   std::size_t Index(Point const& p) const {
-    return static_cast<std::size_t>((p.z * m_size.y + p.y) * m_size.x + p.x);
+    return static_cast<std::size_t>((p.z * m_Size.y + p.y) * m_Size.x + p.x);
   }
 
-  Point m_size;
-  std::vector<bool> m_near;
+  Point m_Size;
+  std::vector<bool> m_Near;
 };
 
 struct StPlane {

@@ -334,7 +334,7 @@ TEST(CutSlice, AFailedImageSizeLeavesTheWalk) {
   EXPECT_EQ(Sorted(Walk(slice)), BoxPoints({0, 0, 3}, {2, 0, 3}));
 }
 
-TEST(CutSlice, NeighbourhoodIsThatOfSpatialLines) {
+TEST(CutSlice, NeighborhoodIsThatOfSpatialLines) {
   ExpectError(
       [] {
         Slice(Real(0, 0, 1), 0, {5, 5, 5}, NEIGHBORHOOD_8);

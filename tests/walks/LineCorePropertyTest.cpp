@@ -59,7 +59,7 @@ std::vector<Triple> MovesOfCode(int64 code) {
 class CIdealPlane {
 public:
   CIdealPlane(int64 a, int64 b, bool diagonal)
-      : m_on(static_cast<std::size_t>((a + 1) * (b + 1))), m_width(a + 1) {
+      : m_On(static_cast<std::size_t>((a + 1) * (b + 1))), m_Width(a + 1) {
     int64 i = 0, j = 0;
     Set(i, j);
     while (i < a || j < b) {
@@ -82,31 +82,31 @@ public:
     }
   }
   [[nodiscard]] bool Has(int64 i, int64 j) const {
-    return m_on[static_cast<std::size_t>(i + m_width * j)];
+    return m_On[static_cast<std::size_t>(i + m_Width * j)];
   }
 
 private:
-  void Set(int64 i, int64 j) { m_on[static_cast<std::size_t>(i + m_width * j)] = true; }
-  std::vector<bool> m_on;
-  int64 m_width;
+  void Set(int64 i, int64 j) { m_On[static_cast<std::size_t>(i + m_Width * j)] = true; }
+  std::vector<bool> m_On;
+  int64 m_Width;
 };
 
 // The three planes of a 3D line; mask 7 has the first two.
 class CIdealPlanes {
 public:
   CIdealPlanes(int64 mask, Triple const& a)
-      : m_planes{CIdealPlane(a.x, a.y, c_diagonalPlanes[mask][0]),
+      : m_Planes{CIdealPlane(a.x, a.y, c_diagonalPlanes[mask][0]),
                  CIdealPlane(a.x, a.z, c_diagonalPlanes[mask][1]),
                  CIdealPlane(a.y, a.z, c_diagonalPlanes[mask][2])},
-        m_hasThird(mask != 7) {}
+        m_HasThird(mask != 7) {}
   [[nodiscard]] int64 PointsOff(Triple const& p) const {
-    return !m_planes[0].Has(p.x, p.y) + !m_planes[1].Has(p.x, p.z) +
-           (m_hasThird && !m_planes[2].Has(p.y, p.z));
+    return !m_Planes[0].Has(p.x, p.y) + !m_Planes[1].Has(p.x, p.z) +
+           (m_HasThird && !m_Planes[2].Has(p.y, p.z));
   }
 
 private:
-  std::array<CIdealPlane, 3> m_planes;
-  bool m_hasThird;
+  std::array<CIdealPlane, 3> m_Planes;
+  bool m_HasThird;
 };
 
 struct StCost {

@@ -1,5 +1,5 @@
 // The walk by additions against exact fractions, and against the lists of moves.
-#include <SeluUtils/LineCursor.h>
+#include <SeluUtils/Impl/LineCursor.h>
 #include <SeluUtils/LineVisitor.h>
 
 #include "support/Printers.h"

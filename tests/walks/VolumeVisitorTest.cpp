@@ -159,7 +159,7 @@ TEST(VolumeVisitor, TakesThePointsOverUnlessItThrows) {
   EXPECT_EQ(path.size(), 2u);
 }
 
-TEST(VolumeVisitor, OtherNeighbourhoodsAreRefused) {
+TEST(VolumeVisitor, OtherNeighborhoodsAreRefused) {
   for (int64 const code : {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8,
                            NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2, int64{-1}, c_max}) {
     ExpectError(

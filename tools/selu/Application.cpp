@@ -1,10 +1,10 @@
 #include "Application.h"
 
 #include "Commands.h"
-#include "Errors.h"
-#include "Output.h"
-#include "Signals.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Output.h"
+#include "base/Signals.h"
+#include "base/Texts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -74,7 +74,7 @@ int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("Texture, masks and object features of 2D and 3D grey-value images");
+  CLI::App app("Texture, masks and object features of 2D and 3D gray-value images");
   AddCommands(app);
   try {
     app.parse(argc, argv);

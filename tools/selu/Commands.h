@@ -20,6 +20,6 @@ void AddMaskCommand(CLI::App& app);
 void AddRegionsCommand(CLI::App& app);
 void AddFeatureImageCommand(CLI::App& app);
 /// Of synth.
-void AddFibresCommand(CLI::App& synth);
+void AddFibersCommand(CLI::App& synth);
 
 } // namespace selu

@@ -19,7 +19,7 @@ struct CException::StContent {
 };
 
 CException::CException(Impl::StExLocation const& location, char const* message)
-    : m_content(std::make_shared<StContent const>(location, message)) {}
+    : m_Content(std::make_shared<StContent const>(location, message)) {}
 
 CException::CException(char const* function, char const* message, char const* source)
     : CException(Impl::StExLocation{"", source, function, 0, 0}, message) {}
@@ -27,9 +27,9 @@ CException::CException(char const* function, char const* message, char const* so
 CException::~CException() = default;
 CExBadParam::~CExBadParam() = default;
 
-char const* CException::what() const noexcept { return m_content->message.c_str(); }
+char const* CException::what() const noexcept { return m_Content->message.c_str(); }
 
-Impl::StExLocation const& CException::Location() const noexcept { return m_content->location; }
+Impl::StExLocation const& CException::Location() const noexcept { return m_Content->location; }
 
 namespace Impl {
 

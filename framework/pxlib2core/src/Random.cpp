@@ -36,17 +36,17 @@ StSeed& Seeding() {
 // SplitMix64 (Steele, Lea and Flood, OOPSLA 2014): turns a counter into well-mixed words.
 class CMixer {
 public:
-  explicit CMixer(uint64 start) : m_state(start) {}
+  explicit CMixer(uint64 start) : m_State(start) {}
   uint64 Next() {
-    m_state += 0x9E3779B97F4A7C15u;
-    uint64 z = m_state;
+    m_State += 0x9E3779B97F4A7C15u;
+    uint64 z = m_State;
     z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
     z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
     return z ^ (z >> 31);
   }
 
 private:
-  uint64 m_state;
+  uint64 m_State;
 };
 
 uint64 Entropy() {

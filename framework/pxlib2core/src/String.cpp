@@ -97,17 +97,17 @@ std::string Rounded(double number, int precision) {
 // Keeps the calling thread in the "C" locale while it lives.
 class CPlainLocale {
 public:
-  CPlainLocale() : m_previous(uselocale(Plain())) {}
+  CPlainLocale() : m_Previous(uselocale(Plain())) {}
   CPlainLocale(CPlainLocale const&) = delete;
   CPlainLocale& operator=(CPlainLocale const&) = delete;
-  ~CPlainLocale() { uselocale(m_previous); }
+  ~CPlainLocale() { uselocale(m_Previous); }
 
 private:
   static locale_t Plain() {
     static locale_t const plain = newlocale(LC_ALL_MASK, "C", locale_t{});
     return plain;
   }
-  locale_t m_previous;
+  locale_t m_Previous;
 };
 
 } // namespace
@@ -115,10 +115,10 @@ private:
 CString::CString(char const* text, EnEncoding encoding) {
   if (text == nullptr)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CString::CString"), "text is null");
-  m_text = encoding == EnEncoding::Latin1 ? FromLatin1(text) : std::string(text);
+  m_Text = encoding == EnEncoding::Latin1 ? FromLatin1(text) : std::string(text);
 }
 
-CString& CString::Arg(CString const& argument) { return Insert(std::string(argument.m_text)); }
+CString& CString::Arg(CString const& argument) { return Insert(std::string(argument.m_Text)); }
 
 CString& CString::Arg(int64 number, int width) {
   return Insert(Pad(std::to_string(number), width));
@@ -135,23 +135,23 @@ CString& CString::ArgUnsigned(uint64 number, int width) {
 
 CString& CString::Insert(std::string const& argument) {
   int lowest = std::numeric_limits<int>::max();
-  ForEachPlaceholder(m_text, m_inserted, [&](std::size_t, StPlaceholder found) {
+  ForEachPlaceholder(m_Text, m_Inserted, [&](std::size_t, StPlaceholder found) {
     lowest = std::min(lowest, found.number);
   });
 
   std::string text;
   std::vector<StRange> inserted;
   std::size_t copied = 0;
-  auto earlier = m_inserted.begin();
+  auto earlier = m_Inserted.begin();
   auto copyUpTo = [&](std::size_t position) {
-    for (; earlier != m_inserted.end() && earlier->end <= position; ++earlier) {
+    for (; earlier != m_Inserted.end() && earlier->end <= position; ++earlier) {
       std::size_t const begin = text.size() + (earlier->begin - copied);
       inserted.push_back({begin, begin + (earlier->end - earlier->begin)});
     }
-    text.append(m_text, copied, position - copied);
+    text.append(m_Text, copied, position - copied);
     copied = position;
   };
-  ForEachPlaceholder(m_text, m_inserted, [&](std::size_t position, StPlaceholder found) {
+  ForEachPlaceholder(m_Text, m_Inserted, [&](std::size_t position, StPlaceholder found) {
     if (found.number != lowest) return;
     copyUpTo(position);
     // An empty argument is noted as well: the texts on its two sides do not join to a placeholder.
@@ -159,9 +159,9 @@ CString& CString::Insert(std::string const& argument) {
     text += argument;
     copied = position + found.length;
   });
-  copyUpTo(m_text.size());
-  m_text = std::move(text);
-  m_inserted = std::move(inserted);
+  copyUpTo(m_Text.size());
+  m_Text = std::move(text);
+  m_Inserted = std::move(inserted);
   return *this;
 }
 

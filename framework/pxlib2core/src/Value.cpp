@@ -50,21 +50,21 @@ static_assert(sizeof(CValueDouble) == sizeof(CValue) && sizeof(CValuePointer) ==
               "the leaves may carry no state of their own: values are copied as CValue");
 
 CValue::CValue() noexcept = default;
-CValue::CValue(CValueMap map) : m_content(std::make_unique<CValueMap>(std::move(map))) {}
+CValue::CValue(CValueMap map) : m_Content(std::make_unique<CValueMap>(std::move(map))) {}
 CValue::CValue(CValueVector vector)
-    : m_content(std::make_unique<CValueVector>(std::move(vector))) {}
-CValue::CValue(bool value) : m_content(value) {}
-CValue::CValue(std::int32_t value) : m_content(value) {}
-CValue::CValue(double value) : m_content(value) {}
-CValue::CValue(CString value) : m_content(std::make_unique<CString>(std::move(value))) {}
-CValue::CValue(std::unique_ptr<Impl::StObject> object) : m_content(std::move(object)) {}
+    : m_Content(std::make_unique<CValueVector>(std::move(vector))) {}
+CValue::CValue(bool value) : m_Content(value) {}
+CValue::CValue(std::int32_t value) : m_Content(value) {}
+CValue::CValue(double value) : m_Content(value) {}
+CValue::CValue(CString value) : m_Content(std::make_unique<CString>(std::move(value))) {}
+CValue::CValue(std::unique_ptr<Impl::StObject> object) : m_Content(std::move(object)) {}
 
 CValue::CValue(CValue const& other)
-    : m_content(CloneContent(other.m_content)),
-      m_meta(other.m_meta ? std::make_unique<CValueMap>(*other.m_meta) : nullptr) {}
+    : m_Content(CloneContent(other.m_Content)),
+      m_Meta(other.m_Meta ? std::make_unique<CValueMap>(*other.m_Meta) : nullptr) {}
 
 CValue::CValue(CValue&& other) noexcept
-    : m_content(std::exchange(other.m_content, Content{})), m_meta(std::move(other.m_meta)) {}
+    : m_Content(std::exchange(other.m_Content, Content{})), m_Meta(std::move(other.m_Meta)) {}
 
 // Both assignments take the new content aside first: the other value may lie inside this one.
 CValue& CValue::operator=(CValue const& other) {
@@ -74,8 +74,8 @@ CValue& CValue::operator=(CValue const& other) {
 
 CValue& CValue::operator=(CValue&& other) noexcept {
   CValue taken(std::move(other));
-  m_content.swap(taken.m_content);
-  m_meta.swap(taken.m_meta);
+  m_Content.swap(taken.m_Content);
+  m_Meta.swap(taken.m_Meta);
   return *this;
 }
 
@@ -96,7 +96,7 @@ CValue::Content CValue::CloneContent(Content const& content) {
       content);
 }
 
-CValue::EnType CValue::Type() const noexcept { return static_cast<EnType>(m_content.index()); }
+CValue::EnType CValue::Type() const noexcept { return static_cast<EnType>(m_Content.index()); }
 CValue::EnGenericType CValue::GenericType() const noexcept { return KindOf(Type()).generic; }
 char const* CValue::TypeName() const noexcept { return KindOf(Type()).name; }
 
@@ -104,7 +104,7 @@ template <CValue::EnType kind>
 auto& CValue::Get() {
   if (Type() != kind) [[unlikely]]
     RaiseWrongKind(Type(), kind);
-  return *std::get_if<static_cast<std::size_t>(kind)>(&m_content);
+  return *std::get_if<static_cast<std::size_t>(kind)>(&m_Content);
 }
 
 template <CValue::EnType kind>
@@ -126,18 +126,18 @@ CValueVector& CValue::Vector() { return *Get<EnType::Vector>(); }
 CValueVector const& CValue::Vector() const { return *Get<EnType::Vector>(); }
 
 void* CValue::ObjectAddress(std::type_info const& type) noexcept {
-  auto* object = std::get_if<std::unique_ptr<Impl::StObject>>(&m_content);
+  auto* object = std::get_if<std::unique_ptr<Impl::StObject>>(&m_Content);
   return object != nullptr && (*object)->Type() == type ? (*object)->Address() : nullptr;
 }
 
 CValueMap& CValue::Meta() {
-  if (!m_meta) m_meta = std::make_unique<CValueMap>();
-  return *m_meta;
+  if (!m_Meta) m_Meta = std::make_unique<CValueMap>();
+  return *m_Meta;
 }
 
 CValueMap const& CValue::Meta() const noexcept {
   static CValueMap const none;
-  return m_meta ? *m_meta : none;
+  return m_Meta ? *m_Meta : none;
 }
 
 bool CValue::Equal(CValue const& other) const {
@@ -145,7 +145,7 @@ bool CValue::Equal(CValue const& other) const {
   return std::visit(
       [&other](auto const& held) {
         using Held = std::remove_cvref_t<decltype(held)>;
-        auto const& otherHeld = std::get<Held>(other.m_content);
+        auto const& otherHeld = std::get<Held>(other.m_Content);
         if constexpr (std::is_same_v<Held, std::unique_ptr<Impl::StObject>>) {
           return held->Equal(*otherHeld);
         } else if constexpr (IsOwner<Held>::value) {
@@ -154,7 +154,7 @@ bool CValue::Equal(CValue const& other) const {
           return held == otherHeld;
         }
       },
-      m_content);
+      m_Content);
 }
 
 } // namespace ORVA

@@ -15,22 +15,22 @@ constexpr std::array<char const*, 5> c_fixedKeys = {"maximum label", "no. of obj
 
 } // namespace
 
-CValue_Key::CValue_Key(char const* text) : m_isText(true) {
+CValue_Key::CValue_Key(char const* text) : m_IsText(true) {
   if (text == nullptr)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
                         "key text is null");
-  m_text = text;
+  m_Text = text;
 }
 
-CValue_Key::CValue_Key(EnFixedKey key) : m_isText(true) {
+CValue_Key::CValue_Key(EnFixedKey key) : m_IsText(true) {
   auto const index = static_cast<std::size_t>(key);
   if (index >= c_fixedKeys.size())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValue_Key::CValue_Key"),
                         CString("there is no fixed key %1").Arg(static_cast<int>(key)));
-  m_text = c_fixedKeys[index];
+  m_Text = c_fixedKeys[index];
 }
 
-std::string CValue_Key::ToString() const { return m_isText ? m_text : std::to_string(m_number); }
+std::string CValue_Key::ToString() const { return m_IsText ? m_Text : std::to_string(m_Number); }
 
 void CValue_Key::RaiseTooLarge(uint64 number) {
   CString message("key %1 is larger than the largest 64-bit signed integer");

@@ -116,35 +116,35 @@ CValueMap::~CValueMap() = default;
 
 // The other map may lie inside this one.
 CValueMap& CValueMap::operator=(CValueMap const& other) {
-  Entries copy(other.m_entries);
-  m_entries.swap(copy);
+  Entries copy(other.m_Entries);
+  m_Entries.swap(copy);
   return *this;
 }
 
 CValueMap& CValueMap::operator=(CValueMap&& other) noexcept {
-  Entries taken(std::move(other.m_entries));
-  m_entries.swap(taken);
+  Entries taken(std::move(other.m_Entries));
+  m_Entries.swap(taken);
   return *this;
 }
 
 std::vector<CValue_Key> CValueMap::Keys() const {
   std::vector<CValue_Key> keys;
-  keys.reserve(m_entries.size());
-  for (auto const& entry : m_entries) keys.push_back(entry.first);
+  keys.reserve(m_Entries.size());
+  for (auto const& entry : m_Entries) keys.push_back(entry.first);
   return keys;
 }
 
 CValueMap::Entries::const_iterator CValueMap::FindHere(CValue_Key const& key) const {
-  auto found = m_entries.find(key);
-  if (found == m_entries.end() && key.IsText())
-    if (auto const number = AsNumber(key)) found = m_entries.find(CValue_Key(*number));
+  auto found = m_Entries.find(key);
+  if (found == m_Entries.end() && key.IsText())
+    if (auto const number = AsNumber(key)) found = m_Entries.find(CValue_Key(*number));
   return found;
 }
 
 CValue const* CValueMap::Find(CValue_Key const& key) const {
   if (!IsPath(key)) {
     auto const found = FindHere(key);
-    return found == m_entries.end() ? nullptr : &found->second;
+    return found == m_Entries.end() ? nullptr : &found->second;
   }
   Parts const parts = Split(key);
   if (parts.empty()) return nullptr;
@@ -179,10 +179,10 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
                         CString("a path of %1 parts is too deep: 1000 are allowed")
                             .Arg(static_cast<int64>(parts.size())));
   // A key that is no path names its entry exactly: entries copied one by one all arrive.
-  auto const top = IsPath(key) ? FindHere(parts.front()) : m_entries.find(parts.front());
-  if (top == m_entries.end()) {
+  auto const top = IsPath(key) ? FindHere(parts.front()) : m_Entries.find(parts.front());
+  if (top == m_Entries.end()) {
     StWrapped wrapped = Wrap(std::span(parts).subspan(1), std::move(value));
-    return std::move(wrapped).PlaceInto(m_entries[parts.front()]);
+    return std::move(wrapped).PlaceInto(m_Entries[parts.front()]);
   }
   // Down to the deepest value that exists, then the rest of the path below it.
   CValue* deepest = const_cast<CValue*>(&top->second);
@@ -201,10 +201,10 @@ CValue CValueMap::Detach(CValue_Key const& key) {
   Parts const parts = Split(key);
   if (parts.empty()) return {};
   auto const top = FindHere(parts.front());
-  if (top == m_entries.end()) return {};
+  if (top == m_Entries.end()) return {};
   if (parts.size() == 1) {
     CValue taken = std::move(const_cast<CValue&>(top->second));
-    m_entries.erase(top);
+    m_Entries.erase(top);
     return taken;
   }
   auto const middle = std::span(parts).subspan(1, parts.size() - 2);
@@ -221,9 +221,9 @@ bool CValueMap::RemoveEntry(CValue_Key const& key) {
 }
 
 bool CValueMap::IsSubset(CValueMap const& other) const {
-  for (auto const& [key, value] : m_entries) {
-    auto const found = other.m_entries.find(key);
-    if (found == other.m_entries.end() || !found->second.Equal(value)) return false;
+  for (auto const& [key, value] : m_Entries) {
+    auto const found = other.m_Entries.find(key);
+    if (found == other.m_Entries.end() || !found->second.Equal(value)) return false;
   }
   return true;
 }

@@ -17,9 +17,9 @@ constexpr char c_module[] = "framework/pxlib2core/ValueVector";
 } // namespace
 
 CValueVector::CValueVector(CValue first, CValue second) {
-  m_values.reserve(2);
-  m_values.push_back(std::move(first));
-  m_values.push_back(std::move(second));
+  m_Values.reserve(2);
+  m_Values.push_back(std::move(first));
+  m_Values.push_back(std::move(second));
 }
 
 // The other vector may be one of this vector's own values.
@@ -29,8 +29,8 @@ CValueVector& CValueVector::operator=(CValueVector const& other) {
 }
 
 CValueVector& CValueVector::operator=(CValueVector&& other) noexcept {
-  std::vector<CValue> taken(std::move(other.m_values));
-  m_values.swap(taken);
+  std::vector<CValue> taken(std::move(other.m_Values));
+  m_Values.swap(taken);
   return *this;
 }
 
@@ -57,8 +57,8 @@ void CValueVector::SetEntry(int64 index, CValue value) {
 }
 
 CValue* CValueVector::Find(int64 index) noexcept {
-  if (index < 0 || static_cast<uint64>(index) >= m_values.size()) return nullptr;
-  return &m_values[static_cast<std::size_t>(index)];
+  if (index < 0 || static_cast<uint64>(index) >= m_Values.size()) return nullptr;
+  return &m_Values[static_cast<std::size_t>(index)];
 }
 
 CValue const* CValueVector::Find(int64 index) const noexcept {
@@ -70,7 +70,7 @@ CValue CValueVector::Detach(int64 index) {
   if (found == nullptr)
     RaiseIndex(ORVA_LOCATION(c_module, "ORVA::CValueVector::Detach"), index, Size());
   CValue taken = std::move(*found);
-  m_values.erase(m_values.begin() + index);
+  m_Values.erase(m_Values.begin() + index);
   return taken;
 }
 

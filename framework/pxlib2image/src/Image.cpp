@@ -75,11 +75,11 @@ std::shared_ptr<std::byte> AllocateZeroed(int64 bytes) {
 } // namespace
 
 int64 IImage::CType::Bytes() const noexcept {
-  return c_types[static_cast<std::size_t>(m_id)].bytes;
+  return c_types[static_cast<std::size_t>(m_Id)].bytes;
 }
 
 char const* IImage::CType::ToString() const noexcept {
-  return c_types[static_cast<std::size_t>(m_id)].name;
+  return c_types[static_cast<std::size_t>(m_Id)].name;
 }
 
 IImage::~IImage() = default;
@@ -100,10 +100,10 @@ void CImageAccess::RaiseAxis(int axis) {
 }
 
 std::byte* CImageAccess::WritableBase() const {
-  if (!m_writable)
+  if (!m_Writable)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::WritableBase"),
                         "the access was not opened for writing");
-  return m_base;
+  return m_Base;
 }
 
 void CImageAccess::Release() noexcept {
@@ -112,20 +112,20 @@ void CImageAccess::Release() noexcept {
 }
 
 CImage::CImage(CType const& type, CSize const& size, CSize const& margin)
-    : m_type(type), m_size(size),
-      m_block(AllocateZeroed(CheckedBytes(type, size, margin, "ORVA::CImage::CImage"))) {}
+    : m_Type(type), m_Size(size),
+      m_Block(AllocateZeroed(CheckedBytes(type, size, margin, "ORVA::CImage::CImage"))) {}
 
 CImage::CImage(CImage const& other)
-    : IImage(other), m_type(other.m_type), m_size(other.m_size),
-      m_block(AllocateZeroed(static_cast<int64>(other.Bytes()))), m_attributes(other.m_attributes) {
-  if (m_block) std::memcpy(m_block.get(), other.m_block.get(), Bytes());
+    : IImage(other), m_Type(other.m_Type), m_Size(other.m_Size),
+      m_Block(AllocateZeroed(static_cast<int64>(other.Bytes()))), m_Attributes(other.m_Attributes) {
+  if (m_Block) std::memcpy(m_Block.get(), other.m_Block.get(), Bytes());
 }
 
 CImage::CImage(CImage&& other) noexcept
-    : IImage(other), m_type(std::exchange(other.m_type, CType())),
-      m_size(std::exchange(other.m_size, CSize())), m_block(std::move(other.m_block)),
-      m_attributes(std::move(other.m_attributes)) {
-  other.m_attributes.Clear();
+    : IImage(other), m_Type(std::exchange(other.m_Type, CType())),
+      m_Size(std::exchange(other.m_Size, CSize())), m_Block(std::move(other.m_Block)),
+      m_Attributes(std::move(other.m_Attributes)) {
+  other.m_Attributes.Clear();
 }
 
 CImage& CImage::operator=(CImage const& other) {
@@ -136,34 +136,34 @@ CImage& CImage::operator=(CImage const& other) {
 // Taken aside first: the other image may be held by this image's own attributes.
 CImage& CImage::operator=(CImage&& other) noexcept {
   CImage taken(std::move(other));
-  m_type = taken.m_type;
-  m_size = taken.m_size;
-  m_block = std::move(taken.m_block);
-  m_attributes = std::move(taken.m_attributes);
+  m_Type = taken.m_Type;
+  m_Size = taken.m_Size;
+  m_Block = std::move(taken.m_Block);
+  m_Attributes = std::move(taken.m_Attributes);
   return *this;
 }
 
 CImage::~CImage() = default;
 
 void CImage::Resize(CSize const& size, CSize const& margin) {
-  m_block = AllocateZeroed(CheckedBytes(m_type, size, margin, "ORVA::CImage::Resize"));
-  m_size = size;
+  m_Block = AllocateZeroed(CheckedBytes(m_Type, size, margin, "ORVA::CImage::Resize"));
+  m_Size = size;
 }
 
 std::size_t CImage::Bytes() const noexcept {
-  return m_block ? static_cast<std::size_t>(m_type.Bytes() * m_size.x * m_size.y * m_size.z) : 0;
+  return m_Block ? static_cast<std::size_t>(m_Type.Bytes() * m_Size.x * m_Size.y * m_Size.z) : 0;
 }
 
 CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) const {
   CImageAccess access;
-  access.m_block = m_block;
-  access.m_writable = write;
-  access.m_extent = {extents.x, extents.y, extents.z};
-  if (m_block && !extents.IsEmpty()) {
-    int64 const row = m_type.Bytes() * m_size.x;
-    access.m_stride = {m_type.Bytes(), row, row * m_size.y};
-    access.m_base = m_block.get() + (first.x * access.m_stride[0] + first.y * access.m_stride[1] +
-                                     first.z * access.m_stride[2]);
+  access.m_Block = m_Block;
+  access.m_Writable = write;
+  access.m_Extent = {extents.x, extents.y, extents.z};
+  if (m_Block && !extents.IsEmpty()) {
+    int64 const row = m_Type.Bytes() * m_Size.x;
+    access.m_Stride = {m_Type.Bytes(), row, row * m_Size.y};
+    access.m_Base = m_Block.get() + (first.x * access.m_Stride[0] + first.y * access.m_Stride[1] +
+                                     first.z * access.m_Stride[2]);
   }
   return access;
 }
@@ -172,18 +172,18 @@ CImageAccess CImage::OpenBox(bool write, CPos const& first, CPos const& last) co
   auto const inside = [](int64 from, int64 to, int64 extent) {
     return 0 <= from && from <= to && to < extent;
   };
-  if (!inside(first.x, last.x, m_size.x) || !inside(first.y, last.y, m_size.y) ||
-      !inside(first.z, last.z, m_size.z)) {
+  if (!inside(first.x, last.x, m_Size.x) || !inside(first.y, last.y, m_Size.y) ||
+      !inside(first.z, last.z, m_Size.z)) {
     CString message("box %1 to %2 is not inside an image of size %3");
     message.Arg(Text(first.x, first.y, first.z)).Arg(Text(last.x, last.y, last.z));
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImage::CreateAccess"),
-                        message.Arg(Text(m_size.x, m_size.y, m_size.z)));
+                        message.Arg(Text(m_Size.x, m_Size.y, m_Size.z)));
   }
   return Open(write, first,
               CSize(last.x - first.x + 1, last.y - first.y + 1, last.z - first.z + 1));
 }
 
-CImageAccess CImage::CreateAccess(bool write) { return Open(write, CPos(), m_size); }
+CImageAccess CImage::CreateAccess(bool write) { return Open(write, CPos(), m_Size); }
 
 CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& last) {
   return OpenBox(write, first, last);
@@ -196,13 +196,13 @@ CImageAccess CImage::CreateAccess(bool write, CPos const& first, CPos const& las
 
 CImageAccess CImage::CreateAccess(bool write) const {
   RefuseWriting(write);
-  return Open(false, CPos(), m_size);
+  return Open(false, CPos(), m_Size);
 }
 
 bool operator==(CImage const& a, CImage const& b) {
-  return a.m_type == b.m_type && a.m_size == b.m_size &&
-         (!a.m_block || std::memcmp(a.m_block.get(), b.m_block.get(), a.Bytes()) == 0) &&
-         a.m_attributes == b.m_attributes;
+  return a.m_Type == b.m_Type && a.m_Size == b.m_Size &&
+         (!a.m_Block || std::memcmp(a.m_Block.get(), b.m_Block.get(), a.Bytes()) == 0) &&
+         a.m_Attributes == b.m_Attributes;
 }
 
 } // namespace ORVA

@@ -7,9 +7,9 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
-#include <SeluUtils/LineVisitorImpl.h>
+#include <SeluUtils/Impl/LineMoves.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 
 #include <algorithm>
@@ -58,7 +58,7 @@ class SELUUTILS_EXPORT CBresenhamAreaVisitor2D {
 public:
   CBresenhamAreaVisitor2D() = default;
   /// Takes the corners over and leaves the vector empty; if it throws, the vector is as it was.
-  /// CException for fewer than three corners and for an unknown neighbourhood.
+  /// CException for fewer than three corners and for an unknown neighborhood.
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor2D(corners, neighborhood, border) {}
@@ -141,7 +141,7 @@ class SELUUTILS_EXPORT CBresenhamAreaVisitor3D {
 public:
   CBresenhamAreaVisitor3D() = default;
   /// Takes the corners over and leaves the vector empty; if it throws, the vector is as it was.
-  /// CException for fewer than three corners and for neighbourhoods other than 14.1 and 26.
+  /// CException for fewer than three corners and for neighborhoods other than 14.1 and 26.
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor3D(corners, neighborhood, border) {}

@@ -16,24 +16,24 @@ class SELUUTILS_EXPORT CAxisFrame {
 public:
   explicit CAxisFrame(CPolarCoordinates const& axis);
 
-  [[nodiscard]] CPolarCoordinates const& Axis() const { return m_axis; }
+  [[nodiscard]] CPolarCoordinates const& Axis() const { return m_Axis; }
   /// Whether the axis equals the z axis as directions do.
-  [[nodiscard]] bool IsZAxis() const { return m_isZAxis; }
+  [[nodiscard]] bool IsZAxis() const { return m_IsZAxis; }
   /// The direction turned along with the z axis to the axis. For angles of the axis that are not
   /// finite it throws the rotation's error: here and not when the frame is made, so that a
   /// generator draws what it draws.
   [[nodiscard]] CTriple<double> FromZ(CTriple<double> const& direction) const {
-    if (!m_isFinite) RaiseNoFrame();
-    return m_rotation.rotateVector(direction);
+    if (!m_IsFinite) RaiseNoFrame();
+    return m_Rotation.rotateVector(direction);
   }
 
 private:
   [[noreturn]] void RaiseNoFrame() const;
 
-  CPolarCoordinates m_axis;
-  bool m_isZAxis;
-  bool m_isFinite;
-  CEulerRotation m_rotation;
+  CPolarCoordinates m_Axis;
+  bool m_IsZAxis;
+  bool m_IsFinite;
+  CEulerRotation m_Rotation;
 };
 
 } // namespace ORVA::Impl

@@ -7,8 +7,8 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
-#include <SeluUtils/UntilMoved.h>
 #include <pxlib2core/Types.h>
 
 #include <array>
@@ -88,7 +88,7 @@ public:
   /// Fills the decision values anew for `a` voxels along the driving axis and `b` along the other;
   /// CExBadParam for a length outside 0 to 2147483648.
   void FillNabla(int64 a, int64 b);
-  /// Whether the neighbourhood has the diagonal of this line's quadrant.
+  /// Whether the neighborhood has the diagonal of this line's quadrant.
   [[nodiscard]] bool DiagonalIn() const;
 
   /// Move i; the null move at and past the end. A negative i throws CException.
@@ -122,10 +122,10 @@ private:
   std::vector<int64> m_Nabla;
 };
 
-/// A line in space. In a neighbourhood of 26 it is the classic 3D Bresenham line: the longest axis
+/// A line in space. In a neighborhood of 26 it is the classic 3D Bresenham line: the longest axis
 /// drives, x before y before z on ties, and the projections onto the planes of the driving axis are
-/// 2D lines. In the smaller neighbourhoods three projections are merged into the shortest walk that
-/// the neighbourhood permits; its projections are 2D lines wherever a walk of that length has them,
+/// 2D lines. In the smaller neighborhoods three projections are merged into the shortest walk that
+/// the neighborhood permits; its projections are 2D lines wherever a walk of that length has them,
 /// and elsewhere stray from them as little as possible.
 ///
 /// A mask says which diagonal moves a line may use besides the three axis moves, in internal axes

@@ -20,13 +20,13 @@ class SELUUTILS_EXPORT CConstantValue : public virtual IRandomGenerator<T> {
 
 public:
   CConstantValue() = default;
-  explicit CConstantValue(T const& value) : m_value(value) {}
+  explicit CConstantValue(T const& value) : m_Value(value) {}
 
-  T operator()() override { return m_value; }
+  T operator()() override { return m_Value; }
   [[nodiscard]] bool IsValid() const override { return true; }
 
 private:
-  T m_value;
+  T m_Value;
 };
 
 } // namespace ORVA

@@ -21,12 +21,12 @@ public:
   /// Throws CException if the rotation is not valid.
   explicit CFixRotation(CEulerRotation const& rotation);
 
-  CEulerRotation operator()() override { return m_rotation; }
-  [[nodiscard]] bool IsValid() const override { return m_rotation.IsValid(); }
+  CEulerRotation operator()() override { return m_Rotation; }
+  [[nodiscard]] bool IsValid() const override { return m_Rotation.IsValid(); }
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
-  CEulerRotation m_rotation;
+  CEulerRotation m_Rotation;
 };
 
 } // namespace ORVA

@@ -6,8 +6,8 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/AxisFrame.h>
 #include <SeluUtils/PolarCoordinates.h>
-#include <SeluUtils/Random/AxisFrame.h>
 #include <SeluUtils/Random/RandomUniform.h>
 #include <SeluUtils/Random/RotationGenerator.h>
 
@@ -33,9 +33,9 @@ public:
 private:
   void Check(int line) const;
 
-  double m_beta;
-  CRandomUniform m_uniform;
-  Impl::CAxisFrame m_frame;
+  double m_Beta;
+  CRandomUniform m_Uniform;
+  Impl::CAxisFrame m_Frame;
 };
 
 } // namespace ORVA

@@ -15,11 +15,11 @@ namespace ORVA {
 class SELUUTILS_EXPORT CIsotropicRotation : public IRotationGenerator {
 public:
   CEulerRotation operator()() override;
-  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+  [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
-  CRandomUniform m_uniform;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

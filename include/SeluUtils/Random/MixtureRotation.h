@@ -49,9 +49,9 @@ private:
 
   void MakeRoom();
 
-  uint64 m_n;
-  std::vector<StSlot> m_slots; // those filled so far; the others would have no generator, weight 0
-  CRandomUniform m_uniform;
+  uint64 m_N;
+  std::vector<StSlot> m_Slots; // those filled so far; the others would have no generator, weight 0
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -15,19 +15,19 @@ class SELUUTILS_EXPORT CPressedDirections {
 public:
   /// The pressing factor f; the second factor is kept but takes no part.
   CPressedDirections(double pressingFactor, double secondFactor)
-      : m_pressingFactor(pressingFactor), m_secondFactor(secondFactor) {}
+      : m_PressingFactor(pressingFactor), m_SecondFactor(secondFactor) {}
 
   /// Draws again while the angle is not defined, which for f = 0 happens once in 2^32 draws or so.
   /// A factor that is not finite gives NaN.
   double operator()() const;
 
-  [[nodiscard]] double PressingFactor() const { return m_pressingFactor; }
-  [[nodiscard]] double SecondFactor() const { return m_secondFactor; }
+  [[nodiscard]] double PressingFactor() const { return m_PressingFactor; }
+  [[nodiscard]] double SecondFactor() const { return m_SecondFactor; }
 
 private:
-  double m_pressingFactor;
-  double m_secondFactor;
-  CRandomUniform m_uniform;
+  double m_PressingFactor;
+  double m_SecondFactor;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

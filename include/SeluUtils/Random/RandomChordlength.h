@@ -16,11 +16,11 @@ namespace ORVA {
 /// sqrt(U): the chord that a random line cuts from a ball of diameter 1.
 class SELUUTILS_EXPORT CRandomChordlength : public IRandomGenerator<double> {
 public:
-  double operator()() const override { return std::sqrt(m_uniform()); }
-  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+  double operator()() const override { return std::sqrt(m_Uniform()); }
+  [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
 
 private:
-  CRandomUniform m_uniform;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

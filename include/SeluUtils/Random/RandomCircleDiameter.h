@@ -17,13 +17,13 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomCircleDiameter : public IRandomGenerator<double> {
 public:
   double operator()() const override {
-    double const u = m_uniform();
+    double const u = m_Uniform();
     return std::sqrt(1 - u * u);
   }
-  [[nodiscard]] bool IsValid() const override { return m_uniform.IsValid(); }
+  [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
 
 private:
-  CRandomUniform m_uniform;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -30,10 +30,10 @@ public:
   [[nodiscard]] bool IsValid() const override;
 
 private:
-  std::vector<double> m_values; // ascending
-  std::vector<double> m_reach;  // highest sum of weights met on the walk to the value
-  double m_total = 0;           // of the values
-  CRandomUniform m_uniform;
+  std::vector<double> m_Values; // ascending
+  std::vector<double> m_Reach;  // highest sum of weights met on the walk to the value
+  double m_Total = 0;           // of the values
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -18,16 +18,16 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomExponential : public IRandomGenerator<double> {
 public:
   CRandomExponential() = default; ///< rate 1
-  explicit CRandomExponential(double lambda) : m_lambda(lambda) {}
+  explicit CRandomExponential(double lambda) : m_Lambda(lambda) {}
 
-  double operator()() const final { return std::log(m_uniform()) * (-1 / m_lambda); }
+  double operator()() const final { return std::log(m_Uniform()) * (-1 / m_Lambda); }
 
   /// Whether the rate is finite and above the smallest normal number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
-  double m_lambda = 1;
-  CRandomUniform m_uniform;
+  double m_Lambda = 1;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -26,9 +26,9 @@ class SELUUTILS_EXPORT CRandomGamma : public IRandomGenerator<double> {
 public:
   /// Shape and rate are NaN: a place holder to assign to.
   CRandomGamma() = default;
-  CRandomGamma(double shape, double rate) : m_rate(rate), m_shape(shape) {}
+  CRandomGamma(double shape, double rate) : m_Rate(rate), m_Shape(shape) {}
 
-  double operator()() const override { return sgamma(m_shape) / m_rate; }
+  double operator()() const override { return sgamma(m_Shape) / m_Rate; }
 
   /// Whether both are finite.
   [[nodiscard]] bool IsValid() const override;
@@ -41,14 +41,14 @@ private:
   [[nodiscard]] double fsign(double x, double y) const;
 
   [[nodiscard]] double PositiveUniform() const;
-  [[nodiscard]] double NormalCentre(double u, int interval) const;
+  [[nodiscard]] double NormalCenter(double u, int interval) const;
   [[nodiscard]] double NormalTail(double u) const;
   [[nodiscard]] double GammaFromOne(double a) const;
   [[nodiscard]] double GammaBelowOne(double a) const;
 
-  CRandomUniform m_uniform;
-  double m_rate = std::numeric_limits<double>::quiet_NaN();
-  double m_shape = std::numeric_limits<double>::quiet_NaN();
+  CRandomUniform m_Uniform;
+  double m_Rate = std::numeric_limits<double>::quiet_NaN();
+  double m_Shape = std::numeric_limits<double>::quiet_NaN();
 };
 
 } // namespace ORVA

@@ -30,9 +30,9 @@ public:
   [[nodiscard]] bool IsValid() const override;
 
 private:
-  double m_mu = 0;
-  double m_sigma = 1;
-  CRandomNormal m_normal;
+  double m_Mu = 0;
+  double m_Sigma = 1;
+  CRandomNormal m_Normal;
 };
 
 } // namespace ORVA

@@ -20,9 +20,9 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomNormal : public IRandomGenerator<double> {
 public:
   CRandomNormal() = default; ///< mean 0, standard deviation 1
-  CRandomNormal(double mean, double sigma) : m_sigma(sigma), m_mean(mean) {}
+  CRandomNormal(double mean, double sigma) : m_Sigma(sigma), m_Mean(mean) {}
 
-  double operator()() const final { return Standard() * m_sigma + m_mean; }
+  double operator()() const final { return Standard() * m_Sigma + m_Mean; }
   double operator()(double mean, double sigma) const { return Standard() * sigma + mean; }
 
   /// Whether both are finite and the standard deviation is a normal positive number.
@@ -30,19 +30,19 @@ public:
 
 private:
   [[nodiscard]] double Standard() const {
-    if (!m_isCached) return NewPair();
-    double const z = m_cached;
-    m_isCached = false;
-    m_cached = 0;
+    if (!m_IsCached) return NewPair();
+    double const z = m_Cached;
+    m_IsCached = false;
+    m_Cached = 0;
     return z;
   }
   [[nodiscard]] double NewPair() const;
 
-  double m_sigma = 1;
-  double m_mean = 0;
-  mutable double m_cached = 0;
-  mutable bool m_isCached = false;
-  CRandomUniform m_uniform;
+  double m_Sigma = 1;
+  double m_Mean = 0;
+  mutable double m_Cached = 0;
+  mutable bool m_IsCached = false;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -1,9 +1,9 @@
 // Poisson-distributed counts.
 //
-//   CRandomPoisson const fibres(12.5);        // mean
-//   int64 const count = fibres();
-//   int64 const other = fibres(100.0);        // mean of this draw alone
-//   bool const sensible = fibres.IsValid();
+//   CRandomPoisson const fibers(12.5);        // mean
+//   int64 const count = fibers();
+//   int64 const other = fibers(100.0);        // mean of this draw alone
+//   bool const sensible = fibers.IsValid();
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -23,9 +23,9 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomPoisson : public IRandomGenerator<int64> {
 public:
   CRandomPoisson() = default; ///< mean 1
-  explicit CRandomPoisson(double lambda) : m_lambda(lambda) {}
+  explicit CRandomPoisson(double lambda) : m_Lambda(lambda) {}
 
-  int64 operator()() const override { return (*this)(m_lambda); }
+  int64 operator()() const override { return (*this)(m_Lambda); }
   int64 operator()(double lambda) const;
 
   /// Whether the mean is finite and a normal positive number.
@@ -35,8 +35,8 @@ private:
   [[nodiscard]] int64 ByMultiplication(double lambda) const;
   [[nodiscard]] int64 ByLogisticEnvelope(double lambda) const;
 
-  double m_lambda = 1;
-  CRandomUniform m_uniform;
+  double m_Lambda = 1;
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

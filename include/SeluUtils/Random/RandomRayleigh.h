@@ -18,16 +18,16 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomRayleigh : public IRandomGenerator<double> {
 public:
   CRandomRayleigh() = default; ///< scale 1
-  explicit CRandomRayleigh(double sigma) : m_sigma(sigma) {}
+  explicit CRandomRayleigh(double sigma) : m_Sigma(sigma) {}
 
-  double operator()() const override { return std::sqrt(2 * m_exponential()) * m_sigma; }
+  double operator()() const override { return std::sqrt(2 * m_Exponential()) * m_Sigma; }
 
   /// Whether the scale is finite and a normal positive number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
-  double m_sigma = 1;
-  CRandomExponential m_exponential;
+  double m_Sigma = 1;
+  CRandomExponential m_Exponential;
 };
 
 } // namespace ORVA

@@ -35,15 +35,15 @@ public:
   void operator()(std::span<float> out) const { (*this)(out.data(), out.size()); }
 
   /// Whether start <= end.
-  [[nodiscard]] bool IsValid() const override { return m_fStart <= m_fEnd; }
+  [[nodiscard]] bool IsValid() const override { return m_Start <= m_End; }
 
 private:
   [[nodiscard]] double FromWord(double word) const {
-    return (m_fEnd - m_fStart) * (word * 0x1p-32) + m_fStart;
+    return (m_End - m_Start) * (word * 0x1p-32) + m_Start;
   }
 
-  double m_fStart = 0;
-  double m_fEnd = 1;
+  double m_Start = 0;
+  double m_End = 1;
 };
 
 } // namespace ORVA

@@ -16,30 +16,30 @@ namespace ORVA {
 class SELUUTILS_EXPORT CUniformPoint {
 public:
   CUniformPoint() = default; ///< the unit cube
-  CUniformPoint(CTriple<double> lower, CTriple<double> upper) : m_lower(lower), m_upper(upper) {}
+  CUniformPoint(CTriple<double> lower, CTriple<double> upper) : m_Lower(lower), m_Upper(upper) {}
   /// The box from the origin.
-  explicit CUniformPoint(CTriple<double> upper) : m_upper(upper) {}
+  explicit CUniformPoint(CTriple<double> upper) : m_Upper(upper) {}
 
   CTriple<double> operator()() const {
     // z first: seeded sequences depend on the order.
-    double const z = m_uniform() * (m_upper.z - m_lower.z) + m_lower.z;
-    double const y = m_uniform() * (m_upper.y - m_lower.y) + m_lower.y;
-    double const x = m_uniform() * (m_upper.x - m_lower.x) + m_lower.x;
+    double const z = m_Uniform() * (m_Upper.z - m_Lower.z) + m_Lower.z;
+    double const y = m_Uniform() * (m_Upper.y - m_Lower.y) + m_Lower.y;
+    double const x = m_Uniform() * (m_Upper.x - m_Lower.x) + m_Lower.x;
     return {x, y, z};
   }
 
   [[nodiscard]] double volume() const {
-    return (m_upper.x - m_lower.x) * (m_upper.y - m_lower.y) * (m_upper.z - m_lower.z);
+    return (m_Upper.x - m_Lower.x) * (m_Upper.y - m_Lower.y) * (m_Upper.z - m_Lower.z);
   }
   /// Whether lower <= upper along every axis.
   [[nodiscard]] bool IsValid() const {
-    return m_lower.x <= m_upper.x && m_lower.y <= m_upper.y && m_lower.z <= m_upper.z;
+    return m_Lower.x <= m_Upper.x && m_Lower.y <= m_Upper.y && m_Lower.z <= m_Upper.z;
   }
 
 private:
-  CTriple<double> m_lower{0, 0, 0};
-  CTriple<double> m_upper{1, 1, 1};
-  CRandomUniform m_uniform;
+  CTriple<double> m_Lower{0, 0, 0};
+  CTriple<double> m_Upper{1, 1, 1};
+  CRandomUniform m_Uniform;
 };
 
 } // namespace ORVA

@@ -7,8 +7,8 @@
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/AxisFrame.h>
 #include <SeluUtils/PolarCoordinates.h>
-#include <SeluUtils/Random/AxisFrame.h>
 #include <SeluUtils/Random/RandomUniform.h>
 #include <SeluUtils/Random/RotationGenerator.h>
 
@@ -23,7 +23,7 @@ class SELUUTILS_EXPORT CVonMisesFisher : public IRotationGenerator {
 public:
   static constexpr CPolarCoordinates zaxis{0.0, 0.0};
 
-  CVonMisesFisher(double kappa, CPolarCoordinates const& mean) : m_kappa(kappa), m_frame(mean) {}
+  CVonMisesFisher(double kappa, CPolarCoordinates const& mean) : m_Kappa(kappa), m_Frame(mean) {}
 
   CEulerRotation operator()() override;
   CEulerRotation operator()(double kappa, CPolarCoordinates const& mean);
@@ -33,7 +33,7 @@ public:
 
   /// An angle to the mean and an azimuth about it, each from one uniform draw.
   [[nodiscard]] double GenerateTheta(double kappa) const;
-  [[nodiscard]] double GeneratePhi() const { return 2 * std::numbers::pi * m_uniform(); }
+  [[nodiscard]] double GeneratePhi() const { return 2 * std::numbers::pi * m_Uniform(); }
 
   /// Whether kappa is finite and positive.
   [[nodiscard]] bool IsValid() const override;
@@ -42,9 +42,9 @@ public:
 private:
   CEulerRotation Draw(double kappa, Impl::CAxisFrame const& frame) const;
 
-  double m_kappa;
-  CRandomUniform m_uniform;
-  Impl::CAxisFrame m_frame;
+  double m_Kappa;
+  CRandomUniform m_Uniform;
+  Impl::CAxisFrame m_Frame;
 };
 
 } // namespace ORVA

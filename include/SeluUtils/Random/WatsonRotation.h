@@ -39,11 +39,11 @@ private:
   [[nodiscard]] double BipolarCosine() const;
   [[nodiscard]] double GirdleCosine() const;
 
-  double m_kappa;
-  CPolarCoordinates m_mean;
-  CRandomUniform m_uniform;
-  CIsotropicRotation m_isotropic;
-  std::array<CTriple<double>, 3> m_toMean; // rows of the rotation from the z axis to the mean
+  double m_Kappa;
+  CPolarCoordinates m_Mean;
+  CRandomUniform m_Uniform;
+  CIsotropicRotation m_Isotropic;
+  std::array<CTriple<double>, 3> m_ToMean; // rows of the rotation from the z axis to the mean
 };
 
 } // namespace ORVA

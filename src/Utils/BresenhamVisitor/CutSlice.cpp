@@ -101,19 +101,19 @@ void SnapAndMerge(Corners& corners, CTriple<int64> const& size) {
   corners = std::move(merged);
 }
 
-// Round their centre as seen along the largest component of the normal, starting with the first.
+// Round their center as seen along the largest component of the normal, starting with the first.
 void PutIntoCyclicOrder(Corners& corners, Real const& normal) {
   std::size_t main = 0;
   for (std::size_t k = 1; k < 3; ++k)
     if (std::abs(normal.*c_axes[k]) > std::abs(normal.*c_axes[main])) main = k;
   auto const right = c_axes[(main + 1) % 3], up = c_axes[(main + 2) % 3];
-  Real centre;
-  for (auto const& corner : corners) centre += corner;
-  centre = centre * (1.0 / static_cast<double>(corners.size()));
+  Real center;
+  for (auto const& corner : corners) center += corner;
+  center = center * (1.0 / static_cast<double>(corners.size()));
 
   std::vector<std::pair<double, Real>> byAngle;
   for (auto const& corner : corners)
-    byAngle.emplace_back(std::atan2(corner.*up - centre.*up, corner.*right - centre.*right),
+    byAngle.emplace_back(std::atan2(corner.*up - center.*up, corner.*right - center.*right),
                          corner);
   std::ranges::stable_sort(byAngle, {}, &std::pair<double, Real>::first);
   auto const first = std::ranges::find(byAngle, corners.front(), &std::pair<double, Real>::second);

@@ -1,6 +1,6 @@
 #include <SeluUtils/LineVisitor.h>
 
-#include "BresenhamVisitor/Rounding.h"
+#include "Utils/BresenhamVisitor/Rounding.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <pxlib2core/Exception.h>
@@ -67,7 +67,7 @@ void SetLineInPlane(Impl::StLine& line) {
   auto const [dx, dy, dz] = line.difference;
   int64 const lengthX = Impl::ClampedLength(dx), lengthY = Impl::ClampedLength(dy);
   bool const isXMajor = lengthX >= lengthY;
-  // The shortest line of the quadrant knows the neighbourhoods.
+  // The shortest line of the quadrant knows the neighborhoods.
   bool const hasDiagonal =
       Impl::CBresenhamVisitor2D(Impl::Sign(dx), Impl::Sign(dy), line.neighborhood).DiagonalIn();
   line.steps = hasDiagonal ? std::max(lengthX, lengthY) : lengthX + lengthY;
@@ -96,7 +96,7 @@ void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
   line.isListed = true;
 }
 
-// The neighbourhood of 14.1 has all diagonals of the octants whose components share one sign.
+// The neighborhood of 14.1 has all diagonals of the octants whose components share one sign.
 bool HasAllDiagonals(Impl::StLine const& line) {
   auto const [dx, dy, dz] = line.difference;
   return line.neighborhood == NEIGHBORHOOD_26 ||

@@ -1,4 +1,4 @@
-#include "RunLimits.h"
+#include "Utils/BresenhamVisitorImpl/RunLimits.h"
 
 #include <SeluBase/Neighborhood.h>
 

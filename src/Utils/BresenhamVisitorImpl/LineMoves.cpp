@@ -1,9 +1,9 @@
-#include <SeluUtils/LineVisitorImpl.h>
+#include <SeluUtils/Impl/LineMoves.h>
 
 #include "Utils/BresenhamVisitorImpl/Merge.h"
 
 #include <SeluBase/Neighborhood.h>
-#include <SeluUtils/LineCursor.h>
+#include <SeluUtils/Impl/LineCursor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
@@ -47,7 +47,7 @@ struct StOctant {
 };
 
 // Mask and axis order by octant 4 (dx >= 0) + 2 (dy >= 0) + (dz >= 0): which of the
-// neighbourhood's diagonals point into the octant decides the mask.
+// neighborhood's diagonals point into the octant decides the mask.
 constexpr std::array<StOctant, 8> c_octants14_1 = {{{c_byLength, {1, 2, 3}},
                                                     {1, {1, 2, 3}},
                                                     {1, {1, 3, 2}},
@@ -66,7 +66,7 @@ constexpr std::array<StOctant, 8> c_octants14_2 = {{{6, {2, 1, 3}},
                                                     {6, {2, 1, 3}}}};
 
 struct StProjectionSet {
-  int64 plane12, plane13; // 2D neighbourhoods
+  int64 plane12, plane13; // 2D neighborhoods
   bool hasPlane23;
   int64 plane23;
 };
@@ -266,7 +266,7 @@ void CBresenhamVisitor3D::OrderByLength() {
 void CBresenhamVisitor3D::ChooseMask(std::size_t octant) {
   if (octant > 7)
     Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor3D::Init"), "invalid blocknr");
-  StOctant choice{0, {1, 2, 3}}; // of the neighbourhood of 6
+  StOctant choice{0, {1, 2, 3}}; // of the neighborhood of 6
   if (m_Neighborhood == NEIGHBORHOOD_26) choice.mask = c_byLength;
   if (m_Neighborhood == NEIGHBORHOOD_14_1) choice = c_octants14_1[octant];
   if (m_Neighborhood == NEIGHBORHOOD_14_2) choice = c_octants14_2[octant];

@@ -45,22 +45,22 @@ constexpr auto PermittedMoves() {
 class CPlane {
 public:
   CPlane(CBresenhamVisitor2D const& line, unsigned first, unsigned second)
-      : m_decisions(line.Decisions()), m_isDiagonal(line.Neighborhood() == NEIGHBORHOOD_8),
-        m_firstDrives(line.IsXMajor()), m_first(first), m_second(second) {
+      : m_Decisions(line.Decisions()), m_IsDiagonal(line.Neighborhood() == NEIGHBORHOOD_8),
+        m_FirstDrives(line.IsXMajor()), m_First(first), m_Second(second) {
     LookAhead();
   }
 
-  [[nodiscard]] int64 Deviation(unsigned move) const { return m_after[Index(move)].deviation; }
+  [[nodiscard]] int64 Deviation(unsigned move) const { return m_After[Index(move)].deviation; }
 
   void Advance(unsigned move) {
-    StAfter const after = m_after[Index(move)];
-    if (after.steps == 0 && after.deviation == m_deviation) return;
-    m_deviation = after.deviation;
-    if (after.steps > m_decisions.size())
+    StAfter const after = m_After[Index(move)];
+    if (after.steps == 0 && after.deviation == m_Deviation) return;
+    m_Deviation = after.deviation;
+    if (after.steps > m_Decisions.size())
       Raise(ORVA_LOCATION("src/Utils/BresenhamVisitorImpl",
                           "ORVA::Impl::CBresenhamVisitor3D::ComputeMoves"),
             "invalid situation in add case special");
-    m_decisions = m_decisions.subspan(after.steps);
+    m_Decisions = m_Decisions.subspan(after.steps);
     LookAhead();
   }
 
@@ -71,36 +71,36 @@ private:
   };
 
   [[nodiscard]] std::size_t Index(unsigned move) const {
-    return std::size_t{(move & m_first) != 0} + 2 * std::size_t{(move & m_second) != 0};
+    return std::size_t{(move & m_First) != 0} + 2 * std::size_t{(move & m_Second) != 0};
   }
 
   // What the four ways to step in this plane would lead to.
   void LookAhead() {
-    m_after[0] = {m_deviation, 0};
+    m_After[0] = {m_Deviation, 0};
     bool const side = IsSideStep(0);
-    if (m_isDiagonal) {
-      std::size_t const driving = m_firstDrives ? 1 : 2;
-      m_after[driving] = {m_deviation - side, 1};
-      m_after[3 - driving] = {m_deviation + 1, 0};
-      m_after[3] = {m_deviation + 1 - side, 1};
+    if (m_IsDiagonal) {
+      std::size_t const driving = m_FirstDrives ? 1 : 2;
+      m_After[driving] = {m_Deviation - side, 1};
+      m_After[3 - driving] = {m_Deviation + 1, 0};
+      m_After[3] = {m_Deviation + 1 - side, 1};
     } else {
-      int64 const next = side != m_firstDrives; // 1 where the line steps along the first axis
-      int64 const afterNext = IsSideStep(1) != m_firstDrives;
-      m_after[1] = {m_deviation + 1 - next, 1};
-      m_after[2] = {m_deviation - next, 1};
-      m_after[3] = {m_deviation + 1 - next - afterNext, 2};
+      int64 const next = side != m_FirstDrives; // 1 where the line steps along the first axis
+      int64 const afterNext = IsSideStep(1) != m_FirstDrives;
+      m_After[1] = {m_Deviation + 1 - next, 1};
+      m_After[2] = {m_Deviation - next, 1};
+      m_After[3] = {m_Deviation + 1 - next - afterNext, 2};
     }
   }
 
   [[nodiscard]] bool IsSideStep(std::size_t ahead) const {
-    return ahead < m_decisions.size() && m_decisions[ahead] >= 0;
+    return ahead < m_Decisions.size() && m_Decisions[ahead] >= 0;
   }
 
-  std::span<int64 const> m_decisions; // those still ahead
-  bool m_isDiagonal, m_firstDrives;
-  unsigned m_first, m_second;
-  int64 m_deviation = 0;
-  std::array<StAfter, 4> m_after{};
+  std::span<int64 const> m_Decisions; // those still ahead
+  bool m_IsDiagonal, m_FirstDrives;
+  unsigned m_First, m_Second;
+  int64 m_Deviation = 0;
+  std::array<StAfter, 4> m_After{};
 };
 
 using Planes = std::array<CPlane, 3>;

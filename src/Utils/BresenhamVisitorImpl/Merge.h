@@ -1,7 +1,7 @@
 // The merge of three plane projections into one 3D line of permitted moves.
 #pragma once
 
-#include <SeluUtils/LineVisitorImpl.h>
+#include <SeluUtils/Impl/LineMoves.h>
 
 #include <array>
 #include <optional>

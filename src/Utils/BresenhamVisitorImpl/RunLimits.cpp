@@ -1,4 +1,4 @@
-#include "RunLimits.h"
+#include "Utils/BresenhamVisitorImpl/RunLimits.h"
 
 #include <pxlib2core/String.h>
 

@@ -1,7 +1,7 @@
 // What the area visitors share: marking the columns of an outline and pairing starts with ends.
 #pragma once
 
-#include <SeluUtils/AreaVisitorImpl.h>
+#include <SeluUtils/Impl/AreaRuns.h>
 #include <pxlib2core/Exception.h>
 
 #include <cstdint>

@@ -89,25 +89,25 @@ constexpr std::array<double (*)(Impl::StTextureArrays const&) noexcept, 13> c_fe
 
 struct CCooccurrence::StArrays {
   // C[i][j] at i * 256 + j.
-  std::vector<std::uint32_t> m_ppCounts = std::vector<std::uint32_t>(Impl::c_nCells);
+  std::vector<std::uint32_t> m_Counts = std::vector<std::uint32_t>(Impl::c_nCells);
   Impl::StPairScratch scratch;
   Impl::StTextureArrays texture;
 
   [[nodiscard]] std::span<std::uint32_t, Impl::c_nCells> Counts() {
-    return std::span<std::uint32_t, Impl::c_nCells>(m_ppCounts);
+    return std::span<std::uint32_t, Impl::c_nCells>(m_Counts);
   }
 };
 
 CCooccurrence::CCooccurrence(char const* name, IObject const* parent)
-    : CAlgorithm(name, parent), m_arrays(std::make_unique<StArrays>()) {}
+    : CAlgorithm(name, parent), m_Arrays(std::make_unique<StArrays>()) {}
 
 CCooccurrence::CCooccurrence(CCooccurrence const& other)
-    : CAlgorithm(other), m_arrays(std::make_unique<StArrays>(*other.m_arrays)) {}
+    : CAlgorithm(other), m_Arrays(std::make_unique<StArrays>(*other.m_Arrays)) {}
 
 CCooccurrence& CCooccurrence::operator=(CCooccurrence const& other) {
   CCooccurrence copy(other);
   CAlgorithm::operator=(std::move(static_cast<CAlgorithm&>(copy)));
-  m_arrays = std::move(copy.m_arrays);
+  m_Arrays = std::move(copy.m_Arrays);
   return *this;
 }
 
@@ -185,11 +185,11 @@ void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long>* direction) {
   if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
     Impl::Raise(where, "input image type does not match");
   CImageAccess const access = in.CreateAccess(false);
-  Impl::StGreyBlock const block{access.Base(), access.Extents(), access.Strides(),
+  Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
                                 static_cast<int>(type.Bytes())};
-  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_arrays->Counts(),
-                        m_arrays->scratch)) {
-    std::ranges::fill(m_arrays->m_ppCounts, 0u);
+  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_Arrays->Counts(),
+                        m_Arrays->scratch)) {
+    std::ranges::fill(m_Arrays->m_Counts, 0u);
     Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
   }
 }
@@ -202,7 +202,7 @@ void CCooccurrence::DataToImage(IImage& out, int slice) const {
                 "Images must be 2d or 3d.");
   CImageAccess const access = out.CreateAccess(true);
   std::byte* const first = access.WritableBase() + slice * access.Stride(0);
-  auto count = m_arrays->m_ppCounts.begin();
+  auto count = m_Arrays->m_Counts.begin();
   for (int64 i = 0; i < m_cGreyLevels; ++i)
     for (int64 j = 0; j < m_cGreyLevels; ++j, ++count)
       std::memcpy(first + i * access.Stride(1) + j * access.Stride(2), &*count, sizeof *count);
@@ -212,12 +212,12 @@ void CCooccurrence::PrepareArrays(double N) {
   if (std::abs(N) < std::numeric_limits<double>::epsilon())
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCooccurrence::PrepareArrays"),
                 "Cooccurrence::PrepareArrays: division by null/epsilon!");
-  Impl::FillTextureArrays(m_arrays->texture, m_arrays->Counts(), N);
+  Impl::FillTextureArrays(m_Arrays->texture, m_Arrays->Counts(), N);
 }
 
 void CCooccurrence::ProcessMap(CValueMap* features) const {
   for (std::size_t k = 0; k < c_features.size(); ++k)
-    features->SetEntry(m_cFeatureNames[k], CValueDouble(c_features[k](m_arrays->texture)));
+    features->SetEntry(m_cFeatureNames[k], CValueDouble(c_features[k](m_Arrays->texture)));
 }
 
 } // namespace ORVA

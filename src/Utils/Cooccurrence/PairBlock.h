@@ -1,4 +1,4 @@
-// Sixteen successive pairs of grey levels of two rows, as indices a * 256 + b into a matrix of
+// Sixteen successive pairs of gray levels of two rows, as indices a * 256 + b into a matrix of
 // counts. Two types of one interface: StPairBlockPlain for every machine and stride,
 // StPairBlockSse2 for rows without gaps on x86-64 (SSE2 belongs to every such processor: nothing to
 // ask at run time). Example:
@@ -19,7 +19,7 @@ namespace ORVA::Impl {
 
 constexpr int c_nBlockPairs = 16;
 
-/// The grey level of the voxel at `voxel`: the highest byte of its value, in the machine's own byte
+/// The gray level of the voxel at `voxel`: the highest byte of its value, in the machine's own byte
 /// order. The address need not be aligned.
 template <int Bytes>
 [[nodiscard]] inline unsigned Level(std::byte const* voxel) noexcept {

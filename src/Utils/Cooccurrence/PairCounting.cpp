@@ -8,7 +8,7 @@
 namespace ORVA::Impl {
 namespace {
 
-// The counters of even and of odd pairs. Where neighbouring pairs are equal, as they often are in
+// The counters of even and of odd pairs. Where neighboring pairs are equal, as they often are in
 // real images, an increment would otherwise wait for the store of the one before it.
 using Tables = std::array<std::uint32_t*, 2>;
 
@@ -95,30 +95,30 @@ class CPairCounters {
 public:
   CPairCounters(std::span<std::uint32_t, c_nCells> counts, StPairScratch& scratch, bool twoTables,
                 std::uint32_t batch)
-      : m_counts(counts), m_scratch(scratch), m_batch(batch), m_room(batch) {
-    std::ranges::fill(m_counts, 0U);
-    m_odd = twoTables ? OddTable() : m_counts;
-    if (twoTables) std::ranges::fill(m_odd, 0U);
+      : m_Counts(counts), m_Scratch(scratch), m_Batch(batch), m_Room(batch) {
+    std::ranges::fill(m_Counts, 0U);
+    m_Odd = twoTables ? OddTable() : m_Counts;
+    if (twoTables) std::ranges::fill(m_Odd, 0U);
   }
 
-  [[nodiscard]] Tables EvenAndOdd() const noexcept { return {m_counts.data(), m_odd.data()}; }
+  [[nodiscard]] Tables EvenAndOdd() const noexcept { return {m_Counts.data(), m_Odd.data()}; }
 
   // Returns how many of `pairs` more pairs may be counted now: at least one.
   [[nodiscard]] std::int64_t Take(std::int64_t pairs) {
-    if (m_room == 0) EmptyIntoTotals();
-    std::int64_t const taken = std::min(pairs, m_room);
-    m_room -= taken;
+    if (m_Room == 0) EmptyIntoTotals();
+    std::int64_t const taken = std::min(pairs, m_Room);
+    m_Room -= taken;
     return taken;
   }
 
   // Brings the counts together; false when one needs more than 32 bits.
   [[nodiscard]] bool Finish() {
-    if (m_hasTotals) {
+    if (m_HasTotals) {
       EmptyIntoTotals();
       return NarrowTotals();
     }
-    if (m_odd.data() != m_counts.data())
-      for (std::size_t k = 0; k < c_nCells; ++k) m_counts[k] += m_odd[k];
+    if (m_Odd.data() != m_Counts.data())
+      for (std::size_t k = 0; k < c_nCells; ++k) m_Counts[k] += m_Odd[k];
     return true;
   }
 
@@ -129,39 +129,39 @@ private:
   // even one: tables a multiple of 4096 bytes apart would evict each other.
   [[nodiscard]] Table OddTable() const {
     constexpr std::size_t page = 4096, offset = 21 * 64, cell = sizeof(std::uint32_t);
-    m_scratch.odd.resize(c_nCells + page / cell);
-    auto const even = reinterpret_cast<std::uintptr_t>(m_counts.data());
-    auto const odd = reinterpret_cast<std::uintptr_t>(m_scratch.odd.data());
+    m_Scratch.odd.resize(c_nCells + page / cell);
+    auto const even = reinterpret_cast<std::uintptr_t>(m_Counts.data());
+    auto const odd = reinterpret_cast<std::uintptr_t>(m_Scratch.odd.data());
     std::size_t const skip = (even + offset - odd) % page / cell;
-    return Table(m_scratch.odd.data() + skip, c_nCells);
+    return Table(m_Scratch.odd.data() + skip, c_nCells);
   }
 
   void EmptyIntoTotals() {
-    if (!m_hasTotals) m_scratch.totals.assign(c_nCells, 0U);
-    m_hasTotals = true;
-    bool const twoTables = m_odd.data() != m_counts.data();
+    if (!m_HasTotals) m_Scratch.totals.assign(c_nCells, 0U);
+    m_HasTotals = true;
+    bool const twoTables = m_Odd.data() != m_Counts.data();
     for (std::size_t k = 0; k < c_nCells; ++k)
-      m_scratch.totals[k] += std::uint64_t{m_counts[k]} + (twoTables ? m_odd[k] : 0U);
-    std::ranges::fill(m_counts, 0U);
-    std::ranges::fill(m_odd, 0U);
-    m_room = m_batch;
+      m_Scratch.totals[k] += std::uint64_t{m_Counts[k]} + (twoTables ? m_Odd[k] : 0U);
+    std::ranges::fill(m_Counts, 0U);
+    std::ranges::fill(m_Odd, 0U);
+    m_Room = m_Batch;
   }
 
   [[nodiscard]] bool NarrowTotals() const noexcept {
     std::uint64_t all = 0; // has a bit above the lowest 32 if any total has
     for (std::size_t k = 0; k < c_nCells; ++k) {
-      all |= m_scratch.totals[k];
-      m_counts[k] = static_cast<std::uint32_t>(m_scratch.totals[k]);
+      all |= m_Scratch.totals[k];
+      m_Counts[k] = static_cast<std::uint32_t>(m_Scratch.totals[k]);
     }
     return all <= std::numeric_limits<std::uint32_t>::max();
   }
 
-  Table m_counts;
-  Table m_odd = m_counts;
-  StPairScratch& m_scratch;
-  std::int64_t m_batch;
-  std::int64_t m_room; // pairs that still fit into this batch
-  bool m_hasTotals = false;
+  Table m_Counts;
+  Table m_Odd = m_Counts;
+  StPairScratch& m_Scratch;
+  std::int64_t m_Batch;
+  std::int64_t m_Room; // pairs that still fit into this batch
+  bool m_HasTotals = false;
 };
 
 // The pairs of a block: rows of `count[0]` pairs, of which there are `count[1]` in a plane and
@@ -205,7 +205,7 @@ BoxCounter BoxCounterOf(int bytesPerVoxel) noexcept {
 }
 
 // The one place that chooses between the implementations.
-BoxCounter ChooseBoxCounter(StGreyBlock const& block, EPairPath path) noexcept {
+BoxCounter ChooseBoxCounter(StGrayBlock const& block, EPairPath path) noexcept {
 #ifdef __SSE2__
   bool const withoutGaps = block.stride[0] == block.bytesPerVoxel;
   if (path == EPairPath::Fastest && withoutGaps)
@@ -242,7 +242,7 @@ std::int64_t Dot(std::array<std::int64_t, 3> const& a,
 
 } // namespace
 
-bool CountPairs(StGreyBlock const& block, std::array<std::int64_t, 3> const& direction,
+bool CountPairs(StGrayBlock const& block, std::array<std::int64_t, 3> const& direction,
                 std::span<std::uint32_t, c_nCells> counts, StPairScratch& scratch,
                 StPairOptions const& options) {
   StRange const x = PairRange(block.extent[0], direction[0]);
@@ -261,7 +261,7 @@ bool CountPairs(StGreyBlock const& block, std::array<std::int64_t, 3> const& dir
   return counters.Finish();
 }
 
-bool CountPairs(StGreyBlock const& block, std::array<std::int64_t, 3> const& direction,
+bool CountPairs(StGrayBlock const& block, std::array<std::int64_t, 3> const& direction,
                 std::span<std::uint32_t, c_nCells> counts) {
   StPairScratch scratch;
   return CountPairs(block, direction, counts, scratch);

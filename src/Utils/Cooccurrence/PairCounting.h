@@ -1,8 +1,8 @@
-// Counts the pairs of grey levels (a, b) = (level at v, level at v + d) of a block of voxels.
+// Counts the pairs of gray levels (a, b) = (level at v, level at v + d) of a block of voxels.
 // Example:
 //   std::vector<std::uint32_t> counts(65536);
 //   Impl::StPairScratch scratch; // reused from call to call
-//   Impl::StGreyBlock block{.base = first, .extent = {nx, ny, nz}, .stride = {1, nx, nx * ny}};
+//   Impl::StGrayBlock block{.base = first, .extent = {nx, ny, nz}, .stride = {1, nx, nx * ny}};
 //   if (!Impl::CountPairs(block, {1, 0, 0}, std::span<std::uint32_t, 65536>(counts), scratch))
 //     ...; // some cell is too large for 32 bits
 #pragma once
@@ -16,16 +16,16 @@
 
 namespace ORVA::Impl {
 
-/// Grey levels of a matrix of counts; the level of a voxel is the highest byte of its value.
+/// Gray levels of a matrix of counts; the level of a voxel is the highest byte of its value.
 constexpr int c_nLevels = 256;
 constexpr std::size_t c_nCells = std::size_t{c_nLevels} * c_nLevels;
 
-/// A box of unsigned grey values in memory. Any stride is allowed, negative and zero ones too; rows
+/// A box of unsigned gray values in memory. Any stride is allowed, negative and zero ones too; rows
 /// whose values follow each other without gaps are counted fastest. Rows need no alignment.
-struct StGreyBlock {
+struct StGrayBlock {
   std::byte const* base = nullptr;
   std::array<std::int64_t, 3> extent{}; // voxels; zero or less is an empty block
-  std::array<std::int64_t, 3> stride{}; // bytes from a voxel to its neighbour along x, y, z
+  std::array<std::int64_t, 3> stride{}; // bytes from a voxel to its neighbor along x, y, z
   int bytesPerVoxel = 1;                // 1, 2 or 4
 };
 
@@ -56,13 +56,13 @@ struct StPairOptions {
 /// Any direction is allowed; one that leads out of the block counts nothing.
 /// Returns false when a cell exceeds 2^32 - 1; the counts are then unspecified.
 /// Cost: linear in the number of pairs, plus the time to clear the tables.
-[[nodiscard]] bool CountPairs(StGreyBlock const& block,
+[[nodiscard]] bool CountPairs(StGrayBlock const& block,
                               std::array<std::int64_t, 3> const& direction,
                               std::span<std::uint32_t, c_nCells> counts, StPairScratch& scratch,
                               StPairOptions const& options = {});
 
 /// The same with scratch memory of its own.
-[[nodiscard]] bool CountPairs(StGreyBlock const& block,
+[[nodiscard]] bool CountPairs(StGrayBlock const& block,
                               std::array<std::int64_t, 3> const& direction,
                               std::span<std::uint32_t, c_nCells> counts);
 

@@ -28,11 +28,11 @@ double EntropyOf(std::span<double const> p) noexcept {
   return sum;
 }
 
-// Sum of (k - centre)^2 p(k).
-double MomentAbout(double centre, std::span<double const> p) noexcept {
+// Sum of (k - center)^2 p(k).
+double MomentAbout(double center, std::span<double const> p) noexcept {
   double sum = 0;
   for (std::size_t k = 0; k < p.size(); ++k) {
-    double const deviation = static_cast<double>(k) - centre;
+    double const deviation = static_cast<double>(k) - center;
     sum += deviation * deviation * p[k];
   }
   return sum;
@@ -76,12 +76,12 @@ void AddToMarginals(StMarginals& marginals, std::size_t i, std::size_t j, Strip 
 // The terms of the counts divided by N, those seen last kept by their lowest bits.
 class CTerms {
 public:
-  CTerms(std::span<StCountTerm> terms, double N) noexcept : m_terms(terms), m_N(N) {
-    std::ranges::fill(m_terms, StCountTerm{}); // the term of count 0, which is right in place 0
+  CTerms(std::span<StCountTerm> terms, double N) noexcept : m_Terms(terms), m_N(N) {
+    std::ranges::fill(m_Terms, StCountTerm{}); // the term of count 0, which is right in place 0
   }
 
   StCountTerm operator()(std::uint32_t count) noexcept {
-    StCountTerm& kept = m_terms[count % c_nTextureTerms];
+    StCountTerm& kept = m_Terms[count % c_nTextureTerms];
     if (kept.count == count) [[likely]]
       return kept;
     double const p = count / m_N;
@@ -91,7 +91,7 @@ public:
   }
 
 private:
-  std::span<StCountTerm> m_terms;
+  std::span<StCountTerm> m_Terms;
   double m_N;
 };
 
@@ -112,13 +112,13 @@ template <std::size_t... K>
 }
 
 void Sweep(StTextureArrays& arrays, Counts counts, double N, StMarginals& marginals) noexcept {
-  CTerms terms(arrays.m_terms, N);
+  CTerms terms(arrays.m_Terms, N);
   double squares = 0, entropy = 0;
   for (std::size_t i = 0; i < c_nLevels; ++i) {
     StCellSums sums;
     for (std::size_t j = 0; j < c_nLevels; j += c_nStrip) {
       Strip const strip(counts.data() + i * c_nLevels + j, c_nStrip);
-      double* const p = arrays.m_ppP.data() + i * c_nLevels + j;
+      double* const p = arrays.m_Probabilities.data() + i * c_nLevels + j;
       if (IsZero(strip)) {
         std::fill_n(p, c_nStrip, 0.0);
         continue;
@@ -129,12 +129,12 @@ void Sweep(StTextureArrays& arrays, Counts counts, double N, StMarginals& margin
     squares += Total(sums.squares);
     entropy += Total(sums.entropy);
   }
-  arrays.m_dSumOfSquares = squares;
-  arrays.m_dEntropy = entropy;
+  arrays.m_SumOfSquares = squares;
+  arrays.m_Entropy = entropy;
 }
 
 template <std::size_t Size>
-void Normalise(std::span<double> p, std::array<std::uint64_t, Size> const& counts,
+void Normalize(std::span<double> p, std::array<std::uint64_t, Size> const& counts,
                double N) noexcept {
   for (std::size_t k = 0; k < Size; ++k) p[k] = static_cast<double>(counts[k]) / N;
 }
@@ -164,72 +164,73 @@ void FillTextureArrays(StTextureArrays& arrays, Counts counts, double N) noexcep
   StMarginals marginals;
   Sweep(arrays, counts, N, marginals);
   auto const difference = Fold(marginals.difference);
-  Normalise(arrays.m_pX, marginals.x, N);
-  Normalise(arrays.m_pY, marginals.y, N);
-  Normalise(arrays.m_pSum, marginals.sum, N);
-  Normalise(arrays.m_pDiff, difference, N);
+  Normalize(arrays.m_RowMarginal, marginals.x, N);
+  Normalize(arrays.m_ColumnMarginal, marginals.y, N);
+  Normalize(arrays.m_SumDistribution, marginals.sum, N);
+  Normalize(arrays.m_DifferenceDistribution, difference, N);
 
   auto const over = [N](std::uint64_t sum) { return static_cast<double>(sum) / N; };
-  arrays.m_dMeanX = over(Moment<1>(marginals.x)) * c_dPerLevel;
-  arrays.m_dMeanY = over(Moment<1>(marginals.y)) * c_dPerLevel;
-  arrays.m_dMeanDiff = over(Moment<1>(difference)) * c_dPerLevel;
+  arrays.m_MeanX = over(Moment<1>(marginals.x)) * c_dPerLevel;
+  arrays.m_MeanY = over(Moment<1>(marginals.y)) * c_dPerLevel;
+  arrays.m_MeanDiff = over(Moment<1>(difference)) * c_dPerLevel;
   // 2 i j = i^2 + j^2 - (i - j)^2: the difference is taken in integers, where it costs no digits.
-  arrays.m_dMeanProduct =
+  arrays.m_MeanProduct =
       over((Moment<2>(marginals.x) + Moment<2>(marginals.y) - Moment<2>(difference)) / 2);
   std::uint64_t total = 0;
   for (std::uint64_t const row : marginals.x) total += row;
-  arrays.m_dTotal = over(total);
-  arrays.m_dEntropyX = EntropyOf(arrays.m_pX);
-  arrays.m_dEntropyY = EntropyOf(arrays.m_pY);
+  arrays.m_Total = over(total);
+  arrays.m_EntropyX = EntropyOf(arrays.m_RowMarginal);
+  arrays.m_EntropyY = EntropyOf(arrays.m_ColumnMarginal);
 }
 
 double Sigma_x(StTextureArrays const& arrays) noexcept {
-  return std::sqrt(MomentAbout(arrays.m_dMeanX, arrays.m_pX));
+  return std::sqrt(MomentAbout(arrays.m_MeanX, arrays.m_RowMarginal));
 }
 
 double Sigma_y(StTextureArrays const& arrays) noexcept {
   double sum = 0;
-  for (double const p : arrays.m_pY) sum += (p - arrays.m_dMeanY) * (p - arrays.m_dMeanY);
+  for (double const p : arrays.m_ColumnMarginal) sum += (p - arrays.m_MeanY) * (p - arrays.m_MeanY);
   return std::sqrt(sum);
 }
 
-double Hx(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropyX; }
+double Hx(StTextureArrays const& arrays) noexcept { return arrays.m_EntropyX; }
 
-double Hy(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropyY; }
+double Hy(StTextureArrays const& arrays) noexcept { return arrays.m_EntropyY; }
 
 // ln(p_x p_y) = ln p_x + ln p_y, and p summed along rows or columns is p_x or p_y.
 double H1(StTextureArrays const& arrays) noexcept { return Hx(arrays) + Hy(arrays); }
 
-// The same with p_x p_y in place of p: each sum factorises.
+// The same with p_x p_y in place of p: each sum factorizes.
 double H2(StTextureArrays const& arrays) noexcept {
-  return Hx(arrays) * arrays.m_dTotal + Hy(arrays) * arrays.m_dTotal;
+  return Hx(arrays) * arrays.m_Total + Hy(arrays) * arrays.m_Total;
 }
 
 double Contrast(StTextureArrays const& arrays) noexcept {
-  return MomentAbout(0, arrays.m_pDiff) * c_dPerLevel * c_dPerLevel;
+  return MomentAbout(0, arrays.m_DifferenceDistribution) * c_dPerLevel * c_dPerLevel;
 }
 
 double Correlation(StTextureArrays const& arrays) noexcept {
   double const sigmaX = Sigma_x(arrays);
   double const sigmaY = Sigma_y(arrays);
   if (!(std::abs(sigmaX) > c_dEpsilon) || !(std::abs(sigmaY) > c_dEpsilon)) return 0;
-  return (arrays.m_dMeanProduct - arrays.m_dMeanX * arrays.m_dMeanY) / (sigmaY * sigmaX);
+  return (arrays.m_MeanProduct - arrays.m_MeanX * arrays.m_MeanY) / (sigmaY * sigmaX);
 }
 
 double DifferenceEntropy(StTextureArrays const& arrays) noexcept {
-  return EntropyOf(arrays.m_pDiff);
+  return EntropyOf(arrays.m_DifferenceDistribution);
 }
 
 double DifferenceVariance(StTextureArrays const& arrays) noexcept {
-  return MomentAbout(arrays.m_dMeanDiff, arrays.m_pDiff) * c_dPerLevel * c_dPerLevel;
+  return MomentAbout(arrays.m_MeanDiff, arrays.m_DifferenceDistribution) * c_dPerLevel *
+         c_dPerLevel;
 }
 
-double Entropy(StTextureArrays const& arrays) noexcept { return arrays.m_dEntropy; }
+double Entropy(StTextureArrays const& arrays) noexcept { return arrays.m_Entropy; }
 
 double InverseDifferenceMoment(StTextureArrays const& arrays) noexcept {
   double sum = 0;
   for (std::size_t k = 0; k < c_nLevels; ++k)
-    sum += arrays.m_pDiff[k] / (1 + static_cast<double>(k * k));
+    sum += arrays.m_DifferenceDistribution[k] / (1 + static_cast<double>(k * k));
   return sum;
 }
 
@@ -249,24 +250,25 @@ double InformationMeasureOfCorrelation2(StTextureArrays const& arrays) noexcept 
   return square > 0 ? std::sqrt(square) : 0;
 }
 
-double SecondAngularMoment(StTextureArrays const& arrays) noexcept {
-  return arrays.m_dSumOfSquares;
-}
+double SecondAngularMoment(StTextureArrays const& arrays) noexcept { return arrays.m_SumOfSquares; }
 
 double SumAverage(StTextureArrays const& arrays) noexcept {
   double sum = 0;
-  for (std::size_t k = 0; k < c_nSums; ++k) sum += static_cast<double>(k) * arrays.m_pSum[k];
+  for (std::size_t k = 0; k < c_nSums; ++k)
+    sum += static_cast<double>(k) * arrays.m_SumDistribution[k];
   return sum / c_nSums;
 }
 
-double SumEntropy(StTextureArrays const& arrays) noexcept { return EntropyOf(arrays.m_pSum); }
+double SumEntropy(StTextureArrays const& arrays) noexcept {
+  return EntropyOf(arrays.m_SumDistribution);
+}
 
 double SumVariance(StTextureArrays const& arrays) noexcept {
-  return MomentAbout(SumAverage(arrays), arrays.m_pSum) / c_nSums / c_nSums;
+  return MomentAbout(SumAverage(arrays), arrays.m_SumDistribution) / c_nSums / c_nSums;
 }
 
 double Variance(StTextureArrays const& arrays) noexcept {
-  return MomentAbout(arrays.m_dMeanX, arrays.m_pX) * c_dPerLevel * c_dPerLevel;
+  return MomentAbout(arrays.m_MeanX, arrays.m_RowMarginal) * c_dPerLevel * c_dPerLevel;
 }
 
 } // namespace ORVA::Impl

@@ -4,7 +4,8 @@
 //   Impl::FillTextureArrays(arrays, counts, numberOfPairs);
 //   double const entropy = Impl::Entropy(arrays);
 //   double const contrast = Impl::Contrast(arrays);
-//   double const px = arrays.m_pX[17]; // probability of level 17 in the first voxel of a pair
+//   double const px = arrays.m_RowMarginal[17]; // probability of level 17 in the first voxel of a
+//   pair
 #pragma once
 
 #include <cstddef>
@@ -25,26 +26,27 @@ struct StCountTerm {
 /// How many of them are kept, by the lowest bits of the count.
 constexpr std::size_t c_nTextureTerms = 4096;
 
-/// Everything that the features read: the normalised matrix p, its distributions, and the sums that
+/// Everything that the features read: the normalized matrix p, its distributions, and the sums that
 /// need the matrix itself, gathered in the one sweep that fills it. About 600 KiB.
 struct StTextureArrays {
-  std::vector<double> m_ppP = std::vector<double>(65536); // p(i, j) at i * 256 + j
-  std::vector<double> m_pSum = std::vector<double>(511);  // p of the sum i + j
-  std::vector<double> m_pDiff = std::vector<double>(256); // p of the difference |i - j|
-  std::vector<double> m_pX = std::vector<double>(256);    // p of row i
-  std::vector<double> m_pY = std::vector<double>(256);    // p of column j
-  double m_dMeanX = 0;                                    // sum of i p_x(i), divided by 256
-  double m_dMeanY = 0;                                    // sum of j p_y(j), divided by 256
-  double m_dMeanDiff = 0;                                 // sum of k p_d(k), divided by 256
+  std::vector<double> m_Probabilities = std::vector<double>(65536); // p(i, j) at i * 256 + j
+  std::vector<double> m_SumDistribution = std::vector<double>(511); // p of the sum i + j
+  std::vector<double> m_DifferenceDistribution =
+      std::vector<double>(256);                                    // p of the difference |i - j|
+  std::vector<double> m_RowMarginal = std::vector<double>(256);    // p of row i
+  std::vector<double> m_ColumnMarginal = std::vector<double>(256); // p of column j
+  double m_MeanX = 0;    // sum of i p_x(i), divided by 256
+  double m_MeanY = 0;    // sum of j p_y(j), divided by 256
+  double m_MeanDiff = 0; // sum of k p_d(k), divided by 256
 
-  double m_dTotal = 0;        // sum of p: 1 where the counts add up to N
-  double m_dMeanProduct = 0;  // sum of i j p
-  double m_dSumOfSquares = 0; // sum of p^2
-  double m_dEntropy = 0;      // -sum of p ln p, like the two below in nats
-  double m_dEntropyX = 0;     // the same of p_x
-  double m_dEntropyY = 0;     // the same of p_y
+  double m_Total = 0;        // sum of p: 1 where the counts add up to N
+  double m_MeanProduct = 0;  // sum of i j p
+  double m_SumOfSquares = 0; // sum of p^2
+  double m_Entropy = 0;      // -sum of p ln p, like the two below in nats
+  double m_EntropyX = 0;     // the same of p_x
+  double m_EntropyY = 0;     // the same of p_y
 
-  std::vector<StCountTerm> m_terms = std::vector<StCountTerm>(c_nTextureTerms);
+  std::vector<StCountTerm> m_Terms = std::vector<StCountTerm>(c_nTextureTerms);
 };
 
 /// Overwrites all arrays by those of the counts (row i, column j at i * 256 + j) divided by N, the
@@ -52,9 +54,9 @@ struct StTextureArrays {
 void FillTextureArrays(StTextureArrays& arrays, std::span<std::uint32_t const, 65536> counts,
                        double N) noexcept;
 
-/// Standard deviation of the rows about m_dMeanX.
+/// Standard deviation of the rows about m_MeanX.
 [[nodiscard]] double Sigma_x(StTextureArrays const& arrays) noexcept;
-/// Root of the summed squared deviations of the column probabilities from m_dMeanY: not the mirror
+/// Root of the summed squared deviations of the column probabilities from m_MeanY: not the mirror
 /// image of Sigma_x.
 [[nodiscard]] double Sigma_y(StTextureArrays const& arrays) noexcept;
 /// Entropies of rows, of columns, and the two mixed ones of rows and columns, in nats.

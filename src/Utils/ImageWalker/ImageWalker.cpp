@@ -96,7 +96,7 @@ void RaiseNoMorePoints() {
 
 CDirectionalVisitor::CDirectionalVisitor(CTriple<int64> low, CTriple<int64> high,
                                          CTriple<int64> direction)
-    : m_low(low), m_high(high), m_end(Impl::WrappedSum(high, {1, 1, 1})), m_direction(direction) {
+    : m_Low(low), m_High(high), m_End(Impl::WrappedSum(high, {1, 1, 1})), m_Direction(direction) {
   if (!CheckDir_And_DefineFaces(direction))
     Impl::Raise(
         ORVA_LOCATION(c_moduleOfDeclaration, "ORVA::CDirectionalVisitor::CDirectionalVisitor"),
@@ -107,106 +107,106 @@ void CDirectionalVisitor::SetDirection(CTriple<int64> direction) {
   if (!CheckDir_And_DefineFaces(direction))
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDirectionalVisitor::SetDirection"),
                 c_invalidUnitDirection);
-  m_direction = direction;
+  m_Direction = direction;
   Initialize();
 }
 
 void CDirectionalVisitor::SetImageSize(CTriple<int64> extents) {
-  Impl::Clip(m_low, m_high, extents);
+  Impl::Clip(m_Low, m_High, extents);
   Initialize();
 }
 
 bool CDirectionalVisitor::CheckDir_And_DefineFaces(CTriple<int64> direction) noexcept {
   auto const [x, y, z] = direction;
   if (!IsUnit(x) || !IsUnit(y) || !IsUnit(z)) return false;
-  m_plus = {x == 1, y == 1, z == 1};
-  m_minus = {x == -1, y == -1, z == -1};
+  m_Plus = {x == 1, y == 1, z == 1};
+  m_Minus = {x == -1, y == -1, z == -1};
   return true;
 }
 
 void CDirectionalVisitor::FillBorderContours() {
-  m_faces.clear();
+  m_Faces.clear();
   for (std::size_t face = 0; face < c_entryFaces.size(); ++face) {
     std::size_t const axis = face % 3;
-    if (!(face < 3 ? m_plus[axis] : m_minus[axis])) continue;
+    if (!(face < 3 ? m_Plus[axis] : m_Minus[axis])) continue;
     FaceAxes const& axes = c_entryFaces[face];
-    auto const [lowX, highX] = FaceRange(axes[0], m_low.x, m_high.x, m_plus[0], m_minus[0]);
-    auto const [lowY, highY] = FaceRange(axes[1], m_low.y, m_high.y, m_plus[1], m_minus[1]);
-    auto const [lowZ, highZ] = FaceRange(axes[2], m_low.z, m_high.z, m_plus[2], m_minus[2]);
+    auto const [lowX, highX] = FaceRange(axes[0], m_Low.x, m_High.x, m_Plus[0], m_Minus[0]);
+    auto const [lowY, highY] = FaceRange(axes[1], m_Low.y, m_High.y, m_Plus[1], m_Minus[1]);
+    auto const [lowZ, highZ] = FaceRange(axes[2], m_Low.z, m_High.z, m_Plus[2], m_Minus[2]);
     CTriple<int64> const low(lowX, lowY, lowZ), high(highX, highY, highZ);
-    if (Impl::HasPoints(low, high)) m_faces.insert(m_faces.end(), {low, high});
+    if (Impl::HasPoints(low, high)) m_Faces.insert(m_Faces.end(), {low, high});
   }
 }
 
 void CDirectionalVisitor::Initialize() {
-  m_current = Impl::StMovingPoint(m_end);
-  m_face = CWindowVisitor();
-  if (!Impl::HasPoints(m_low, m_high)) return;
+  m_Current = Impl::StMovingPoint(m_End);
+  m_Face = CWindowVisitor();
+  if (!Impl::HasPoints(m_Low, m_High)) return;
   FillBorderContours();
   TakeFace();
-  m_current = Impl::StMovingPoint(m_face.NextPoint());
+  m_Current = Impl::StMovingPoint(m_Face.NextPoint());
 }
 
 // The first face of the list becomes the one that is walked.
 void CDirectionalVisitor::TakeFace() {
-  m_face = CWindowVisitor(m_faces.at(0), m_faces.at(1));
-  m_faces.erase(m_faces.begin(), m_faces.begin() + 2);
+  m_Face = CWindowVisitor(m_Faces.at(0), m_Faces.at(1));
+  m_Faces.erase(m_Faces.begin(), m_Faces.begin() + 2);
 }
 
 CTriple<int64> CDirectionalVisitor::NextBorderPoint() {
-  CTriple<int64> const point = m_face.NextPoint();
-  if (!MoreBorderPoints() && !m_faces.empty()) TakeFace();
+  CTriple<int64> const point = m_Face.NextPoint();
+  if (!MoreBorderPoints() && !m_Faces.empty()) TakeFace();
   return point;
 }
 
 void CDirectionalVisitor::NextLine() {
-  m_current = Impl::StMovingPoint(MoreBorderPoints() ? NextBorderPoint() : m_end);
+  m_Current = Impl::StMovingPoint(MoreBorderPoints() ? NextBorderPoint() : m_End);
 }
 
 void CDeltaVisitor::SetImageSize(CTriple<int64> extents) {
-  m_imageSize = extents;
-  if (m_imageSize.y == 0) m_imageSize.z = 1;
+  m_ImageSize = extents;
+  if (m_ImageSize.y == 0) m_ImageSize.z = 1;
   Initialize();
 }
 
 void CDeltaVisitor::SetDirection(CTriple<double> direction) {
-  m_direction = direction;
+  m_Direction = direction;
   Initialize();
 }
 
 uint64 CDeltaVisitor::Steps() const noexcept {
-  return static_cast<uint64>(m_imageSize.x) * static_cast<uint64>(m_imageSize.y) *
-         static_cast<uint64>(m_imageSize.z);
+  return static_cast<uint64>(m_ImageSize.x) * static_cast<uint64>(m_ImageSize.y) *
+         static_cast<uint64>(m_ImageSize.z);
 }
 
 int64 CDeltaVisitor::MainAxis() const {
-  if (!IsFinite(m_direction))
+  if (!IsFinite(m_Direction))
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDeltaVisitor::Initialize"),
                 "Invalid Direction given to CDeltaVisitor");
-  return LargestAxis(m_direction);
+  return LargestAxis(m_Direction);
 }
 
 void CDeltaVisitor::Initialize() {
-  m_start = m_offset = {};
-  m_previous = m_index = 0;
-  m_length = m_extent2 = m_extent3 = 0; // no points until the line stands
-  m_isBorder = m_nextIsBorder = true;
-  m_line.clear();
-  m_axis = MainAxis();
-  if (m_imageSize.x <= 0 || m_imageSize.y <= 0 || m_imageSize.z <= 0) return;
+  m_Start = m_Offset = {};
+  m_Previous = m_Index = 0;
+  m_Length = m_Extent2 = m_Extent3 = 0; // no points until the line stands
+  m_IsBorder = m_NextIsBorder = true;
+  m_Line.clear();
+  m_Axis = MainAxis();
+  if (m_ImageSize.x <= 0 || m_ImageSize.y <= 0 || m_ImageSize.z <= 0) return;
   BuildLine();
 }
 
 void CDeltaVisitor::BuildLine() {
-  auto const direction = MainAxisFirst(m_axis, m_direction);
-  auto const extents = MainAxisFirst(m_axis, m_imageSize);
+  auto const direction = MainAxisFirst(m_Axis, m_Direction);
+  auto const extents = MainAxisFirst(m_Axis, m_ImageSize);
   CTriple<int64> const start(direction.x < 0 ? extents.x - 1 : 0,
                              direction.y < 0 ? extents.y - 1 : 0,
                              direction.z < 0 ? extents.z - 1 : 0);
   auto const [nx, ny, nz] =
       CTriple<double>(static_cast<double>(extents.x), static_cast<double>(extents.y),
                       static_cast<double>(extents.z));
-  bool const isFlat = m_imageSize.z == 1;
+  bool const isFlat = m_ImageSize.z == 1;
   CBresenhamVisitor line(start, direction, std::sqrt(nx * nx + ny * ny + nz * nz), isFlat ? 2 : 3,
                          isFlat ? NEIGHBORHOOD_8 : NEIGHBORHOOD_26, true);
   auto const raise = [] {
@@ -219,34 +219,34 @@ void CDeltaVisitor::BuildLine() {
   for (int64 i = 0; i < extents.x; ++i) points.push_back(line.NextPoint() - start);
   // Of a length beyond 32 bits so little can be left that another axis drives the line.
   if (std::abs(points.back().x) != extents.x - 1) raise();
-  m_line = std::move(points);
-  m_start = m_offset = start;
-  m_length = extents.x;
-  m_extent2 = extents.y;
-  m_extent3 = extents.z;
+  m_Line = std::move(points);
+  m_Start = m_Offset = start;
+  m_Length = extents.x;
+  m_Extent2 = extents.y;
+  m_Extent3 = extents.z;
 }
 
 void CDeltaVisitor::NextLine() noexcept {
-  m_index = 0;
-  m_nextIsBorder = true;
-  if (++m_start.y >= m_extent2) {
-    m_start.y = 0;
-    if (++m_start.z >= m_extent3) m_index = static_cast<uint64>(m_length);
+  m_Index = 0;
+  m_NextIsBorder = true;
+  if (++m_Start.y >= m_Extent2) {
+    m_Start.y = 0;
+    if (++m_Start.z >= m_Extent3) m_Index = static_cast<uint64>(m_Length);
   }
-  m_offset = m_start;
+  m_Offset = m_Start;
 }
 
 CParallelLineVisitor::CParallelLineVisitor(CTriple<double> direction) { SetDirection(direction); }
 
 void CParallelLineVisitor::SetImageSize(CTriple<int64> extents) {
-  auto const lineExtents = MainAxisFirst(m_axis, extents);
-  m_lines.SetImageSize(lineExtents);
-  m_imageSize = extents;
+  auto const lineExtents = MainAxisFirst(m_Axis, extents);
+  m_Lines.SetImageSize(lineExtents);
+  m_ImageSize = extents;
   auto const last = [](int64 sign, int64 extent) {
     return sign < 0 && extent > 0 ? extent - 1 : 0;
   };
-  m_origin = {last(m_signs.x, lineExtents.x), last(m_signs.y, lineExtents.y),
-              last(m_signs.z, lineExtents.z)};
+  m_Origin = {last(m_Signs.x, lineExtents.x), last(m_Signs.y, lineExtents.y),
+              last(m_Signs.z, lineExtents.z)};
 }
 
 void CParallelLineVisitor::SetDirection(CTriple<double> direction) {
@@ -260,10 +260,10 @@ void CParallelLineVisitor::SetDirection(CTriple<double> direction) {
   auto const d = MainAxisFirst(axis, direction);
   // With a main component of 1 the line is never shorter than the image.
   CDeltaVisitor lines({1, std::abs(d.y / d.x), std::abs(d.z / d.x)});
-  m_lines = std::move(lines);
-  m_axis = axis;
-  m_signs = {d.x < 0 ? -1 : 1, d.y < 0 ? -1 : 1, d.z < 0 ? -1 : 1};
-  SetImageSize(m_imageSize);
+  m_Lines = std::move(lines);
+  m_Axis = axis;
+  m_Signs = {d.x < 0 ? -1 : 1, d.y < 0 ? -1 : 1, d.z < 0 ? -1 : 1};
+  SetImageSize(m_ImageSize);
 }
 
 } // namespace ORVA

@@ -1,4 +1,4 @@
-#include "Polygon.h"
+#include "Utils/PolygonVisitor/Polygon.h"
 
 #include <SeluUtils/BresenhamVisitorImpl.h>
 

@@ -1,4 +1,4 @@
-#include "PolygonVisitor/Polygon.h"
+#include "Utils/PolygonVisitor/Polygon.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <pxlib2core/String.h>
@@ -48,7 +48,7 @@ void CheckAxis(std::vector<Ring> const& rings, int64 CTriple<int64>::*axis) {
                                 .Arg(high));
 }
 
-// The 2D neighbourhood of a 3D neighbourhood's moves in a coordinate plane.
+// The 2D neighborhood of a 3D neighborhood's moves in a coordinate plane.
 int64 InPlane(int64 neighborhood, Impl::StPolygonPlane const& plane) {
   switch (neighborhood) {
   case NEIGHBORHOOD_6:

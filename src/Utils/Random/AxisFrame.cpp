@@ -1,4 +1,4 @@
-#include <SeluUtils/Random/AxisFrame.h>
+#include <SeluUtils/Impl/AxisFrame.h>
 
 namespace ORVA::Impl {
 
@@ -9,13 +9,13 @@ constexpr CPolarCoordinates c_zAxis{0.0, 0.0};
 } // namespace
 
 CAxisFrame::CAxisFrame(CPolarCoordinates const& axis)
-    : m_axis(axis), m_isZAxis(axis == c_zAxis),
-      m_isFinite(IsFinite(axis.m_fTheta) && IsFinite(axis.m_fPhi)) {
-  if (m_isFinite) m_rotation = CEulerRotation(axis, 0);
+    : m_Axis(axis), m_IsZAxis(axis == c_zAxis),
+      m_IsFinite(IsFinite(axis.m_Theta) && IsFinite(axis.m_Phi)) {
+  if (m_IsFinite) m_Rotation = CEulerRotation(axis, 0);
 }
 
 void CAxisFrame::RaiseNoFrame() const {
-  static_cast<void>(CEulerRotation(m_axis, 0)); // throws: an angle is not finite
+  static_cast<void>(CEulerRotation(m_Axis, 0)); // throws: an angle is not finite
   __builtin_unreachable();
 }
 

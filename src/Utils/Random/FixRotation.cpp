@@ -4,8 +4,8 @@
 
 namespace ORVA {
 
-CFixRotation::CFixRotation(CEulerRotation const& rotation) : m_rotation(rotation) {
-  if (!m_rotation.IsValid())
+CFixRotation::CFixRotation(CEulerRotation const& rotation) : m_Rotation(rotation) {
+  if (!m_Rotation.IsValid())
     Impl::Raise(ORVA_LOCATION("src/Utils/Random/FixRotation", "ORVA::CFixRotation::CFixRotation")
                     .AtLine(37),
                 "CFixRotation::CFixRotation: Invalid Rotation.");

@@ -7,9 +7,9 @@ namespace ORVA {
 
 CEulerRotation CIsotropicRotation::operator()() {
   constexpr double twoPi = 2 * std::numbers::pi;
-  double const phi = twoPi * m_uniform();
-  double const theta = std::acos(2 * m_uniform() - 1);
-  double const psi = twoPi * m_uniform();
+  double const phi = twoPi * m_Uniform();
+  double const theta = std::acos(2 * m_Uniform() - 1);
+  double const psi = twoPi * m_Uniform();
   return {phi, theta, psi};
 }
 

@@ -33,20 +33,20 @@ std::unique_ptr<IRotationGenerator> CloneOf(std::unique_ptr<IRotationGenerator> 
 
 } // namespace
 
-CMixtureRotation::CMixtureRotation(std::size_t n) : m_n(n) {}
+CMixtureRotation::CMixtureRotation(std::size_t n) : m_N(n) {}
 
 CMixtureRotation::CMixtureRotation(CMixtureRotation const& other)
-    : IRandomGenerator<CEulerRotation>(other), IRotationGenerator(other), m_n(other.m_n),
-      m_uniform(other.m_uniform) {
-  m_slots.reserve(other.m_slots.size());
-  for (auto const& [generator, weight] : other.m_slots)
-    m_slots.push_back({CloneOf(generator), weight});
+    : IRandomGenerator<CEulerRotation>(other), IRotationGenerator(other), m_N(other.m_N),
+      m_Uniform(other.m_Uniform) {
+  m_Slots.reserve(other.m_Slots.size());
+  for (auto const& [generator, weight] : other.m_Slots)
+    m_Slots.push_back({CloneOf(generator), weight});
 }
 
 CMixtureRotation& CMixtureRotation::operator=(CMixtureRotation other) noexcept {
-  m_n = other.m_n;
-  m_slots = std::move(other.m_slots);
-  m_uniform = other.m_uniform;
+  m_N = other.m_N;
+  m_Slots = std::move(other.m_Slots);
+  m_Uniform = other.m_Uniform;
   return *this;
 }
 
@@ -54,44 +54,44 @@ CMixtureRotation::~CMixtureRotation() = default;
 
 // Everything that can fail comes before the generator changes hands.
 void CMixtureRotation::MakeRoom() {
-  if (m_slots.size() >= m_n)
+  if (m_Slots.size() >= m_N)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CMixtureRotation::Add"),
-                        CString("All n=%1 generators have been added.").Arg(Number(m_n)));
-  if (m_slots.size() == m_slots.capacity()) m_slots.reserve(2 * m_slots.size() + 1);
+                        CString("All n=%1 generators have been added.").Arg(Number(m_N)));
+  if (m_Slots.size() == m_Slots.capacity()) m_Slots.reserve(2 * m_Slots.size() + 1);
 }
 
 void CMixtureRotation::Add(IRotationGenerator* generator, double weight) {
   MakeRoom();
-  m_slots.push_back({std::unique_ptr<IRotationGenerator>(generator), weight});
+  m_Slots.push_back({std::unique_ptr<IRotationGenerator>(generator), weight});
 }
 
 void CMixtureRotation::Add(std::unique_ptr<IRotationGenerator>&& generator, double weight) {
   MakeRoom();
-  m_slots.push_back({std::move(generator), weight});
+  m_Slots.push_back({std::move(generator), weight});
 }
 
 CEulerRotation CMixtureRotation::operator()() {
-  double const u = m_uniform();
+  double const u = m_Uniform();
   double sum = 0;
-  for (auto& [generator, weight] : m_slots) {
+  for (auto& [generator, weight] : m_Slots) {
     sum += weight;
     if (sum < u) continue;
-    if (!generator) RaiseEmptySlot(m_n);
+    if (!generator) RaiseEmptySlot(m_N);
     return (*generator)();
   }
-  if (m_slots.size() < m_n) RaiseEmptySlot(m_n);
+  if (m_Slots.size() < m_N) RaiseEmptySlot(m_N);
   RaisePastTheEnd(u, sum);
 }
 
 bool CMixtureRotation::IsValid() const {
   double sum = 0;
-  for (auto const& slot : m_slots) sum += slot.weight;
-  return m_n > 0 && sum == 1;
+  for (auto const& slot : m_Slots) sum += slot.weight;
+  return m_N > 0 && sum == 1;
 }
 
 IRotationGenerator* CMixtureRotation::Clone() const {
-  auto copy = std::make_unique<CMixtureRotation>(m_n);
-  for (auto const& [generator, weight] : m_slots)
+  auto copy = std::make_unique<CMixtureRotation>(m_N);
+  for (auto const& [generator, weight] : m_Slots)
     if (generator) copy->Add(CloneOf(generator), weight);
   return copy.release();
 }

@@ -8,11 +8,11 @@ namespace ORVA {
 double CPressedDirections::operator()() const {
   double angle = 0;
   do {
-    double const t = (2 * m_uniform() - 1) * std::numbers::pi;
-    double const pressed = m_pressingFactor * std::cos(t);
+    double const t = (2 * m_Uniform() - 1) * std::numbers::pi;
+    double const pressed = m_PressingFactor * std::cos(t);
     double const s = std::sin(t);
     angle = std::acos(pressed / std::sqrt(s * s + pressed * pressed));
-  } while (std::isnan(angle) && std::isfinite(m_pressingFactor));
+  } while (std::isnan(angle) && std::isfinite(m_PressingFactor));
   return angle;
 }
 

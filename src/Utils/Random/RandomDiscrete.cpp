@@ -15,10 +15,10 @@ constexpr double c_epsilon = std::numeric_limits<double>::epsilon();
 } // namespace
 
 CRandomDiscrete::CRandomDiscrete(std::map<double, double> const& weightOfValue) {
-  m_values.reserve(weightOfValue.size());
-  m_reach.reserve(weightOfValue.size());
-  for (auto const& entry : weightOfValue) m_total += entry.first;
-  double const divisor = m_total - 1 > c_epsilon ? m_total : 1;
+  m_Values.reserve(weightOfValue.size());
+  m_Reach.reserve(weightOfValue.size());
+  for (auto const& entry : weightOfValue) m_Total += entry.first;
+  double const divisor = m_Total - 1 > c_epsilon ? m_Total : 1;
   double sum = 0;
   double reach = -std::numeric_limits<double>::infinity();
   for (auto const& [value, weight] : weightOfValue) {
@@ -26,21 +26,21 @@ CRandomDiscrete::CRandomDiscrete(std::map<double, double> const& weightOfValue) 
     // The walk stops at the first sum that is not below the uniform number, so a sum that falls
     // back (a negative weight) stops none, and one that is not a number stops all.
     reach = std::isnan(sum) ? std::numeric_limits<double>::infinity() : std::max(reach, sum);
-    m_values.push_back(value);
-    m_reach.push_back(reach);
+    m_Values.push_back(value);
+    m_Reach.push_back(reach);
   }
 }
 
 double CRandomDiscrete::operator()() const {
-  if (m_values.empty())
+  if (m_Values.empty())
     Impl::Raise(
         ORVA_LOCATION("src/Utils/Random/RandomDiscrete", "ORVA::CRandomDiscrete::operator ()"),
         "There is no value to draw: the map is empty.");
-  auto const stop = std::lower_bound(m_reach.begin(), m_reach.end(), m_uniform());
-  return stop == m_reach.end() ? m_values.back()
-                               : m_values[static_cast<std::size_t>(stop - m_reach.begin())];
+  auto const stop = std::lower_bound(m_Reach.begin(), m_Reach.end(), m_Uniform());
+  return stop == m_Reach.end() ? m_Values.back()
+                               : m_Values[static_cast<std::size_t>(stop - m_Reach.begin())];
 }
 
-bool CRandomDiscrete::IsValid() const { return std::fabs(1 - m_total) < c_epsilon; }
+bool CRandomDiscrete::IsValid() const { return std::fabs(1 - m_Total) < c_epsilon; }
 
 } // namespace ORVA

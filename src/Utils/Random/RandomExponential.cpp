@@ -5,7 +5,7 @@
 namespace ORVA {
 
 bool CRandomExponential::IsValid() const {
-  return m_lambda > std::numeric_limits<double>::min() && std::isfinite(m_lambda);
+  return m_Lambda > std::numeric_limits<double>::min() && std::isfinite(m_Lambda);
 }
 
 } // namespace ORVA

@@ -60,7 +60,7 @@ double Horner(double const (&coefficients)[n], double x) {
   return sum;
 }
 
-// The hat of the last step: its centre b, scale si and factor c, for three ranges of the shape.
+// The hat of the last step: its center b, scale si and factor c, for three ranges of the shape.
 struct StHat {
   double b, si, c;
 };
@@ -75,7 +75,7 @@ StHat HatOfShape(double a, double s, double s2) {
 
 // With 0 the doublings below would never end.
 double CRandomGamma::PositiveUniform() const {
-  double const u = m_uniform();
+  double const u = m_Uniform();
   return u == 0 ? 0x1p-32 : u;
 }
 
@@ -89,10 +89,10 @@ double CRandomGamma::sexpo() const {
   }
   u -= 1;
   if (u <= ln2) return sum + u;
-  double least = m_uniform();
+  double least = m_Uniform();
   std::size_t k = 0;
   do {
-    least = std::min(least, m_uniform());
+    least = std::min(least, m_Uniform());
     ++k;
   } while (u > c_expSums[k]);
   return sum + least * ln2;
@@ -103,23 +103,23 @@ double CRandomGamma::snorm() const {
   bool const isNegative = u > 0.5;
   u = c_intervals * (u + u - (isNegative ? 1 : 0));
   int const interval = std::min(static_cast<int>(u), c_intervals - 1);
-  double const y = interval == 0 ? NormalTail(u) : NormalCentre(u, interval);
+  double const y = interval == 0 ? NormalTail(u) : NormalCenter(u, interval);
   return isNegative ? -y : y;
 }
 
-double CRandomGamma::NormalCentre(double u, int interval) const {
+double CRandomGamma::NormalCenter(double u, int interval) const {
   auto const i = static_cast<std::size_t>(interval);
   double const base = c_quantiles[i - 1];
-  for (double v = u - interval;; v = m_uniform()) {
+  for (double v = u - interval;; v = m_Uniform()) {
     if (v > c_thresholds[i - 1]) return base + (v - c_thresholds[i - 1]) * c_slopes[i - 1];
-    double const w = m_uniform() * (c_quantiles[i] - base);
+    double const w = m_Uniform() * (c_quantiles[i] - base);
     double bound = (w / 2 + base) * w;
     for (;;) {
       if (v > bound) return base + w;
-      double const next = m_uniform();
+      double const next = m_Uniform();
       if (v < next) break;
       bound = next;
-      v = m_uniform();
+      v = m_Uniform();
     }
   }
 }
@@ -135,13 +135,13 @@ double CRandomGamma::NormalTail(double u) const {
     u += u;
   }
   u -= 1;
-  for (;; u = m_uniform()) {
+  for (;; u = m_Uniform()) {
     double const w = u * c_tailWidths[i - 1];
     double bound = (w / 2 + base) * w;
     for (;;) {
-      double const v = m_uniform();
+      double const v = m_Uniform();
       if (v > bound) return base + w;
-      double const next = m_uniform();
+      double const next = m_Uniform();
       if (v < next) break;
       bound = next;
     }
@@ -162,7 +162,7 @@ double CRandomGamma::GammaFromOne(double a) const {
   double x = s + t / 2;
   double const squeezed = x * x;
   if (t >= 0) return squeezed;
-  double u = m_uniform();
+  double u = m_Uniform();
   if (d * u <= t * t * t) return squeezed;
 
   double const r = 1 / a;
@@ -177,7 +177,7 @@ double CRandomGamma::GammaFromOne(double a) const {
   StHat const hat = HatOfShape(a, s, s2);
   for (;;) {
     double const e = sexpo();
-    u = m_uniform();
+    u = m_Uniform();
     u = u + u - 1;
     t = hat.b + fsign(hat.si * e, u);
     if (t < c_tau) continue;
@@ -193,7 +193,7 @@ double CRandomGamma::GammaFromOne(double a) const {
 double CRandomGamma::GammaBelowOne(double a) const {
   double const b = 1 + c_invE * a;
   for (;;) {
-    double const p = b * m_uniform();
+    double const p = b * m_Uniform();
     if (p >= 1) {
       double const x = -std::log((b - p) / a);
       if (sexpo() < (1 - a) * std::log(x)) continue;
@@ -209,6 +209,6 @@ double CRandomGamma::fsign(double x, double y) const {
   return (y > 0 && x < 0) || (y < 0 && x > 0) ? -x : x;
 }
 
-bool CRandomGamma::IsValid() const { return std::isfinite(m_rate) && std::isfinite(m_shape); }
+bool CRandomGamma::IsValid() const { return std::isfinite(m_Rate) && std::isfinite(m_Shape); }
 
 } // namespace ORVA

@@ -7,7 +7,7 @@
 
 namespace ORVA {
 
-CRandomLogNormal::CRandomLogNormal(double mu, double sigma) : m_mu(mu), m_sigma(sigma) {
+CRandomLogNormal::CRandomLogNormal(double mu, double sigma) : m_Mu(mu), m_Sigma(sigma) {
   if (!std::isfinite(mu) || !std::isfinite(sigma))
     Impl::Raise(ORVA_LOCATION("src/Utils/Random/RandomLogNormal",
                               "ORVA::CRandomLogNormal::CRandomLogNormal")
@@ -15,14 +15,14 @@ CRandomLogNormal::CRandomLogNormal(double mu, double sigma) : m_mu(mu), m_sigma(
                 CString("Invalid parametrization: mu=%1, sigma=%2.").Arg(mu).Arg(sigma));
 }
 
-double CRandomLogNormal::operator()() const { return std::exp(m_normal() * m_sigma + m_mu); }
+double CRandomLogNormal::operator()() const { return std::exp(m_Normal() * m_Sigma + m_Mu); }
 
 void CRandomLogNormal::SetLogNormalExpectationAndStDeviation(double expectation,
                                                              double stdDeviation) {
-  m_sigma = std::log(stdDeviation * stdDeviation / expectation / expectation + 1);
-  m_mu = std::log(expectation) - m_sigma * m_sigma * 0.5;
+  m_Sigma = std::log(stdDeviation * stdDeviation / expectation / expectation + 1);
+  m_Mu = std::log(expectation) - m_Sigma * m_Sigma * 0.5;
 }
 
-bool CRandomLogNormal::IsValid() const { return std::isfinite(m_mu) && std::isfinite(m_sigma); }
+bool CRandomLogNormal::IsValid() const { return std::isfinite(m_Mu) && std::isfinite(m_Sigma); }
 
 } // namespace ORVA

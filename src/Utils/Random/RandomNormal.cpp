@@ -8,15 +8,15 @@
 namespace ORVA {
 
 double CRandomNormal::NewPair() const {
-  double const angle = 2 * std::numbers::pi * m_uniform();
-  double const radius = std::sqrt(-2 * std::log(m_uniform()));
-  m_cached = radius * std::sin(angle);
-  m_isCached = true;
+  double const angle = 2 * std::numbers::pi * m_Uniform();
+  double const radius = std::sqrt(-2 * std::log(m_Uniform()));
+  m_Cached = radius * std::sin(angle);
+  m_IsCached = true;
   return radius * std::cos(angle);
 }
 
 bool CRandomNormal::IsValid() const {
-  return std::isfinite(m_mean) && Impl::IsPositiveNormal(m_sigma);
+  return std::isfinite(m_Mean) && Impl::IsPositiveNormal(m_Sigma);
 }
 
 } // namespace ORVA

@@ -32,10 +32,10 @@ int64 CRandomPoisson::operator()(double lambda) const {
 
 int64 CRandomPoisson::ByMultiplication(double lambda) const {
   double const limit = std::exp(-lambda);
-  double product = m_uniform();
+  double product = m_Uniform();
   if (product <= limit || std::fabs(limit - 1) < std::numeric_limits<double>::epsilon()) return 0;
   int64 count = 0;
-  for (; limit < product; ++count) product *= m_uniform();
+  for (; limit < product; ++count) product *= m_Uniform();
   return count;
 }
 
@@ -50,7 +50,7 @@ int64 CRandomPoisson::ByLogisticEnvelope(double lambda) const {
       x = (alpha - std::log((1 - u) / u)) / beta;
     } while (u >= 1 || x <= -0.5);
     int64 const count = ToCount(x + 0.5);
-    double const v = m_uniform();
+    double const v = m_Uniform();
     // The sum of logarithms that stands for ln(count!) begins with ln 0, so every positive count is
     // accepted; only a 0 is put to the test.
     if (count != 0) return count;
@@ -62,6 +62,6 @@ int64 CRandomPoisson::ByLogisticEnvelope(double lambda) const {
   }
 }
 
-bool CRandomPoisson::IsValid() const { return Impl::IsPositiveNormal(m_lambda); }
+bool CRandomPoisson::IsValid() const { return Impl::IsPositiveNormal(m_Lambda); }
 
 } // namespace ORVA

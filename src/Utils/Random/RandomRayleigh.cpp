@@ -4,6 +4,6 @@
 
 namespace ORVA {
 
-bool CRandomRayleigh::IsValid() const { return Impl::IsPositiveNormal(m_sigma); }
+bool CRandomRayleigh::IsValid() const { return Impl::IsPositiveNormal(m_Sigma); }
 
 } // namespace ORVA

@@ -48,20 +48,20 @@ void Fill(T* out, std::size_t n, double start, double width) {
 
 } // namespace
 
-CRandomUniform::CRandomUniform(double start, double end) : m_fStart(start), m_fEnd(end) {
+CRandomUniform::CRandomUniform(double start, double end) : m_Start(start), m_End(end) {
   if (end < start)
     Impl::Raise(
         ORVA_LOCATION("src/Utils/Random/RandomUniform", "ORVA::CRandomUniform::CRandomUniform")
             .AtLine(47),
-        CString("m_fEnd=%1 is smaller than m_fStart=%2.").Arg(end).Arg(start));
+        CString("m_End=%1 is smaller than m_Start=%2.").Arg(end).Arg(start));
 }
 
 void CRandomUniform::operator()(double* out, std::size_t n) const {
-  Fill(out, n, m_fStart, m_fEnd - m_fStart);
+  Fill(out, n, m_Start, m_End - m_Start);
 }
 
 void CRandomUniform::operator()(float* out, std::size_t n) const {
-  Fill(out, n, m_fStart, m_fEnd - m_fStart);
+  Fill(out, n, m_Start, m_End - m_Start);
 }
 
 } // namespace ORVA

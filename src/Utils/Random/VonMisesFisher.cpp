@@ -28,18 +28,18 @@ double HalfOfOneMinusCosine(double kappa, double u) {
 } // namespace
 
 CEulerRotation CVonMisesFisher::Draw(double kappa, Impl::CAxisFrame const& frame) const {
-  double const u1 = m_uniform();
-  double const u2 = m_uniform();
+  double const u1 = m_Uniform();
+  double const u2 = m_Uniform();
   double const sine = std::sqrt(HalfOfOneMinusCosine(kappa, u1)); // of half the angle
   double const theta = 2 * std::asin(sine > 1 ? 1 : sine);
   CPolarCoordinates const d(theta, c_twoPi * u2);
-  double const spin = c_twoPi * m_uniform();
+  double const spin = c_twoPi * m_Uniform();
   if (frame.IsZAxis()) return {d, spin};
   CTriple<double> const v = frame.FromZ(d);
   return {CPolarCoordinates(v.x, v.y, v.z), spin};
 }
 
-CEulerRotation CVonMisesFisher::operator()() { return Draw(m_kappa, m_frame); }
+CEulerRotation CVonMisesFisher::operator()() { return Draw(m_Kappa, m_Frame); }
 
 CEulerRotation CVonMisesFisher::operator()(double kappa, CPolarCoordinates const& mean) {
   return Draw(kappa, Impl::CAxisFrame(mean));
@@ -53,14 +53,14 @@ CEulerRotation CVonMisesFisher::operator()(double kappa1, CPolarCoordinates cons
 }
 
 double CVonMisesFisher::GenerateTheta(double kappa) const {
-  double const u = m_uniform();
+  double const u = m_Uniform();
   double const t = std::fabs(kappa) < c_small
                        ? 1 - 2 * HalfOfOneMinusCosine(kappa, 1 - u)
                        : std::log(1 - u * (1 - std::exp(-2 * kappa))) / kappa + 1;
   return std::acos(std::clamp(t, -1.0, 1.0));
 }
 
-bool CVonMisesFisher::IsValid() const { return std::isfinite(m_kappa) && m_kappa > 0; }
+bool CVonMisesFisher::IsValid() const { return std::isfinite(m_Kappa) && m_Kappa > 0; }
 
 IRotationGenerator* CVonMisesFisher::Clone() const { return new CVonMisesFisher(*this); }
 

@@ -41,40 +41,40 @@ double BipolarProposal(double kappa, double u) {
 } // namespace
 
 CWatsonRotation::CWatsonRotation(double kappa, CPolarCoordinates const& mean)
-    : m_kappa(kappa), m_mean(mean), m_toMean(FromZAxisTo(mean)) {}
+    : m_Kappa(kappa), m_Mean(mean), m_ToMean(FromZAxisTo(mean)) {}
 
 double CWatsonRotation::BipolarCosine() const {
   for (;;) {
-    double const u = m_uniform();
-    double const v = m_uniform();
-    double const t = std::clamp(BipolarProposal(m_kappa, u), 0.0, 1.0);
-    if (std::exp(m_kappa * t * t - m_kappa * t) >= v) return t;
+    double const u = m_Uniform();
+    double const v = m_Uniform();
+    double const t = std::clamp(BipolarProposal(m_Kappa, u), 0.0, 1.0);
+    if (std::exp(m_Kappa * t * t - m_Kappa * t) >= v) return t;
   }
 }
 
 double CWatsonRotation::GirdleCosine() const {
-  double const s = std::sqrt(-m_kappa);
+  double const s = std::sqrt(-m_Kappa);
   double const a = std::atan(s);
   for (;;) {
-    double const u = m_uniform();
-    double const v = m_uniform();
+    double const u = m_Uniform();
+    double const v = m_Uniform();
     double const t = std::clamp(std::tan(u * a) / s, 0.0, 1.0);
-    double const q = m_kappa * t * t;
+    double const q = m_Kappa * t * t;
     if (std::exp(q) * (1 - q) >= v) return t;
   }
 }
 
 CEulerRotation CWatsonRotation::operator()() {
-  if (m_kappa == 0) return m_isotropic();
-  double const t = !IsValid() ? c_nan : m_kappa > 0 ? BipolarCosine() : GirdleCosine();
+  if (m_Kappa == 0) return m_Isotropic();
+  double const t = !IsValid() ? c_nan : m_Kappa > 0 ? BipolarCosine() : GirdleCosine();
   double const theta = std::acos(t);
-  double const f = c_twoPi * m_uniform();
+  double const f = c_twoPi * m_Uniform();
   CTriple<double> const d(std::cos(f) * std::sin(theta), std::sin(f) * std::sin(theta), t);
-  double const spin = c_twoPi * m_uniform();
-  return {CPolarCoordinates(Dot(m_toMean[0], d), Dot(m_toMean[1], d), Dot(m_toMean[2], d)), spin};
+  double const spin = c_twoPi * m_Uniform();
+  return {CPolarCoordinates(Dot(m_ToMean[0], d), Dot(m_ToMean[1], d), Dot(m_ToMean[2], d)), spin};
 }
 
-bool CWatsonRotation::IsValid() const { return std::isfinite(m_kappa); }
+bool CWatsonRotation::IsValid() const { return std::isfinite(m_Kappa); }
 
 IRotationGenerator* CWatsonRotation::Clone() const { return new CWatsonRotation(*this); }
 

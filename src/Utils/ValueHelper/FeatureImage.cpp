@@ -92,75 +92,75 @@ CValue const* Descend(CValue const* value, std::span<StPart const> parts) {
 // gone along entry by entry.
 class CObjectReader {
 public:
-  explicit CObjectReader(CValueMap const& object) : m_object(object) {}
+  explicit CObjectReader(CValueMap const& object) : m_Object(object) {}
 
   CValue const* Find(StFeature const& feature) {
     if (!feature.isBesidePrevious) Enter(feature.parents);
-    if (m_vector != nullptr)
-      return feature.last.index ? m_vector->Find(*feature.last.index) : nullptr;
-    return m_map != nullptr ? FindInMap(feature.last.key) : nullptr;
+    if (m_Vector != nullptr)
+      return feature.last.index ? m_Vector->Find(*feature.last.index) : nullptr;
+    return m_Map != nullptr ? FindInMap(feature.last.key) : nullptr;
   }
 
 private:
   void Enter(std::span<StPart const> parents) {
-    m_map = parents.empty() ? &m_object : nullptr;
-    m_vector = nullptr;
+    m_Map = parents.empty() ? &m_Object : nullptr;
+    m_Vector = nullptr;
     if (!parents.empty()) {
-      CValue const* const parent = Descend(m_object.Find(parents.front().key), parents.subspan(1));
-      if (parent != nullptr && parent->Type() == EnType::Map) m_map = &parent->Map();
-      if (parent != nullptr && parent->Type() == EnType::Vector) m_vector = &parent->Vector();
+      CValue const* const parent = Descend(m_Object.Find(parents.front().key), parents.subspan(1));
+      if (parent != nullptr && parent->Type() == EnType::Map) m_Map = &parent->Map();
+      if (parent != nullptr && parent->Type() == EnType::Vector) m_Vector = &parent->Vector();
     }
-    if (m_map != nullptr) m_next = m_map->begin();
+    if (m_Map != nullptr) m_Next = m_Map->begin();
   }
 
   CValue const* FindInMap(CValue_Key const& key) {
     constexpr int c_lookAhead = 3; // entries that the first object does not have
-    for (int step = 0; step < c_lookAhead && m_next != m_map->end(); ++step, ++m_next) {
-      auto const order = m_next.Key() <=> key;
-      if (order == 0) return &(m_next++).Value();
+    for (int step = 0; step < c_lookAhead && m_Next != m_Map->end(); ++step, ++m_Next) {
+      auto const order = m_Next.Key() <=> key;
+      if (order == 0) return &(m_Next++).Value();
       if (order > 0) break;
     }
-    return m_map->Find(key);
+    return m_Map->Find(key);
   }
 
-  CValueMap const& m_object;
-  CValueMap const* m_map = nullptr; // the container of the current features
-  CValueVector const* m_vector = nullptr;
-  CValueMap::const_iterator m_next;
+  CValueMap const& m_Object;
+  CValueMap const* m_Map = nullptr; // the container of the current features
+  CValueVector const* m_Vector = nullptr;
+  CValueMap::const_iterator m_Next;
 };
 
 // The column of a text feature: texts numbered as they come, then by their order.
 class CTextColumn {
 public:
-  explicit CTextColumn(int64 columns) : m_numbers(static_cast<std::size_t>(columns)) {}
+  explicit CTextColumn(int64 columns) : m_Numbers(static_cast<std::size_t>(columns)) {}
 
   void Set(int64 label, std::string const& text) {
-    auto const next = static_cast<std::uint32_t>(m_texts.size());
-    auto const [known, isNew] = m_known.try_emplace(text, next);
-    if (isNew) m_texts.push_back(text);
-    m_numbers[static_cast<std::size_t>(label)] = known->second;
+    auto const next = static_cast<std::uint32_t>(m_Texts.size());
+    auto const [known, isNew] = m_Known.try_emplace(text, next);
+    if (isNew) m_Texts.push_back(text);
+    m_Numbers[static_cast<std::size_t>(label)] = known->second;
   }
 
   // Writes the indices in sorted order and gives the distinct texts in that order.
   CValueVector Write(float* row) const {
-    bool const hasEmpty = std::ranges::find(m_numbers, 0U) != m_numbers.end();
-    std::vector<std::uint32_t> order(m_texts.size() - (hasEmpty ? 0 : 1));
+    bool const hasEmpty = std::ranges::find(m_Numbers, 0U) != m_Numbers.end();
+    std::vector<std::uint32_t> order(m_Texts.size() - (hasEmpty ? 0 : 1));
     std::iota(order.begin(), order.end(), hasEmpty ? 0U : 1U);
-    std::ranges::sort(order, {}, [&](std::uint32_t number) { return m_texts[number]; });
-    std::vector<float> indices(m_texts.size());
+    std::ranges::sort(order, {}, [&](std::uint32_t number) { return m_Texts[number]; });
+    std::vector<float> indices(m_Texts.size());
     CValueVector texts;
     for (std::size_t k = 0; k < order.size(); ++k) {
       indices[order[k]] = static_cast<float>(k);
-      texts.PushBack(CValueString(std::string(m_texts[order[k]])));
+      texts.PushBack(CValueString(std::string(m_Texts[order[k]])));
     }
-    std::ranges::transform(m_numbers, row, [&](std::uint32_t n) { return indices[n]; });
+    std::ranges::transform(m_Numbers, row, [&](std::uint32_t n) { return indices[n]; });
     return texts;
   }
 
 private:
-  std::vector<std::uint32_t> m_numbers;         // by label, into m_texts
-  std::vector<std::string_view> m_texts = {""}; // views into the feature map
-  std::unordered_map<std::string_view, std::uint32_t> m_known = {{"", 0}};
+  std::vector<std::uint32_t> m_Numbers;         // by label, into m_Texts
+  std::vector<std::string_view> m_Texts = {""}; // views into the feature map
+  std::unordered_map<std::string_view, std::uint32_t> m_Known = {{"", 0}};
 };
 
 // The label that the key of an object ends with; nothing where there is no number. One too large
@@ -177,64 +177,64 @@ std::optional<int64> Label(std::string_view digits) {
 class CConversion {
 public:
   CConversion(CValueMap const& features, std::string const& idKey, CImage& image)
-      : m_features(features), m_idKey(idKey), m_image(image) {}
+      : m_Features(features), m_IdKey(idKey), m_Image(image) {}
 
   void FindObjects() {
-    std::string const begin = m_idKey + ' ';
-    for (auto const& [key, value] : m_features)
+    std::string const begin = m_IdKey + ' ';
+    for (auto const& [key, value] : m_Features)
       if (value.Type() == EnType::Map && key.IsText() && key.Text().starts_with(begin))
-        m_objects.push_back({-1, &key.Text(), &value.Map()});
-    if (m_objects.empty()) Impl::Raise(Here(), "no objects found in object features value map!");
+        m_Objects.push_back({-1, &key.Text(), &value.Map()});
+    if (m_Objects.empty()) Impl::Raise(Here(), "no objects found in object features value map!");
   }
 
   void ReadMaximumLabel() {
-    CValue const& entry = m_features.Entry("maximum label");
-    m_maximum = entry.Type() == EnType::Long ? entry.Long() : 0;
-    if (m_maximum == 0)
+    CValue const& entry = m_Features.Entry("maximum label");
+    m_Maximum = entry.Type() == EnType::Long ? entry.Long() : 0;
+    if (m_Maximum == 0)
       Impl::Raise(Here(), "no entry 'maximum label' found in object features value map!");
-    if (m_maximum < 0)
-      Impl::RaiseBadParam(Here(), CString("maximum label %1 is negative").Arg(m_maximum));
+    if (m_Maximum < 0)
+      Impl::RaiseBadParam(Here(), CString("maximum label %1 is negative").Arg(m_Maximum));
   }
 
   // An object is read under its label padded to the digits of the maximum, and under no other key.
   void ReadLabels() {
-    std::size_t const digits = std::to_string(m_maximum).size();
-    for (StObject& object : m_objects) {
-      auto const number = std::string_view(*object.key).substr(m_idKey.size() + 1);
+    std::size_t const digits = std::to_string(m_Maximum).size();
+    for (StObject& object : m_Objects) {
+      auto const number = std::string_view(*object.key).substr(m_IdKey.size() + 1);
       auto const label = Label(number);
       if (!label) continue;
-      if (*label > m_maximum)
+      if (*label > m_Maximum)
         Impl::RaiseBadParam(
             Here(),
-            CString("\"%1\" lies beyond the maximum label %2").Arg(*object.key).Arg(m_maximum));
+            CString("\"%1\" lies beyond the maximum label %2").Arg(*object.key).Arg(m_Maximum));
       if (number.size() == digits) object.label = *label;
     }
   }
 
   void ListFeatures(std::vector<std::string> excluded) {
-    excluded.push_back(m_idKey);
+    excluded.push_back(m_IdKey);
     std::vector<std::string> keys;
-    CValueMap const& sample = *m_objects.front().map;
+    CValueMap const& sample = *m_Objects.front().map;
     CreateKeyListRecursivly(sample, "", keys, 2, excluded);
     for (std::string const& key : keys) {
       auto parents = Split(key);
       StPart last = std::move(parents.back());
       parents.pop_back();
-      bool const isBesidePrevious = !m_list.empty() && m_list.back().parents == parents;
-      m_list.push_back(
+      bool const isBesidePrevious = !m_List.empty() && m_List.back().parents == parents;
+      m_List.push_back(
           {key, std::move(parents), std::move(last), isBesidePrevious, sample.Entry(key).Type()});
     }
   }
 
   void MakeImage() {
-    auto const rows = static_cast<int64>(m_list.size()) + 1;
-    auto const objects = static_cast<int64>(m_objects.size());
+    auto const rows = static_cast<int64>(m_List.size()) + 1;
+    auto const objects = static_cast<int64>(m_Objects.size());
     if (Columns() > c_unquestionedPixels / rows && Columns() / c_columnsPerObject > objects)
       Impl::RaiseBadParam(Here(), CString("maximum label %1 is out of proportion to %2 objects")
-                                      .Arg(m_maximum)
+                                      .Arg(m_Maximum)
                                       .Arg(objects));
     try {
-      m_image.Resize(CSize(Columns(), rows), CSize(0, 0, 0));
+      m_Image.Resize(CSize(Columns(), rows), CSize(0, 0, 0));
     } catch (std::bad_alloc const&) {
       CString message("no memory for a feature image of %1 labels and %2 features");
       Impl::RaiseBadParam(Here(), message.Arg(Columns()).Arg(rows - 1));
@@ -242,15 +242,15 @@ public:
   }
 
   void WritePixels() {
-    CImageAccess const access = m_image.CreateAccess(true);
-    m_pixels = reinterpret_cast<float*>(access.WritableBase());
-    for (int64 x = 0; x < Columns(); ++x) m_pixels[x] = static_cast<float>(x);
-    m_largest = static_cast<double>(m_maximum);
-    for (StFeature const& feature : m_list) m_texts.push_back(MakeColumn(feature));
-    for (StObject const& object : m_objects)
+    CImageAccess const access = m_Image.CreateAccess(true);
+    m_Pixels = reinterpret_cast<float*>(access.WritableBase());
+    for (int64 x = 0; x < Columns(); ++x) m_Pixels[x] = static_cast<float>(x);
+    m_Largest = static_cast<double>(m_Maximum);
+    for (StFeature const& feature : m_List) m_Texts.push_back(MakeColumn(feature));
+    for (StObject const& object : m_Objects)
       if (object.label >= 0) WriteObject(object);
-    for (std::size_t k = 0; k < m_list.size(); ++k)
-      if (m_texts[k]) WriteTexts(k);
+    for (std::size_t k = 0; k < m_List.size(); ++k)
+      if (m_Texts[k]) WriteTexts(k);
   }
 
   // Takes the features at the very end, where nothing can fail any more. The name may be a text of
@@ -258,30 +258,30 @@ public:
   // NOLINTNEXTLINE(performance-unnecessary-value-param)
   void WriteAttributes(std::string featureName, CValueMap& features) {
     CValueVector keys, types;
-    keys.PushBack(CValueString(m_idKey));
+    keys.PushBack(CValueString(m_IdKey));
     types.PushBack(CValueString("numeric"));
-    for (StFeature const& feature : m_list) {
+    for (StFeature const& feature : m_List) {
       keys.PushBack(CValueString(feature.path));
       types.PushBack(CValueString(feature.type == EnType::String ? "label" : "numeric"));
     }
-    CValueMap& attributes = m_image.Attributes();
+    CValueMap& attributes = m_Image.Attributes();
     attributes.SetEntry("Image/ContentType", CValueString("FeatureImage"));
     attributes.SetEntry("Image/featurename", CValueString(featureName));
-    attributes.SetEntry("Image/unique-id-key", CValueString(m_idKey));
+    attributes.SetEntry("Image/unique-id-key", CValueString(m_IdKey));
     attributes.SetEntry("Image/y-keys", std::move(keys));
     attributes.SetEntry("Image/y-types", std::move(types));
-    attributes.SetEntry("Image/label-lookup", std::move(m_lookup));
-    CSeluHeaderTools::SetMetaInfo(m_image, CSeluHeaderTools::c_sMetaMinMax,
-                                  CValueVector(CValueDouble(0.0), CValueDouble(m_largest)));
+    attributes.SetEntry("Image/label-lookup", std::move(m_Lookup));
+    CSeluHeaderTools::SetMetaInfo(m_Image, CSeluHeaderTools::c_sMetaMinMax,
+                                  CValueVector(CValueDouble(0.0), CValueDouble(m_Largest)));
     attributes.SetEntry("Features/" + featureName, CValueMap()).Map() = std::move(features);
   }
 
 private:
   static Impl::StExLocation Here() { return ORVA_LOCATION(c_module, c_function); }
 
-  [[nodiscard]] int64 Columns() const { return m_maximum + 1; }
+  [[nodiscard]] int64 Columns() const { return m_Maximum + 1; }
   [[nodiscard]] float* Row(std::size_t feature) const {
-    return m_pixels + static_cast<int64>(feature + 1) * Columns();
+    return m_Pixels + static_cast<int64>(feature + 1) * Columns();
   }
 
   // What collects the texts of a feature; nothing for a number.
@@ -296,21 +296,21 @@ private:
     default:
       CString message("Value type %1 not supported.");
       throw CException("ConvertObjectBasedFeaturesIntoFeatureImage",
-                       message.Arg(m_objects.front().map->Entry(feature.path).TypeName()).c_str());
+                       message.Arg(m_Objects.front().map->Entry(feature.path).TypeName()).c_str());
     }
   }
 
   void WriteObject(StObject const& object) {
     CObjectReader reader(*object.map);
-    for (std::size_t k = 0; k < m_list.size(); ++k) {
-      CValue const* const value = reader.Find(m_list[k]);
+    for (std::size_t k = 0; k < m_List.size(); ++k) {
+      CValue const* const value = reader.Find(m_List[k]);
       if (value == nullptr || !value->IsValid()) continue;
-      if (m_texts[k]) {
-        if (value->Type() != EnType::String) RaiseMixture(object, m_list[k], *value);
-        m_texts[k]->Set(object.label, value->String().Std());
+      if (m_Texts[k]) {
+        if (value->Type() != EnType::String) RaiseMixture(object, m_List[k], *value);
+        m_Texts[k]->Set(object.label, value->String().Std());
       } else {
         if (value->GenericType() != CValue::EnGenericType::Number)
-          RaiseMixture(object, m_list[k], *value);
+          RaiseMixture(object, m_List[k], *value);
         WriteNumber(Row(k)[object.label], Impl::NumericReading(*value));
       }
     }
@@ -319,13 +319,13 @@ private:
   void WriteNumber(float& pixel, double number) {
     static_assert(std::numeric_limits<float>::is_iec559); // out of range becomes infinity
     pixel = static_cast<float>(number);
-    if (pixel > m_largest) m_largest = pixel;
+    if (pixel > m_Largest) m_Largest = pixel;
   }
 
   void WriteTexts(std::size_t feature) {
-    CValueVector texts = m_texts[feature]->Write(Row(feature));
-    m_largest = std::max(m_largest, static_cast<double>(texts.Size() - 1));
-    m_lookup.SetEntry(m_list[feature].path, std::move(texts));
+    CValueVector texts = m_Texts[feature]->Write(Row(feature));
+    m_Largest = std::max(m_Largest, static_cast<double>(texts.Size() - 1));
+    m_Lookup.SetEntry(m_List[feature].path, std::move(texts));
   }
 
   [[noreturn]] static void RaiseMixture(StObject const& object, StFeature const& feature,
@@ -334,16 +334,16 @@ private:
     Impl::RaiseBadParam(Here(), message.Arg(*object.key).Arg(feature.path).Arg(value.TypeName()));
   }
 
-  CValueMap const& m_features;
-  std::string const& m_idKey;
-  CImage& m_image;
-  std::vector<StObject> m_objects; // in the order of the map; label -1: not read
-  int64 m_maximum = 0;
-  std::vector<StFeature> m_list;
-  float* m_pixels = nullptr;
-  std::vector<std::optional<CTextColumn>> m_texts; // by feature
-  CValueMap m_lookup;
-  double m_largest = 0;
+  CValueMap const& m_Features;
+  std::string const& m_IdKey;
+  CImage& m_Image;
+  std::vector<StObject> m_Objects; // in the order of the map; label -1: not read
+  int64 m_Maximum = 0;
+  std::vector<StFeature> m_List;
+  float* m_Pixels = nullptr;
+  std::vector<std::optional<CTextColumn>> m_Texts; // by feature
+  CValueMap m_Lookup;
+  double m_Largest = 0;
 };
 
 // The image keeps a copy of the features or, where they are given away, the map itself.

@@ -32,17 +32,17 @@ CValueMap const* FindSubMap(CValueMap const& map, std::string const& begin) {
 class CKeyLister {
 public:
   CKeyLister(std::vector<std::string>& keys, int mode, std::vector<std::string> const& excluded)
-      : m_keys(keys), m_mode(mode), m_excluded(excluded.begin(), excluded.end()) {}
+      : m_Keys(keys), m_Mode(mode), m_Excluded(excluded.begin(), excluded.end()) {}
 
   void List(CValue const& value, std::string const& path) {
     if (value.Type() == EnType::Map) return List(value.Map(), path);
-    if (m_excluded.contains(path)) return;
+    if (m_Excluded.contains(path)) return;
     if (value.Type() == EnType::Vector) return ListVector(value.Vector(), path);
-    if (IsListed(value.Type())) m_keys.push_back(path.starts_with('/') ? path.substr(1) : path);
+    if (IsListed(value.Type())) m_Keys.push_back(path.starts_with('/') ? path.substr(1) : path);
   }
 
   void List(CValueMap const& map, std::string const& path) {
-    if (m_excluded.contains(path)) return;
+    if (m_Excluded.contains(path)) return;
     if (map.IsEmpty()) return ListEmpty(path);
     for (auto const& [key, value] : map)
       if (value.IsValid())
@@ -65,22 +65,22 @@ private:
   }
 
   void ListEmpty(std::string const& path) {
-    if (m_mode == 3 && !path.empty() && path != "/") m_keys.push_back(path);
+    if (m_Mode == 3 && !path.empty() && path != "/") m_Keys.push_back(path);
   }
 
   [[nodiscard]] bool IsListed(EnType type) const {
-    if (m_mode == 0 || m_mode == 3) return true;
+    if (m_Mode == 0 || m_Mode == 3) return true;
     bool const isNumber = type == EnType::Long || type == EnType::Double || type == EnType::Bool;
-    return isNumber || (m_mode == 2 && type == EnType::String);
+    return isNumber || (m_Mode == 2 && type == EnType::String);
   }
 
   static std::string Below(std::string const& path, std::string const& key) {
     return path.empty() ? key : path + '/' + key;
   }
 
-  std::vector<std::string>& m_keys;
-  int m_mode;
-  std::unordered_set<std::string> m_excluded; // copies: the list may be the one appended to
+  std::vector<std::string>& m_Keys;
+  int m_Mode;
+  std::unordered_set<std::string> m_Excluded; // copies: the list may be the one appended to
 };
 
 // The path may be one of the keys appended to, hence the copy.

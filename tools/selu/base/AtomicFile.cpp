@@ -1,8 +1,8 @@
-#include "AtomicFile.h"
+#include "base/AtomicFile.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <array>
 #include <atomic>
@@ -20,21 +20,21 @@ namespace {
 class CDescriptor {
 public:
   CDescriptor(fs::path const& path, int flags, mode_t mode = 0)
-      : m_descriptor(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
+      : m_Descriptor(::open(path.c_str(), flags | O_CLOEXEC, mode)) {}
   CDescriptor(CDescriptor const&) = delete;
   CDescriptor& operator=(CDescriptor const&) = delete;
   ~CDescriptor() { (void)Close(); }
-  [[nodiscard]] bool IsOpen() const noexcept { return m_descriptor >= 0; }
-  [[nodiscard]] int Get() const noexcept { return m_descriptor; }
+  [[nodiscard]] bool IsOpen() const noexcept { return m_Descriptor >= 0; }
+  [[nodiscard]] int Get() const noexcept { return m_Descriptor; }
   /// 0, or the error that the system had kept until now.
   [[nodiscard]] int Close() noexcept {
-    int const result = m_descriptor >= 0 && ::close(m_descriptor) != 0 ? errno : 0;
-    m_descriptor = -1;
+    int const result = m_Descriptor >= 0 && ::close(m_Descriptor) != 0 ? errno : 0;
+    m_Descriptor = -1;
     return result;
   }
 
 private:
-  int m_descriptor;
+  int m_Descriptor;
 };
 
 // The file behind symbolic links, also where that does not exist yet.
@@ -65,33 +65,33 @@ public:
   CSignalPause() {
     sigset_t all;
     ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    ::pthread_sigmask(SIG_SETMASK, &all, &m_Before);
   }
   CSignalPause(CSignalPause const&) = delete;
   CSignalPause& operator=(CSignalPause const&) = delete;
-  ~CSignalPause() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+  ~CSignalPause() { ::pthread_sigmask(SIG_SETMASK, &m_Before, nullptr); }
 
 private:
-  sigset_t m_before;
+  sigset_t m_Before;
 };
 
 } // namespace
 
-CAtomicFile::CAtomicFile(fs::path const& target) : m_target(target), m_resolved(Resolve(target)) {
+CAtomicFile::CAtomicFile(fs::path const& target) : m_Target(target), m_Resolved(Resolve(target)) {
   if (target.empty()) throw CAppError("the name of the output file is empty");
   struct stat status = {};
-  bool const exists = ::stat(m_resolved.c_str(), &status) == 0;
+  bool const exists = ::stat(m_Resolved.c_str(), &status) == 0;
   if (!exists && errno != ENOENT) Fail(errno);
   if (exists && S_ISDIR(status.st_mode)) Fail(EISDIR);
-  if (exists && ::access(m_resolved.c_str(), W_OK) != 0) Fail(errno);
-  m_replaces = !exists || S_ISREG(status.st_mode);
+  if (exists && ::access(m_Resolved.c_str(), W_OK) != 0) Fail(errno);
+  m_Replaces = !exists || S_ISREG(status.st_mode);
 
-  fs::path const folder = m_replaces ? FolderOf(m_resolved) : fs::temp_directory_path();
+  fs::path const folder = m_Replaces ? FolderOf(m_Resolved) : fs::temp_directory_path();
   if (!fs::is_directory(folder))
     throw CAppError("cannot write " + Quoted(target) + ": there is no folder " + Quoted(folder));
   MakeTemporary(folder);
   // A file that is replaced keeps its permissions.
-  if (exists && m_replaces && ::chmod(Temporary().c_str(), status.st_mode & 07777) != 0)
+  if (exists && m_Replaces && ::chmod(Temporary().c_str(), status.st_mode & 07777) != 0)
     Fail(errno);
 }
 
@@ -100,10 +100,10 @@ void CAtomicFile::MakeTemporary(fs::path const& folder) {
   constexpr int patience = 1000;
   CSignalPause const pause;
   for (int tries = 1;; ++tries) {
-    fs::path const name = TemporaryPath(folder, m_target);
+    fs::path const name = TemporaryPath(folder, m_Target);
     CDescriptor const file(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
     if (file.IsOpen()) {
-      m_temporary = std::make_unique<CTemporaryName>(name);
+      m_Temporary = std::make_unique<CTemporaryName>(name);
       return;
     }
     if (errno != EEXIST || tries == patience) Fail(errno);
@@ -111,7 +111,7 @@ void CAtomicFile::MakeTemporary(fs::path const& folder) {
 }
 
 void CAtomicFile::Fail(int error) const {
-  throw CAppError("cannot write " + Quoted(m_target) + ": " + SystemText(error));
+  throw CAppError("cannot write " + Quoted(m_Target) + ": " + SystemText(error));
 }
 
 void CAtomicFile::Write(std::string_view bytes) { WriteWith(O_TRUNC, bytes); }
@@ -125,10 +125,10 @@ void CAtomicFile::WriteWith(int mode, std::string_view bytes) {
 }
 
 void CAtomicFile::Commit() {
-  if (!m_replaces) return CopyInto(m_resolved);
+  if (!m_Replaces) return CopyInto(m_Resolved);
   CDescriptor file(Temporary(), O_RDONLY);
   if (!file.IsOpen() || ::fsync(file.Get()) != 0) Fail(errno);
-  if (::rename(Temporary().c_str(), m_resolved.c_str()) != 0) Fail(errno);
+  if (::rename(Temporary().c_str(), m_Resolved.c_str()) != 0) Fail(errno);
 }
 
 void CAtomicFile::CopyInto(fs::path const& device) const {
@@ -137,7 +137,7 @@ void CAtomicFile::CopyInto(fs::path const& device) const {
   // A pipe that nobody reads would keep us waiting for ever; one that somebody reads may be full.
   CDescriptor to(device, O_WRONLY | O_NONBLOCK);
   if (!to.IsOpen() && errno == ENXIO)
-    throw CAppError("cannot write " + Quoted(m_target) + ": nobody reads from it");
+    throw CAppError("cannot write " + Quoted(m_Target) + ": nobody reads from it");
   if (!to.IsOpen() || ::fcntl(to.Get(), F_SETFL, 0) != 0) Fail(errno);
   std::array<char, 1 << 16> buffer;
   while (true) {

@@ -6,7 +6,7 @@
 //   // without Commit nothing is left behind
 #pragma once
 
-#include "Signals.h"
+#include "base/Signals.h"
 
 #include <filesystem>
 #include <memory>
@@ -26,10 +26,10 @@ public:
 
   /// Where to write; the file exists and is empty.
   [[nodiscard]] std::filesystem::path const& Temporary() const noexcept {
-    return m_temporary->Path();
+    return m_Temporary->Path();
   }
   /// The name that the user gave.
-  [[nodiscard]] std::filesystem::path const& Target() const noexcept { return m_target; }
+  [[nodiscard]] std::filesystem::path const& Target() const noexcept { return m_Target; }
   /// Replaces the temporary's content by these bytes.
   void Write(std::string_view bytes);
   /// Adds these bytes to it.
@@ -43,10 +43,10 @@ private:
   void CopyInto(std::filesystem::path const& device) const;
   void MakeTemporary(std::filesystem::path const& folder);
 
-  std::filesystem::path m_target;
-  std::filesystem::path m_resolved; // the target behind symbolic links
-  bool m_replaces = true;           // false: a device or the like, which is written into
-  std::unique_ptr<CTemporaryName> m_temporary;
+  std::filesystem::path m_Target;
+  std::filesystem::path m_Resolved; // the target behind symbolic links
+  bool m_Replaces = true;           // false: a device or the like, which is written into
+  std::unique_ptr<CTemporaryName> m_Temporary;
 };
 
 /// Refuses, with CAppError, an output that is this input, under whatever name.

@@ -1,8 +1,8 @@
-#include "Isolated.h"
+#include "base/Isolated.h"
 
-#include "AtomicFile.h"
-#include "Errors.h"
-#include "Texts.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <array>
@@ -54,29 +54,29 @@ std::string ReadToEnd(int descriptor) {
 
 } // namespace
 
-CSharedBuffer::CSharedBuffer(std::size_t bytes) : m_bytes(bytes) {
+CSharedBuffer::CSharedBuffer(std::size_t bytes) : m_Bytes(bytes) {
   auto const page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-  m_mapped = (bytes + page - 1) / page * page + page;
+  m_Mapped = (bytes + page - 1) / page * page + page;
   void* const memory =
-      ::mmap(nullptr, m_mapped, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+      ::mmap(nullptr, m_Mapped, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) throw std::bad_alloc();
-  m_begin = static_cast<std::byte*>(memory);
-  ::mprotect(m_begin + (m_mapped - page), page, PROT_NONE);
+  m_Begin = static_cast<std::byte*>(memory);
+  ::mprotect(m_Begin + (m_Mapped - page), page, PROT_NONE);
 }
 
 CSharedBuffer::CSharedBuffer(CSharedBuffer&& other) noexcept
-    : m_begin(std::exchange(other.m_begin, nullptr)), m_bytes(std::exchange(other.m_bytes, 0)),
-      m_mapped(std::exchange(other.m_mapped, 0)) {}
+    : m_Begin(std::exchange(other.m_Begin, nullptr)), m_Bytes(std::exchange(other.m_Bytes, 0)),
+      m_Mapped(std::exchange(other.m_Mapped, 0)) {}
 
 CSharedBuffer& CSharedBuffer::operator=(CSharedBuffer&& other) noexcept {
-  std::swap(m_begin, other.m_begin);
-  std::swap(m_bytes, other.m_bytes);
-  std::swap(m_mapped, other.m_mapped);
+  std::swap(m_Begin, other.m_Begin);
+  std::swap(m_Bytes, other.m_Bytes);
+  std::swap(m_Mapped, other.m_Mapped);
   return *this;
 }
 
 CSharedBuffer::~CSharedBuffer() {
-  if (m_begin != nullptr) ::munmap(m_begin, m_mapped);
+  if (m_Begin != nullptr) ::munmap(m_Begin, m_Mapped);
 }
 
 std::optional<std::string> RunIsolated(std::function<std::string()> const& job, double seconds) {

@@ -22,11 +22,11 @@ public:
   CSharedBuffer(CSharedBuffer&& other) noexcept;
   CSharedBuffer& operator=(CSharedBuffer&& other) noexcept;
   ~CSharedBuffer();
-  [[nodiscard]] std::span<std::byte> Bytes() const noexcept { return {m_begin, m_bytes}; }
+  [[nodiscard]] std::span<std::byte> Bytes() const noexcept { return {m_Begin, m_Bytes}; }
 
 private:
-  std::byte* m_begin = nullptr;
-  std::size_t m_bytes = 0, m_mapped = 0;
+  std::byte* m_Begin = nullptr;
+  std::size_t m_Bytes = 0, m_Mapped = 0;
 };
 
 /// Runs the job in a child process, with its standard streams leading nowhere, and returns its

@@ -1,9 +1,9 @@
-#include "JsonValues.h"
+#include "base/JsonValues.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Memory.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <pxlib2core/ValueVector.h>
 
@@ -150,7 +150,7 @@ public:
     if (text.find('/') != string_t::npos)
       throw CAppError(Where() + " has the key " + Quoted(text) +
                       ", but / separates the keys of a path");
-    m_open.back().key = std::move(text);
+    m_Open.back().key = std::move(text);
     return true;
   }
   bool end_object() override {
@@ -164,19 +164,19 @@ public:
                    nlohmann::detail::exception const& error) override {
     constexpr int numberOverflow = 406;
     if (error.id == numberOverflow) return Refuse("is a number beyond the doubles");
-    m_error = position;
+    m_Error = position;
     return false;
   }
 
   /// Where the text stops being JSON, in bytes from its begin.
-  [[nodiscard]] std::optional<std::size_t> Error() const noexcept { return m_error; }
-  [[nodiscard]] CValueMap TakeMap() noexcept { return std::move(m_result); }
+  [[nodiscard]] std::optional<std::size_t> Error() const noexcept { return m_Error; }
+  [[nodiscard]] CValueMap TakeMap() noexcept { return std::move(m_Result); }
 
 private:
   // The place of the value that is being read.
   [[nodiscard]] std::string Where() const {
     std::string path;
-    for (StOpen const& open : m_open) {
+    for (StOpen const& open : m_Open) {
       std::string const part = open.isMap ? open.key : std::to_string(open.vector.Size());
       if (!part.empty()) path = Below(path, part);
     }
@@ -185,26 +185,26 @@ private:
   [[noreturn]] bool Refuse(std::string const& why) const { throw CAppError(Where() + " " + why); }
 
   bool Open(bool isMap) {
-    if (m_open.empty() && !isMap) Refuse("is no object with keys and values");
-    if (m_open.size() >= static_cast<std::size_t>(c_jsonDepth))
+    if (m_Open.empty() && !isMap) Refuse("is no object with keys and values");
+    if (m_Open.size() >= static_cast<std::size_t>(c_jsonDepth))
       Refuse("is nested deeper than " + std::to_string(c_jsonDepth) + " levels");
-    m_open.push_back({isMap});
+    m_Open.push_back({isMap});
     return true;
   }
 
   StOpen Close() {
-    StOpen closed = std::move(m_open.back());
-    m_open.pop_back();
+    StOpen closed = std::move(m_Open.back());
+    m_Open.pop_back();
     return closed;
   }
 
   bool Add(CValue value) {
-    if (m_open.empty()) {
+    if (m_Open.empty()) {
       if (value.Type() != CValue::EnType::Map) Refuse("is no object with keys and values");
-      m_result = std::move(value.Map());
+      m_Result = std::move(value.Map());
       return true;
     }
-    StOpen& open = m_open.back();
+    StOpen& open = m_Open.back();
     if (!open.isMap) {
       open.vector.PushBack(std::move(value));
       return true;
@@ -241,9 +241,9 @@ private:
     return std::nullopt;
   }
 
-  std::vector<StOpen> m_open; // the outermost first
-  CValueMap m_result;
-  std::optional<std::size_t> m_error;
+  std::vector<StOpen> m_Open; // the outermost first
+  CValueMap m_Result;
+  std::optional<std::size_t> m_Error;
 };
 
 std::string LineAndColumn(std::string_view text, std::size_t position) {

@@ -3,8 +3,8 @@
 //   RefuseBeyondMemory(bytes, "the image");   // "the image needs 3.6 TiB, more than ..."
 #pragma once
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "Output.h"
+#include "base/Output.h"
 
-#include "AtomicFile.h"
-#include "Errors.h"
-#include "Texts.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
-#include "Parameters.h"
+#include "base/Parameters.h"
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <cmath>
 #include <numbers>
@@ -59,30 +59,30 @@ void CParameters::AddText(std::string text) {
       Refuse("takes parameters written name=value, not " + Quoted(one));
     std::string const name = one.substr(0, equals);
     if (Has(name)) Refuse("is given " + name + " twice");
-    m_given.emplace_back(name, one.substr(equals + 1));
-    m_used.push_back(false);
+    m_Given.emplace_back(name, one.substr(equals + 1));
+    m_Used.push_back(false);
     if (comma == std::string::npos) return;
     text.erase(0, comma + 1);
   }
 }
 
 std::string CParameters::Title() const {
-  std::string title = m_distribution;
-  for (auto const& [name, value] : m_given) title += ", " + name + " = " + value;
+  std::string title = m_Distribution;
+  for (auto const& [name, value] : m_Given) title += ", " + name + " = " + value;
   return title;
 }
 
 bool CParameters::Has(std::string const& name) const {
-  for (auto const& given : m_given)
+  for (auto const& given : m_Given)
     if (given.first == name) return true;
   return false;
 }
 
 std::optional<std::string> CParameters::Take(std::string const& name) {
-  for (std::size_t i = 0; i < m_given.size(); ++i)
-    if (m_given[i].first == name) {
-      m_used[i] = true;
-      return m_given[i].second;
+  for (std::size_t i = 0; i < m_Given.size(); ++i)
+    if (m_Given[i].first == name) {
+      m_Used[i] = true;
+      return m_Given[i].second;
     }
   return std::nullopt;
 }
@@ -119,23 +119,23 @@ std::string CParameters::Text(std::string const& name) {
 
 std::vector<std::pair<double, double>> CParameters::NumberPairs() {
   std::vector<std::pair<double, double>> pairs;
-  for (auto const& [name, text] : m_given) {
+  for (auto const& [name, text] : m_Given) {
     auto const value = ParseNumber(name), weight = ParseNumber(text);
     if (!value || !weight || !std::isfinite(*value) || !std::isfinite(*weight))
       Refuse("takes pairs of numbers value=weight, not " + Quoted(name + "=" + text));
     pairs.emplace_back(*value, *weight);
   }
-  m_used.assign(m_given.size(), true);
+  m_Used.assign(m_Given.size(), true);
   return pairs;
 }
 
 void CParameters::Finish() const {
-  for (std::size_t i = 0; i < m_given.size(); ++i)
-    if (!m_used[i]) Refuse("has no parameter " + Quoted(m_given[i].first));
+  for (std::size_t i = 0; i < m_Given.size(); ++i)
+    if (!m_Used[i]) Refuse("has no parameter " + Quoted(m_Given[i].first));
 }
 
 void CParameters::Refuse(std::string const& why) const {
-  std::string name = Quoted(m_distribution);
+  std::string name = Quoted(m_Distribution);
   throw CAppError("the distribution " + name.substr(1, name.size() - 2) + " " + why);
 }
 

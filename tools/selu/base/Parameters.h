@@ -28,7 +28,7 @@ public:
   using Pairs = std::vector<std::pair<std::string, std::string>>;
 
   CParameters(std::string distribution, Pairs given)
-      : m_distribution(std::move(distribution)), m_given(std::move(given)), m_used(m_given.size()) {
+      : m_Distribution(std::move(distribution)), m_Given(std::move(given)), m_Used(m_Given.size()) {
   }
 
   /// "normal,mean=3,sigma=2"; the value of a parameter called file is the rest of the text.
@@ -36,8 +36,8 @@ public:
   /// The texts of a command line, each of that form after the first one's name.
   [[nodiscard]] static CParameters FromTexts(std::vector<std::string> const& texts);
 
-  [[nodiscard]] std::string const& Distribution() const noexcept { return m_distribution; }
-  [[nodiscard]] Pairs const& Given() const noexcept { return m_given; }
+  [[nodiscard]] std::string const& Distribution() const noexcept { return m_Distribution; }
+  [[nodiscard]] Pairs const& Given() const noexcept { return m_Given; }
   /// "normal, mean = 3, sigma = 2", for people.
   [[nodiscard]] std::string Title() const;
   [[nodiscard]] bool Has(std::string const& name) const;
@@ -61,9 +61,9 @@ private:
   [[nodiscard]] double Checked(std::string const& name, std::string const& text, double value,
                                StBounds const& bounds) const;
 
-  std::string m_distribution;
-  Pairs m_given;
-  std::vector<bool> m_used;
+  std::string m_Distribution;
+  Pairs m_Given;
+  std::vector<bool> m_Used;
 };
 
 } // namespace selu

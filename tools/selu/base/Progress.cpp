@@ -1,7 +1,7 @@
-#include "Progress.h"
+#include "base/Progress.h"
 
-#include "AtomicFile.h"
-#include "Output.h"
+#include "base/AtomicFile.h"
+#include "base/Output.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,30 +13,30 @@ namespace selu {
 using Clock = std::chrono::steady_clock;
 
 CProgressBar::CProgressBar(std::string text, ORVA::int64 steps)
-    : m_text(std::move(text)), m_steps(std::max<ORVA::int64>(steps, 1)),
-      m_visible(StderrIsTerminal()), m_start(Clock::now()) {
-  if (m_visible) Draw();
+    : m_Text(std::move(text)), m_Steps(std::max<ORVA::int64>(steps, 1)),
+      m_Visible(StderrIsTerminal()), m_Start(Clock::now()) {
+  if (m_Visible) Draw();
 }
 
 CProgressBar::~CProgressBar() {
-  if (m_visible) (void)WriteAll(STDERR_FILENO, "\r\033[K");
+  if (m_Visible) (void)WriteAll(STDERR_FILENO, "\r\033[K");
 }
 
 void CProgressBar::Advance() {
-  m_done = std::min(m_done + 1, m_steps);
-  if (m_visible && Clock::now() - m_drawn > std::chrono::milliseconds(100)) Draw();
+  m_Done = std::min(m_Done + 1, m_Steps);
+  if (m_Visible && Clock::now() - m_Drawn > std::chrono::milliseconds(100)) Draw();
 }
 
 void CProgressBar::Draw() {
-  m_drawn = Clock::now();
+  m_Drawn = Clock::now();
   constexpr ORVA::int64 width = 30;
-  double const share = static_cast<double>(m_done) / static_cast<double>(m_steps);
+  double const share = static_cast<double>(m_Done) / static_cast<double>(m_Steps);
   auto const filled = static_cast<std::size_t>(share * static_cast<double>(width));
-  std::string line = "\r\033[K" + m_text + " [" + std::string(filled, '#') +
+  std::string line = "\r\033[K" + m_Text + " [" + std::string(filled, '#') +
                      std::string(width - filled, '.') + "] " +
                      std::to_string(static_cast<int>(share * 100)) + "%";
-  if (m_done > 0) {
-    double const elapsed = std::chrono::duration<double>(m_drawn - m_start).count();
+  if (m_Done > 0) {
+    double const elapsed = std::chrono::duration<double>(m_Drawn - m_Start).count();
     line += ", " + TimeText(elapsed / share - elapsed) + " left";
   }
   (void)WriteAll(STDERR_FILENO, line);

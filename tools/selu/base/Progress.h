@@ -29,10 +29,10 @@ public:
 private:
   void Draw();
 
-  std::string m_text;
-  ORVA::int64 m_steps, m_done = 0;
-  bool m_visible;
-  std::chrono::steady_clock::time_point m_start, m_drawn;
+  std::string m_Text;
+  ORVA::int64 m_Steps, m_Done = 0;
+  bool m_Visible;
+  std::chrono::steady_clock::time_point m_Start, m_Drawn;
 };
 
 /// "1:05" or "2:00:07".

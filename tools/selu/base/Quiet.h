@@ -6,7 +6,7 @@
 //   }
 #pragma once
 
-#include "Signals.h"
+#include "base/Signals.h"
 
 #include <cstdio>
 
@@ -19,9 +19,9 @@ namespace selu {
 class CQuiet {
 public:
   CQuiet()
-      : m_out(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)),
-        m_error(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
-    SetSignalOutput(m_error);
+      : m_Out(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)),
+        m_Error(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
+    SetSignalOutput(m_Error);
     int const nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     ::dup2(nowhere, STDOUT_FILENO);
     ::dup2(nowhere, STDERR_FILENO);
@@ -33,8 +33,8 @@ public:
     std::fflush(stdout);
     std::fflush(stderr);
     SetSignalOutput(STDERR_FILENO);
-    Restore(m_out, STDOUT_FILENO);
-    Restore(m_error, STDERR_FILENO);
+    Restore(m_Out, STDOUT_FILENO);
+    Restore(m_Error, STDERR_FILENO);
   }
 
 private:
@@ -48,7 +48,7 @@ private:
     ::close(kept);
   }
 
-  int m_out, m_error;
+  int m_Out, m_Error;
 };
 
 } // namespace selu

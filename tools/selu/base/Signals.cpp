@@ -1,6 +1,6 @@
-#include "Signals.h"
+#include "base/Signals.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 
 #include <array>
 #include <atomic>
@@ -55,23 +55,23 @@ void InstallSignalHandlers() {
 
 void SetSignalOutput(int descriptor) noexcept { g_signalOutput.store(descriptor); }
 
-CTemporaryName::CTemporaryName(std::filesystem::path path) : m_path(std::move(path)), m_slot(-1) {
-  auto const& text = m_path.native();
+CTemporaryName::CTemporaryName(std::filesystem::path path) : m_Path(std::move(path)), m_Slot(-1) {
+  auto const& text = m_Path.native();
   if (text.size() >= sizeof StSlot::name) throw CAppError("the path " + text + " is too long");
   for (std::size_t i = 0; i < g_temporaries.size(); ++i) {
     StSlot& slot = g_temporaries[i];
     if (slot.used.load()) continue;
     std::memcpy(slot.name, text.c_str(), text.size() + 1);
     slot.used.store(true);
-    m_slot = static_cast<int>(i);
+    m_Slot = static_cast<int>(i);
     return;
   }
   throw CAppError("too many output files at once");
 }
 
 CTemporaryName::~CTemporaryName() {
-  ::unlink(m_path.c_str());
-  g_temporaries[static_cast<std::size_t>(m_slot)].used.store(false);
+  ::unlink(m_Path.c_str());
+  g_temporaries[static_cast<std::size_t>(m_Slot)].used.store(false);
 }
 
 } // namespace selu

@@ -26,11 +26,11 @@ public:
   CTemporaryName(CTemporaryName const&) = delete;
   CTemporaryName& operator=(CTemporaryName const&) = delete;
   ~CTemporaryName();
-  [[nodiscard]] std::filesystem::path const& Path() const noexcept { return m_path; }
+  [[nodiscard]] std::filesystem::path const& Path() const noexcept { return m_Path; }
 
 private:
-  std::filesystem::path m_path;
-  int m_slot;
+  std::filesystem::path m_Path;
+  int m_Slot;
 };
 
 } // namespace selu

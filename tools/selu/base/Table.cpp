@@ -1,4 +1,4 @@
-#include "Table.h"
+#include "base/Table.h"
 
 #include <algorithm>
 
@@ -15,8 +15,8 @@ std::string Padded(std::string const& text, std::size_t width, bool left) {
 } // namespace
 
 std::vector<std::size_t> CTable::Widths() const {
-  std::vector<std::size_t> widths(m_rows.front().size());
-  for (auto const& row : m_rows)
+  std::vector<std::size_t> widths(m_Rows.front().size());
+  for (auto const& row : m_Rows)
     for (std::size_t i = 0; i < std::min(row.size(), widths.size()); ++i)
       widths[i] = std::max(widths[i], row[i].size());
   return widths;
@@ -32,8 +32,8 @@ std::string CTable::ToText(int columns) const {
     while (last < widths.size() && (last == first || width + c_gap + widths[last] <= page))
       width += c_gap + widths[last++];
     if (first > 1) text += '\n';
-    for (std::size_t r = 0; r < m_rows.size(); ++r) {
-      auto const& row = m_rows[r];
+    for (std::size_t r = 0; r < m_Rows.size(); ++r) {
+      auto const& row = m_Rows[r];
       std::string line = Padded(row[0], widths[0], true);
       for (std::size_t i = first; i < std::min(last, row.size()); ++i)
         line += std::string(c_gap, ' ') + Padded(row[i], widths[i], false);

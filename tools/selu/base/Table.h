@@ -14,14 +14,14 @@ namespace selu {
 /// right-aligned. Rows may be shorter than the head.
 class CTable {
 public:
-  explicit CTable(std::vector<std::string> head) : m_rows{std::move(head)} {}
-  void Add(std::vector<std::string> row) { m_rows.push_back(std::move(row)); }
+  explicit CTable(std::vector<std::string> head) : m_Rows{std::move(head)} {}
+  void Add(std::vector<std::string> row) { m_Rows.push_back(std::move(row)); }
   [[nodiscard]] std::string ToText(int columns) const;
 
 private:
   [[nodiscard]] std::vector<std::size_t> Widths() const;
 
-  std::vector<std::vector<std::string>> m_rows; // the head first
+  std::vector<std::vector<std::string>> m_Rows; // the head first
 };
 
 } // namespace selu

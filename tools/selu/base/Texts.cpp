@@ -1,4 +1,4 @@
-#include "Texts.h"
+#include "base/Texts.h"
 
 #include <array>
 #include <charconv>

@@ -6,7 +6,7 @@
 //   normal.draw();  normal.theory.cdf(3.5);
 #pragma once
 
-#include "Parameters.h"
+#include "base/Parameters.h"
 
 #include <SeluUtils/EulerRotation.h>
 #include <SeluUtils/Random/RandomGenerator.h>
@@ -27,7 +27,7 @@ struct StDistributionName {
 [[nodiscard]] std::span<StDistributionName const> RotationNames() noexcept;
 [[nodiscard]] bool IsScalar(std::string const& name) noexcept;
 
-/// Moments; skewness and excess are those of the standardised value. NaN where there is none.
+/// Moments; skewness and excess are those of the standardized value. NaN where there is none.
 struct StMoments {
   double mean, deviation, skewness, excess;
 };

@@ -1,8 +1,8 @@
-#include "Distributions.h"
-#include "Errors.h"
-#include "FileFormat.h"
-#include "SpecialFunctions.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "distributions/Distributions.h"
+#include "distributions/SpecialFunctions.h"
+#include "images/FileFormat.h"
 
 #include <SeluUtils/Random/ConstantValue.h>
 #include <SeluUtils/Random/FixRotation.h>

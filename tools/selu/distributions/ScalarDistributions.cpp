@@ -1,7 +1,7 @@
-#include "Distributions.h"
-#include "Errors.h"
-#include "SpecialFunctions.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "distributions/Distributions.h"
+#include "distributions/SpecialFunctions.h"
 
 #include <SeluUtils/Random/PressedDirections.h>
 #include <SeluUtils/Random/RandomChordlength.h>

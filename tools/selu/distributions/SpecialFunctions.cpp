@@ -1,4 +1,4 @@
-#include "SpecialFunctions.h"
+#include "distributions/SpecialFunctions.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,11 +59,11 @@ double Dawson(double x) noexcept {
   // Samples of a Gaussian at odd multiples of h about an even one near x.
   constexpr double h = 0.2;
   constexpr int terms = 31; // exp(-(31 h)^2) is below 1e-16
-  double const centre = 2 * std::round(size / (2 * h));
-  double const rest = size - centre * h;
+  double const center = 2 * std::round(size / (2 * h));
+  double const rest = size - center * h;
   double sum = 0;
   for (int odd = -terms; odd <= terms; odd += 2)
-    sum += std::exp(-(rest - odd * h) * (rest - odd * h)) / (centre + odd);
+    sum += std::exp(-(rest - odd * h) * (rest - odd * h)) / (center + odd);
   return std::copysign(sum / std::sqrt(std::numbers::pi), x);
 }
 

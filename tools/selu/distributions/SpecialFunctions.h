@@ -7,7 +7,7 @@
 
 namespace selu {
 
-/// The regularised lower incomplete gamma function P(shape, x), shape > 0; 0 below x = 0.
+/// The regularized lower incomplete gamma function P(shape, x), shape > 0; 0 below x = 0.
 [[nodiscard]] double GammaShare(double shape, double x) noexcept;
 
 /// Dawson's integral, by Rybicki's sum (G. B. Rybicki, "Dawson's Integral and the Sampling

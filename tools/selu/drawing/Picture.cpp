@@ -1,8 +1,8 @@
-#include "Picture.h"
+#include "drawing/Picture.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <algorithm>
 #include <array>
@@ -31,18 +31,18 @@ void Check(cairo_status_t status) {
     throw CAppError(std::string("the picture cannot be drawn: ") + cairo_status_to_string(status));
 }
 
-std::uint32_t Rgb24(Colour colour) {
+std::uint32_t Rgb24(Color color) {
   auto const part = [](double share) {
     return static_cast<std::uint32_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
   };
-  return part(colour.red) << 16 | part(colour.green) << 8 | part(colour.blue);
+  return part(color.red) << 16 | part(color.green) << 8 | part(color.blue);
 }
 
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
 
 // Cells enlarged to whole pixels, so that no viewer blurs them.
-Surface CellSurface(int columns, int rows, int scale, std::vector<Colour> const& colours) {
+Surface CellSurface(int columns, int rows, int scale, std::vector<Color> const& colors) {
   Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, columns * scale, rows * scale),
                   cairo_surface_destroy);
   Check(cairo_surface_status(surface.get()));
@@ -52,7 +52,7 @@ Surface CellSurface(int columns, int rows, int scale, std::vector<Colour> const&
     auto* const row =
         reinterpret_cast<std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
     for (int x = 0; x < columns * scale; ++x)
-      row[x] = Rgb24(colours[static_cast<std::size_t>(y / scale * columns + x / scale)]);
+      row[x] = Rgb24(colors[static_cast<std::size_t>(y / scale * columns + x / scale)]);
   }
   cairo_surface_mark_dirty(surface.get());
   return surface;
@@ -106,49 +106,49 @@ struct CPicture::StCairo {
 };
 
 CPicture::CPicture(double width, double height, std::string const& ending)
-    : m_cairo(std::make_unique<StCairo>()) {
-  m_cairo->svg = ending == ".svg";
-  m_cairo->surface.reset(
-      m_cairo->svg
-          ? cairo_svg_surface_create_for_stream(AppendBytes, &m_cairo->bytes, width, height)
+    : m_Cairo(std::make_unique<StCairo>()) {
+  m_Cairo->svg = ending == ".svg";
+  m_Cairo->surface.reset(
+      m_Cairo->svg
+          ? cairo_svg_surface_create_for_stream(AppendBytes, &m_Cairo->bytes, width, height)
           : cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(std::ceil(width)),
                                        static_cast<int>(std::ceil(height))));
-  Check(cairo_surface_status(m_cairo->surface.get()));
-  m_cairo->context.reset(cairo_create(m_cairo->surface.get()));
-  Check(cairo_status(m_cairo->context.get()));
-  FixFonts(m_cairo->context.get());
+  Check(cairo_surface_status(m_Cairo->surface.get()));
+  m_Cairo->context.reset(cairo_create(m_Cairo->surface.get()));
+  Check(cairo_status(m_Cairo->context.get()));
+  FixFonts(m_Cairo->context.get());
   Fill({0, 0, width, height}, c_paper);
 }
 
 CPicture::~CPicture() = default;
 
-void CPicture::Use(Colour colour) {
-  cairo_set_source_rgb(m_cairo->context.get(), colour.red, colour.green, colour.blue);
+void CPicture::Use(Color color) {
+  cairo_set_source_rgb(m_Cairo->context.get(), color.red, color.green, color.blue);
 }
 
 void CPicture::Style(StTextStyle const& style) {
-  cairo_select_font_face(m_cairo->context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
+  cairo_select_font_face(m_Cairo->context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                          style.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-  cairo_set_font_size(m_cairo->context.get(), style.size);
+  cairo_set_font_size(m_Cairo->context.get(), style.size);
 }
 
 double CPicture::TextWidth(std::string const& text, StTextStyle const& style) {
   Style(style);
   cairo_text_extents_t extents;
-  cairo_text_extents(m_cairo->context.get(), text.c_str(), &extents);
+  cairo_text_extents(m_Cairo->context.get(), text.c_str(), &extents);
   return extents.x_advance;
 }
 
 void CPicture::Text(double x, double y, std::string const& text, StTextStyle const& style) {
-  auto* const context = m_cairo->context.get();
-  double const share = style.align == EnAlign::Left ? 0 : style.align == EnAlign::Centre ? 0.5 : 1;
+  auto* const context = m_Cairo->context.get();
+  double const share = style.align == EnAlign::Left ? 0 : style.align == EnAlign::Center ? 0.5 : 1;
   double const shift = share * TextWidth(text, style);
   cairo_save(context);
   cairo_translate(context, x, y);
   if (style.upwards) cairo_rotate(context, -1.5707963267948966);
   constexpr double halfCapital = 0.36; // of the font's size
   cairo_move_to(context, -shift, halfCapital * style.size);
-  Use(style.colour);
+  Use(style.color);
   cairo_show_text(context, text.c_str());
   cairo_restore(context);
 }
@@ -170,9 +170,9 @@ void CPicture::TextWithin(double x, double y, double width, std::string const& t
   Text(x, y, shown, style);
 }
 
-void CPicture::Line(double x0, double y0, double x1, double y1, Colour colour, double width) {
-  auto* const context = m_cairo->context.get();
-  Use(colour);
+void CPicture::Line(double x0, double y0, double x1, double y1, Color color, double width) {
+  auto* const context = m_Cairo->context.get();
+  Use(color);
   cairo_set_line_width(context, width);
   cairo_move_to(context, x0, y0);
   cairo_line_to(context, x1, y1);
@@ -180,12 +180,12 @@ void CPicture::Line(double x0, double y0, double x1, double y1, Colour colour, d
 }
 
 void CPicture::Curve(std::vector<std::pair<double, double>> const& points, StBox const& clip,
-                     Colour colour, double width) {
-  auto* const context = m_cairo->context.get();
+                     Color color, double width) {
+  auto* const context = m_Cairo->context.get();
   cairo_save(context);
   cairo_rectangle(context, clip.x, clip.y, clip.width, clip.height);
   cairo_clip(context);
-  Use(colour);
+  Use(color);
   cairo_set_line_width(context, width);
   cairo_set_line_join(context, CAIRO_LINE_JOIN_ROUND);
   cairo_new_path(context);
@@ -194,32 +194,32 @@ void CPicture::Curve(std::vector<std::pair<double, double>> const& points, StBox
   cairo_restore(context);
 }
 
-void CPicture::Circle(double x, double y, double radius, Colour colour, double width) {
-  auto* const context = m_cairo->context.get();
-  Use(colour);
+void CPicture::Circle(double x, double y, double radius, Color color, double width) {
+  auto* const context = m_Cairo->context.get();
+  Use(color);
   cairo_set_line_width(context, width);
   cairo_new_path(context);
   cairo_arc(context, x, y, radius, 0, 6.283185307179586);
   cairo_stroke(context);
 }
 
-void CPicture::Fill(StBox const& box, Colour colour) {
-  Use(colour);
-  cairo_rectangle(m_cairo->context.get(), box.x, box.y, box.width, box.height);
-  cairo_fill(m_cairo->context.get());
+void CPicture::Fill(StBox const& box, Color color) {
+  Use(color);
+  cairo_rectangle(m_Cairo->context.get(), box.x, box.y, box.width, box.height);
+  cairo_fill(m_Cairo->context.get());
 }
 
-void CPicture::Frame(StBox const& box, Colour colour, double width) {
-  Use(colour);
-  cairo_set_line_width(m_cairo->context.get(), width);
-  cairo_rectangle(m_cairo->context.get(), box.x, box.y, box.width, box.height);
-  cairo_stroke(m_cairo->context.get());
+void CPicture::Frame(StBox const& box, Color color, double width) {
+  Use(color);
+  cairo_set_line_width(m_Cairo->context.get(), width);
+  cairo_rectangle(m_Cairo->context.get(), box.x, box.y, box.width, box.height);
+  cairo_stroke(m_Cairo->context.get());
 }
 
-void CPicture::Cells(StBox const& box, int columns, int rows, std::vector<Colour> const& colours) {
-  auto* const context = m_cairo->context.get();
+void CPicture::Cells(StBox const& box, int columns, int rows, std::vector<Color> const& colors) {
+  auto* const context = m_Cairo->context.get();
   int const scale = std::max(1, static_cast<int>(std::ceil(box.width / columns)));
-  Surface const cells = CellSurface(columns, rows, scale, colours);
+  Surface const cells = CellSurface(columns, rows, scale, colors);
   cairo_save(context);
   cairo_translate(context, box.x, box.y);
   cairo_scale(context, box.width / (columns * scale), box.height / (rows * scale));
@@ -235,9 +235,9 @@ void CPicture::AxisBelow(StBox const& box, std::vector<StTick> const& ticks,
   for (auto const& tick : ticks) {
     double const x = box.x + tick.place * box.width;
     Line(x, y, x, y + 5, c_faint);
-    Text(x, y + 15, tick.text, {.size = 12, .align = EnAlign::Centre, .colour = c_faint});
+    Text(x, y + 15, tick.text, {.size = 12, .align = EnAlign::Center, .color = c_faint});
   }
-  Text(box.x + box.width / 2, y + 38, title, {.align = EnAlign::Centre});
+  Text(box.x + box.width / 2, y + 38, title, {.align = EnAlign::Center});
 }
 
 void CPicture::AxisLeft(StBox const& box, std::vector<StTick> const& ticks,
@@ -245,34 +245,34 @@ void CPicture::AxisLeft(StBox const& box, std::vector<StTick> const& ticks,
   for (auto const& tick : ticks) {
     double const y = box.y + (1 - tick.place) * box.height;
     Line(box.x - 5, y, box.x, y, c_faint);
-    Text(box.x - 9, y, tick.text, {.size = 12, .align = EnAlign::Right, .colour = c_faint});
+    Text(box.x - 9, y, tick.text, {.size = 12, .align = EnAlign::Right, .color = c_faint});
   }
-  Text(box.x - 48, box.y + box.height / 2, title, {.align = EnAlign::Centre, .upwards = true});
+  Text(box.x - 48, box.y + box.height / 2, title, {.align = EnAlign::Center, .upwards = true});
 }
 
-void CPicture::ColourBar(StBox const& box, Colour (*ramp)(double) noexcept,
-                         std::vector<StTick> const& ticks, std::string const& title) {
+void CPicture::ColorBar(StBox const& box, Color (*ramp)(double) noexcept,
+                        std::vector<StTick> const& ticks, std::string const& title) {
   constexpr int steps = 256;
-  std::vector<Colour> colours;
-  for (int i = 0; i < steps; ++i) colours.push_back(ramp(1 - (i + 0.5) / steps));
-  Cells(box, 1, steps, colours);
+  std::vector<Color> colors;
+  for (int i = 0; i < steps; ++i) colors.push_back(ramp(1 - (i + 0.5) / steps));
+  Cells(box, 1, steps, colors);
   Frame(box, c_hairline);
   for (auto const& tick : ticks) {
     double const y = box.y + (1 - tick.place) * box.height;
     Line(box.x + box.width, y, box.x + box.width + 5, y, c_faint);
-    Text(box.x + box.width + 9, y, tick.text, {.size = 12, .colour = c_faint});
+    Text(box.x + box.width + 9, y, tick.text, {.size = 12, .color = c_faint});
   }
   Text(box.x, box.y - 20, title, {});
 }
 
 std::string CPicture::Finish() {
-  Check(cairo_status(m_cairo->context.get()));
-  if (!m_cairo->svg)
-    Check(cairo_surface_write_to_png_stream(m_cairo->surface.get(), AppendBytes, &m_cairo->bytes));
-  m_cairo->context.reset();
-  cairo_surface_finish(m_cairo->surface.get());
-  Check(cairo_surface_status(m_cairo->surface.get()));
-  return std::move(m_cairo->bytes);
+  Check(cairo_status(m_Cairo->context.get()));
+  if (!m_Cairo->svg)
+    Check(cairo_surface_write_to_png_stream(m_Cairo->surface.get(), AppendBytes, &m_Cairo->bytes));
+  m_Cairo->context.reset();
+  cairo_surface_finish(m_Cairo->surface.get());
+  Check(cairo_surface_status(m_Cairo->surface.get()));
+  return std::move(m_Cairo->bytes);
 }
 
 std::vector<StTick> LinearTicks(double low, double high, int wanted) {

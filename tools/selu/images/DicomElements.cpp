@@ -1,8 +1,8 @@
-#include "DicomElements.h"
+#include "images/DicomElements.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <algorithm>
 #include <array>
@@ -26,18 +26,18 @@ struct StElement {
 class CDicomFile {
 public:
   explicit CDicomFile(std::filesystem::path const& path)
-      : m_path(path), m_size(SizeOfReadable(path)), m_file(path, std::ios::binary) {
+      : m_Path(path), m_Size(SizeOfReadable(path)), m_File(path, std::ios::binary) {
     constexpr std::uint64_t preamble = 128;
     if (Text(preamble, 4) == "DICM")
-      m_place = preamble + 4;
+      m_Place = preamble + 4;
     else
-      m_place = m_size; // elements without a preamble are left to the reader
+      m_Place = m_Size; // elements without a preamble are left to the reader
   }
 
   void Check(double pixels) {
     bool plain = false, anyPixels = false, walked = false;
     std::uint32_t bits = 0;
-    while (m_place < m_size) {
+    while (m_Place < m_Size) {
       walked = true;
       auto const element = Next();
       if (!element) return; // lost: nothing can be said
@@ -49,23 +49,23 @@ public:
         if (plain && element->length < pixels * bits / 8) Fail();
       }
       // Of an element of undefined length the contents are walked through as well.
-      m_place = element->value + (element->length == c_undefined ? 0 : element->length);
-      if (m_place > m_size) Fail();
-      m_delimited = element->tag == 0xfffee0dd;
+      m_Place = element->value + (element->length == c_undefined ? 0 : element->length);
+      if (m_Place > m_Size) Fail();
+      m_Delimited = element->tag == 0xfffee0dd;
     }
-    if (walked && (!anyPixels || (!plain && !m_delimited))) Fail();
+    if (walked && (!anyPixels || (!plain && !m_Delimited))) Fail();
   }
 
 private:
   [[noreturn]] void Fail() const {
-    throw CAppError("cannot read " + Quoted(m_path) + ": the file is damaged or cut off");
+    throw CAppError("cannot read " + Quoted(m_Path) + ": the file is damaged or cut off");
   }
 
   std::string Text(std::uint64_t place, std::size_t count) {
-    if (place > m_size || count > m_size - place) Fail();
+    if (place > m_Size || count > m_Size - place) Fail();
     std::string text(count, '\0');
-    m_file.seekg(static_cast<std::streamoff>(place));
-    m_file.read(text.data(), static_cast<std::streamsize>(count));
+    m_File.seekg(static_cast<std::streamoff>(place));
+    m_File.read(text.data(), static_cast<std::streamsize>(count));
     return text;
   }
 
@@ -78,21 +78,21 @@ private:
 
   std::optional<StElement> Next() {
     StElement element;
-    element.tag = Number(m_place, 2) << 16 | Number(m_place + 2, 2);
+    element.tag = Number(m_Place, 2) << 16 | Number(m_Place + 2, 2);
     std::uint32_t const group = element.tag >> 16;
-    bool const typed = group != 0xfffe && (group == 2 || m_explicit);
+    bool const typed = group != 0xfffe && (group == 2 || m_Explicit);
     if (!typed) {
-      element.length = Number(m_place + 4, 4);
-      element.value = m_place + 8;
+      element.length = Number(m_Place + 4, 4);
+      element.value = m_Place + 8;
       return element;
     }
-    std::string const type = Text(m_place + 4, 2);
+    std::string const type = Text(m_Place + 4, 2);
     auto const isCapital = [](char c) { return c >= 'A' && c <= 'Z'; };
     if (!std::all_of(type.begin(), type.end(), isCapital)) return std::nullopt;
     constexpr std::string_view longTypes = "OB OD OF OL OV OW SQ SV UC UN UR UT UV ";
     bool const isLong = longTypes.find(type + " ") != std::string_view::npos;
-    element.length = isLong ? Number(m_place + 8, 4) : Number(m_place + 6, 2);
-    element.value = m_place + (isLong ? 12 : 8);
+    element.length = isLong ? Number(m_Place + 8, 4) : Number(m_Place + 6, 2);
+    element.value = m_Place + (isLong ? 12 : 8);
     if (type == "UN" && element.length == c_undefined) return std::nullopt; // untyped within
     return element;
   }
@@ -102,15 +102,15 @@ private:
     if (element.length > 64) return false;
     std::string syntax = Text(element.value, element.length);
     syntax.resize(std::min(syntax.find_last_not_of(std::string_view("\0 ", 2)) + 1, syntax.size()));
-    m_explicit = syntax != "1.2.840.10008.1.2";
+    m_Explicit = syntax != "1.2.840.10008.1.2";
     return syntax != "1.2.840.10008.1.2.2" && syntax != "1.2.840.10008.1.2.1.99";
   }
 
-  std::filesystem::path m_path;
-  std::uint64_t m_size;
-  std::ifstream m_file;
-  std::uint64_t m_place = 0;
-  bool m_explicit = true, m_delimited = false;
+  std::filesystem::path m_Path;
+  std::uint64_t m_Size;
+  std::ifstream m_File;
+  std::uint64_t m_Place = 0;
+  bool m_Explicit = true, m_Delimited = false;
 };
 
 } // namespace

@@ -1,7 +1,7 @@
-#include "Directions.h"
+#include "images/Directions.h"
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "FileFormat.h"
+#include "images/FileFormat.h"
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <array>

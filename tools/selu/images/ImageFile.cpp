@@ -1,9 +1,9 @@
-#include "ImageFile.h"
+#include "images/ImageFile.h"
 
-#include "FileFormat.h"
-#include "PixelStore.h"
-#include "Quiet.h"
-#include "Texts.h"
+#include "base/Quiet.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
+#include "images/PixelStore.h"
 
 #include <algorithm>
 #include <array>
@@ -60,7 +60,7 @@ std::optional<EnPixel> PixelOf(Component component) {
   return std::nullopt;
 }
 
-ORVA::IImage::CType GreyType(EnPixel pixel) {
+ORVA::IImage::CType GrayType(EnPixel pixel) {
   if (pixel == EnPixel::Float) return ORVA::IMAGE_GREY_F;
   switch (PixelBytes(pixel)) {
   case 1:
@@ -151,7 +151,7 @@ StHeader Judge(StClaim const& claim, fs::path const& path, EnFormat format) {
   if (claim.pixel < 0) RefuseRead(path, "its pixel type is unknown");
   if (claim.components != 1)
     RefuseRead(path, "it has " + std::to_string(claim.components) +
-                         " components per pixel, but selu needs grey values: one");
+                         " components per pixel, but selu needs gray values: one");
   auto const pixel = static_cast<EnPixel>(claim.pixel);
   CheckClaim(path, format, extents, PixelBytes(pixel));
   return {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
@@ -179,18 +179,18 @@ char const* PixelText(EnPixel pixel) noexcept { return Traits(pixel).text; }
 char const* PixelName(EnPixel pixel) noexcept { return Traits(pixel).name; }
 std::size_t PixelBytes(EnPixel pixel) noexcept { return Traits(pixel).bytes; }
 
-bool HasOwnGreyLevels(EnPixel pixel) noexcept {
+bool HasOwnGrayLevels(EnPixel pixel) noexcept {
   return pixel == EnPixel::UInt8 || pixel == EnPixel::UInt16 || pixel == EnPixel::UInt32;
 }
 
 CRawImage::CRawImage(StHeader const& header)
-    : m_header(header),
-      m_pixels(static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
+    : m_Header(header),
+      m_Pixels(static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
                static_cast<std::size_t>(header.size.z) * PixelBytes(header.pixel)) {}
 
-ORVA::CImage CRawImage::ToGrey() const {
-  ORVA::CImage image(GreyType(m_header.pixel), m_header.size);
-  std::memcpy(image.CreateAccess(true).WritableBase(), m_pixels.Bytes().data(), image.Bytes());
+ORVA::CImage CRawImage::ToGray() const {
+  ORVA::CImage image(GrayType(m_Header.pixel), m_Header.size);
+  std::memcpy(image.CreateAccess(true).WritableBase(), m_Pixels.Bytes().data(), image.Bytes());
   return image;
 }
 
@@ -324,7 +324,7 @@ void CheckImageOutput(fs::path const& path, EnPixel pixel, int dimension) {
   if (format == EnFormat::Png && dimension != 2) refuse("PNG holds no volumes");
   if (format == EnFormat::Png && PixelBytes(pixel) > 2)
     refuse("PNG holds no more than 16 bits a pixel");
-  if (format == EnFormat::Png && !HasOwnGreyLevels(pixel)) refuse("PNG holds no signed pixels");
+  if (format == EnFormat::Png && !HasOwnGrayLevels(pixel)) refuse("PNG holds no signed pixels");
   // ITK's writer has no TIFF of these.
   if (format == EnFormat::Tiff && pixel == EnPixel::UInt32)
     refuse("selu writes no TIFF of 32-bit counts");

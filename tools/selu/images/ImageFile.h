@@ -3,12 +3,12 @@
 //   StHeader header = ReadHeader("scan.nii.gz");         // extents and pixel type, no pixels
 //   CRawImage image = ReadImage("scan.nii.gz");          // the pixels in their own type
 //   VisitPixels(image, [](auto pixels) { ... std::span<T const> ... });
-//   WriteImage(atomicFile, grey);                        // a CImage, by the file's ending
+//   WriteImage(atomicFile, gray);                        // a CImage, by the file's ending
 #pragma once
 
-#include "AtomicFile.h"
-#include "Errors.h"
-#include "Isolated.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/Isolated.h"
 
 #include <pxlib2image/Image.h>
 
@@ -28,8 +28,8 @@ enum class EnPixel { UInt8, Int8, UInt16, Int16, UInt32, Int32, UInt64, Int64, F
 /// Such as "uint16".
 [[nodiscard]] char const* PixelName(EnPixel pixel) noexcept;
 [[nodiscard]] std::size_t PixelBytes(EnPixel pixel) noexcept;
-/// Unsigned with 8, 16 or 32 bits: the types that have grey levels without a range.
-[[nodiscard]] bool HasOwnGreyLevels(EnPixel pixel) noexcept;
+/// Unsigned with 8, 16 or 32 bits: the types that have gray levels without a range.
+[[nodiscard]] bool HasOwnGrayLevels(EnPixel pixel) noexcept;
 
 struct StHeader {
   ORVA::CSize size;
@@ -40,16 +40,16 @@ struct StHeader {
 class CRawImage {
 public:
   explicit CRawImage(StHeader const& header);
-  [[nodiscard]] ORVA::CSize Size() const noexcept { return m_header.size; }
-  [[nodiscard]] EnPixel Pixel() const noexcept { return m_header.pixel; }
-  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_pixels.Bytes(); }
-  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_pixels.Bytes(); }
-  /// A copy as framework image; for types with grey levels of their own and 32-bit floating-point.
-  [[nodiscard]] ORVA::CImage ToGrey() const;
+  [[nodiscard]] ORVA::CSize Size() const noexcept { return m_Header.size; }
+  [[nodiscard]] EnPixel Pixel() const noexcept { return m_Header.pixel; }
+  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_Pixels.Bytes(); }
+  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_Pixels.Bytes(); }
+  /// A copy as framework image; for types with gray levels of their own and 32-bit floating-point.
+  [[nodiscard]] ORVA::CImage ToGray() const;
 
 private:
-  StHeader m_header;
-  CSharedBuffer m_pixels;
+  StHeader m_Header;
+  CSharedBuffer m_Pixels;
 };
 
 /// Both throw CAppError, with one sentence that names the file, for whatever is not a whole image
@@ -59,7 +59,7 @@ private:
 /// own, since damaged files bring the readers of some formats down.
 [[nodiscard]] StHeader ReadHeader(std::filesystem::path const& path);
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
-/// Distance of neighbouring voxels along x, y and z in the file's own unit; 1 where it has none or
+/// Distance of neighboring voxels along x, y and z in the file's own unit; 1 where it has none or
 /// none that is finite and above 0. Throws CAppError as above.
 [[nodiscard]] std::array<double, 3> ReadSpacing(std::filesystem::path const& path);
 

@@ -1,9 +1,9 @@
 #include "Commands.h"
-#include "ImageFile.h"
-#include "Output.h"
-#include "Quantise.h"
-#include "Table.h"
-#include "Texts.h"
+#include "base/Output.h"
+#include "base/Table.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
+#include "images/Quantize.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -49,10 +49,10 @@ std::string ToJson(StOptions const& options, CRawImage const& image, StLevels co
   json["distinct values"] = levels.distinct;
   json["voxels"] = levels.voxels;
   json["not a number"] = levels.notNumbers;
-  if (levels.quantised) {
+  if (levels.quantized) {
     json["surviving voxels"] = levels.survivors;
     json["surviving share"] = SurvivingShare(levels);
-    json["grey levels"] = levels.levels;
+    json["gray levels"] = levels.levels;
   }
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -67,11 +67,11 @@ std::string ToTable(StOptions const& options, CRawImage const& image, StLevels c
       {"distinct values", std::to_string(levels.distinct)},
   };
   if (levels.notNumbers > 0) rows.emplace_back("NaN voxels", std::to_string(levels.notNumbers));
-  if (levels.quantised) {
+  if (levels.quantized) {
     rows.emplace_back("surviving voxels", std::to_string(levels.survivors) + " of " +
                                               std::to_string(levels.voxels) + " (" +
                                               Rounded(SurvivingShare(levels) * 100, 4) + " %)");
-    rows.emplace_back("grey levels", std::to_string(levels.levels) + " of 256");
+    rows.emplace_back("gray levels", std::to_string(levels.levels) + " of 256");
   } else {
     rows.emplace_back("surviving voxels", "needs --range LO,HI for this pixel type");
   }
@@ -101,15 +101,15 @@ void AddInfoCommand(CLI::App& app) {
   command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
       ->required();
   command->add_option("--range", options->range,
-                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
+                      "LO,HI: map these values linearly onto the gray levels 0 to 255");
   command->add_option("--format", options->format, "table or json")
       ->check(CLI::IsMember({"table", "json"}))
       ->capture_default_str();
   command->footer(
-      "Grey levels are the highest byte of unsigned 8, 16 and 32-bit pixels; other pixel types "
+      "Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels; other pixel types "
       "need\n"
-      "--range. A voxel survives this quantisation when it is neither clamped by --range (or NaN)\n"
-      "nor, without --range, set to level 0 though its value is above 0. The grey levels counted "
+      "--range. A voxel survives this quantization when it is neither clamped by --range (or NaN)\n"
+      "nor, without --range, set to level 0 though its value is above 0. The gray levels counted "
       "are\n"
       "the different ones that the voxels have afterwards.\n\n"
       "Example:\n  selu info scan.nii.gz --range -200,300");

@@ -1,10 +1,10 @@
-#include "PixelStore.h"
+#include "images/PixelStore.h"
 
-#include "DicomElements.h"
-#include "Errors.h"
-#include "Memory.h"
-#include "Texts.h"
-#include "TiffPages.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "images/DicomElements.h"
+#include "images/TiffPages.h"
 
 #include <algorithm>
 #include <array>
@@ -136,18 +136,18 @@ fs::path NiftiDataFile(fs::path const& path) {
 
 class CGzipFile {
 public:
-  explicit CGzipFile(fs::path const& path) : m_file(::gzopen(path.c_str(), "rb"), ::gzclose_r) {}
+  explicit CGzipFile(fs::path const& path) : m_File(::gzopen(path.c_str(), "rb"), ::gzclose_r) {}
   /// Bytes read into the buffer, or nothing when the file is damaged or cut off.
   std::optional<std::size_t> Read(void* buffer, unsigned bytes) {
-    int const count = m_file ? ::gzread(m_file.get(), buffer, bytes) : -1;
+    int const count = m_File ? ::gzread(m_File.get(), buffer, bytes) : -1;
     int error = Z_OK;
-    if (m_file) (void)::gzerror(m_file.get(), &error);
+    if (m_File) (void)::gzerror(m_File.get(), &error);
     if (count < 0 || error != Z_OK) return std::nullopt;
     return static_cast<std::size_t>(count);
   }
 
 private:
-  std::unique_ptr<gzFile_s, int (*)(gzFile)> m_file;
+  std::unique_ptr<gzFile_s, int (*)(gzFile)> m_File;
 };
 
 // Bytes of NIfTI's types of numbers; readers go by these, not by the header's own count of bits.
@@ -225,47 +225,47 @@ StStore StoreOf(fs::path const& path, EnFormat format) {
 // Unpacks a gzip or zlib stream from a place of a file on; joined streams count as one.
 class CUnpacker {
 public:
-  CUnpacker(fs::path const& path, std::uint64_t offset) : m_file(path, std::ios::binary) {
-    m_file.seekg(static_cast<std::streamoff>(offset));
+  CUnpacker(fs::path const& path, std::uint64_t offset) : m_File(path, std::ios::binary) {
+    m_File.seekg(static_cast<std::streamoff>(offset));
     constexpr int anyHeader = 32; // added to the window bits: zlib's or gzip's
-    if (::inflateInit2(&m_stream, 15 + anyHeader) != Z_OK) throw std::bad_alloc();
+    if (::inflateInit2(&m_Stream, 15 + anyHeader) != Z_OK) throw std::bad_alloc();
   }
   CUnpacker(CUnpacker const&) = delete;
   CUnpacker& operator=(CUnpacker const&) = delete;
-  ~CUnpacker() { ::inflateEnd(&m_stream); }
+  ~CUnpacker() { ::inflateEnd(&m_Stream); }
 
   /// Bytes of the next piece, 0 at the end; nothing when the stream is damaged or cut off.
   std::optional<std::size_t> Next() {
-    if (m_ended && !NextStream()) return 0;
-    if (m_stream.avail_in == 0 && !Fill()) return std::nullopt;
-    m_stream.next_out = m_out.data();
-    m_stream.avail_out = static_cast<uInt>(m_out.size());
-    int const status = ::inflate(&m_stream, Z_NO_FLUSH);
+    if (m_Ended && !NextStream()) return 0;
+    if (m_Stream.avail_in == 0 && !Fill()) return std::nullopt;
+    m_Stream.next_out = m_Out.data();
+    m_Stream.avail_out = static_cast<uInt>(m_Out.size());
+    int const status = ::inflate(&m_Stream, Z_NO_FLUSH);
     if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
-    m_ended = status == Z_STREAM_END;
-    std::size_t const count = m_out.size() - m_stream.avail_out;
-    return count > 0 || m_ended ? std::optional(count) : Next();
+    m_Ended = status == Z_STREAM_END;
+    std::size_t const count = m_Out.size() - m_Stream.avail_out;
+    return count > 0 || m_Ended ? std::optional(count) : Next();
   }
 
 private:
   bool Fill() {
-    m_file.read(reinterpret_cast<char*>(m_in.data()), static_cast<std::streamsize>(m_in.size()));
-    m_stream.next_in = m_in.data();
-    m_stream.avail_in = static_cast<uInt>(m_file.gcount());
-    return m_stream.avail_in > 0;
+    m_File.read(reinterpret_cast<char*>(m_In.data()), static_cast<std::streamsize>(m_In.size()));
+    m_Stream.next_in = m_In.data();
+    m_Stream.avail_in = static_cast<uInt>(m_File.gcount());
+    return m_Stream.avail_in > 0;
   }
   // Whatever follows a stream and is no stream itself is not ours.
   bool NextStream() {
-    if (m_stream.avail_in == 0 && !Fill()) return false;
-    if (*m_stream.next_in != 0x1f) return false;
-    m_ended = false;
-    return ::inflateReset(&m_stream) == Z_OK;
+    if (m_Stream.avail_in == 0 && !Fill()) return false;
+    if (*m_Stream.next_in != 0x1f) return false;
+    m_Ended = false;
+    return ::inflateReset(&m_Stream) == Z_OK;
   }
 
-  std::ifstream m_file;
-  z_stream m_stream = {};
-  bool m_ended = false;
-  std::vector<Bytef> m_in = std::vector<Bytef>(1 << 16), m_out = std::vector<Bytef>(1 << 18);
+  std::ifstream m_File;
+  z_stream m_Stream = {};
+  bool m_Ended = false;
+  std::vector<Bytef> m_In = std::vector<Bytef>(1 << 16), m_Out = std::vector<Bytef>(1 << 18);
 };
 
 // Unpacks as far as the pixels go, and to the end where that is near, since the checksum is there.

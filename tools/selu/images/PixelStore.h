@@ -5,7 +5,7 @@
 //   them
 #pragma once
 
-#include "FileFormat.h"
+#include "images/FileFormat.h"
 
 #include <pxlib2core/Types.h>
 

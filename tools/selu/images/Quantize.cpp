@@ -1,7 +1,7 @@
-#include "Quantise.h"
+#include "images/Quantize.h"
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <array>
@@ -120,7 +120,7 @@ void MeasureRange(std::span<T const> pixels, StLevels& result) {
 template <class T>
 void MeasureUse(std::span<T const> pixels, std::optional<StRange> const& range, StLevels& result) {
   StLevelUse<T> use;
-  result.quantised = true;
+  result.quantized = true;
   for (T const value : pixels) {
     int level = 0;
     bool survives = false;
@@ -160,7 +160,7 @@ StLevels MeasureLevelsOnly(CRawImage const& image, std::optional<StRange> const&
   StLevels result;
   VisitPixels(image, [&](auto pixels) {
     MeasureRange(pixels, result);
-    if (range || HasOwnGreyLevels(image.Pixel())) MeasureUse(pixels, range, result);
+    if (range || HasOwnGrayLevels(image.Pixel())) MeasureUse(pixels, range, result);
   });
   return result;
 }
@@ -171,36 +171,36 @@ StLevels MeasureLevels(CRawImage const& image, std::optional<StRange> const& ran
   return result;
 }
 
-ORVA::CImage ToGrey(CRawImage const& image, std::optional<StRange> const& range,
+ORVA::CImage ToGray(CRawImage const& image, std::optional<StRange> const& range,
                     std::filesystem::path const& path) {
-  if (!range && HasOwnGreyLevels(image.Pixel())) return image.ToGrey();
+  if (!range && HasOwnGrayLevels(image.Pixel())) return image.ToGray();
   if (!range) {
     StLevels values;
     VisitPixels(image, [&](auto pixels) { MeasureRange(pixels, values); });
     throw CAppError(Quoted(path) + " has " + PixelText(image.Pixel()) +
-                    " pixels, which need --range LO,HI to map them to grey levels" +
+                    " pixels, which need --range LO,HI to map them to gray levels" +
                     (values.low.empty()
                          ? std::string(" (all its values are NaN)")
                          : " (its values range from " + values.low + " to " + values.high + ")"));
   }
-  ORVA::CImage grey(ORVA::IMAGE_GREY_8, image.Size());
-  auto const access = grey.CreateAccess(true);
+  ORVA::CImage gray(ORVA::IMAGE_GREY_8, image.Size());
+  auto const access = gray.CreateAccess(true);
   auto* out = reinterpret_cast<std::uint8_t*>(access.WritableBase());
   VisitPixels(image, [&](auto pixels) {
     for (auto const value : pixels)
       *out++ = static_cast<std::uint8_t>(MappedLevel(static_cast<double>(value), *range));
   });
-  return grey;
+  return gray;
 }
 
 std::string CollapseWarning(CRawImage const& image, std::optional<StRange> const& range,
                             std::filesystem::path const& path) {
   constexpr int few = 32;
-  if (range || image.Pixel() == EnPixel::UInt8 || !HasOwnGreyLevels(image.Pixel())) return {};
+  if (range || image.Pixel() == EnPixel::UInt8 || !HasOwnGrayLevels(image.Pixel())) return {};
   StLevels const levels = MeasureLevelsOnly(image, range);
   if (!levels.merged || levels.levels >= few) return {};
   return Quoted(path) + " keeps only " + std::to_string(levels.levels) +
-         (levels.levels == 1 ? " grey level" : " grey levels") + " of its " +
+         (levels.levels == 1 ? " gray level" : " gray levels") + " of its " +
          std::to_string(PixelBytes(image.Pixel()) * 8) +
          " bits, since the highest byte counts: " + "give --range " + levels.low + "," +
          levels.high + " to spread its values over all 256";

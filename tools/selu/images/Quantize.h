@@ -1,18 +1,18 @@
-// Grey levels of an image: mapping to what the texture counts, and what is lost by it.
+// Gray levels of an image: mapping to what the texture counts, and what is lost by it.
 //
 //   auto range = ParseRange("-200,300");
 //   StLevels levels = MeasureLevels(raw, range);   // value range, levels used, voxels that survive
-//   ORVA::CImage grey = ToGrey(raw, range, "scan.nrrd");
+//   ORVA::CImage gray = ToGray(raw, range, "scan.nrrd");
 #pragma once
 
-#include "ImageFile.h"
+#include "images/ImageFile.h"
 
 #include <optional>
 #include <string>
 
 namespace selu {
 
-/// Values mapped linearly onto the grey levels: low becomes 0, high 255.
+/// Values mapped linearly onto the gray levels: low becomes 0, high 255.
 struct StRange {
   double low = 0, high = 0;
 };
@@ -26,13 +26,13 @@ struct StLevels {
   ORVA::int64 notNumbers = 0; ///< NaN
   ORVA::int64 distinct = 0;   ///< different values, NaN left out
   // Only with a range or for unsigned 8, 16 and 32-bit images:
-  bool quantised = false;
+  bool quantized = false;
   ORVA::int64 survivors = 0; ///< see MeasureLevels
-  int levels = 0;            ///< different grey levels of all voxels
+  int levels = 0;            ///< different gray levels of all voxels
   bool merged = false;       ///< voxels of different values share a level
 };
 
-/// Value range, distinct values and the result of the quantisation. A voxel survives when it is
+/// Value range, distinct values and the result of the quantization. A voxel survives when it is
 /// neither clamped by the range (or NaN) nor, without a range, set to level 0 though its value is
 /// above 0. O(voxels), and memory for one copy of the image where its pixels have more than 16
 /// bits.
@@ -41,10 +41,10 @@ struct StLevels {
 [[nodiscard]] StLevels MeasureLevelsOnly(CRawImage const& image,
                                          std::optional<StRange> const& range);
 
-/// The image whose grey levels the texture counts: unsigned 8, 16 and 32-bit pixels as they are,
+/// The image whose gray levels the texture counts: unsigned 8, 16 and 32-bit pixels as they are,
 /// others (and these, with a range) mapped to 8 bits: rounded, clamped, NaN to 0. Throws CAppError
 /// for a type that needs a range and has none; `path` and the value range are in the sentence.
-[[nodiscard]] ORVA::CImage ToGrey(CRawImage const& image, std::optional<StRange> const& range,
+[[nodiscard]] ORVA::CImage ToGray(CRawImage const& image, std::optional<StRange> const& range,
                                   std::filesystem::path const& path);
 
 /// The warning for an image that keeps few of its values, or an empty text.

@@ -1,8 +1,8 @@
-#include "TiffPages.h"
+#include "images/TiffPages.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <array>
 #include <cstdint>
@@ -42,16 +42,16 @@ struct StPage {
   Word bits = 1, samples = 1, kind = Unsigned, photometric = 0;
   bool preview = false;
 
-  [[nodiscard]] bool IsGrey() const noexcept { return samples == 1 && photometric <= 1; }
+  [[nodiscard]] bool IsGray() const noexcept { return samples == 1 && photometric <= 1; }
   [[nodiscard]] bool HasPixelsOf(StPage const& other) const noexcept {
     return bits == other.bits && samples == other.samples && kind == other.kind &&
            photometric == other.photometric;
   }
 };
 
-// ITK's reader hands out zeros for integers of 32 bits and takes those of 1 and 4 bits for colours.
+// ITK's reader hands out zeros for integers of 32 bits and takes those of 1 and 4 bits for colors.
 bool IsRead(StPage const& page) noexcept {
-  if (!page.IsGrey()) return true; // colours are refused as such
+  if (!page.IsGray()) return true; // colors are refused as such
   if (page.kind == Floating) return page.bits == 32;
   return page.kind <= Untyped && (page.bits == 8 || page.bits == 16);
 }
@@ -68,16 +68,16 @@ std::string KindText(StPage const& page) {
 class CTiffFile {
 public:
   explicit CTiffFile(std::filesystem::path const& path)
-      : m_path(path), m_size(SizeOfReadable(path)), m_file(path, std::ios::binary) {
-    m_bigEndian = Bytes(0, 1)[0] == 'M';
-    m_big = Number(2, 2) == 43;
-    m_first = m_big ? Number(8, 8) : Number(4, 4);
+      : m_Path(path), m_Size(SizeOfReadable(path)), m_File(path, std::ios::binary) {
+    m_BigEndian = Bytes(0, 1)[0] == 'M';
+    m_Big = Number(2, 2) == 43;
+    m_First = m_Big ? Number(8, 8) : Number(4, 4);
   }
 
-  [[nodiscard]] Word FirstPage() const noexcept { return m_first; }
+  [[nodiscard]] Word FirstPage() const noexcept { return m_First; }
 
   [[nodiscard]] StPage Page(Word place) {
-    Word const countBytes = m_big ? 8 : 2, entryBytes = m_big ? 20 : 12;
+    Word const countBytes = m_Big ? 8 : 2, entryBytes = m_Big ? 20 : 12;
     Word const count = Number(place, countBytes);
     if (count > 4096) Fail();
     StPage page;
@@ -86,21 +86,21 @@ public:
       Entry(place + countBytes + i * entryBytes, page, offsets, sizes);
     if (offsets.size() != sizes.size()) Fail();
     for (std::size_t i = 0; i < offsets.size(); ++i)
-      if (offsets[i] > m_size || sizes[i] > m_size - offsets[i]) Fail();
-    page.next = Number(place + countBytes + count * entryBytes, m_big ? 8 : 4);
+      if (offsets[i] > m_Size || sizes[i] > m_Size - offsets[i]) Fail();
+    page.next = Number(place + countBytes + count * entryBytes, m_Big ? 8 : 4);
     return page;
   }
 
   [[noreturn]] void Fail(std::string const& why = "the file is damaged or cut off") const {
-    throw CAppError("cannot read " + Quoted(m_path) + ": " + why);
+    throw CAppError("cannot read " + Quoted(m_Path) + ": " + why);
   }
 
 private:
   std::array<unsigned char, 8> Bytes(Word place, Word count) {
-    if (place > m_size || count > m_size - place) Fail();
+    if (place > m_Size || count > m_Size - place) Fail();
     std::array<unsigned char, 8> bytes{};
-    m_file.seekg(static_cast<std::streamoff>(place));
-    if (!m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count)))
+    m_File.seekg(static_cast<std::streamoff>(place));
+    if (!m_File.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count)))
       Fail();
     return bytes;
   }
@@ -109,7 +109,7 @@ private:
     auto const bytes = Bytes(place, count);
     Word value = 0;
     for (std::size_t i = 0; i < count; ++i)
-      value = value << 8 | bytes[m_bigEndian ? i : static_cast<std::size_t>(count) - 1 - i];
+      value = value << 8 | bytes[m_BigEndian ? i : static_cast<std::size_t>(count) - 1 - i];
     return value;
   }
 
@@ -123,11 +123,11 @@ private:
   // Where the values of an entry are, which must be inside the file, and how many: in the entry
   // itself where they fit, else where it points to.
   std::pair<Word, Word> Place(Word entry, Word bytes) {
-    Word const room = m_big ? 8 : 4, count = Number(entry + 4, room);
-    if (bytes == 0 || count > m_size / bytes) Fail();
+    Word const room = m_Big ? 8 : 4, count = Number(entry + 4, room);
+    if (bytes == 0 || count > m_Size / bytes) Fail();
     Word const inside = entry + 4 + room;
     Word const place = count * bytes <= room ? inside : Number(inside, room);
-    if (place > m_size || count * bytes > m_size - place) Fail();
+    if (place > m_Size || count * bytes > m_Size - place) Fail();
     return {place, count};
   }
 
@@ -187,11 +187,11 @@ private:
     }
   }
 
-  std::filesystem::path m_path;
-  Word m_size;
-  std::ifstream m_file;
-  bool m_bigEndian = false, m_big = false;
-  Word m_first = 0;
+  std::filesystem::path m_Path;
+  Word m_Size;
+  std::ifstream m_File;
+  bool m_BigEndian = false, m_Big = false;
+  Word m_First = 0;
 };
 
 } // namespace

@@ -8,7 +8,7 @@
 namespace selu {
 
 /// Follows the directories of all pages: each, and the pixels that it points to, must lie inside
-/// the file, and all pages but small previews must have the same size and pixel type: for grey
+/// the file, and all pages but small previews must have the same size and pixel type: for gray
 /// values integers of 8 or 16 bits or floating-point numbers of 32 bits. Throws CAppError. Readers
 /// would hand out the pages before the damage as if they were all, and zeros for other types.
 void CheckTiffPages(std::filesystem::path const& path);

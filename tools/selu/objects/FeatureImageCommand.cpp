@@ -1,10 +1,10 @@
-#include "AtomicFile.h"
 #include "Commands.h"
-#include "Errors.h"
-#include "ImageFile.h"
-#include "JsonValues.h"
-#include "Output.h"
-#include "Texts.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/JsonValues.h"
+#include "base/Output.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
 
 #include <SeluUtils/ValueHelper.h>
 #include <pxlib2core/Exception.h>

@@ -1,6 +1,6 @@
-#include "Regions.h"
+#include "objects/Regions.h"
 
-#include "Texts.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,32 +64,32 @@ struct StIntensity {
 
 class CRegions {
 public:
-  explicit CRegions(std::filesystem::path const& path) : m_path(path) {}
+  explicit CRegions(std::filesystem::path const& path) : m_Path(path) {}
 
   template <class T>
   StRegion& Of(T label) {
     if (std::cmp_less(label, 0) || std::cmp_greater(label, c_greatestLabel)) Refuse(label);
-    auto const [known, isNew] = m_places.try_emplace(static_cast<int64>(label), m_regions.size());
-    if (isNew) m_regions.push_back({static_cast<int64>(label)});
-    return m_regions[known->second];
+    auto const [known, isNew] = m_Places.try_emplace(static_cast<int64>(label), m_Regions.size());
+    if (isNew) m_Regions.push_back({static_cast<int64>(label)});
+    return m_Regions[known->second];
   }
 
   std::vector<StRegion> Sorted() && {
-    std::ranges::sort(m_regions, {}, &StRegion::label);
-    return std::move(m_regions);
+    std::ranges::sort(m_Regions, {}, &StRegion::label);
+    return std::move(m_Regions);
   }
 
 private:
   template <class T>
   [[noreturn]] void Refuse(T label) const {
-    throw CAppError(Quoted(m_path) + " has the label " + std::to_string(label) +
+    throw CAppError(Quoted(m_Path) + " has the label " + std::to_string(label) +
                     ", but labels go from 0, the background, to " +
                     std::to_string(c_greatestLabel));
   }
 
-  std::filesystem::path const& m_path;
-  std::unordered_map<int64, std::size_t> m_places; // of a label in the list
-  std::vector<StRegion> m_regions;
+  std::filesystem::path const& m_Path;
+  std::unordered_map<int64, std::size_t> m_Places; // of a label in the list
+  std::vector<StRegion> m_Regions;
 };
 
 template <class T, class Intensity>

@@ -4,7 +4,7 @@
 //     std::cout << region.label << ' ' << region.voxels << ' ' << region.Centroid(0) << '\n';
 #pragma once
 
-#include "ImageFile.h"
+#include "images/ImageFile.h"
 
 #include <array>
 #include <filesystem>

@@ -1,13 +1,13 @@
-#include "AtomicFile.h"
 #include "Commands.h"
-#include "Errors.h"
-#include "JsonValues.h"
-#include "Memory.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Regions.h"
-#include "Texts.h"
-#include "Texture.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/JsonValues.h"
+#include "base/Memory.h"
+#include "base/Output.h"
+#include "base/Progress.h"
+#include "base/Texts.h"
+#include "objects/Regions.h"
+#include "texture/Texture.h"
 
 #include <SeluUtils/Cooccurrence.h>
 
@@ -46,18 +46,18 @@ CValueLong Count(int64 number, std::string const& what) {
 // The texture inside a box of the image, without regard to which of its voxels are the object's.
 class CBoxTexture {
 public:
-  CBoxTexture(CImage grey, Direction const& direction)
-      : m_grey(std::move(grey)), m_direction(direction) {}
+  CBoxTexture(CImage gray, Direction const& direction)
+      : m_Gray(std::move(gray)), m_Direction(direction) {}
 
   /// The features; all 0 where the box has no pair of voxels. Gives the number of pairs.
   int64 Measure(StRegion const& region, CValueMap& features) {
     CSize const size = BoxSize(region);
-    int64 const pairs = PairsOf(size, m_direction);
+    int64 const pairs = PairsOf(size, m_Direction);
     if (pairs == 0) {
       for (char const* const name : c_featureNames) features.SetEntry(name, CValueDouble(0.0));
     } else {
       CImage const box = Box(region, size);
-      m_cooccurrence.ComputeFeatures(box, &m_direction, &features);
+      m_Cooccurrence.ComputeFeatures(box, &m_Direction, &features);
     }
     return pairs;
   }
@@ -65,15 +65,15 @@ public:
 private:
   [[nodiscard]] CSize BoxSize(StRegion const& region) const {
     auto const extent = [&](std::size_t axis) { return region.high[axis] - region.low[axis] + 1; };
-    return m_grey.Size().Dim() == 2 ? CSize(extent(0), extent(1))
+    return m_Gray.Size().Dim() == 2 ? CSize(extent(0), extent(1))
                                     : CSize(extent(0), extent(1), extent(2));
   }
 
   [[nodiscard]] CImage Box(StRegion const& region, CSize const& size) const {
-    CImage box(m_grey.Type(), size);
-    auto const from = m_grey.CreateAccess(false);
+    CImage box(m_Gray.Type(), size);
+    auto const from = m_Gray.CreateAccess(false);
     auto const to = box.CreateAccess(true);
-    auto const bytes = static_cast<std::size_t>(size.x * m_grey.Type().Bytes());
+    auto const bytes = static_cast<std::size_t>(size.x * m_Gray.Type().Bytes());
     for (int64 z = 0; z < size.z; ++z)
       for (int64 y = 0; y < size.y; ++y)
         std::memcpy(to.WritableBase() + y * to.Stride(1) + z * to.Stride(2),
@@ -83,9 +83,9 @@ private:
     return box;
   }
 
-  CImage m_grey;
-  Direction m_direction;
-  ORVA::CCooccurrence m_cooccurrence{"regions", nullptr};
+  CImage m_Gray;
+  Direction m_Direction;
+  ORVA::CCooccurrence m_Cooccurrence{"regions", nullptr};
 };
 
 CValueMap ToMap(StRegion const& region, int dimension, bool hasIntensity, CBoxTexture* texture) {
@@ -161,7 +161,7 @@ std::string Measure(StOptions const& options) {
   if (!options.noTexture) {
     std::optional<StRange> range;
     if (!options.range.empty()) range = ParseRange(options.range);
-    texture.emplace(ToGrey(intensity, range, options.intensity),
+    texture.emplace(ToGray(intensity, range, options.intensity),
                     ParseOptionalDirection(options, dimension));
     auto const warning = CollapseWarning(intensity, range, options.intensity);
     if (!warning.empty()) PrintNote("warning: " + warning);
@@ -192,7 +192,7 @@ void AddRegionsCommand(CLI::App& app) {
   command->add_option("--intensity", options->intensity,
                       "image of the same size, for mean, deviation and texture");
   command->add_option("--range", options->range,
-                      "LO,HI: map these intensities linearly onto the grey levels 0 to 255 of the "
+                      "LO,HI: map these intensities linearly onto the gray levels 0 to 255 of the "
                       "texture");
   command->add_option("--direction", options->direction,
                       "dx,dy,dz (2D: dx,dy), the displacement of the texture in voxels; 1,0,0 when "

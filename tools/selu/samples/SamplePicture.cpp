@@ -1,7 +1,7 @@
-#include "SamplePicture.h"
+#include "samples/SamplePicture.h"
 
-#include "Picture.h"
-#include "Texts.h"
+#include "base/Texts.h"
+#include "drawing/Picture.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +13,9 @@ namespace {
 using ORVA::uint64;
 
 constexpr double c_margin = 40;
-constexpr Colour c_bar = {0.72, 0.83, 0.90};
-constexpr Colour c_theory = {0.80, 0.28, 0.22};
-constexpr Colour c_mark = {0.10, 0.45, 0.55};
+constexpr Color c_bar = {0.72, 0.83, 0.90};
+constexpr Color c_theory = {0.80, 0.28, 0.22};
+constexpr Color c_mark = {0.10, 0.45, 0.55};
 
 std::string Grouped(uint64 count) {
   std::string text = std::to_string(count);
@@ -27,7 +27,7 @@ std::string Grouped(uint64 count) {
 void DrawHeading(CPicture& picture, double width, std::string const& title,
                  std::string const& note) {
   picture.TextWithin(c_margin, 38, width - 2 * c_margin, title, {.size = 22, .bold = true});
-  picture.Text(c_margin, 66, note, {.size = 13, .colour = c_faint});
+  picture.Text(c_margin, 66, note, {.size = 13, .color = c_faint});
 }
 
 double Real(uint64 count) { return static_cast<double>(count); }
@@ -36,35 +36,35 @@ double Real(uint64 count) { return static_cast<double>(count); }
 class CHistogram {
 public:
   explicit CHistogram(CScalarStatistics const& statistics)
-      : m_statistics(statistics), m_isShare(!statistics.Theory().density) {
-    for (std::size_t i = 0; i < Bins(); ++i) m_highest = std::max(m_highest, Height(i));
-    double const bars = m_highest;
+      : m_Statistics(statistics), m_IsShare(!statistics.Theory().density) {
+    for (std::size_t i = 0; i < Bins(); ++i) m_Highest = std::max(m_Highest, Height(i));
+    double const bars = m_Highest;
     for (auto const& point : Theory()) {
       // A density with a pole must not flatten the bars.
       if (std::isfinite(point.second))
-        m_highest = std::max(m_highest, std::min(point.second, 1.5 * bars));
+        m_Highest = std::max(m_Highest, std::min(point.second, 1.5 * bars));
     }
-    m_highest = m_highest > 0 ? m_highest * 1.06 : 1;
+    m_Highest = m_Highest > 0 ? m_Highest * 1.06 : 1;
   }
 
-  [[nodiscard]] bool IsShare() const { return m_isShare; }
-  [[nodiscard]] std::size_t Bins() const { return m_statistics.Counts().size(); }
-  [[nodiscard]] double Low() const { return m_statistics.Borders().front(); }
-  [[nodiscard]] double High() const { return m_statistics.Borders().back(); }
-  [[nodiscard]] double Highest() const { return m_highest; }
-  [[nodiscard]] double Border(std::size_t i) const { return m_statistics.Borders()[i]; }
+  [[nodiscard]] bool IsShare() const { return m_IsShare; }
+  [[nodiscard]] std::size_t Bins() const { return m_Statistics.Counts().size(); }
+  [[nodiscard]] double Low() const { return m_Statistics.Borders().front(); }
+  [[nodiscard]] double High() const { return m_Statistics.Borders().back(); }
+  [[nodiscard]] double Highest() const { return m_Highest; }
+  [[nodiscard]] double Border(std::size_t i) const { return m_Statistics.Borders()[i]; }
   [[nodiscard]] double Height(std::size_t i) const {
-    double const share = Real(m_statistics.Counts()[i]) / Real(m_statistics.Count());
-    return m_isShare ? share : share / (Border(i + 1) - Border(i));
+    double const share = Real(m_Statistics.Counts()[i]) / Real(m_Statistics.Count());
+    return m_IsShare ? share : share / (Border(i + 1) - Border(i));
   }
   [[nodiscard]] double Expected(std::size_t i) const {
-    auto const& cdf = m_statistics.Theory().cdf;
+    auto const& cdf = m_Statistics.Theory().cdf;
     return cdf(Border(i + 1)) - cdf(Border(i));
   }
   /// Points of the density's curve; for discrete values the middles of the bins.
   [[nodiscard]] std::vector<std::pair<double, double>> Theory() const {
     std::vector<std::pair<double, double>> points;
-    if (m_isShare) {
+    if (m_IsShare) {
       for (std::size_t i = 0; i < Bins(); ++i)
         points.emplace_back((Border(i) + Border(i + 1)) / 2, Expected(i));
       return points;
@@ -72,15 +72,15 @@ public:
     constexpr int steps = 1600;
     for (int i = 0; i <= steps; ++i) {
       double const x = Low() + (High() - Low()) * i / steps;
-      points.emplace_back(x, m_statistics.Theory().density(x));
+      points.emplace_back(x, m_Statistics.Theory().density(x));
     }
     return points;
   }
 
 private:
-  CScalarStatistics const& m_statistics;
-  bool m_isShare;
-  double m_highest = 0;
+  CScalarStatistics const& m_Statistics;
+  bool m_IsShare;
+  double m_Highest = 0;
 };
 
 void DrawTheory(CPicture& picture, CHistogram const& histogram, StBox const& box) {
@@ -126,27 +126,27 @@ void DrawLegend(CPicture& picture, CHistogram const& histogram, double right, do
   picture.Text(x + 24, y, theory, style);
 }
 
-// A hemisphere as pixels: each takes its cell's colour, those beyond the disc the paper's.
+// A hemisphere as pixels: each takes its cell's color, those beyond the disc the paper's.
 class CHemisphere {
 public:
   CHemisphere(CDirectionStatistics const& statistics, int hemisphere)
-      : m_counts(statistics.Counts(hemisphere)), m_cells(statistics.Cells()) {
+      : m_Counts(statistics.Counts(hemisphere)), m_Cells(statistics.Cells()) {
     // Isotropic directions would put this many into a whole cell.
     double const even = Real(statistics.Count()) * 4 / (2 * 3.141592653589793 * Real(Cells()));
-    for (int row = 0; row < m_cells; ++row)
-      for (int column = 0; column < m_cells; ++column) {
+    for (int row = 0; row < m_Cells; ++row)
+      for (int column = 0; column < m_Cells; ++column) {
         double const part = Part(row, column);
         // A sliver of a cell at the rim would make a great density of a single direction.
-        m_densities.push_back(Real(m_counts[Index(row, column)]) / (even * std::max(part, 0.1)));
+        m_Densities.push_back(Real(m_Counts[Index(row, column)]) / (even * std::max(part, 0.1)));
       }
   }
 
   [[nodiscard]] double Highest() const {
-    return *std::max_element(m_densities.begin(), m_densities.end());
+    return *std::max_element(m_Densities.begin(), m_Densities.end());
   }
 
-  [[nodiscard]] std::vector<Colour> Pixels(int side, double highest) const {
-    std::vector<Colour> pixels;
+  [[nodiscard]] std::vector<Color> Pixels(int side, double highest) const {
+    std::vector<Color> pixels;
     for (int y = 0; y < side; ++y)
       for (int x = 0; x < side; ++x) {
         double const right = (x + 0.5) / side * 2 - 1, up = 1 - (y + 0.5) / side * 2;
@@ -154,9 +154,9 @@ public:
           pixels.push_back(c_paper);
           continue;
         }
-        int const column = std::min(m_cells - 1, static_cast<int>((right + 1) / 2 * m_cells));
-        int const row = std::min(m_cells - 1, static_cast<int>((up + 1) / 2 * m_cells));
-        double const density = m_densities[Index(row, column)];
+        int const column = std::min(m_Cells - 1, static_cast<int>((right + 1) / 2 * m_Cells));
+        int const row = std::min(m_Cells - 1, static_cast<int>((up + 1) / 2 * m_Cells));
+        double const density = m_Densities[Index(row, column)];
         pixels.push_back(density > 0 ? SequentialRamp(density / highest) : c_empty);
       }
     return pixels;
@@ -164,10 +164,10 @@ public:
 
 private:
   [[nodiscard]] uint64 Cells() const {
-    return static_cast<uint64>(m_cells) * static_cast<uint64>(m_cells);
+    return static_cast<uint64>(m_Cells) * static_cast<uint64>(m_Cells);
   }
   [[nodiscard]] std::size_t Index(int row, int column) const {
-    return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_cells) +
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_Cells) +
            static_cast<std::size_t>(column);
   }
   // Which part of a cell lies within the unit circle.
@@ -176,16 +176,16 @@ private:
     int inside = 0;
     for (int i = 0; i < fine; ++i)
       for (int j = 0; j < fine; ++j) {
-        double const x = (column + (i + 0.5) / fine) / m_cells * 2 - 1;
-        double const y = (row + (j + 0.5) / fine) / m_cells * 2 - 1;
+        double const x = (column + (i + 0.5) / fine) / m_Cells * 2 - 1;
+        double const y = (row + (j + 0.5) / fine) / m_Cells * 2 - 1;
         inside += x * x + y * y <= 1 ? 1 : 0;
       }
     return inside / (1.0 * fine * fine);
   }
 
-  std::vector<uint64> const& m_counts;
-  int m_cells;
-  std::vector<double> m_densities; // 1 is isotropic
+  std::vector<uint64> const& m_Counts;
+  int m_Cells;
+  std::vector<double> m_Densities; // 1 is isotropic
 };
 
 struct StDisc {
@@ -199,7 +199,7 @@ void DrawGraticule(CPicture& picture, StDisc const& disc) {
   picture.Line(disc.x - disc.radius, disc.y, disc.x + disc.radius, disc.y, c_hairline, 0.8);
   picture.Line(disc.x, disc.y - disc.radius, disc.x, disc.y + disc.radius, c_hairline, 0.8);
   picture.Circle(disc.x, disc.y, disc.radius, c_faint, 1.2);
-  StTextStyle const style = {.size = 12, .align = EnAlign::Centre, .colour = c_faint};
+  StTextStyle const style = {.size = 12, .align = EnAlign::Center, .color = c_faint};
   picture.Text(disc.x + disc.radius + 14, disc.y, "+x", style);
   picture.Text(disc.x, disc.y - disc.radius - 11, "+y", style);
 }
@@ -207,12 +207,12 @@ void DrawGraticule(CPicture& picture, StDisc const& disc) {
 void DrawMean(CPicture& picture, StDisc const& disc, StProjected const& mean) {
   double const x = disc.x + mean.x * disc.radius, y = disc.y - mean.y * disc.radius;
   constexpr double arm = 11;
-  // A light rim keeps the mark visible on dark colours.
-  for (auto const& [colour, width] :
-       {std::pair<Colour, double>{c_paper, 5}, std::pair<Colour, double>{c_mark, 2.2}}) {
-    picture.Circle(x, y, 7, colour, width);
-    picture.Line(x - arm, y, x + arm, y, colour, width);
-    picture.Line(x, y - arm, x, y + arm, colour, width);
+  // A light rim keeps the mark visible on dark colors.
+  for (auto const& [color, width] :
+       {std::pair<Color, double>{c_paper, 5}, std::pair<Color, double>{c_mark, 2.2}}) {
+    picture.Circle(x, y, 7, color, width);
+    picture.Line(x - arm, y, x + arm, y, color, width);
+    picture.Line(x, y - arm, x, y + arm, color, width);
   }
 }
 
@@ -268,17 +268,17 @@ std::string DrawDirections(CDirectionStatistics const& statistics, std::string c
     picture.Cells({disc.x - radius, disc.y - radius, 2 * radius, 2 * radius}, 430, 430,
                   halves[i].Pixels(430, highest));
     DrawGraticule(picture, disc);
-    picture.Text(disc.x, top - 36, names[i], {.size = 14, .align = EnAlign::Centre, .bold = true});
+    picture.Text(disc.x, top - 36, names[i], {.size = 14, .align = EnAlign::Center, .bold = true});
     auto const projected = Project(length > 0 ? mean * (1 / length) : mean);
     if (length > 0 && projected.hemisphere == static_cast<int>(i))
       DrawMean(picture, disc, projected);
   }
-  picture.ColourBar({width - 130, top + 10, 18, 2 * radius - 20}, SequentialRamp,
-                    LinearTicks(0, highest, 6), "density");
+  picture.ColorBar({width - 130, top + 10, 18, 2 * radius - 20}, SequentialRamp,
+                   LinearTicks(0, highest, 6), "density");
   picture.Text(c_margin, height - 22,
                "Equal-area projection; a density of 1 is that of isotropic directions; circles at "
                "30\xC2\xB0 and 60\xC2\xB0 from the pole; the cross marks the mean direction.",
-               {.size = 12, .colour = c_faint});
+               {.size = 12, .color = c_faint});
   return picture.Finish();
 }
 

@@ -4,7 +4,7 @@
 //   std::string svg = DrawDirections(statistics, "vmf, kappa = 20", 42, ".svg");
 #pragma once
 
-#include "SampleStatistics.h"
+#include "samples/SampleStatistics.h"
 
 #include <string>
 
@@ -13,7 +13,7 @@ namespace selu {
 /// A histogram with the theoretical density, or for discrete values with the expected shares.
 [[nodiscard]] std::string DrawScalars(CScalarStatistics const& statistics, std::string const& title,
                                       ORVA::uint64 seed, std::string const& ending);
-/// Both hemispheres in equal-area projection, coloured by density, with the mean direction.
+/// Both hemispheres in equal-area projection, colored by density, with the mean direction.
 [[nodiscard]] std::string DrawDirections(CDirectionStatistics const& statistics,
                                          std::string const& title, ORVA::uint64 seed,
                                          std::string const& ending);

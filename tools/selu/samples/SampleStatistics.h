@@ -5,7 +5,7 @@
 //   PrintOut(statistics.Report(80));
 #pragma once
 
-#include "Distributions.h"
+#include "distributions/Distributions.h"
 
 #include <array>
 #include <string>
@@ -28,10 +28,10 @@ private:
   [[nodiscard]] double DistanceOfCells() const;
   [[nodiscard]] double DistanceOfValues();
 
-  std::vector<double> m_values;
-  std::vector<ORVA::uint64> m_cells;
-  ORVA::uint64 m_count = 0;
-  bool m_isUndefined = false; // a NaN was among them
+  std::vector<double> m_Values;
+  std::vector<ORVA::uint64> m_Cells;
+  ORVA::uint64 m_Count = 0;
+  bool m_IsUndefined = false; // a NaN was among them
 };
 
 class CScalarStatistics {
@@ -42,20 +42,20 @@ public:
   [[nodiscard]] std::string Report(int columns);
 
   [[nodiscard]] StMoments Moments() const;
-  [[nodiscard]] std::vector<double> const& Borders() const noexcept { return m_borders; }
-  [[nodiscard]] std::vector<ORVA::uint64> const& Counts() const noexcept { return m_counts; }
-  [[nodiscard]] ORVA::uint64 Count() const noexcept { return m_count; }
-  [[nodiscard]] ORVA::uint64 Outside() const noexcept { return m_outside; }
-  [[nodiscard]] StScalarTheory const& Theory() const noexcept { return m_theory; }
+  [[nodiscard]] std::vector<double> const& Borders() const noexcept { return m_Borders; }
+  [[nodiscard]] std::vector<ORVA::uint64> const& Counts() const noexcept { return m_Counts; }
+  [[nodiscard]] ORVA::uint64 Count() const noexcept { return m_Count; }
+  [[nodiscard]] ORVA::uint64 Outside() const noexcept { return m_Outside; }
+  [[nodiscard]] StScalarTheory const& Theory() const noexcept { return m_Theory; }
 
 private:
-  StScalarTheory m_theory;
-  CUniformTest m_test;
-  double m_centre, m_scale; // powers are summed of (value - centre) / scale: those of theory
-  std::array<double, 4> m_sums = {};
-  ORVA::uint64 m_count = 0, m_outside = 0;
-  std::vector<double> m_borders; // of the histogram's bins, equally wide
-  std::vector<ORVA::uint64> m_counts;
+  StScalarTheory m_Theory;
+  CUniformTest m_Test;
+  double m_Center, m_Scale; // powers are summed of (value - center) / scale: those of theory
+  std::array<double, 4> m_Sums = {};
+  ORVA::uint64 m_Count = 0, m_Outside = 0;
+  std::vector<double> m_Borders; // of the histogram's bins, equally wide
+  std::vector<ORVA::uint64> m_Counts;
 };
 
 class CDirectionStatistics {
@@ -66,20 +66,20 @@ public:
   [[nodiscard]] std::string Report(int columns);
 
   [[nodiscard]] Vector Mean() const;
-  [[nodiscard]] ORVA::uint64 Count() const noexcept { return m_count; }
-  [[nodiscard]] int Cells() const noexcept { return m_cells; }
+  [[nodiscard]] ORVA::uint64 Count() const noexcept { return m_Count; }
+  [[nodiscard]] int Cells() const noexcept { return m_Cells; }
   /// Counts of a hemisphere (0 the upper, 1 the lower), row by row from the least y.
   [[nodiscard]] std::vector<ORVA::uint64> const& Counts(int hemisphere) const {
-    return m_counts[static_cast<std::size_t>(hemisphere)];
+    return m_Counts[static_cast<std::size_t>(hemisphere)];
   }
 
 private:
-  StRotationTheory m_theory;
-  CUniformTest m_test;
-  std::array<double, 9> m_sums = {};
-  ORVA::uint64 m_count = 0;
-  int m_cells;
-  std::array<std::vector<ORVA::uint64>, 2> m_counts;
+  StRotationTheory m_Theory;
+  CUniformTest m_Test;
+  std::array<double, 9> m_Sums = {};
+  ORVA::uint64 m_Count = 0;
+  int m_Cells;
+  std::array<std::vector<ORVA::uint64>, 2> m_Counts;
 };
 
 /// Lambert's azimuthal equal-area projection of a direction's hemisphere, seen from above, onto the

@@ -1,7 +1,7 @@
-#include "SampleWriter.h"
+#include "samples/SampleWriter.h"
 
-#include "Output.h"
-#include "Texts.h"
+#include "base/Output.h"
+#include "base/Texts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -54,73 +54,73 @@ void AppendBytes(std::string& buffer, std::uint64_t bits) {
 } // namespace
 
 CSampleWriter::CSampleWriter(EnSampleFormat format, StSampleShape shape, CAtomicFile* file)
-    : m_format(format), m_shape(std::move(shape)), m_file(file) {
-  m_buffer.reserve(c_bufferBytes + (1 << 16));
-  m_buffer = format == EnSampleFormat::Npy    ? NpyHeader(m_shape)
-             : format == EnSampleFormat::Json ? JsonHeader(m_shape)
-                                              : CsvHeader(m_shape);
+    : m_Format(format), m_Shape(std::move(shape)), m_File(file) {
+  m_Buffer.reserve(c_bufferBytes + (1 << 16));
+  m_Buffer = format == EnSampleFormat::Npy    ? NpyHeader(m_Shape)
+             : format == EnSampleFormat::Json ? JsonHeader(m_Shape)
+                                              : CsvHeader(m_Shape);
 }
 
 void CSampleWriter::AddNumber(double value) {
   std::array<char, 32> text;
   auto const [end, error] =
-      m_shape.isWhole ? std::to_chars(text.begin(), text.end(), static_cast<ORVA::int64>(value))
+      m_Shape.isWhole ? std::to_chars(text.begin(), text.end(), static_cast<ORVA::int64>(value))
                       : std::to_chars(text.begin(), text.end(), value);
-  m_buffer.append(text.data(), end);
+  m_Buffer.append(text.data(), end);
 }
 
 void CSampleWriter::AddCsv(std::span<double const> sample) {
   for (std::size_t i = 0; i < sample.size(); ++i) {
-    if (i > 0) m_buffer += ',';
+    if (i > 0) m_Buffer += ',';
     AddNumber(sample[i]);
   }
-  m_buffer += '\n';
+  m_Buffer += '\n';
 }
 
 void CSampleWriter::AddJson(std::span<double const> sample) {
-  m_buffer += m_first ? "\n" : ",\n";
-  m_first = false;
-  bool const isList = !m_shape.extents.empty();
-  if (isList) m_buffer += '[';
+  m_Buffer += m_First ? "\n" : ",\n";
+  m_First = false;
+  bool const isList = !m_Shape.extents.empty();
+  if (isList) m_Buffer += '[';
   for (std::size_t i = 0; i < sample.size(); ++i) {
-    if (i > 0) m_buffer += ',';
+    if (i > 0) m_Buffer += ',';
     if (std::isfinite(sample[i]))
       AddNumber(sample[i]);
     else
-      m_buffer += "null";
+      m_Buffer += "null";
   }
-  if (isList) m_buffer += ']';
+  if (isList) m_Buffer += ']';
 }
 
 void CSampleWriter::AddNpy(std::span<double const> values) {
   for (double const value : values)
-    AppendBytes(m_buffer, m_shape.isWhole
+    AppendBytes(m_Buffer, m_Shape.isWhole
                               ? static_cast<std::uint64_t>(static_cast<ORVA::int64>(value))
                               : std::bit_cast<std::uint64_t>(value));
 }
 
 void CSampleWriter::Add(std::span<double const> values) {
-  std::size_t const width = m_shape.columns.size();
+  std::size_t const width = m_Shape.columns.size();
   for (std::size_t i = 0; i + width <= values.size(); i += width) {
     auto const sample = values.subspan(i, width);
-    if (m_format == EnSampleFormat::Npy)
+    if (m_Format == EnSampleFormat::Npy)
       AddNpy(sample);
-    else if (m_format == EnSampleFormat::Json)
+    else if (m_Format == EnSampleFormat::Json)
       AddJson(sample);
     else
       AddCsv(sample);
-    if (m_buffer.size() >= c_bufferBytes) Flush();
+    if (m_Buffer.size() >= c_bufferBytes) Flush();
   }
 }
 
 void CSampleWriter::Finish() {
-  if (m_format == EnSampleFormat::Json) m_buffer += "\n]}\n";
+  if (m_Format == EnSampleFormat::Json) m_Buffer += "\n]}\n";
   Flush();
 }
 
 void CSampleWriter::Flush() {
-  WriteOut(m_file, m_buffer);
-  m_buffer.clear();
+  WriteOut(m_File, m_Buffer);
+  m_Buffer.clear();
 }
 
 } // namespace selu

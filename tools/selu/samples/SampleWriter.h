@@ -5,7 +5,7 @@
 //   writer.Finish();
 #pragma once
 
-#include "AtomicFile.h"
+#include "base/AtomicFile.h"
 
 #include <pxlib2core/Types.h>
 
@@ -41,11 +41,11 @@ private:
   void AddNumber(double value);
   void Flush();
 
-  EnSampleFormat m_format;
-  StSampleShape m_shape;
-  CAtomicFile* m_file;
-  std::string m_buffer;
-  bool m_first = true;
+  EnSampleFormat m_Format;
+  StSampleShape m_Shape;
+  CAtomicFile* m_File;
+  std::string m_Buffer;
+  bool m_First = true;
 };
 
 } // namespace selu

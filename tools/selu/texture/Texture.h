@@ -5,8 +5,8 @@
 //   WriteTexturePicture(file, texture);
 #pragma once
 
-#include "Directions.h"
-#include "Quantise.h"
+#include "images/Directions.h"
+#include "images/Quantize.h"
 
 #include <SeluUtils/Cooccurrence.h>
 

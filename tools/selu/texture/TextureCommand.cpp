@@ -1,14 +1,14 @@
-#include "AtomicFile.h"
 #include "Commands.h"
-#include "Directions.h"
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Memory.h"
-#include "Output.h"
-#include "Picture.h"
-#include "Progress.h"
-#include "Texts.h"
-#include "Texture.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Output.h"
+#include "base/Progress.h"
+#include "base/Texts.h"
+#include "drawing/Picture.h"
+#include "images/Directions.h"
+#include "images/FileFormat.h"
+#include "texture/Texture.h"
 
 #include <CLI/CLI.hpp>
 
@@ -53,7 +53,7 @@ void CopyMatrix(CImage& all, int64 s, CImage const& one) {
                   from.Base() + i * from.Stride(1) + j * from.Stride(2), sizeof(std::uint32_t));
 }
 
-void Compute(StTexture& texture, CImage const& grey, std::vector<Direction> const& directions) {
+void Compute(StTexture& texture, CImage const& gray, std::vector<Direction> const& directions) {
   constexpr int64 stepsOfOne = 3; // what ComputeMatrixAndFeatures advances by
   auto const count = static_cast<int64>(directions.size());
   CProgressBar bar("counting pairs", count * stepsOfOne);
@@ -64,22 +64,22 @@ void Compute(StTexture& texture, CImage const& grey, std::vector<Direction> cons
   for (int64 s = 0; s < count; ++s) {
     Direction direction = directions[static_cast<std::size_t>(s)];
     ORVA::CValueMap map;
-    cooccurrence.ComputeMatrixAndFeatures(one, grey, &direction, &map);
+    cooccurrence.ComputeMatrixAndFeatures(one, gray, &direction, &map);
     CopyMatrix(texture.matrices, s, one);
     StDirectionTexture& result = texture.directions.emplace_back();
     result.direction = direction;
-    result.pairs = PairsOf(grey.Size(), direction);
+    result.pairs = PairsOf(gray.Size(), direction);
     for (std::size_t f = 0; f < c_featureNames.size(); ++f)
       result.features[f] = map.Entry(c_featureNames[f]).Double();
   }
 }
 
-CImage ReadGrey(std::string const& path, std::optional<StRange> const& range) {
+CImage ReadGray(std::string const& path, std::optional<StRange> const& range) {
   CRawImage const raw = ReadImage(path);
-  CImage grey = ToGrey(raw, range, path);
+  CImage gray = ToGray(raw, range, path);
   auto const warning = CollapseWarning(raw, range, path);
   if (!warning.empty()) PrintNote("warning: " + warning);
-  return grey;
+  return gray;
 }
 
 std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
@@ -117,7 +117,7 @@ void Run(StOptions const& options) {
   auto matrix = OpenMatrix(options);
   auto pictures = OpenPictures(options);
 
-  Compute(texture, ReadGrey(options.image, texture.range), directions);
+  Compute(texture, ReadGray(options.image, texture.range), directions);
 
   // Everything is made before the first file gets its name.
   if (matrix) WriteImage(*matrix, texture.matrices);
@@ -141,9 +141,9 @@ void AddTextureCommand(CLI::App& app) {
       ->take_all()
       ->expected(1);
   command->add_flag("--all-directions", options->all,
-                    "the 13 directions to the neighbours, in 2D 4; taken when no other is given");
+                    "the 13 directions to the neighbors, in 2D 4; taken when no other is given");
   command->add_option("--range", options->range,
-                      "LO,HI: map these values linearly onto the grey levels 0 to 255");
+                      "LO,HI: map these values linearly onto the gray levels 0 to 255");
   command->add_option("--format", options->format, "table, json or csv")
       ->check(CLI::IsMember({"table", "json", "csv"}))
       ->capture_default_str();
@@ -156,7 +156,7 @@ void AddTextureCommand(CLI::App& app) {
       ->take_all()
       ->expected(1);
   command->footer(
-      "Grey levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
+      "Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
       "floating-point pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are "
       "clamped.\n\n"
       "Examples:\n"

@@ -1,7 +1,7 @@
-#include "Output.h"
-#include "Table.h"
-#include "Texts.h"
-#include "Texture.h"
+#include "base/Output.h"
+#include "base/Table.h"
+#include "base/Texts.h"
+#include "texture/Texture.h"
 
 #include <nlohmann/json.hpp>
 

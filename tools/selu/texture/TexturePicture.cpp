@@ -1,6 +1,6 @@
-#include "Picture.h"
-#include "Texts.h"
-#include "Texture.h"
+#include "base/Texts.h"
+#include "drawing/Picture.h"
+#include "texture/Texture.h"
 
 #include <algorithm>
 #include <array>
@@ -22,53 +22,53 @@ constexpr double c_thumbGap = 18, c_thumbLeast = 120, c_thumbMost = 200;
 constexpr double c_tableBottomGap = 96;
 constexpr std::size_t c_mostDirections = 40; // a wider page would not be read
 
-// The counts, and the grey levels to show: all from the least to the greatest that any direction
+// The counts, and the gray levels to show: all from the least to the greatest that any direction
 // uses, or where these are few and scattered, the used ones alone.
 class CMatrices {
 public:
-  CMatrices(ORVA::CImage const& image, std::size_t count) : m_access(image.CreateAccess(false)) {
+  CMatrices(ORVA::CImage const& image, std::size_t count) : m_Access(image.CreateAccess(false)) {
     for (std::size_t s = 0; s < count; ++s) Include(static_cast<int64>(s));
     for (int level = 0; level < 256; ++level)
-      if (m_used[static_cast<std::size_t>(level)]) m_levels.push_back(level);
+      if (m_Used[static_cast<std::size_t>(level)]) m_Levels.push_back(level);
     constexpr std::size_t few = 24;
-    if (m_levels.empty()) m_levels = {0, 255};
-    m_scattered = m_levels.size() <= few;
-    if (m_scattered) return;
-    int const low = m_levels.front(), high = m_levels.back();
-    m_levels.resize(static_cast<std::size_t>(high - low + 1));
-    std::iota(m_levels.begin(), m_levels.end(), low);
+    if (m_Levels.empty()) m_Levels = {0, 255};
+    m_Scattered = m_Levels.size() <= few;
+    if (m_Scattered) return;
+    int const low = m_Levels.front(), high = m_Levels.back();
+    m_Levels.resize(static_cast<std::size_t>(high - low + 1));
+    std::iota(m_Levels.begin(), m_Levels.end(), low);
   }
 
-  [[nodiscard]] int Levels() const noexcept { return static_cast<int>(m_levels.size()); }
-  [[nodiscard]] double Most() const noexcept { return m_most; }
+  [[nodiscard]] int Levels() const noexcept { return static_cast<int>(m_Levels.size()); }
+  [[nodiscard]] double Most() const noexcept { return m_Most; }
 
   /// Ticks stand at the middle of their level's cell.
   [[nodiscard]] std::vector<StTick> Ticks() const {
-    double const low = m_levels.front() - 0.5;
-    if (!m_scattered) return LinearTicks(low, low + Levels(), 6);
+    double const low = m_Levels.front() - 0.5;
+    if (!m_Scattered) return LinearTicks(low, low + Levels(), 6);
     std::vector<StTick> ticks;
-    for (std::size_t k = 0; k < m_levels.size(); ++k)
-      ticks.push_back({(static_cast<double>(k) + 0.5) / Levels(), std::to_string(m_levels[k])});
+    for (std::size_t k = 0; k < m_Levels.size(); ++k)
+      ticks.push_back({(static_cast<double>(k) + 0.5) / Levels(), std::to_string(m_Levels[k])});
     return ticks;
   }
 
-  /// Colours of the levels shown: i to the right, j upwards.
-  [[nodiscard]] std::vector<Colour> Cells(std::size_t s) const {
-    std::vector<Colour> colours;
-    for (auto j = m_levels.rbegin(); j != m_levels.rend(); ++j)
-      for (int const i : m_levels) {
+  /// Colors of the levels shown: i to the right, j upwards.
+  [[nodiscard]] std::vector<Color> Cells(std::size_t s) const {
+    std::vector<Color> colors;
+    for (auto j = m_Levels.rbegin(); j != m_Levels.rend(); ++j)
+      for (int const i : m_Levels) {
         auto const count = Count(static_cast<int64>(s), i, *j);
-        colours.push_back(count == 0 ? c_empty : SequentialRamp(LogarithmicShare(count, m_most)));
+        colors.push_back(count == 0 ? c_empty : SequentialRamp(LogarithmicShare(count, m_Most)));
       }
-    return colours;
+    return colors;
   }
 
 private:
   [[nodiscard]] std::uint32_t Count(int64 s, int64 i, int64 j) const {
     std::uint32_t count = 0;
     std::memcpy(&count,
-                m_access.Base() + s * m_access.Stride(0) + i * m_access.Stride(1) +
-                    j * m_access.Stride(2),
+                m_Access.Base() + s * m_Access.Stride(0) + i * m_Access.Stride(1) +
+                    j * m_Access.Stride(2),
                 sizeof count);
     return count;
   }
@@ -78,16 +78,16 @@ private:
       for (std::size_t j = 0; j < 256; ++j) {
         auto const count = Count(s, static_cast<int64>(i), static_cast<int64>(j));
         if (count == 0) continue;
-        m_used[i] = m_used[j] = true;
-        m_most = std::max(m_most, static_cast<double>(count));
+        m_Used[i] = m_Used[j] = true;
+        m_Most = std::max(m_Most, static_cast<double>(count));
       }
   }
 
-  ORVA::CImageAccess m_access;
-  std::array<bool, 256> m_used{};
-  std::vector<int> m_levels;
-  bool m_scattered = false;
-  double m_most = 1;
+  ORVA::CImageAccess m_Access;
+  std::array<bool, 256> m_Used{};
+  std::vector<int> m_Levels;
+  bool m_Scattered = false;
+  double m_Most = 1;
 };
 
 // Where things stand for this number of directions.
@@ -114,7 +114,7 @@ void DrawHeading(CPicture& picture, StTexture const& texture, std::size_t shown,
   if (texture.size.Dim() == 3) extents.push_back(texture.size.z);
   std::string text = Joined(extents, " x ") + " voxels, " + PixelText(texture.pixel);
   if (texture.range)
-    text += ", grey levels 0 to 255 from values " + Rounded(texture.range->low, 10) + " to " +
+    text += ", gray levels 0 to 255 from values " + Rounded(texture.range->low, 10) + " to " +
             Rounded(texture.range->high, 10);
   if (shown < texture.directions.size())
     text += "; the first " + std::to_string(shown) + " of " +
@@ -122,7 +122,7 @@ void DrawHeading(CPicture& picture, StTexture const& texture, std::size_t shown,
   picture.TextWithin(c_margin, 38, width - 2 * c_margin,
                      "Texture of " + Shown(std::filesystem::path(texture.image).filename()),
                      {.size = 24, .bold = true});
-  picture.Text(c_margin, 68, text, {.size = 14, .colour = c_faint});
+  picture.Text(c_margin, 68, text, {.size = 14, .color = c_faint});
 }
 
 void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& matrices) {
@@ -135,13 +135,13 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
   picture.Cells(box, levels, levels, matrices.Cells(0));
   picture.Frame(box, c_hairline);
   auto const ticks = matrices.Ticks();
-  picture.AxisBelow(box, ticks, "grey level i of a voxel");
-  picture.AxisLeft(box, ticks, "grey level j of the voxel displaced from it");
-  picture.ColourBar({c_barLeft, c_top, c_barWidth, c_mapSize}, SequentialRamp,
-                    LogarithmicTicks(matrices.Most()), "pairs");
+  picture.AxisBelow(box, ticks, "gray level i of a voxel");
+  picture.AxisLeft(box, ticks, "gray level j of the voxel displaced from it");
+  picture.ColorBar({c_barLeft, c_top, c_barWidth, c_mapSize}, SequentialRamp,
+                   LogarithmicTicks(matrices.Most()), "pairs");
 }
 
-// One row of the table: each cell's colour tells its place between the row's least and greatest,
+// One row of the table: each cell's color tells its place between the row's least and greatest,
 // where these can be told apart in print.
 void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& layout,
                  std::size_t shown, std::size_t feature, StBox const& row) {
@@ -158,7 +158,7 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
                         layout.column, row.height};
     double const share = digits ? (value - low) / (high - low) : 0;
     std::string const text = Rounded(value, digits.value_or(4));
-    StTextStyle style = {.size = 11, .align = EnAlign::Centre};
+    StTextStyle style = {.size = 11, .align = EnAlign::Center};
     style.size *= std::min(1.0, (cell.width - 4) / picture.TextWidth(text, style));
     picture.Fill({cell.x + 1, cell.y + 1, cell.width - 2, cell.height - 2}, SoftRamp(share));
     picture.Text(cell.x + cell.width / 2, cell.y + cell.height / 2, text, style);
@@ -172,7 +172,7 @@ void DrawTable(CPicture& picture, StTexture const& texture, StLayout const& layo
   for (std::size_t s = 0; s < shown; ++s)
     picture.Text(c_tableLeft + c_nameWidth + (static_cast<double>(s) + 0.5) * layout.column,
                  c_top - 18, DirectionText(texture.directions[s].direction, texture.size.Dim()),
-                 {.size = 12, .align = EnAlign::Centre, .bold = true});
+                 {.size = 12, .align = EnAlign::Center, .bold = true});
   for (std::size_t f = 0; f < c_featureNames.size(); ++f)
     DrawFeature(picture, texture, layout, shown, f,
                 {c_tableLeft, c_top + static_cast<double>(f) * height, 0, height});
@@ -180,9 +180,9 @@ void DrawTable(CPicture& picture, StTexture const& texture, StLayout const& layo
   if (shown < 2) return;
   double const y = c_top + c_mapSize + 22, x = c_tableLeft + c_nameWidth;
   constexpr int steps = 64;
-  std::vector<Colour> ramp;
+  std::vector<Color> ramp;
   for (int i = 0; i < steps; ++i) ramp.push_back(SoftRamp((i + 0.5) / steps));
-  StTextStyle const note = {.size = 12, .colour = c_faint};
+  StTextStyle const note = {.size = 12, .color = c_faint};
   picture.Text(x, y, "least of the row", note);
   double const left = x + picture.TextWidth("least of the row", note) + 10;
   picture.Cells({left, y - 6, 120, 12}, steps, 1, ramp);

@@ -1,4 +1,4 @@
-#include "FibreVolume.h"
+#include "volumes/FiberVolume.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -20,10 +20,10 @@ using Vector = ORVA::CTriple<double>;
 
 double Dot(Vector const& a, Vector const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
-// A voxel of a fibre's section relative to the axis, and its grey value.
+// A voxel of a fiber's section relative to the axis, and its gray value.
 struct StSectionVoxel {
   Voxel offset;
-  std::uint8_t grey;
+  std::uint8_t gray;
 };
 
 int DrivingAxis(Vector const& d) {
@@ -59,19 +59,19 @@ void LimitRun(double from, double slope, double extent, double margin, double& l
   high = std::min(high, std::max(a, b));
 }
 
-class CFibreDrawer {
+class CFiberDrawer {
 public:
-  explicit CFibreDrawer(CImage& image)
-      : m_size(image.Size()),
-        m_pixels(reinterpret_cast<std::uint8_t*>(image.CreateAccess(true).WritableBase())) {}
+  explicit CFiberDrawer(CImage& image)
+      : m_Size(image.Size()),
+        m_Pixels(reinterpret_cast<std::uint8_t*>(image.CreateAccess(true).WritableBase())) {}
 
   void Draw(Vector const& point, Vector const& direction, double radius) const {
     auto const section = Section(direction, radius);
     double const margin = std::sqrt(3.0) * (radius + 0.5) + 2;
     double low = -1e9, high = 1e9;
-    LimitRun(point.x, direction.x, static_cast<double>(m_size.x), margin, low, high);
-    LimitRun(point.y, direction.y, static_cast<double>(m_size.y), margin, low, high);
-    LimitRun(point.z, direction.z, static_cast<double>(m_size.z), margin, low, high);
+    LimitRun(point.x, direction.x, static_cast<double>(m_Size.x), margin, low, high);
+    LimitRun(point.y, direction.y, static_cast<double>(m_Size.y), margin, low, high);
+    LimitRun(point.z, direction.z, static_cast<double>(m_Size.z), margin, low, high);
     ORVA::CBresenhamVisitor line(VoxelOf(point + direction * low),
                                  VoxelOf(point + direction * high), 3, ORVA::NEIGHBORHOOD_26, true);
     while (line.MorePoints()) Stamp(line.NextPoint(), section);
@@ -83,28 +83,28 @@ private:
             static_cast<int64>(std::floor(p.z))};
   }
 
-  void Stamp(Voxel const& centre, std::vector<StSectionVoxel> const& section) const {
-    for (auto const& [offset, grey] : section) {
-      Voxel const p = centre + offset;
+  void Stamp(Voxel const& center, std::vector<StSectionVoxel> const& section) const {
+    for (auto const& [offset, gray] : section) {
+      Voxel const p = center + offset;
       bool const inside =
-          p.x >= 0 && p.x < m_size.x && p.y >= 0 && p.y < m_size.y && p.z >= 0 && p.z < m_size.z;
+          p.x >= 0 && p.x < m_Size.x && p.y >= 0 && p.y < m_Size.y && p.z >= 0 && p.z < m_Size.z;
       if (!inside) continue;
-      auto& pixel = m_pixels[(p.z * m_size.y + p.y) * m_size.x + p.x];
-      pixel = std::max(pixel, grey);
+      auto& pixel = m_Pixels[(p.z * m_Size.y + p.y) * m_Size.x + p.x];
+      pixel = std::max(pixel, gray);
     }
   }
 
-  CSize m_size;
-  std::uint8_t* m_pixels; // of the image, which outlives the drawer
+  CSize m_Size;
+  std::uint8_t* m_Pixels; // of the image, which outlives the drawer
 };
 
 } // namespace
 
-CImage MakeFibres(CSize const& size, int64 count, double radius,
+CImage MakeFibers(CSize const& size, int64 count, double radius,
                   ORVA::IRandomGenerator<ORVA::CEulerRotation>& generator,
                   ORVA::IProgressObserver* observer) {
   CImage image(ORVA::IMAGE_GREY_8, size);
-  CFibreDrawer const drawer(image);
+  CFiberDrawer const drawer(image);
   ORVA::CUniformPoint const place(Vector(static_cast<double>(size.x), static_cast<double>(size.y),
                                          static_cast<double>(size.z)));
   for (int64 i = 0; i < count; ++i) {

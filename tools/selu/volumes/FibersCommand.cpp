@@ -1,11 +1,11 @@
 #include "Commands.h"
-#include "Distributions.h"
-#include "Errors.h"
-#include "FibreVolume.h"
-#include "ImageFile.h"
-#include "Progress.h"
-#include "SynthOptions.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Progress.h"
+#include "base/Texts.h"
+#include "distributions/Distributions.h"
+#include "images/ImageFile.h"
+#include "volumes/FiberVolume.h"
+#include "volumes/SynthOptions.h"
 
 #include <pxlib2core/Random.h>
 
@@ -30,7 +30,7 @@ ORVA::int64 ParseCount(std::string const& text) {
 
 double ParseRadius(std::string const& text, ORVA::CSize const& size) {
   auto const radius = ParseNumbers(text);
-  // A fibre wider than the image would only cost time.
+  // A fiber wider than the image would only cost time.
   auto const most = static_cast<double>(std::max({size.x, size.y, size.z}));
   if (!radius || radius->size() != 1 || !(radius->front() > 0 && radius->front() <= most))
     throw CAppError("--radius needs a number of voxels above 0, at most the image's extent of " +
@@ -43,7 +43,7 @@ void Run(StOptions const& options) {
   auto const seed = ParseSeed(options.seed);
   auto const size = ParseSize(options.size, bytesAVoxel);
   if (size.Dim() != 3)
-    throw CUsageError("--size needs three numbers nx,ny,nz for fibres, not \"" + options.size +
+    throw CUsageError("--size needs three numbers nx,ny,nz for fibers, not \"" + options.size +
                       "\"");
   auto const count = ParseCount(options.count);
   double const radius = ParseRadius(options.radius, size);
@@ -51,9 +51,9 @@ void Run(StOptions const& options) {
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
   {
-    CProgressBar bar("making fibres", count);
+    CProgressBar bar("making fibers", count);
     ORVA::CRandom::Obj().Seed(seed);
-    WriteImage(file, MakeFibres(size, count, radius, *orientation.draw, &bar));
+    WriteImage(file, MakeFibers(size, count, radius, *orientation.draw, &bar));
   }
   file.Commit();
 }
@@ -63,23 +63,24 @@ std::string Footer() {
   for (auto const& [name, help] : RotationNames())
     text +=
         "  " + std::string(name) + std::string(12 - std::string(name).size(), ' ') + help + "\n";
-  return text + "\nEach fibre runs straight through the whole volume, 255 inside and 0 outside; "
-                "fibres may\n"
-                "cross. The contrast is smallest along the directions that many fibres follow.\n\n"
-                "Example:\n  selu synth fibres --size 128,128,128 --count 150 --radius 3 \\\n"
-                "    --orientation vmf,kappa=20,theta=90deg,phi=45deg --seed 1 -o fibres.nrrd\n"
-                "  selu texture fibres.nrrd";
+  return text + "\nEach fiber runs straight through the whole volume, 255 inside and 0 outside; "
+                "fibers may\n"
+                "cross. The contrast is smallest along the directions that many fibers follow.\n\n"
+                "Example:\n  selu synth fibers --size 128,128,128 --count 150 --radius 3 \\\n"
+                "    --orientation vmf,kappa=20,theta=90deg,phi=45deg --seed 1 -o fibers.nrrd\n"
+                "  selu texture fibers.nrrd";
 }
 
 } // namespace
 
-void AddFibresCommand(CLI::App& synth) {
+void AddFibersCommand(CLI::App& synth) {
   auto const options = std::make_shared<StOptions>();
   CLI::App* const command =
-      synth.add_subcommand("fibres", "Straight fibres with random orientations, 8-bit");
+      synth.add_subcommand("fibers", "Straight fibers with random orientations, 8-bit");
+  command->alias("fibres");
   command->add_option("--size", options->size, "nx,ny,nz in voxels")->required();
-  command->add_option("--count", options->count, "number of fibres")->required();
-  command->add_option("--radius", options->radius, "of each fibre, in voxels")
+  command->add_option("--count", options->count, "number of fibers")->required();
+  command->add_option("--radius", options->radius, "of each fiber, in voxels")
       ->capture_default_str();
   command
       ->add_option("--orientation", options->orientation,

@@ -1,10 +1,10 @@
-#include "AtomicFile.h"
 #include "Commands.h"
-#include "Errors.h"
-#include "ImageFile.h"
-#include "JsonValues.h"
-#include "Output.h"
-#include "Texts.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/JsonValues.h"
+#include "base/Output.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
 
 #include <SeluUtils/CylinderMask.h>
 #include <pxlib2image/HeaderTools.h>
@@ -103,7 +103,7 @@ void Run(StOptions const& options) {
   }
 
   auto const warning = CheckValue(value, header.pixel);
-  ORVA::CImage image = ReadImage(options.image).ToGrey();
+  ORVA::CImage image = ReadImage(options.image).ToGray();
   if (!warning.empty()) PrintNote(warning);
   ORVA::CCylinderMask mask("mask", nullptr);
   mask.SetCylinderParameters(image, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);

@@ -1,12 +1,12 @@
 #include "Commands.h"
-#include "Errors.h"
-#include "FileFormat.h"
-#include "ImageFile.h"
-#include "Memory.h"
-#include "Progress.h"
-#include "SynthOptions.h"
-#include "SynthVolumes.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Progress.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
+#include "images/ImageFile.h"
+#include "volumes/SynthOptions.h"
+#include "volumes/SynthVolumes.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,16 +27,16 @@ struct StKind {
   int bytesAVoxel; // memory at the peak: image, work space, and the check of the written file
 };
 constexpr std::array<StKind, 3> c_kinds = {{
-    {"noise", "Independent uniform 8-bit grey values",
-     "Every grey value is as likely as every other, whatever its neighbours: the texture is the "
+    {"noise", "Independent uniform 8-bit gray values",
+     "Every gray value is as likely as every other, whatever its neighbors: the texture is the "
      "same\n"
      "in all directions.",
      MakeNoise, c_noisePasses, 2},
-    {"blobs", "A continuous random field of 8-bit grey values",
+    {"blobs", "A continuous random field of 8-bit gray values",
      "Noise smoothed over about ten voxels in every direction; mean 128.", MakeBlobs, c_blobPasses,
      5},
     {"layers", "An oblique lamination with noise, 8-bit",
-     "Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the grey value depends "
+     "Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the gray value depends "
      "on\n"
      "x + y + z alone, but for a little noise. So the texture differs by direction as one can "
      "predict:\n"
@@ -111,7 +111,7 @@ void AddSynthCommand(CLI::App& app) {
   synth->footer("Example:\n  selu synth layers --size 64,64,64 --seed 1 -o layers.nrrd\n\n"
                 "Each kind has a help page of its own: selu synth layers --help");
   for (auto const& kind : c_kinds) AddKind(*synth, kind);
-  AddFibresCommand(*synth);
+  AddFibersCommand(*synth);
 }
 
 } // namespace selu

@@ -1,4 +1,4 @@
-#include "SynthVolumes.h"
+#include "volumes/SynthVolumes.h"
 
 #include <pxlib2core/Random.h>
 
@@ -41,17 +41,17 @@ std::uint8_t* Pixels(CImage& image) {
 // Running mean over 2 * radius + 1 values of a line, which ends in a mirror at both borders.
 class CLineMean {
 public:
-  explicit CLineMean(int64 radius) : m_radius(radius) {}
+  explicit CLineMean(int64 radius) : m_Radius(radius) {}
 
   void Smooth(float* first, int64 stride, int64 count) {
-    m_line.resize(Index(count));
-    for (int64 i = 0; i < count; ++i) m_line[Index(i)] = first[i * stride];
+    m_Line.resize(Index(count));
+    for (int64 i = 0; i < count; ++i) m_Line[Index(i)] = first[i * stride];
     double sum = 0;
-    for (int64 i = -m_radius; i <= m_radius; ++i) sum += At(i, count);
-    double const share = 1 / static_cast<double>(2 * m_radius + 1);
+    for (int64 i = -m_Radius; i <= m_Radius; ++i) sum += At(i, count);
+    double const share = 1 / static_cast<double>(2 * m_Radius + 1);
     for (int64 i = 0; i < count; ++i) {
       first[i * stride] = static_cast<float>(sum * share);
-      sum += At(i + m_radius + 1, count) - At(i - m_radius, count);
+      sum += At(i + m_Radius + 1, count) - At(i - m_Radius, count);
     }
   }
 
@@ -59,11 +59,11 @@ private:
   [[nodiscard]] double At(int64 i, int64 count) const {
     int64 const period = 2 * count;
     int64 const k = ((i % period) + period) % period;
-    return static_cast<double>(m_line[Index(k < count ? k : period - 1 - k)]);
+    return static_cast<double>(m_Line[Index(k < count ? k : period - 1 - k)]);
   }
 
-  int64 m_radius;
-  std::vector<float> m_line;
+  int64 m_Radius;
+  std::vector<float> m_Line;
 };
 
 // One pass of means along each axis; three passes come near a Gaussian.
@@ -94,7 +94,7 @@ StMoments MomentsOf(std::vector<float> const& field) {
   return {mean, std::sqrt(squares / static_cast<double>(field.size()))};
 }
 
-// Grey value on each plane x + y + z = s: from layer to layer a smooth step to another value.
+// Gray value on each plane x + y + z = s: from layer to layer a smooth step to another value.
 std::vector<double> LayerProfile(int64 planes) {
   constexpr int64 thinnest = 8, thickest = 16;
   std::vector<double> profile(Index(planes));
@@ -135,11 +135,11 @@ CImage MakeBlobs(CSize const& size, ORVA::uint64 seed, IProgressObserver* observ
       field[Index(z * slab + i)] = static_cast<float>(CRandom::Obj().Rand8());
   CLineMean mean(4);
   for (int pass = 0; pass < 3; ++pass) SmoothPass(field, size, mean, observer);
-  auto const [centre, deviation] = MomentsOf(field);
+  auto const [center, deviation] = MomentsOf(field);
   double const scale = deviation > 0 ? 127.5 / (3 * deviation) : 0;
   std::uint8_t* const out = Pixels(image);
   for (std::size_t i = 0; i < field.size(); ++i) {
-    double const value = 128 + (static_cast<double>(field[i]) - centre) * scale;
+    double const value = 128 + (static_cast<double>(field[i]) - center) * scale;
     out[i] = static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
   }
   for (int64 z = 0; z < size.z; ++z) Advance(observer);

@@ -12,15 +12,15 @@ namespace selu {
 /// All make an 8-bit image, seed the random source, and advance the observer (may be null) once a
 /// slice of each of their passes (MakePasses in number). O(voxels).
 
-/// Independent uniform grey values.
+/// Independent uniform gray values.
 [[nodiscard]] ORVA::CImage MakeNoise(ORVA::CSize const& size, ORVA::uint64 seed,
                                      ORVA::IProgressObserver* observer);
 /// A continuous random field: noise smoothed over about ten voxels, its mean at 128 and three
 /// deviations at 0 and 255. Needs 4 bytes a voxel more.
 [[nodiscard]] ORVA::CImage MakeBlobs(ORVA::CSize const& size, ORVA::uint64 seed,
                                      ORVA::IProgressObserver* observer);
-/// Layers of random thickness and grey value, with a little noise, whose normal is (1, 1, 1) (in 2D
-/// (1, 1)): grey values depend on x + y + z only. So the contrast along a direction grows with
+/// Layers of random thickness and gray value, with a little noise, whose normal is (1, 1, 1) (in 2D
+/// (1, 1)): gray values depend on x + y + z only. So the contrast along a direction grows with
 /// |dx + dy + dz|: it is smallest in a layer's plane, where that is 0, and largest across.
 [[nodiscard]] ORVA::CImage MakeLayers(ORVA::CSize const& size, ORVA::uint64 seed,
                                       ORVA::IProgressObserver* observer);

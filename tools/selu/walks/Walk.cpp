@@ -1,6 +1,6 @@
-#include "Walk.h"
+#include "walks/Walk.h"
 
-#include "Progress.h"
+#include "base/Progress.h"
 
 #include <utility>
 

@@ -6,7 +6,7 @@
 //   counts.points + counts.outside == the whole walk
 #pragma once
 
-#include "WalkOptions.h"
+#include "walks/WalkOptions.h"
 
 #include <SeluUtils/AreaVisitor.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -35,7 +35,7 @@ using AnyWalker =
                  ORVA::CDirectionalVisitor>;
 
 struct StWalk {
-  std::string title; ///< "line from 0,0 to 10,4, neighbourhood 8"
+  std::string title; ///< "line from 0,0 to 10,4, neighborhood 8"
   int dimension = 3; ///< 2: all z are 0
   AnyWalker walker = {};
   std::vector<std::vector<RealPoint>> ideal = {}; ///< what the walk follows, as chains of lines

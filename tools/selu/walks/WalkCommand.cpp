@@ -1,16 +1,16 @@
-#include "AtomicFile.h"
 #include "Commands.h"
-#include "Errors.h"
-#include "FileFormat.h"
-#include "ImageFile.h"
-#include "Output.h"
-#include "Picture.h"
-#include "SynthOptions.h"
-#include "Texts.h"
-#include "WalkImage.h"
-#include "WalkPicture.h"
-#include "WalkPoints.h"
-#include "WalkWriter.h"
+#include "base/AtomicFile.h"
+#include "base/Errors.h"
+#include "base/Output.h"
+#include "base/Texts.h"
+#include "drawing/Picture.h"
+#include "images/FileFormat.h"
+#include "images/ImageFile.h"
+#include "volumes/SynthOptions.h"
+#include "walks/WalkImage.h"
+#include "walks/WalkPicture.h"
+#include "walks/WalkPoints.h"
+#include "walks/WalkWriter.h"
 
 #include <CLI/CLI.hpp>
 
@@ -194,10 +194,10 @@ void AddCorners(CLI::App& command, Options const& options) {
   command.add_flag("--without-border", options->withoutBorder, "leave the digital border out");
 }
 
-void AddNeighbourhood(CLI::App& command, Options const& options, std::string const& text) {
-  command.add_option("--neighbourhood,--neighborhood", options->neighbourhood, text);
+void AddNeighborhood(CLI::App& command, Options const& options, std::string const& text) {
+  command.add_option("--neighborhood,--neighbourhood", options->neighborhood, text);
 }
-constexpr char c_neighbourhoods[] =
+constexpr char c_neighborhoods[] =
     "moves of the digital lines: 4, 6.1, 6.2 or 8 (default) in 2D, 6, 14.1, 14.2 or 26 (default) "
     "in 3D";
 
@@ -219,7 +219,7 @@ void AddMethod(CLI::App& command, Options const& options, std::string const& oth
 void AddLineOptions(CLI::App& command, Options const& options) {
   command.add_option("POINT", options->points, "FROM TO: x,y or x,y,z of the line's ends")
       ->required();
-  AddNeighbourhood(command, options, c_neighbourhoods);
+  AddNeighborhood(command, options, c_neighborhoods);
   command.add_option("--ends", options->ends, "both or none of the two end points")
       ->check(CLI::IsMember({"both", "none"}))
       ->capture_default_str();
@@ -230,7 +230,7 @@ void AddLineOptions(CLI::App& command, Options const& options) {
 
 void AddOutlineOptions(CLI::App& command, Options const& options) {
   AddCorners(command, options);
-  AddNeighbourhood(command, options, c_neighbourhoods);
+  AddNeighborhood(command, options, c_neighborhoods);
 }
 
 void AddPolygonOptions(CLI::App& command, Options const& options) {
@@ -243,7 +243,7 @@ void AddPolygonOptions(CLI::App& command, Options const& options) {
 
 void AddVolumeOptions(CLI::App& command, Options const& options) {
   AddCorners(command, options);
-  AddNeighbourhood(command, options, "moves of the digital lines: 6 or 26 (default)");
+  AddNeighborhood(command, options, "moves of the digital lines: 6 or 26 (default)");
   command.add_flag("--edges", options->edges,
                    "the corners are both ends of each edge in turn, not a path along the edges");
 }
@@ -255,7 +255,7 @@ void AddSliceOptions(CLI::App& command, Options const& options) {
   command.add_option("--distance", options->distance, "the other side of that equation");
   AddMethod(command, options, "lattice",
             "exact (default): every voxel once; lattice: two digital lines span the plane");
-  AddNeighbourhood(command, options, "of the lattice's lines: 6, 14.1, 14.2 or 26 (default)");
+  AddNeighborhood(command, options, "of the lattice's lines: 6, 14.1, 14.2 or 26 (default)");
   AddSize(command, options);
   command.add_option("--range", options->range, "LO,HI: values that become black and white");
 }
@@ -291,12 +291,12 @@ constexpr std::array<StKind, 8> c_kinds = {{
      "With --profile the distance is that of the voxel's foot on the ideal line from FROM, in the\n"
      "image's voxel spacing where it has one, else in voxels.\n\n"
      "Examples:\n"
-     "  selu walk line 0,0,0 10,4,2 --neighbourhood 6 --picture line.png\n"
+     "  selu walk line 0,0,0 10,4,2 --neighborhood 6 --picture line.png\n"
      "  selu walk line -5,3 60,40 --image brick.png --profile -o profile.csv --picture "
      "profile.png"},
     {EnWalk::Area, "area", "The points of a convex polygon, column by column", AddOutlineOptions,
      "For convex outlines; concave ones and such with vertical edges between their corners lose\n"
-     "points, and selu walk polygon serves all. Oblique areas take the neighbourhoods 14.1 and "
+     "points, and selu walk polygon serves all. Oblique areas take the neighborhoods 14.1 and "
      "26,\n"
      "areas in a coordinate plane of a volume 6 and 26.\n\n"
      "Example:\n  selu walk area 0,0 10,2 5,9 --without-border"},
@@ -320,7 +320,7 @@ constexpr std::array<StKind, 8> c_kinds = {{
      "in raster order. The lattice strays from oblique planes by up to two voxels, and can repeat "
      "or\n"
      "miss some.\n\n"
-     "With --image, --picture writes the resampled plane as a grey PNG: its columns and rows are "
+     "With --image, --picture writes the resampled plane as a gray PNG: its columns and rows are "
      "the\n"
      "two other axes in their order, places without a voxel of the plane are black. Unsigned 8 "
      "and\n"
@@ -357,7 +357,7 @@ constexpr char c_outputHelp[] =
     "walk\n"
     "(unless said otherwise below) and, without -o, takes the place of the points: voxels as "
     "squares\n"
-    "in the colours of their order, a 3D walk as three projections, and over them the ideal lines "
+    "in the colors of their order, a 3D walk as three projections, and over them the ideal lines "
     "where\n"
     "a square is larger than a pixel. Points outside the image are left out, and a note counts "
     "them.\n"

@@ -1,4 +1,4 @@
-#include "WalkIdeal.h"
+#include "walks/WalkIdeal.h"
 
 #include <algorithm>
 #include <array>

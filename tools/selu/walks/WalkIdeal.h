@@ -5,7 +5,7 @@
 //   PlaneOutline({1, 2, 2}, 300, CSize(64, 64, 64))       // where a plane cuts the box's faces
 #pragma once
 
-#include "Walk.h"
+#include "walks/Walk.h"
 
 #include <vector>
 
@@ -23,7 +23,7 @@ namespace selu {
 [[nodiscard]] std::vector<RealPoint> LineThrough(Point const& low, Point const& high,
                                                  RealPoint const& direction);
 /// The lines in which the plane normal·p = distance cuts the faces of the box from the first to the
-/// last voxel's centre; none where it misses the box or a number is not finite.
+/// last voxel's center; none where it misses the box or a number is not finite.
 [[nodiscard]] std::vector<std::vector<RealPoint>>
 PlaneOutline(RealPoint const& normal, double distance, ORVA::CSize const& size);
 

@@ -1,7 +1,7 @@
-#include "WalkImage.h"
+#include "walks/WalkImage.h"
 
-#include "Errors.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Texts.h"
 
 #include <algorithm>
 #include <charconv>

@@ -5,9 +5,9 @@
 //   ORVA::CImage plane = ResamplePlane(image, walk, std::nullopt);
 #pragma once
 
-#include "ImageFile.h"
-#include "Quantise.h"
-#include "Walk.h"
+#include "images/ImageFile.h"
+#include "images/Quantize.h"
+#include "walks/Walk.h"
 
 #include <array>
 #include <cstddef>

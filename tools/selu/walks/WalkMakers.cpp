@@ -1,9 +1,9 @@
-#include "Errors.h"
-#include "Memory.h"
-#include "SynthOptions.h"
-#include "Texts.h"
-#include "WalkIdeal.h"
-#include "WalkPoints.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "volumes/SynthOptions.h"
+#include "walks/WalkIdeal.h"
+#include "walks/WalkPoints.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <pxlib2core/Exception.h>
@@ -33,11 +33,11 @@ std::string SizeText(CSize const& size) {
   return Joined(extents, " x ");
 }
 
-// What the neighbourhood adds to a title.
+// What the neighborhood adds to a title.
 std::string Suffix(StWalkOptions const& given, int dimension, bool hasBorder) {
   std::string const name =
-      given.neighbourhood.empty() ? (dimension == 2 ? "8" : "26") : given.neighbourhood;
-  return ", neighbourhood " + name + (hasBorder ? "" : ", without border");
+      given.neighborhood.empty() ? (dimension == 2 ? "8" : "26") : given.neighborhood;
+  return ", neighborhood " + name + (hasBorder ? "" : ", without border");
 }
 
 double Extent(std::vector<Point> const& points, int64 Point::*axis) {
@@ -95,7 +95,7 @@ std::string CornersText(std::string const& kind, StPoints const& corners) {
 StWalk MakeLine(StWalkOptions const& given, MaybeSize const& size) {
   if (given.points.size() != 2) throw CUsageError("a line needs two points, FROM and TO");
   StPoints const ends = ParsePoints(given.points, "the line");
-  auto const code = ParseNeighbourhood(given.neighbourhood, ends.dimension);
+  auto const code = ParseNeighborhood(given.neighborhood, ends.dimension);
   auto const &from = ends.points[0], &to = ends.points[1];
   std::string const what =
       "line from " + Text(from, ends.dimension) + " to " + Text(to, ends.dimension);
@@ -125,7 +125,7 @@ StPoints Outline(StWalkOptions const& given, MaybeSize const& size, std::string 
 StWalk MakeArea(StWalkOptions const& given, MaybeSize const& size) {
   StPoints const corners = Outline(given, size, "area");
   int const dimension = corners.dimension;
-  auto const code = ParseNeighbourhood(given.neighbourhood, dimension);
+  auto const code = ParseNeighborhood(given.neighborhood, dimension);
   auto taken = corners.points;
   return {.title = CornersText("area", corners) + Suffix(given, dimension, !given.withoutBorder),
           .dimension = dimension,
@@ -136,7 +136,7 @@ StWalk MakeArea(StWalkOptions const& given, MaybeSize const& size) {
 StWalk MakePolygon(StWalkOptions const& given, MaybeSize const& size) {
   StPoints const corners = Outline(given, size, "polygon");
   int const dimension = corners.dimension;
-  auto const code = ParseNeighbourhood(given.neighbourhood, dimension);
+  auto const code = ParseNeighborhood(given.neighborhood, dimension);
   std::vector<std::vector<Point>> holes;
   std::vector<std::vector<RealPoint>> ideal = {Chain(corners.points, true)};
   for (auto const& path : given.holes) {
@@ -164,10 +164,10 @@ StWalk MakeVolume(StWalkOptions const& given, MaybeSize const& size) {
     if (p.x < 0 || p.x > std::numeric_limits<std::int32_t>::max())
       throw CAppError("the corner " + Text(p, 3) +
                       " lies outside the slices of a volume, x from 0 to 2147483647");
-  auto const code = ParseNeighbourhood(given.neighbourhood, 3);
+  auto const code = ParseNeighborhood(given.neighborhood, 3);
   if (code != ORVA::NEIGHBORHOOD_6 && code != ORVA::NEIGHBORHOOD_26)
-    throw CUsageError("--neighbourhood needs one of 6 and 26 for a volume, not \"" +
-                      given.neighbourhood + "\"");
+    throw CUsageError("--neighborhood needs one of 6 and 26 for a volume, not \"" +
+                      given.neighborhood + "\"");
   StWalk walk = {.title = CornersText("volume", corners) + Suffix(given, 3, !given.withoutBorder)};
   auto& points = corners.points;
   if (!given.edges) {
@@ -252,9 +252,9 @@ ORVA::CCutSlice Lattice(StPlane const& plane, int64 code, CSize const& size) {
 
 StWalk MakeSlice(StWalkOptions const& given, MaybeSize const& maybeSize) {
   bool const isLattice = given.method == "lattice";
-  if (!isLattice && !given.neighbourhood.empty())
-    throw CUsageError("--neighbourhood is for --method lattice");
-  auto const code = ParseNeighbourhood(given.neighbourhood, 3);
+  if (!isLattice && !given.neighborhood.empty())
+    throw CUsageError("--neighborhood is for --method lattice");
+  auto const code = ParseNeighborhood(given.neighborhood, 3);
   StPlane const plane = ParsePlane(given);
   CSize const size = NeededSize(maybeSize, "a slice");
   auto const& p = plane.points;

@@ -17,7 +17,7 @@ struct StWalkOptions {
   std::vector<std::string> points; ///< ends of a line, corners, points of a plane
   std::string corners;             ///< file of the same
   std::vector<std::string> holes;  ///< files
-  std::string neighbourhood, ends = "both";
+  std::string neighborhood, ends = "both";
   bool withoutBorder = false, edges = false;
   std::string normal, distance, method, low, high, direction, size;
   // What is done with it.

@@ -1,7 +1,7 @@
-#include "WalkPicture.h"
+#include "walks/WalkPicture.h"
 
-#include "Picture.h"
-#include "WalkIdeal.h"
+#include "drawing/Picture.h"
+#include "walks/WalkIdeal.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ using RealAxis = double RealPoint::*;
 
 constexpr double c_margin = 40;
 constexpr double c_top = 110;
-constexpr Colour c_ideal = {0.10, 0.45, 0.55};
+constexpr Color c_ideal = {0.10, 0.45, 0.55};
 
 // Coordinates of all that a picture shows, both included.
 struct StFrame {
@@ -80,53 +80,53 @@ StScale ScaleOf(StFrame const& frame, bool isFlat) {
 class CProjection {
 public:
   CProjection(StPanel const& panel, StFrame const& frame, StScale const& scale)
-      : m_panel(panel), m_low(frame.low), m_scale(scale), m_columns(Squares(frame, panel.across)),
-        m_rows(Squares(frame, panel.down)),
-        m_order(static_cast<std::size_t>(m_columns) * static_cast<std::size_t>(m_rows)) {}
+      : m_Panel(panel), m_Low(frame.low), m_Scale(scale), m_Columns(Squares(frame, panel.across)),
+        m_Rows(Squares(frame, panel.down)),
+        m_Order(static_cast<std::size_t>(m_Columns) * static_cast<std::size_t>(m_Rows)) {}
 
   void Add(Point const& p, uint64 number) {
-    std::size_t const column = Square(p, m_panel.across), row = Square(p, m_panel.down);
-    m_order[row * static_cast<std::size_t>(m_columns) + column] = number;
+    std::size_t const column = Square(p, m_Panel.across), row = Square(p, m_Panel.down);
+    m_Order[row * static_cast<std::size_t>(m_Columns) + column] = number;
   }
 
-  [[nodiscard]] StPanel const& Panel() const { return m_panel; }
-  [[nodiscard]] int Columns() const { return m_columns; }
-  [[nodiscard]] int Rows() const { return m_rows; }
-  [[nodiscard]] double Width() const { return 1.0 * m_columns * m_scale.pixels; }
-  [[nodiscard]] double Height() const { return 1.0 * m_rows * m_scale.pixels; }
+  [[nodiscard]] StPanel const& Panel() const { return m_Panel; }
+  [[nodiscard]] int Columns() const { return m_Columns; }
+  [[nodiscard]] int Rows() const { return m_Rows; }
+  [[nodiscard]] double Width() const { return 1.0 * m_Columns * m_Scale.pixels; }
+  [[nodiscard]] double Height() const { return 1.0 * m_Rows * m_Scale.pixels; }
 
-  [[nodiscard]] std::vector<Colour> Colours(uint64 last) const {
-    std::vector<Colour> colours;
-    for (uint64 const number : m_order) {
+  [[nodiscard]] std::vector<Color> Colors(uint64 last) const {
+    std::vector<Color> colors;
+    for (uint64 const number : m_Order) {
       double const share =
           last > 1 ? static_cast<double>(number - 1) / static_cast<double>(last - 1) : 0;
-      colours.push_back(number > 0 ? SequentialRamp(share) : c_empty);
+      colors.push_back(number > 0 ? SequentialRamp(share) : c_empty);
     }
-    return colours;
+    return colors;
   }
 
   /// Where a point of the ideal lines lies in the panel, in squares.
   [[nodiscard]] std::pair<double, double> Place(RealPoint const& p) const {
     auto const place = [&](double a, int64 low) {
-      return (a - static_cast<double>(low) + 0.5) / static_cast<double>(m_scale.voxels);
+      return (a - static_cast<double>(low) + 0.5) / static_cast<double>(m_Scale.voxels);
     };
-    return {place(p.*m_panel.realAcross, m_low.*m_panel.across),
-            place(p.*m_panel.realDown, m_low.*m_panel.down)};
+    return {place(p.*m_Panel.realAcross, m_Low.*m_Panel.across),
+            place(p.*m_Panel.realDown, m_Low.*m_Panel.down)};
   }
 
 private:
   [[nodiscard]] int Squares(StFrame const& frame, Axis axis) const {
-    return static_cast<int>((frame.Extent(axis) - 1) / m_scale.voxels + 1);
+    return static_cast<int>((frame.Extent(axis) - 1) / m_Scale.voxels + 1);
   }
   [[nodiscard]] std::size_t Square(Point const& p, Axis axis) const {
-    return (static_cast<uint64>(p.*axis) - static_cast<uint64>(m_low.*axis)) / m_scale.voxels;
+    return (static_cast<uint64>(p.*axis) - static_cast<uint64>(m_Low.*axis)) / m_Scale.voxels;
   }
 
-  StPanel m_panel;
-  Point m_low;
-  StScale m_scale;
-  int m_columns, m_rows;
-  std::vector<uint64> m_order; // the number of the last point there, from 1
+  StPanel m_Panel;
+  Point m_Low;
+  StScale m_Scale;
+  int m_Columns, m_Rows;
+  std::vector<uint64> m_Order; // the number of the last point there, from 1
 };
 
 // Whole coordinates at the middles of their squares.
@@ -215,7 +215,7 @@ void DrawIdeal(CPicture& picture, StWalk const& walk, CProjection const& project
   std::vector<Curve> curves;
   for (auto const& chain : walk.ideal)
     for (auto& curve : Visible(chain, projection, box, pixels)) curves.push_back(std::move(curve));
-  // A light rim keeps the line visible on dark colours.
+  // A light rim keeps the line visible on dark colors.
   if (pixels >= 6)
     for (auto const& curve : curves) picture.Curve(curve, clip, c_paper, width + 2);
   for (auto const& curve : curves) picture.Curve(curve, clip, c_ideal, width);
@@ -247,13 +247,13 @@ void DrawAxes(CPicture& picture, CProjection const& projection, StBox const& box
   double widest = 0;
   for (auto const& tick : ticks(panel.down, projection.Rows(), std::min(10.0, box.height / 26))) {
     double const y = box.y + tick.place * box.height;
-    StTextStyle const style = {.size = 12, .align = EnAlign::Right, .colour = c_faint};
+    StTextStyle const style = {.size = 12, .align = EnAlign::Right, .color = c_faint};
     picture.Line(box.x - 5, y, box.x, y, c_faint);
     picture.Text(box.x - 9, y, tick.text, style);
     widest = std::max(widest, picture.TextWidth(tick.text, style));
   }
   picture.Text(box.x - widest - 24, box.y + box.height / 2, panel.downName,
-               {.align = EnAlign::Centre});
+               {.align = EnAlign::Center});
 }
 
 std::string Plural(uint64 count, char const* one) {
@@ -303,7 +303,7 @@ StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   return shown;
 }
 
-// Room for the panels side by side and the colour bar behind them.
+// Room for the panels side by side and the color bar behind them.
 struct StPage {
   double width = 0, height = 0, barHeight = 0;
 };
@@ -332,7 +332,7 @@ bool ShowsIdeal(StShown const& shown) {
 void DrawHeading(CPicture& picture, double width, std::string const& title,
                  std::string const& note) {
   picture.TextWithin(c_margin, 38, width - 2 * c_margin, title, {.size = 20, .bold = true});
-  picture.TextWithin(c_margin, 66, width - 2 * c_margin, note, {.size = 13, .colour = c_faint});
+  picture.TextWithin(c_margin, 66, width - 2 * c_margin, note, {.size = 13, .color = c_faint});
 }
 
 // What the axes of a profile show.
@@ -392,17 +392,17 @@ std::string DrawWalk(StWalk const& walk, std::optional<ORVA::CSize> const& size,
   for (auto const& projection : shown.projections) {
     left += LeftOf(projection, shown.frame);
     StBox const box = {std::round(left), c_top, projection.Width(), projection.Height()};
-    picture.Cells(box, projection.Columns(), projection.Rows(), projection.Colours(last));
+    picture.Cells(box, projection.Columns(), projection.Rows(), projection.Colors(last));
     DrawGrid(picture, projection, box, shown.scale.pixels);
     if (ShowsIdeal(shown)) DrawIdeal(picture, walk, projection, box, shown.scale.pixels);
     DrawAxes(picture, projection, box, shown.frame, shown.scale);
     left += projection.Width();
   }
   if (last > 1)
-    picture.ColourBar({left + 36, c_top, 18, page.barHeight}, SequentialRamp,
-                      {{0, "1"}, {1, std::to_string(last)}}, "order");
+    picture.ColorBar({left + 36, c_top, 18, page.barHeight}, SequentialRamp,
+                     {{0, "1"}, {1, std::to_string(last)}}, "order");
   picture.Text(c_margin, c_top + page.height + 68, FootNote(walk, shown.scale),
-               {.size = 12, .colour = c_faint});
+               {.size = 12, .color = c_faint});
   return picture.Finish();
 }
 
@@ -425,7 +425,7 @@ std::string DrawProfile(StProfile const& profile, std::string const& ending) {
   picture.AxisBelow(box, LinearTicks(range.from, range.to, 8), profile.distanceName);
   picture.AxisLeft(box, LinearTicks(range.low, range.high, 6), "");
   picture.Text(c_margin - 14, box.y + box.height / 2, "value",
-               {.align = EnAlign::Centre, .upwards = true});
+               {.align = EnAlign::Center, .upwards = true});
   return picture.Finish();
 }
 

@@ -1,10 +1,10 @@
-// Pictures of walks: the voxels as squares in the colours of their order, and grey-value profiles.
+// Pictures of walks: the voxels as squares in the colors of their order, and gray-value profiles.
 //
 //   std::string png = DrawWalk(walk, std::nullopt, ".png");
 //   std::string svg = DrawProfile({"line from ...", "distance in voxels", points}, ".svg");
 #pragma once
 
-#include "Walk.h"
+#include "walks/Walk.h"
 
 #include <optional>
 #include <string>

@@ -1,9 +1,9 @@
-#include "WalkPoints.h"
+#include "walks/WalkPoints.h"
 
-#include "Errors.h"
-#include "FileFormat.h"
-#include "Memory.h"
-#include "Texts.h"
+#include "base/Errors.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "images/FileFormat.h"
 
 #include <SeluBase/Neighborhood.h>
 
@@ -141,7 +141,7 @@ StDirection ParseRealDirection(std::string const& text, std::string const& name)
   return {static_cast<int>(n.size()), RealPoint(n[0], n[1], n.size() == 3 ? n[2] : 0)};
 }
 
-int64 ParseNeighbourhood(std::string const& text, int dimension) {
+int64 ParseNeighborhood(std::string const& text, int dimension) {
   struct StName {
     char const* name;
     int dimension;
@@ -158,7 +158,7 @@ int64 ParseNeighbourhood(std::string const& text, int dimension) {
   if (text.empty()) return dimension == 2 ? ORVA::NEIGHBORHOOD_8 : ORVA::NEIGHBORHOOD_26;
   for (auto const& name : names)
     if (text == name.name && dimension == name.dimension) return name.code;
-  throw CUsageError(std::string("--neighbourhood needs one of ") +
+  throw CUsageError(std::string("--neighborhood needs one of ") +
                     (dimension == 2 ? "4, 6.1, 6.2 and 8 in 2D" : "6, 14.1, 14.2 and 26 in 3D") +
                     ", not \"" + Shown(text) + "\"");
 }

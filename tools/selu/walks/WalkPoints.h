@@ -1,11 +1,11 @@
-// Points, corner lists and neighbourhoods as the command line writes them.
+// Points, corner lists and neighborhoods as the command line writes them.
 //
 //   StPoints corners = ParsePoints({"-5,3", "10,0"}, "CORNER");     // dimension 2
 //   StPoints many = ReadPoints("corners.csv");
-//   ORVA::int64 code = ParseNeighbourhood("6.1", 2);
+//   ORVA::int64 code = ParseNeighborhood("6.1", 2);
 #pragma once
 
-#include "Walk.h"
+#include "walks/Walk.h"
 
 #include <string>
 #include <vector>
@@ -38,6 +38,6 @@ struct StDirection {
 [[nodiscard]] StDirection ParseRealDirection(std::string const& text, std::string const& name);
 
 /// The library's code; an empty text is 8 in 2D and 26 in 3D. Throws CUsageError.
-[[nodiscard]] ORVA::int64 ParseNeighbourhood(std::string const& text, int dimension);
+[[nodiscard]] ORVA::int64 ParseNeighborhood(std::string const& text, int dimension);
 
 } // namespace selu

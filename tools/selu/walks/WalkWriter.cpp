@@ -1,7 +1,7 @@
-#include "WalkWriter.h"
+#include "walks/WalkWriter.h"
 
-#include "Output.h"
-#include "WalkImage.h"
+#include "base/Output.h"
+#include "walks/WalkImage.h"
 
 #include <nlohmann/json.hpp>
 
@@ -43,78 +43,78 @@ double Dot(RealPoint const& a, RealPoint const& b) { return a.x * b.x + a.y * b.
 
 CLineDistance::CLineDistance(RealPoint const& from, RealPoint const& to,
                              std::array<double, 3> const& spacing)
-    : m_from(from), m_spacing(spacing[0], spacing[1], spacing[2]) {
-  RealPoint const way = (to - from) * m_spacing;
+    : m_From(from), m_Spacing(spacing[0], spacing[1], spacing[2]) {
+  RealPoint const way = (to - from) * m_Spacing;
   double const length = std::hypot(way.x, way.y, way.z);
-  if (length > 0) m_unit = way * (1 / length);
+  if (length > 0) m_Unit = way * (1 / length);
 }
 
 double CLineDistance::Of(Point const& p) const noexcept {
   RealPoint const place(static_cast<double>(p.x), static_cast<double>(p.y),
                         static_cast<double>(p.z));
-  return Dot((place - m_from) * m_spacing, m_unit) + 0.0; // no -0
+  return Dot((place - m_From) * m_Spacing, m_Unit) + 0.0; // no -0
 }
 
 CWalkWriter::CWalkWriter(StWalkForm form, CAtomicFile* file)
-    : m_form(std::move(form)), m_file(file) {
-  m_buffer = m_form.isJson ? JsonHead(m_form) : CsvHead(m_form);
+    : m_Form(std::move(form)), m_File(file) {
+  m_Buffer = m_Form.isJson ? JsonHead(m_Form) : CsvHead(m_Form);
 }
 
 template <class T>
 void CWalkWriter::AddNumber(T number) {
   if constexpr (std::is_floating_point_v<T>) {
-    if (m_form.isJson && !std::isfinite(number)) {
-      m_buffer += "null";
+    if (m_Form.isJson && !std::isfinite(number)) {
+      m_Buffer += "null";
       return;
     }
   }
   std::array<char, 32> text;
   auto const result = std::to_chars(text.data(), text.data() + text.size(), number);
-  m_buffer.append(text.data(), result.ptr);
+  m_Buffer.append(text.data(), result.ptr);
 }
 
 template <class Value>
 void CWalkWriter::AddRows(std::span<Point const> points, Value const& appendValue) {
   for (auto const& p : points) {
-    if (m_form.isJson) m_buffer += m_first ? "\n[" : ",\n[";
-    m_first = false;
+    if (m_Form.isJson) m_Buffer += m_First ? "\n[" : ",\n[";
+    m_First = false;
     AddNumber(p.x);
-    m_buffer += ',';
+    m_Buffer += ',';
     AddNumber(p.y);
-    if (m_form.dimension == 3) {
-      m_buffer += ',';
+    if (m_Form.dimension == 3) {
+      m_Buffer += ',';
       AddNumber(p.z);
     }
-    if (m_form.distance) {
-      m_buffer += ',';
-      AddNumber(m_form.distance->Of(p));
+    if (m_Form.distance) {
+      m_Buffer += ',';
+      AddNumber(m_Form.distance->Of(p));
     }
     appendValue(p);
-    m_buffer += m_form.isJson ? "]" : "\n";
-    if (m_buffer.size() >= c_bufferBytes) Flush();
+    m_Buffer += m_Form.isJson ? "]" : "\n";
+    if (m_Buffer.size() >= c_bufferBytes) Flush();
   }
 }
 
 void CWalkWriter::Add(std::span<Point const> points) {
-  if (m_form.image == nullptr) return AddRows(points, [](Point const&) {});
-  VisitPixels(*m_form.image, [&](auto pixels) {
+  if (m_Form.image == nullptr) return AddRows(points, [](Point const&) {});
+  VisitPixels(*m_Form.image, [&](auto pixels) {
     AddRows(points, [&](Point const& p) {
-      m_buffer += ',';
-      AddNumber(pixels[IndexOf(p, m_form.image->Size())]);
+      m_Buffer += ',';
+      AddNumber(pixels[IndexOf(p, m_Form.image->Size())]);
     });
   });
 }
 
 void CWalkWriter::Finish(StCounts const& counts) {
-  if (m_form.isJson)
-    m_buffer += "\n],\"count\":" + std::to_string(counts.points) +
+  if (m_Form.isJson)
+    m_Buffer += "\n],\"count\":" + std::to_string(counts.points) +
                 ",\"outside\":" + std::to_string(counts.outside) + "}\n";
   Flush();
 }
 
 void CWalkWriter::Flush() {
-  WriteOut(m_file, m_buffer);
-  m_buffer.clear();
+  WriteOut(m_File, m_Buffer);
+  m_Buffer.clear();
 }
 
 } // namespace selu

@@ -5,9 +5,9 @@
 //   writer.Finish(counts);
 #pragma once
 
-#include "AtomicFile.h"
-#include "ImageFile.h"
-#include "Walk.h"
+#include "base/AtomicFile.h"
+#include "images/ImageFile.h"
+#include "walks/Walk.h"
 
 #include <array>
 #include <optional>
@@ -24,7 +24,7 @@ public:
   [[nodiscard]] double Of(Point const& p) const noexcept;
 
 private:
-  RealPoint m_from, m_spacing, m_unit;
+  RealPoint m_From, m_Spacing, m_Unit;
 };
 
 struct StWalkForm {
@@ -50,10 +50,10 @@ private:
   void AddNumber(T number);
   void Flush();
 
-  StWalkForm m_form;
-  CAtomicFile* m_file;
-  std::string m_buffer;
-  bool m_first = true;
+  StWalkForm m_Form;
+  CAtomicFile* m_File;
+  std::string m_Buffer;
+  bool m_First = true;
 };
 
 } // namespace selu

@@ -40,9 +40,9 @@ public:
   CAlgorithm& operator=(CAlgorithm&&) noexcept = default;
   ~CAlgorithm() override;
 
-  [[nodiscard]] std::string const& Name() const noexcept { return m_name; }
-  [[nodiscard]] std::string const& Instance() const noexcept { return m_instance; }
-  [[nodiscard]] IObject const* Parent() const noexcept { return m_parent; }
+  [[nodiscard]] std::string const& Name() const noexcept { return m_Name; }
+  [[nodiscard]] std::string const& Instance() const noexcept { return m_Instance; }
+  [[nodiscard]] IObject const* Parent() const noexcept { return m_Parent; }
   void SetInstance(char const* name) override;
   /// Keeps a copy of the setup.
   void Init(CValueMap const* setup) override;
@@ -51,7 +51,7 @@ public:
 
   /// The observer must outlive the operations that it watches; null for none. Copies of the
   /// algorithm share it.
-  void SetProgressObserver(IProgressObserver* observer) noexcept { m_observer = observer; }
+  void SetProgressObserver(IProgressObserver* observer) noexcept { m_Observer = observer; }
 
 protected:
   /// Progress of one operation: starts with its life, advances, and finishes with it.
@@ -67,15 +67,15 @@ protected:
     void Finish() noexcept;
 
   private:
-    IProgressObserver* m_observer; // null: nobody watches, or finished
+    IProgressObserver* m_Observer; // null: nobody watches, or finished
   };
 
 private:
-  std::string m_name;
-  std::string m_instance;
-  IObject const* m_parent;
-  CValueMap m_setup;
-  IProgressObserver* m_observer = nullptr;
+  std::string m_Name;
+  std::string m_Instance;
+  IObject const* m_Parent;
+  CValueMap m_Setup;
+  IProgressObserver* m_Observer = nullptr;
 };
 
 } // namespace ORVA

@@ -1,4 +1,4 @@
-// Neighbourhood codes, the move sets behind them, and neighbour offset tables.
+// Neighborhood codes, the move sets behind them, and neighbor offset tables.
 //
 //   CBresenhamVisitor line(from, to, 3, NEIGHBORHOOD_26, true);
 //   for (std::size_t k = 0; k < CNeighborhood2dDiffN8::dx.size(); ++k)
@@ -44,13 +44,13 @@ constexpr std::array<int64, N> NeighborOffsets(int64 divisor) {
 
 } // namespace Impl
 
-/// Offsets of a pixel's 8 neighbours in raster order: (-1, -1), (0, -1), (1, -1), (-1, 0), ...
+/// Offsets of a pixel's 8 neighbors in raster order: (-1, -1), (0, -1), (1, -1), (-1, 0), ...
 struct CNeighborhood2dDiffN8 {
   static constexpr std::array<int64, 8> dx = Impl::NeighborOffsets<8>(1);
   static constexpr std::array<int64, 8> dy = Impl::NeighborOffsets<8>(3);
 };
 
-/// Offsets of a voxel's 26 neighbours in raster order: (-1, -1, -1), (0, -1, -1), ...
+/// Offsets of a voxel's 26 neighbors in raster order: (-1, -1, -1), (0, -1, -1), ...
 struct CNeighborhood3dDiffN26 {
   static constexpr std::array<int64, 26> dx = Impl::NeighborOffsets<26>(1);
   static constexpr std::array<int64, 26> dy = Impl::NeighborOffsets<26>(3);

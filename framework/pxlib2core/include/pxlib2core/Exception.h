@@ -55,7 +55,7 @@ public:
 
 private:
   struct StContent;
-  std::shared_ptr<StContent const> m_content;
+  std::shared_ptr<StContent const> m_Content;
 };
 
 /// The error for a bad argument.

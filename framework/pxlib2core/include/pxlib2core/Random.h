@@ -37,7 +37,7 @@ struct StRandomStream {
   }
 };
 
-// Constant-initialised and of the fixed TLS model, so that a draw reaches its stream by one load.
+// Constant-initialized and of the fixed TLS model, so that a draw reaches its stream by one load.
 [[gnu::tls_model(
     "initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream t_randomStream;
 extern PXLIB2CORE_EXPORT constinit std::atomic<uint64> g_randomGeneration;

@@ -1,7 +1,7 @@
 // Message text with numbered placeholders, and printf-style formatting.
 //
-//   CString text("m_fEnd=%1 is smaller than m_fStart=%2.");
-//   text.Arg(2.0).Arg(3.0);          // "m_fEnd=2 is smaller than m_fStart=3."
+//   CString text("m_End=%1 is smaller than m_Start=%2.");
+//   text.Arg(2.0).Arg(3.0);          // "m_End=2 is smaller than m_Start=3."
 //   throw CException(ORVA_LOCATION("src/Utils/Metric", "ORVA::CMetric::Distance"), text.c_str());
 #pragma once
 
@@ -29,7 +29,7 @@ public:
   CString() = default;
   /// Throws CExBadParam for a null pointer.
   CString(char const* text, EnEncoding encoding = EnEncoding::Utf8);
-  CString(std::string text) : m_text(std::move(text)) {}
+  CString(std::string text) : m_Text(std::move(text)) {}
 
   /// Replaces every occurrence of the lowest-numbered placeholder still present; the inserted text
   /// is never searched again. Without a placeholder the text stays as it is. Cost O(length).
@@ -49,20 +49,20 @@ public:
   /// exponent from 1e-5 up to 1e16. Infinities print as "inf" and "-inf", every NaN as "nan".
   CString& Arg(double number, int precision = -1);
 
-  [[nodiscard]] std::string const& Std() const noexcept { return m_text; }
-  [[nodiscard]] char const* c_str() const noexcept { return m_text.c_str(); }
-  [[nodiscard]] std::size_t Size() const noexcept { return m_text.size(); }
-  [[nodiscard]] bool IsEmpty() const noexcept { return m_text.empty(); }
+  [[nodiscard]] std::string const& Std() const noexcept { return m_Text; }
+  [[nodiscard]] char const* c_str() const noexcept { return m_Text.c_str(); }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_Text.size(); }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_Text.empty(); }
   /// Position of the first occurrence at or after `from`, else NPOS.
   [[nodiscard]] std::size_t Find(CString const& text, std::size_t from = 0) const noexcept {
-    return m_text.find(text.m_text, from);
+    return m_Text.find(text.m_Text, from);
   }
 
   friend bool operator==(CString const& a, CString const& b) noexcept {
-    return a.m_text == b.m_text;
+    return a.m_Text == b.m_Text;
   }
   friend std::strong_ordering operator<=>(CString const& a, CString const& b) noexcept {
-    return a.m_text.compare(b.m_text) <=> 0;
+    return a.m_Text.compare(b.m_Text) <=> 0;
   }
 
 private:
@@ -72,8 +72,8 @@ private:
   CString& ArgUnsigned(uint64 number, int width);
   CString& Insert(std::string const& argument);
 
-  std::string m_text;
-  std::vector<StRange> m_inserted; // argument texts, in order; placeholders in them do not count
+  std::string m_Text;
+  std::vector<StRange> m_Inserted; // argument texts, in order; placeholders in them do not count
 };
 
 /// Free-standing text helpers.

@@ -151,8 +151,8 @@ private:
   template <EnType kind>
   auto const& Get() const;
 
-  Content m_content;
-  std::unique_ptr<CValueMap> m_meta;
+  Content m_Content;
+  std::unique_ptr<CValueMap> m_Meta;
 };
 
 // The typed leaves add a constructor and no state: a CValue made from one is the same value.

@@ -25,22 +25,22 @@ class PXLIB2CORE_EXPORT CValue_Key {
 public:
   /// Throws CExBadParam for a null pointer.
   CValue_Key(char const* text);
-  CValue_Key(std::string text) : m_isText(true), m_text(std::move(text)) {}
+  CValue_Key(std::string text) : m_IsText(true), m_Text(std::move(text)) {}
   CValue_Key(CString const& text) : CValue_Key(text.Std()) {}
   /// The text of that fixed key, such as "maximum label".
   CValue_Key(EnFixedKey key);
   /// Throws CExBadParam for an unsigned number beyond the int64 range.
   template <std::integral T>
   requires(!std::same_as<T, bool> && !std::same_as<T, char>) CValue_Key(T number)
-      : m_number(static_cast<int64>(number)) {
+      : m_Number(static_cast<int64>(number)) {
     if (!std::in_range<int64>(number)) RaiseTooLarge(static_cast<uint64>(number));
   }
 
-  [[nodiscard]] bool IsText() const noexcept { return m_isText; }
+  [[nodiscard]] bool IsText() const noexcept { return m_IsText; }
   /// The number; 0 for a text key.
-  [[nodiscard]] int64 Number() const noexcept { return m_number; }
+  [[nodiscard]] int64 Number() const noexcept { return m_Number; }
   /// The text; empty for a number key.
-  [[nodiscard]] std::string const& Text() const noexcept { return m_text; }
+  [[nodiscard]] std::string const& Text() const noexcept { return m_Text; }
   /// The text itself, or the number in decimal.
   [[nodiscard]] std::string ToString() const;
 
@@ -48,17 +48,17 @@ public:
     return (a <=> b) == 0;
   }
   friend std::strong_ordering operator<=>(CValue_Key const& a, CValue_Key const& b) noexcept {
-    if (a.m_isText != b.m_isText) return a.m_isText <=> b.m_isText;
-    if (!a.m_isText) return a.m_number <=> b.m_number;
-    return a.m_text.compare(b.m_text) <=> 0;
+    if (a.m_IsText != b.m_IsText) return a.m_IsText <=> b.m_IsText;
+    if (!a.m_IsText) return a.m_Number <=> b.m_Number;
+    return a.m_Text.compare(b.m_Text) <=> 0;
   }
 
 private:
   [[noreturn]] static void RaiseTooLarge(uint64 number);
 
-  bool m_isText = false;
-  int64 m_number = 0;
-  std::string m_text;
+  bool m_IsText = false;
+  int64 m_Number = 0;
+  std::string m_Text;
 };
 
 } // namespace ORVA

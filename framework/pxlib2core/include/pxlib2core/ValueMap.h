@@ -54,10 +54,10 @@ public:
   CValueMap& operator=(CValueMap&& other) noexcept;
   virtual ~CValueMap();
 
-  [[nodiscard]] const_iterator begin() const noexcept { return m_entries.begin(); }
-  [[nodiscard]] const_iterator end() const noexcept { return m_entries.end(); }
-  [[nodiscard]] std::size_t Size() const noexcept { return m_entries.size(); }
-  [[nodiscard]] bool IsEmpty() const noexcept { return m_entries.empty(); }
+  [[nodiscard]] const_iterator begin() const noexcept { return m_Entries.begin(); }
+  [[nodiscard]] const_iterator end() const noexcept { return m_Entries.end(); }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_Entries.size(); }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_Entries.empty(); }
   [[nodiscard]] std::vector<CValue_Key> Keys() const;
 
   /// The entry. A missing one is created as an invalid value, with the sub-maps on the way, if
@@ -79,7 +79,7 @@ public:
   bool RemoveEntry(CValue_Key const& key);
   /// Takes the entry out of the map; invalid where there is none.
   CValue Detach(CValue_Key const& key);
-  void Clear() noexcept { m_entries.clear(); }
+  void Clear() noexcept { m_Entries.clear(); }
 
   /// Whether every entry of this map is in the other with an equal value.
   [[nodiscard]] bool IsSubset(CValueMap const& other) const;
@@ -90,7 +90,7 @@ public:
 private:
   [[nodiscard]] Entries::const_iterator FindHere(CValue_Key const& key) const;
 
-  Entries m_entries;
+  Entries m_Entries;
 };
 
 } // namespace ORVA

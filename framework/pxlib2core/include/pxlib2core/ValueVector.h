@@ -1,7 +1,7 @@
 // Ordered list of values, keyed by index.
 //
 //   CValueVector minMax(CValueDouble(0.0), CValueDouble(255.0));
-//   minMax.PushBack(CValueString("grey"));
+//   minMax.PushBack(CValueString("gray"));
 //   minMax.Entry(1).Double();                   // 255
 #pragma once
 
@@ -25,7 +25,7 @@ public:
   CValueVector& operator=(CValueVector&& other) noexcept;
   ~CValueVector() = default;
 
-  void PushBack(CValue value) { m_values.push_back(std::move(value)); }
+  void PushBack(CValue value) { m_Values.push_back(std::move(value)); }
   /// Throws CExBadParam for an index outside 0 .. Size() - 1.
   CValue& Entry(int64 index);
   [[nodiscard]] CValue const& Entry(int64 index) const;
@@ -37,17 +37,17 @@ public:
   /// Takes the entry out; those behind it move up. Throws as Entry does.
   CValue Detach(int64 index);
 
-  [[nodiscard]] std::size_t Size() const noexcept { return m_values.size(); }
-  [[nodiscard]] bool IsEmpty() const noexcept { return m_values.empty(); }
-  [[nodiscard]] auto begin() const noexcept { return m_values.begin(); }
-  [[nodiscard]] auto end() const noexcept { return m_values.end(); }
+  [[nodiscard]] std::size_t Size() const noexcept { return m_Values.size(); }
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_Values.empty(); }
+  [[nodiscard]] auto begin() const noexcept { return m_Values.begin(); }
+  [[nodiscard]] auto end() const noexcept { return m_Values.end(); }
 
   friend bool operator==(CValueVector const& a, CValueVector const& b) {
-    return a.m_values == b.m_values;
+    return a.m_Values == b.m_Values;
   }
 
 private:
-  std::vector<CValue> m_values;
+  std::vector<CValue> m_Values;
 };
 
 } // namespace ORVA

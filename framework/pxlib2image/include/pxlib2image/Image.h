@@ -29,16 +29,16 @@ public:
   ~CImageAccess() = default;
 
   /// Address of the box's first voxel; null when the box is empty or the access was released.
-  [[nodiscard]] std::byte const* Base() const noexcept { return m_base; }
+  [[nodiscard]] std::byte const* Base() const noexcept { return m_Base; }
   /// The same for writing; throws CExBadParam on an access released or opened for reading.
   [[nodiscard]] std::byte* WritableBase() const;
   /// Voxels of the box along axis 0, 1 or 2; throws CExBadParam for another axis.
-  [[nodiscard]] int64 Extent(int axis) const { return m_extent[Index(axis)]; }
-  [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_extent; }
+  [[nodiscard]] int64 Extent(int axis) const { return m_Extent[Index(axis)]; }
+  [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_Extent; }
   /// Bytes from a voxel to its successor along axis 0, 1 or 2 (all 0 in an empty image); throws
   /// CExBadParam for another axis.
-  [[nodiscard]] int64 Stride(int axis) const { return m_stride[Index(axis)]; }
-  [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_stride; }
+  [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
+  [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
   /// Lets go of the pixels before the end of the access's life: no address, no extents.
   void Release() noexcept;
 
@@ -52,11 +52,11 @@ private:
   }
   [[noreturn]] static void RaiseAxis(int axis);
 
-  std::shared_ptr<std::byte> m_block;
-  std::byte* m_base = nullptr;
-  std::array<int64, 3> m_extent{};
-  std::array<int64, 3> m_stride{};
-  bool m_writable = false;
+  std::shared_ptr<std::byte> m_Block;
+  std::byte* m_Base = nullptr;
+  std::array<int64, 3> m_Extent{};
+  std::array<int64, 3> m_Stride{};
+  bool m_Writable = false;
 };
 
 /// What the algorithms need of an image.
@@ -67,8 +67,8 @@ public:
   public:
     enum class EnId : std::uint8_t { None, Bool, BinaryFg, Grey8, Grey16, Grey32, GreyF };
     constexpr CType() noexcept = default;
-    constexpr explicit CType(EnId id) noexcept : m_id(id) {}
-    [[nodiscard]] constexpr EnId Id() const noexcept { return m_id; }
+    constexpr explicit CType(EnId id) noexcept : m_Id(id) {}
+    [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
     /// Bytes of one pixel; 0 for no type.
     [[nodiscard]] int64 Bytes() const noexcept;
     /// The name of the constant, such as "IMAGE_GREY_8".
@@ -76,7 +76,7 @@ public:
     friend constexpr bool operator==(CType const&, CType const&) noexcept = default;
 
   private:
-    EnId m_id = EnId::None;
+    EnId m_Id = EnId::None;
   };
 
   virtual ~IImage();
@@ -121,10 +121,10 @@ public:
   /// on failure the image is unchanged.
   void Resize(CSize const& size, CSize const& margin = CSize(0, 0, 0));
 
-  [[nodiscard]] CSize Size() const noexcept override { return m_size; }
-  [[nodiscard]] CType Type() const noexcept override { return m_type; }
-  [[nodiscard]] CValueMap& Attributes() noexcept override { return m_attributes; }
-  [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_attributes; }
+  [[nodiscard]] CSize Size() const noexcept override { return m_Size; }
+  [[nodiscard]] CType Type() const noexcept override { return m_Type; }
+  [[nodiscard]] CValueMap& Attributes() noexcept override { return m_Attributes; }
+  [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_Attributes; }
   /// Bytes of all pixels.
   [[nodiscard]] std::size_t Bytes() const noexcept;
 
@@ -142,10 +142,10 @@ private:
   [[nodiscard]] CImageAccess Open(bool write, CPos const& first, CSize const& extents) const;
   [[nodiscard]] CImageAccess OpenBox(bool write, CPos const& first, CPos const& last) const;
 
-  CType m_type;
-  CSize m_size;
-  std::shared_ptr<std::byte> m_block; // shared with accesses only, never with another image
-  CValueMap m_attributes;
+  CType m_Type;
+  CSize m_Size;
+  std::shared_ptr<std::byte> m_Block; // shared with accesses only, never with another image
+  CValueMap m_Attributes;
 };
 
 } // namespace ORVA

@@ -16,12 +16,12 @@ namespace ORVA {
 class PXLIB2IMAGE_EXPORT CSize {
 public:
   constexpr CSize() noexcept = default;
-  constexpr explicit CSize(int64 sizeX) noexcept : x(sizeX), y(1), z(1), m_dim(1) {}
-  constexpr CSize(int64 sizeX, int64 sizeY) noexcept : x(sizeX), y(sizeY), z(1), m_dim(2) {}
+  constexpr explicit CSize(int64 sizeX) noexcept : x(sizeX), y(1), z(1), m_Dim(1) {}
+  constexpr CSize(int64 sizeX, int64 sizeY) noexcept : x(sizeX), y(sizeY), z(1), m_Dim(2) {}
   constexpr CSize(int64 sizeX, int64 sizeY, int64 sizeZ) noexcept
-      : x(sizeX), y(sizeY), z(sizeZ), m_dim(3) {}
+      : x(sizeX), y(sizeY), z(sizeZ), m_Dim(3) {}
 
-  [[nodiscard]] constexpr int Dim() const noexcept { return m_dim; }
+  [[nodiscard]] constexpr int Dim() const noexcept { return m_Dim; }
   /// Sets the dimension; extents beyond it become 1. Throws CExBadParam unless 1, 2 or 3.
   void SetDim(int dimension);
   /// Whether an extent is 0 (or negative): an image of this size has no voxel.
@@ -32,7 +32,7 @@ public:
   int64 x = 0, y = 0, z = 0;
 
 private:
-  int m_dim = 0;
+  int m_Dim = 0;
 };
 
 /// A voxel position; z is 0 where it is not given.
