@@ -57,8 +57,8 @@ bool Parse(std::string_view saved, uint64 (&state)[4]) {
 
 CRandomSource::CRandomSource() {
   std::random_device device;
-  for (uint64& word : m_state) word = uint64{device()} << 32 | device();
-  m_state[0] |= 1; // never all zeros
+  for (uint64& word : m_State) word = uint64{device()} << 32 | device();
+  m_State[0] |= 1; // never all zeros
 }
 
 // Stream 0 fills the state as the shared source does, by four successive words of the mixer. For
@@ -68,10 +68,10 @@ void CRandomSource::Seed(uint64 seed, uint64 stream) noexcept {
   uint64 const hash = Impl::Mix(stream);
   Impl::CMixer first(seed + hash);
   Impl::CMixer second(seed + 2 * Impl::c_mixerStep + hash + Impl::Mix(hash));
-  m_state[0] = first.Next();
-  m_state[1] = first.Next();
-  m_state[2] = second.Next();
-  m_state[3] = second.Next();
+  m_State[0] = first.Next();
+  m_State[1] = first.Next();
+  m_State[2] = second.Next();
+  m_State[3] = second.Next();
 }
 
 void CRandomSource::Jump() noexcept {
@@ -83,10 +83,10 @@ void CRandomSource::Jump() noexcept {
   for (uint64 const coefficients : polynomial)
     for (int bit = 0; bit < 64; ++bit) {
       if ((coefficients >> bit & 1) != 0)
-        for (std::size_t i = 0; i < std::size(sum); ++i) sum[i] ^= m_state[i];
-      Rand64();
+        for (std::size_t i = 0; i < std::size(sum); ++i) sum[i] ^= m_State[i];
+      static_cast<void>(Rand64());
     }
-  std::ranges::copy(sum, m_state);
+  std::ranges::copy(sum, m_State);
 }
 
 void CRandomSource::Rand(void* buffer, std::size_t bytes) {
@@ -95,12 +95,12 @@ void CRandomSource::Rand(void* buffer, std::size_t bytes) {
     Impl::RaiseBadParam(
         ORVA_LOCATION("framework/pxlib2core/RandomSource", "ORVA::CRandomSource::Rand"),
         "buffer is null");
-  Impl::FillBytes(buffer, bytes, *this);
+  Impl::FillBytes(buffer, bytes, m_State);
 }
 
 std::string CRandomSource::Save() const {
   std::string text(c_name);
-  for (uint64 const word : m_state) {
+  for (uint64 const word : m_State) {
     text += ' ';
     for (int shift = 60; shift >= 0; shift -= 4) text += c_hex[word >> shift & 15];
   }
@@ -110,13 +110,13 @@ std::string CRandomSource::Save() const {
 void CRandomSource::Restore(std::string_view saved) {
   uint64 state[4];
   if (!Parse(saved, state)) RaiseBadState(saved);
-  std::ranges::copy(state, m_state);
+  std::ranges::copy(state, m_State);
 }
 
 void CReplaySource::RaiseNoWord() const {
   Impl::Raise(
       ORVA_LOCATION("framework/pxlib2core/RandomSource", "ORVA::CReplaySource::operator ()"),
-      CString("All %1 words have been drawn.").Arg(CString(std::to_string(m_words.size()))));
+      CString("All %1 words have been drawn.").Arg(CString(std::to_string(m_Words.size()))));
 }
 
 } // namespace ORVA

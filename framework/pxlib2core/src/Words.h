@@ -1,8 +1,10 @@
 // What the shared source of random bits and those of one's own are made from.
 #pragma once
 
+#include <pxlib2core/RandomSource.h>
 #include <pxlib2core/Types.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -21,11 +23,11 @@ inline constexpr uint64 c_mixerStep = 0x9E3779B97F4A7C15u;
 /// Turns a counter into well-mixed words.
 class CMixer {
 public:
-  explicit CMixer(uint64 start) noexcept : m_state(start) {}
-  uint64 Next() noexcept { return Mix(m_state += c_mixerStep); }
+  explicit CMixer(uint64 start) noexcept : m_State(start) {}
+  uint64 Next() noexcept { return Mix(m_State += c_mixerStep); }
 
 private:
-  uint64 m_state;
+  uint64 m_State;
 };
 
 inline void StoreLittleEndian(std::byte* target, uint64 word, std::size_t bytes) noexcept {
@@ -36,14 +38,14 @@ inline void StoreLittleEndian(std::byte* target, uint64 word, std::size_t bytes)
   }
 }
 
-/// Fills a buffer with the bytes of successive words.
-template <class Source>
-void FillBytes(void* buffer, std::size_t bytes, Source& source) {
-  Source inRegisters = source;
+/// Fills a buffer with the bytes of successive words; the state is in registers meanwhile.
+inline void FillBytes(void* buffer, std::size_t bytes, uint64 (&state)[4]) noexcept {
+  uint64 copy[4];
+  std::ranges::copy(state, copy);
   auto* target = static_cast<std::byte*>(buffer);
-  for (; bytes >= 8; bytes -= 8, target += 8) StoreLittleEndian(target, inRegisters(), 8);
-  if (bytes > 0) StoreLittleEndian(target, inRegisters(), bytes);
-  source = inRegisters;
+  for (; bytes >= 8; bytes -= 8, target += 8) StoreLittleEndian(target, NextWord(copy), 8);
+  if (bytes > 0) StoreLittleEndian(target, NextWord(copy), bytes);
+  std::ranges::copy(copy, state);
 }
 
 } // namespace ORVA::Impl

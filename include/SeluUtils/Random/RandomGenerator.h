@@ -5,6 +5,8 @@
 //     for (int i = 0; i < n; ++i) sum += generator();
 //     return sum / n;
 //   }
+//   CRandomSource source(42);
+//   double const value = generator(source);   // from this source instead of the shared one
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -13,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace ORVA {
 
@@ -44,10 +47,28 @@ public:
   virtual T operator()() const = 0;
   [[nodiscard]] virtual bool IsValid() const = 0;
 
+  /// A draw from the given source: it depends on the source and the parameters alone.
+  template <RandomSource Source>
+  T operator()(Source& source) const {
+    return DrawFrom(source);
+  }
+  /// Fills an array by such draws, one after the other.
+  template <RandomSource Source>
+  void Fill(std::span<T> out, Source& source) const {
+    CSourceReference const reference(source);
+    for (T& value : out) value = DrawFrom(reference);
+  }
+
 protected:
   IRandomGenerator() = default;
   IRandomGenerator(IRandomGenerator const&) = default;
   IRandomGenerator& operator=(IRandomGenerator const&) = default;
+
+  /// A generator that does not override it draws from a stream begun with five words of the source.
+  virtual T DrawFrom(CSourceReference source) const {
+    Impl::CBorrowedStream const stream(source);
+    return (*this)();
+  }
 };
 
 /// Generators of rotations may keep state of their own from draw to draw.

@@ -69,7 +69,7 @@ public:
   [[nodiscard]] std::uint32_t Rand32() noexcept {
     return static_cast<std::uint32_t>(Rand64() >> 32);
   }
-  [[nodiscard]] uint64 Rand64() noexcept { return Impl::NextWord(m_state); }
+  [[nodiscard]] uint64 Rand64() noexcept { return Impl::NextWord(m_State); }
   /// Fills a buffer: the bytes of successive words, lowest byte first; a last part of fewer than 8
   /// bytes takes the lowest bytes of one more word. A null buffer is refused with CExBadParam
   /// unless `bytes` is 0.
@@ -92,7 +92,7 @@ public:
   friend bool operator==(CRandomSource const&, CRandomSource const&) = default;
 
 private:
-  uint64 m_state[4];
+  uint64 m_State[4];
 };
 
 /// Any source by reference, for what is called through a virtual function or compiled once. It must
@@ -104,13 +104,13 @@ public:
 
   template <RandomSource Source>
     requires(!std::is_same_v<Source, CSourceReference>)
-  CSourceReference(Source& source) noexcept : m_source(&source) {
+  CSourceReference(Source& source) noexcept : m_Source(&source) {
     if constexpr (!std::is_same_v<Source, CRandomSource>)
-      m_next = [](void* any) -> uint64 { return (*static_cast<Source*>(any))(); };
+      m_Next = [](void* any) -> uint64 { return (*static_cast<Source*>(any))(); };
   }
 
   uint64 operator()() {
-    return m_next == nullptr ? static_cast<CRandomSource*>(m_source)->Rand64() : m_next(m_source);
+    return m_Next == nullptr ? static_cast<CRandomSource*>(m_Source)->Rand64() : m_Next(m_Source);
   }
   [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
   [[nodiscard]] static constexpr uint64 max() noexcept {
@@ -118,8 +118,8 @@ public:
   }
 
 private:
-  void* m_source;
-  uint64 (*m_next)(void*) = nullptr; // null: a CRandomSource, which is called inline
+  void* m_Source;
+  uint64 (*m_Next)(void*) = nullptr; // null: a CRandomSource, which is called inline
 };
 
 } // namespace ORVA

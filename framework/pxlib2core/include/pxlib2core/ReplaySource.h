@@ -20,15 +20,15 @@ class PXLIB2CORE_EXPORT CReplaySource {
 public:
   using result_type = uint64;
 
-  explicit CReplaySource(std::vector<uint64> words) : m_words(std::move(words)) {}
+  explicit CReplaySource(std::vector<uint64> words) : m_Words(std::move(words)) {}
 
   /// The next word. Throws CException where none is left.
   uint64 operator()() {
-    if (m_drawn >= m_words.size()) RaiseNoWord();
-    return m_words[m_drawn++];
+    if (m_Drawn >= m_Words.size()) RaiseNoWord();
+    return m_Words[m_Drawn++];
   }
-  [[nodiscard]] std::size_t Drawn() const noexcept { return m_drawn; }
-  [[nodiscard]] std::size_t Remaining() const noexcept { return m_words.size() - m_drawn; }
+  [[nodiscard]] std::size_t Drawn() const noexcept { return m_Drawn; }
+  [[nodiscard]] std::size_t Remaining() const noexcept { return m_Words.size() - m_Drawn; }
 
   [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
   [[nodiscard]] static constexpr uint64 max() noexcept {
@@ -38,8 +38,8 @@ public:
 private:
   [[noreturn]] void RaiseNoWord() const;
 
-  std::vector<uint64> m_words;
-  std::size_t m_drawn = 0;
+  std::vector<uint64> m_Words;
+  std::size_t m_Drawn = 0;
 };
 
 } // namespace ORVA
