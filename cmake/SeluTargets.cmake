@@ -20,14 +20,14 @@ function(selu_configure_target target)
   endif()
 endfunction()
 
-# selu_add_library(NAME SOURCES ... LINK ...): a shared library ORVA::NAME whose public headers
-# stand in include/NAME of the directory given by INCLUDE (default: the current one).
+# selu_add_library(NAME SOURCES ... LINK ...): a library ORVA::NAME, shared or static as
+# BUILD_SHARED_LIBS says, whose public headers stand in include/NAME of the directory given by INCLUDE (default: the current one).
 function(selu_add_library name)
   cmake_parse_arguments(ARG "" "INCLUDE" "SOURCES;LINK" ${ARGN})
   if(NOT ARG_INCLUDE)
     set(ARG_INCLUDE ${CMAKE_CURRENT_SOURCE_DIR}/include)
   endif()
-  add_library(${name} SHARED ${ARG_SOURCES})
+  add_library(${name} ${ARG_SOURCES})
   add_library(ORVA::${name} ALIAS ${name})
   selu_configure_target(${name})
   set_target_properties(${name} PROPERTIES
@@ -38,6 +38,10 @@ function(selu_add_library name)
   set(generated ${CMAKE_CURRENT_BINARY_DIR}/generated)
   generate_export_header(${name} BASE_NAME ${upper}
     EXPORT_FILE_NAME ${generated}/${name}/Export.h)
+  if(NOT BUILD_SHARED_LIBS)
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON) # for a module that links it
+    target_compile_definitions(${name} PUBLIC ${upper}_STATIC_DEFINE)
+  endif()
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${ARG_INCLUDE}> $<BUILD_INTERFACE:${generated}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

@@ -1,10 +1,11 @@
 // Texture of a gray-value image: co-occurrence matrix and Haralick features.
 //
-//   CCooccurrence texture("texture", nullptr);
+//   #include <iostream>
+//   CImage image(IMAGE_GREY_8, CSize(64, 64));                      // all black
 //   CTriple<long> right(1, 0, 0);
 //   CValueMap features;
-//   texture.ComputeFeatures(image, &right, &features);
-//   std::cout << features.Entry("Contrast").Double();
+//   CCooccurrence("texture", nullptr).ComputeFeatures(image, &right, &features);
+//   std::cout << features.Entry("Second Angular Moment").Double();  // prints 1
 #pragma once
 
 #include <SeluBase/Algorithm.h>

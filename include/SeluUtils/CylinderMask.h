@@ -1,5 +1,6 @@
 // Restricts a volume image to an upright circular cylinder that is described in its header.
 //
+//   CImage image(IMAGE_GREY_16, CSize(512, 512, 4)), other(IMAGE_GREY_F, CSize(512, 512, 4));
 //   CCylinderMask mask("mask", nullptr);
 //   mask.SetCylinderParameters(image, "Z", 255.5, 255.5, 240);
 //   mask.MaskImageWithMetaInfoCylinder(image, 0);       // 0 outside the cylinder

@@ -1,11 +1,11 @@
 // Arithmetic of dense matrices over any storage: derive, give element access, and the rest is
 // there.
 //
-//   void Double(IMatrix<double>& a) { a *= 2.0; }
-//   void Stack(IMatrix<double>& a, IMatrix<double> const& below) { a.AddRows(below); }
+//   #include <SeluUtils/Matrix.h>
+//   auto const stack = [](IMatrix<double>& a, IMatrix<double> const& below) { a.AddRows(below); };
 //   CMatrix<double> a(2, 3);
-//   Double(a);
-//   Stack(a, a);                               // 4 x 3
+//   stack(a, a);                               // 4 x 3
+//   a *= 2.0;
 #pragma once
 
 #include <SeluUtils/Export.h>

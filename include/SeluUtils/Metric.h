@@ -1,11 +1,13 @@
 // Distances of points with or without a periodic boundary, neighbor tables of cubic grids, and a
 // pair of statistics with a tolerant equality.
 //
+//   #include <iostream>
 //   std::vector<double> const a{1, 1}, b{9, 9}, window{10, 10};
-//   CMetric::EuclideanDistance(a, b, window, EEdgeTreatment::Periodic);        // sqrt(8)
+//   auto const distance = CMetric::EuclideanDistance(a, b, window, EEdgeTreatment::Periodic);
+//   std::cout << distance << ' ';                                    // prints 2.82843
 //   std::vector<std::vector<int64>> table;
 //   CMetric::CalculateNeighbourTable(&table, 2, 3, EEdgeTreatment::NoEdgeTreatment);
-//   table[4];                                                     // {0, 1, 2, 3, 5, 6, 7, 8, 4}
+//   for (int64 const cell : table[4]) std::cout << cell << ' ';      // prints 0 1 2 3 5 6 7 8 4
 #pragma once
 
 #include <SeluBase/EdgeTreatment.h>

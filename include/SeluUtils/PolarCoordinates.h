@@ -4,7 +4,7 @@
 //   CPolarCoordinates const d(1.0, 2.0, 2.0);            // of a vector; its length is not kept
 //   CTriple<double> const unit = d;                      // (1/3, 2/3, 2/3)
 //   bool const same = d == CPolarCoordinates(2.0, 4.0, 4.0);
-//   double const azimuth = d.m_Phi;
+//   double const azimuth = d.m_fPhi;
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -30,7 +30,7 @@ namespace Impl {
 /// radians: the unit vector (sin theta cos phi, sin theta sin phi, cos theta).
 struct SELUUTILS_EXPORT CPolarCoordinates {
   /// Throws CException unless both angles are finite, theta in [0, pi] and phi in [0, 2 pi).
-  constexpr CPolarCoordinates(double theta, double phi) : m_Theta(theta), m_Phi(phi) {
+  constexpr CPolarCoordinates(double theta, double phi) : m_fTheta(theta), m_fPhi(phi) {
     bool const valid =
         theta >= 0 && theta <= std::numbers::pi && phi >= 0 && phi < 2 * std::numbers::pi;
     if (!valid) [[unlikely]]
@@ -48,8 +48,8 @@ struct SELUUTILS_EXPORT CPolarCoordinates {
   [[nodiscard]] CTriple<double> ConvertToCartesianRepresentation() const;
   operator CTriple<double>() const { return ConvertToCartesianRepresentation(); }
 
-  double m_Theta;
-  double m_Phi;
+  double m_fTheta;
+  double m_fPhi;
 };
 
 } // namespace ORVA

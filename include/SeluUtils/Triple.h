@@ -1,8 +1,8 @@
 // Three components x, y, z: a voxel position, a move, an extent, a direction, a real point.
 //
-//   CTriple<int64> p(1, 2, 3);
-//   p += CTriple<int64>(0, 0, 1);               // (1, 2, 4)
-//   auto const delta = to - from;
+//   CTriple<long long> p(1, 2, 3);
+//   p += CTriple<long long>(0, 0, 1);           // (1, 2, 4)
+//   auto const back = CTriple<long long>(1, 1, 1) - p;
 //   CTriple<double> const half = CTriple<double>(1, 2, 3) * 0.5;
 #pragma once
 

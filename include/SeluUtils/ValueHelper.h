@@ -1,11 +1,14 @@
 // Feature value maps: recognizing their layouts, listing their leaves, arithmetic on them, and
 // turning the features of objects into an image.
 //
-//   CValueMapWithOperators mean(features[0], {"object"});           // numeric leaves only
-//   for (std::size_t k = 1; k < features.size(); ++k) mean += features[k];
-//   mean /= static_cast<double>(features.size());
-//   CImage table(IMAGE_GREY_F, CSize(1, 1));                        // a column an object label
-//   ConvertObjectBasedFeaturesIntoFeatureImage("shape", cells, "cell", table, {"status"});
+//   #include <iostream>
+//   CValueMap first, second;
+//   first.SetEntry("volume", CValueDouble(3));
+//   second.SetEntry("volume", CValueDouble(5));
+//   CValueMapWithOperators mean(first, {});                         // numeric leaves only
+//   mean += second;
+//   mean /= 2;
+//   std::cout << mean.Entry("volume").Double();                     // prints 4
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -48,7 +48,7 @@ CEulerRotation::CEulerRotation(double phi, double theta, double psi) : m_Matrix(
 }
 
 CEulerRotation::CEulerRotation(CPolarCoordinates const& direction, double angle)
-    : CEulerRotation(angle, direction.m_Theta, std::numbers::pi / 2 - direction.m_Phi) {}
+    : CEulerRotation(angle, direction.m_fTheta, std::numbers::pi / 2 - direction.m_fPhi) {}
 
 CEulerRotation::CEulerRotation(CMatrix<double> const& matrix) : m_Matrix(matrix) {
   if (matrix.Cols() != 3) Impl::RaiseMatrixProduct(); // no product with a 3 x 3 transpose

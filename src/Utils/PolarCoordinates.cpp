@@ -12,32 +12,33 @@ namespace Impl {
 void RaisePolarCoordinates(CPolarCoordinates const& direction) {
   auto const where =
       ORVA_LOCATION("src/Utils/PolarCoordinates", "ORVA::CPolarCoordinates::CPolarCoordinates");
-  bool const finite = IsFinite(direction.m_Theta) && IsFinite(direction.m_Phi);
+  bool const finite = IsFinite(direction.m_fTheta) && IsFinite(direction.m_fPhi);
   CString message(finite ? "Parameter not in valid range! %1 or %2."
                          : "Invalid Parameter! %1 or %2.");
-  Raise(where.AtLine(finite ? 42 : 39), message.Arg(direction.m_Theta, 0).Arg(direction.m_Phi, 0));
+  Raise(where.AtLine(finite ? 42 : 39),
+        message.Arg(direction.m_fTheta, 0).Arg(direction.m_fPhi, 0));
 }
 
 } // namespace Impl
 
 CPolarCoordinates::CPolarCoordinates(double x, double y, double z) {
   double const r = std::sqrt(x * x + y * y + z * z);
-  m_Theta = std::acos(z / r);
-  m_Phi = std::atan2(y / r, x / r);
+  m_fTheta = std::acos(z / r);
+  m_fPhi = std::atan2(y / r, x / r);
 }
 
 bool CPolarCoordinates::operator==(CPolarCoordinates const& other) const {
-  double const sinTheta1 = std::sin(m_Theta);
-  double const sinTheta2 = std::sin(other.m_Theta);
-  double const dot = sinTheta1 * sinTheta2 * std::cos(m_Phi) * std::cos(other.m_Phi) +
-                     std::sin(m_Phi) * sinTheta1 * sinTheta2 * std::sin(other.m_Phi) +
-                     std::cos(other.m_Theta) * std::cos(m_Theta);
+  double const sinTheta1 = std::sin(m_fTheta);
+  double const sinTheta2 = std::sin(other.m_fTheta);
+  double const dot = sinTheta1 * sinTheta2 * std::cos(m_fPhi) * std::cos(other.m_fPhi) +
+                     std::sin(m_fPhi) * sinTheta1 * sinTheta2 * std::sin(other.m_fPhi) +
+                     std::cos(other.m_fTheta) * std::cos(m_fTheta);
   return std::acos(dot) < 1e-6;
 }
 
 CTriple<double> CPolarCoordinates::ConvertToCartesianRepresentation() const {
-  double const sinTheta = std::sin(m_Theta);
-  return {sinTheta * std::cos(m_Phi), sinTheta * std::sin(m_Phi), std::cos(m_Theta)};
+  double const sinTheta = std::sin(m_fTheta);
+  return {sinTheta * std::cos(m_fPhi), sinTheta * std::sin(m_fPhi), std::cos(m_fTheta)};
 }
 
 } // namespace ORVA

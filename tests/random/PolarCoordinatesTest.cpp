@@ -33,9 +33,9 @@ constexpr CPolarCoordinates c_up(0.0, 0.0);
 
 TEST(PolarCoordinates, KeepTheirAngles) {
   CPolarCoordinates const d(1.25, 6.0);
-  EXPECT_EQ(d.m_Theta, 1.25);
-  EXPECT_EQ(d.m_Phi, 6.0);
-  static_assert(c_up.m_Theta == 0 && c_up.m_Phi == 0);
+  EXPECT_EQ(d.m_fTheta, 1.25);
+  EXPECT_EQ(d.m_fPhi, 6.0);
+  static_assert(c_up.m_fTheta == 0 && c_up.m_fPhi == 0);
   static_assert(!std::is_polymorphic_v<CPolarCoordinates>);
 }
 
@@ -72,15 +72,15 @@ TEST(PolarCoordinates, ComeFromAVectorOfAnyLength) {
            StCase{1, 1, std::numbers::sqrt2, c_pi / 4, c_pi / 4},
        }) {
     CPolarCoordinates const d(x, y, z);
-    EXPECT_DOUBLE_EQ(d.m_Theta, theta) << x << ' ' << y << ' ' << z;
-    EXPECT_DOUBLE_EQ(d.m_Phi, phi) << x << ' ' << y << ' ' << z;
+    EXPECT_DOUBLE_EQ(d.m_fTheta, theta) << x << ' ' << y << ' ' << z;
+    EXPECT_DOUBLE_EQ(d.m_fPhi, phi) << x << ' ' << y << ' ' << z;
   }
 }
 
 TEST(PolarCoordinates, ZeroVectorHasNoDirection) {
   CPolarCoordinates const none(0, 0, 0);
-  EXPECT_TRUE(std::isnan(none.m_Theta));
-  EXPECT_TRUE(std::isnan(none.m_Phi));
+  EXPECT_TRUE(std::isnan(none.m_fTheta));
+  EXPECT_TRUE(std::isnan(none.m_fPhi));
   EXPECT_FALSE(none == none);
 }
 
@@ -120,8 +120,8 @@ TEST(PolarCoordinates, UnitVectorComesBack) {
                               std::cos(theta));
     CTriple<double> const unit = d;
     EXPECT_EQ(unit, d.ConvertToCartesianRepresentation());
-    EXPECT_NEAR(d.m_Theta, theta, 1e-11);
-    EXPECT_NEAR(d.m_Phi, phi, 1e-11);
+    EXPECT_NEAR(d.m_fTheta, theta, 1e-11);
+    EXPECT_NEAR(d.m_fPhi, phi, 1e-11);
     EXPECT_NEAR(unit.x, std::sin(theta) * std::cos(phi), 1e-14);
     EXPECT_NEAR(unit.y, std::sin(theta) * std::sin(phi), 1e-14);
     EXPECT_NEAR(unit.z, std::cos(theta), 1e-14);

@@ -89,10 +89,10 @@ TEST(RandomUniform, NullArrayIsRefusedUnlessItIsEmpty) {
 }
 
 TEST(RandomUniform, EndMustNotBeBelowStart) {
-  test::ExpectError([] { (void)CRandomUniform(3, 2); }, "m_End=2 is smaller than m_Start=3.",
+  test::ExpectError([] { (void)CRandomUniform(3, 2); }, "m_fEnd=2 is smaller than m_fStart=3.",
                     "ORVA::CRandomUniform::CRandomUniform", "src/Utils/Random/RandomUniform", 47);
   test::ExpectError([] { (void)CRandomUniform(0.5, -c_infinity); },
-                    "m_End=-inf is smaller than m_Start=0.5.");
+                    "m_fEnd=-inf is smaller than m_fStart=0.5.");
   CRandomUniform const point(2, 2);
   EXPECT_TRUE(point.IsValid());
   EXPECT_EQ(point(), 2);

@@ -85,8 +85,8 @@ CEulerRotation VonMisesFisher(test::CReplay& words, double kappa, CPolarCoordina
 
 // The rotation that takes z to the mean, as a product with the turn about y and the turn about z.
 CTriple<double> TurnToMean(CTriple<double> const& d, CPolarCoordinates const& mean) {
-  double const ca = std::cos(mean.m_Theta), sa = std::sin(mean.m_Theta);
-  double const cb = std::cos(mean.m_Phi), sb = std::sin(mean.m_Phi);
+  double const ca = std::cos(mean.m_fTheta), sa = std::sin(mean.m_fTheta);
+  double const cb = std::cos(mean.m_fPhi), sb = std::sin(mean.m_fPhi);
   double const x = ca * d.x + sa * d.z;
   return {cb * x - sb * d.y, sb * x + cb * d.y, -sa * d.x + ca * d.z};
 }
@@ -408,11 +408,11 @@ TEST(WatsonRotation, ConcentrationThatIsNotFiniteEndsInTheRotationsError) {
 }
 
 TEST(RotationGenerators, AxesAreConstants) {
-  static_assert(CGirdleRotation::zaxis.m_Theta == 0 && CGirdleRotation::zaxis.m_Phi == 0);
-  static_assert(CVonMisesFisher::zaxis.m_Theta == 0 && CVonMisesFisher::zaxis.m_Phi == 0);
-  static_assert(CWatsonRotation::xaxis.m_Phi == 0);
+  static_assert(CGirdleRotation::zaxis.m_fTheta == 0 && CGirdleRotation::zaxis.m_fPhi == 0);
+  static_assert(CVonMisesFisher::zaxis.m_fTheta == 0 && CVonMisesFisher::zaxis.m_fPhi == 0);
+  static_assert(CWatsonRotation::xaxis.m_fPhi == 0);
   CPolarCoordinates const x(1, 0, 0);
-  EXPECT_EQ(CWatsonRotation::xaxis.m_Theta, x.m_Theta);
+  EXPECT_EQ(CWatsonRotation::xaxis.m_fTheta, x.m_fTheta);
 }
 
 TEST(RotationGenerators, ClonesAndCopiesDrawAlike) {

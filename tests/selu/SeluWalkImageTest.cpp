@@ -21,7 +21,7 @@ namespace {
 using ORVA::CSize;
 using ORVA::CTriple;
 using test::Point;
-using test::Points;
+using test::PointList;
 using Arguments = std::vector<std::string>;
 using Fields = std::vector<std::string>;
 
@@ -179,7 +179,7 @@ TEST_F(SeluWalkImage, ProfileIsInTheImagesSpacing) {
 
 TEST_F(SeluWalkImage, PaintingChangesTheVoxelsOfTheWalkAlone) {
   WriteRamp();
-  Points const corners = {{-2, 0, 0}, {5, 0, 1}, {5, 6, 4}, {-2, 6, 3}};
+  PointList const corners = {{-2, 0, 0}, {5, 0, 1}, {5, 6, 4}, {-2, 6, 3}};
   auto expected = Ramp();
   std::size_t outside = 0, inside = 0;
   ORVA::CPolygonVisitor polygon(corners, 3, ORVA::NEIGHBORHOOD_26, true);

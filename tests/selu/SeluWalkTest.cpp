@@ -20,7 +20,7 @@ namespace {
 
 using namespace ORVA; // NEIGHBORHOOD_... and the walkers
 using test::Point;
-using test::Points;
+using test::PointList;
 using Arguments = std::vector<std::string>;
 
 struct StNeighborhood {
@@ -42,7 +42,7 @@ std::string Text(Point const& p, int dimension) {
 }
 
 // The CSV table of a walk.
-std::string Csv(Points const& points, int dimension) {
+std::string Csv(PointList const& points, int dimension) {
   std::string text = dimension == 2 ? "x,y\n" : "x,y,z\n";
   for (auto const& p : points) text += Text(p, dimension) + "\n";
   return text;
@@ -58,7 +58,7 @@ protected:
     arguments.insert(arguments.begin(), "walk");
     ExpectFailure(arguments, text, code);
   }
-  static Arguments With(Arguments arguments, Points const& points, int dimension) {
+  static Arguments With(Arguments arguments, PointList const& points, int dimension) {
     for (auto const& p : points) arguments.push_back(Text(p, dimension));
     return arguments;
   }
@@ -91,11 +91,11 @@ TEST_F(SeluWalk, LineWithoutItsEndsCanBeEmpty) {
 }
 
 TEST_F(SeluWalk, AreaAndPolygonGoAsTheirVisitors) {
-  Points const flat = {{-6, 1, 0}, {2, -5, 0}, {9, 3, 0}, {1, 8, 0}};
-  Points const oblique = {{0, 0, 0}, {9, 0, 3}, {9, 9, 6}, {0, 9, 3}};
+  PointList const flat = {{-6, 1, 0}, {2, -5, 0}, {9, 3, 0}, {1, 8, 0}};
+  PointList const oblique = {{0, 0, 0}, {9, 0, 3}, {9, 9, 6}, {0, 9, 3}};
   for (bool const border : {true, false}) {
     Arguments const flag = border ? Arguments{} : Arguments{"--without-border"};
-    auto const printed = [&](std::string const& kind, Points const& corners, int dimension,
+    auto const printed = [&](std::string const& kind, PointList const& corners, int dimension,
                              std::string const& neighborhood) {
       Arguments arguments = With({kind}, corners, dimension);
       arguments.insert(arguments.end(), {"--neighborhood", neighborhood});
@@ -104,13 +104,13 @@ TEST_F(SeluWalk, AreaAndPolygonGoAsTheirVisitors) {
     };
     for (auto const& [name, code] : c_flat) {
       EXPECT_EQ(printed("area", flat, 2, name),
-                Csv(test::Walk(CBresenhamAreaVisitor(Points(flat), 2, code, border)), 2));
+                Csv(test::Walk(CBresenhamAreaVisitor(PointList(flat), 2, code, border)), 2));
       EXPECT_EQ(printed("polygon", flat, 2, name),
                 Csv(test::Walk(CPolygonVisitor(flat, 2, code, border)), 2));
     }
     for (auto const& [name, code] : {c_solid[1], c_solid[3]})
       EXPECT_EQ(printed("area", oblique, 3, name),
-                Csv(test::Walk(CBresenhamAreaVisitor(Points(oblique), 3, code, border)), 3));
+                Csv(test::Walk(CBresenhamAreaVisitor(PointList(oblique), 3, code, border)), 3));
     for (auto const& [name, code] : c_solid)
       EXPECT_EQ(printed("polygon", oblique, 3, name),
                 Csv(test::Walk(CPolygonVisitor(oblique, 3, code, border)), 3));
@@ -121,9 +121,9 @@ TEST_F(SeluWalk, CornersComeFromAFile) {
   Write("outline.csv", "x,y\n# the outline\n0, 0\r\n\n12,0\n\t12 ,10\n-3,10");
   Write("hole.csv", "2,2\n2,6\n8,6\n8,2\n");
   Write("hole2.csv", "9,7\n10,8\n9,9\n");
-  Points const outline = {{0, 0, 0}, {12, 0, 0}, {12, 10, 0}, {-3, 10, 0}};
-  std::vector<Points> const holes = {{{2, 2, 0}, {2, 6, 0}, {8, 6, 0}, {8, 2, 0}},
-                                     {{9, 7, 0}, {10, 8, 0}, {9, 9, 0}}};
+  PointList const outline = {{0, 0, 0}, {12, 0, 0}, {12, 10, 0}, {-3, 10, 0}};
+  std::vector<PointList> const holes = {{{2, 2, 0}, {2, 6, 0}, {8, 6, 0}, {8, 2, 0}},
+                                        {{9, 7, 0}, {10, 8, 0}, {9, 9, 0}}};
   EXPECT_EQ(Walk({"polygon", "--corners", "outline.csv"}),
             Csv(test::Walk(CPolygonVisitor(outline, 2, NEIGHBORHOOD_8, true)), 2));
   EXPECT_EQ(Walk({"polygon", "--hole", "hole.csv", "--hole", "hole2.csv", "0,0", "12,0", "12,10",
@@ -132,32 +132,33 @@ TEST_F(SeluWalk, CornersComeFromAFile) {
 }
 
 TEST_F(SeluWalk, VolumeGoesAsTheVisitorAndIsClosed) {
-  Points const edges = {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}, {9, 0, 0}, {0, 0, 9}, {9, 0, 0}};
-  Points const path = {{0, 0, 0}, {6, 0, 0}, {6, 5, 0}, {0, 5, 0}, {0, 0, 0}};
+  PointList const edges = {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}, {9, 0, 0}, {0, 0, 9}, {9, 0, 0}};
+  PointList const path = {{0, 0, 0}, {6, 0, 0}, {6, 5, 0}, {0, 5, 0}, {0, 0, 0}};
   for (bool const border : {true, false})
     for (auto const& [name, code] : {c_solid[0], c_solid[3]}) {
       Arguments arguments = With({"volume", "--edges", "--neighborhood", name}, edges, 3);
       Arguments open =
-          With({"volume", "--neighborhood", name}, Points(path.begin(), path.end() - 1), 3);
+          With({"volume", "--neighborhood", name}, PointList(path.begin(), path.end() - 1), 3);
       if (!border) {
         arguments.emplace_back("--without-border");
         open.emplace_back("--without-border");
       }
       EXPECT_EQ(Walk(arguments), Csv(test::Walk(CBresenhamVolumeVisitor(
-                                         Points{edges[0], edges[2], edges[4]},
-                                         Points{edges[1], edges[3], edges[5]}, code, border)),
+                                         PointList{edges[0], edges[2], edges[4]},
+                                         PointList{edges[1], edges[3], edges[5]}, code, border)),
                                      3));
       EXPECT_EQ(Walk(open),
-                Csv(test::Walk(CBresenhamVolumeVisitor(Points(path), code, border)), 3));
+                Csv(test::Walk(CBresenhamVolumeVisitor(PointList(path), code, border)), 3));
     }
 }
 
 TEST_F(SeluWalk, SliceIsExactOrALattice) {
   CSize const size(11, 9, 7);
-  Points const points = {{0, 0, 6}, {10, 0, 1}, {3, 8, 0}};
+  PointList const points = {{0, 0, 6}, {10, 0, 1}, {3, 8, 0}};
   CTriple<double> const normal(1, -2, 2.5);
   CPlaneSection byNormal(normal, 4.5), byPoints(points[0], points[1], points[2]);
-  CCutSlice lattice(normal, 4.5, NEIGHBORHOOD_6), latticeByPoints(Points(points), NEIGHBORHOOD_26);
+  CCutSlice lattice(normal, 4.5, NEIGHBORHOOD_6),
+      latticeByPoints(PointList(points), NEIGHBORHOOD_26);
   byNormal.SetImageSize(size);
   byPoints.SetImageSize(size);
   lattice.SetImageSize(size);

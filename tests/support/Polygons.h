@@ -95,7 +95,7 @@ inline Polygon ConvexPolygon(CRandomNumbers& random, Int reach) {
   for (;;) {
     PointSet cloud;
     for (Int k = random.Between<Int>(3, 12); k > 0; --k) cloud.insert(RandomPoint(random, reach));
-    Points const points(cloud.begin(), cloud.end());
+    PointList const points(cloud.begin(), cloud.end());
     Polygon hull;
     auto const add = [&hull](Point const& p, std::size_t fixed) {
       while (hull.size() > fixed && Turn(hull[hull.size() - 2], hull.back(), p) <= 0)

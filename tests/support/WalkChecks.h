@@ -13,14 +13,14 @@ namespace test {
 /// An area, and the points of its walk in their order.
 struct StAreaCase {
   char const* name;
-  Points corners;
+  PointList corners;
   ORVA::int64 dimension, neighborhood;
   bool border;
-  Points expected;
+  PointList expected;
 };
 
 /// The points of a walk from number `first` on.
-inline Points From(Points const& all, std::size_t first) {
+inline PointList From(PointList const& all, std::size_t first) {
   return {all.begin() + static_cast<std::ptrdiff_t>(first), all.end()};
 }
 
@@ -28,7 +28,7 @@ inline Points From(Points const& all, std::size_t first) {
 template <class Walker>
 void ExpectRewindsAndCopiesAnywhere(Walker walker) {
   walker.Reset();
-  Points const all = Walk(Walker(walker));
+  PointList const all = Walk(Walker(walker));
   ASSERT_EQ(all.size(), walker.Steps());
   Walker assigned = walker;
   for (std::size_t taken = 0; taken <= all.size(); ++taken) {

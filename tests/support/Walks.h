@@ -12,19 +12,19 @@
 namespace test {
 
 using Point = ORVA::CTriple<ORVA::int64>;
-using Points = std::vector<Point>;
+using PointList = std::vector<Point>;
 
 /// The remaining points of the walker; at most `limit`, so that a walk that never ends shows up.
 template <class Walker>
-Points Walk(Walker&& walker, std::size_t limit = 10'000'000) {
-  Points points;
+PointList Walk(Walker&& walker, std::size_t limit = 10'000'000) {
+  PointList points;
   while (walker.MorePoints() && points.size() < limit) points.push_back(walker.NextPoint());
   return points;
 }
 
 /// The points of a box in raster order, both corners included.
-inline Points BoxPoints(Point const& low, Point const& high) {
-  Points points;
+inline PointList BoxPoints(Point const& low, Point const& high) {
+  PointList points;
   for (ORVA::int64 z = low.z; z <= high.z; ++z)
     for (ORVA::int64 y = low.y; y <= high.y; ++y)
       for (ORVA::int64 x = low.x; x <= high.x; ++x) points.emplace_back(x, y, z);
@@ -32,7 +32,7 @@ inline Points BoxPoints(Point const& low, Point const& high) {
 }
 
 /// In raster order, so that sets of points can be compared.
-inline Points Sorted(Points points) {
+inline PointList Sorted(PointList points) {
   std::ranges::sort(points, {}, [](Point const& p) { return std::tuple(p.z, p.y, p.x); });
   return points;
 }

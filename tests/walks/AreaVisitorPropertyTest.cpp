@@ -37,7 +37,7 @@ CBresenhamAreaVisitor Area(Polygon polygon, int64 dimension, int64 neighborhood,
 }
 
 PointSet ExpectDistinctPoints(CBresenhamAreaVisitor area) {
-  test::Points const points = test::Walk(area, 100'000);
+  test::PointList const points = test::Walk(area, 100'000);
   PointSet const distinct(points.begin(), points.end());
   EXPECT_EQ(area.Steps(), points.size());
   EXPECT_EQ(area.empty(), points.empty());
@@ -217,7 +217,7 @@ bool IsNear(Polygon const& polygon, Point const& p, Int halves) {
 }
 
 // The points with which a walk enters and leaves each column.
-PointSet ColumnEnds(test::Points const& points) {
+PointSet ColumnEnds(test::PointList const& points) {
   PointSet ends;
   for (std::size_t i = 0; i < points.size(); ++i)
     if (i == 0 || i + 1 == points.size() || points[i - 1].x != points[i].x ||
@@ -238,7 +238,7 @@ TEST(AreaVisitorProperty, ObliqueConvexOutlinesStayByTheirPlaneInBothNeighborhoo
     SCOPED_TRACE(test::Text(polygon));
     for (auto const& [neighborhood, halves] : c_codes) {
       SCOPED_TRACE(neighborhood);
-      test::Points with;
+      test::PointList with;
       PointSet inside;
       try {
         with = test::Walk(Area(polygon, 3, neighborhood, true));
@@ -283,7 +283,7 @@ TEST(AreaVisitorProperty, PlanesAcrossAnAxisAreWalkedAsInTwoDimensions) {
       for (auto const& [space, plane] :
            {std::pair(NEIGHBORHOOD_6, NEIGHBORHOOD_4), std::pair(NEIGHBORHOOD_26, NEIGHBORHOOD_8)})
         for (bool const border : {true, false}) {
-          test::Points expected = test::Walk(Area(flat, 2, plane, border));
+          test::PointList expected = test::Walk(Area(flat, 2, plane, border));
           for (Point& p : expected) p = lift(p);
           CBresenhamAreaVisitor area = Area(lifted, 3, space, border);
           EXPECT_EQ(area.Steps(), expected.size());

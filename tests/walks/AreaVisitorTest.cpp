@@ -17,16 +17,16 @@ using Impl::CBresenhamAreaVisitor2D;
 using Impl::CBresenhamAreaVisitor3D;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 
 static_assert(RewindableWalker<CBresenhamAreaVisitor>);
 
 constexpr char c_implModule[] = "src/Utils/BresenhamVisitorImpl";
 constexpr char c_module[] = "src/Utils/BresenhamVisitor";
 
-Points WalkArea(Points corners, int64 dimension, int64 neighborhood, bool border) {
+PointList WalkArea(PointList corners, int64 dimension, int64 neighborhood, bool border) {
   CBresenhamAreaVisitor area(corners, dimension, neighborhood, border);
-  Points const points = test::Walk(area);
+  PointList const points = test::Walk(area);
   EXPECT_EQ(area.Steps(), points.size());
   EXPECT_EQ(area.empty(), points.empty());
   return points;
@@ -118,10 +118,10 @@ TEST(AreaVisitor, KnownWalks) {
 }
 
 TEST(AreaVisitor, AVerticalEdgeInsideAChainLosesPointsOrIsRefused) {
-  Points const step{{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {2, 2, 0}, {2, 4, 0}, {0, 4, 0}};
+  PointList const step{{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {2, 2, 0}, {2, 4, 0}, {0, 4, 0}};
   ExpectError([&] { WalkArea(step, 2, NEIGHBORHOOD_8, true); },
               "intern failure in Border Calculation in CBresenhamAreaVisitor2D");
-  Points const split{{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {2, 2, 0}, {0, 2, 0}};
+  PointList const split{{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {2, 2, 0}, {0, 2, 0}};
   EXPECT_EQ(WalkArea(split, 2, NEIGHBORHOOD_8, true).size(), 9u - 1u);
 }
 
@@ -142,27 +142,27 @@ TEST(AreaVisitor, AFoldedLineWhoseWaysOutAndBackDifferIsRefused) {
 
 // Only one of the border line's points in a column is taken off each of its ends.
 TEST(AreaVisitor, WithoutBorderAStaircaseLeavesPointsOfTheOutline) {
-  Points const corners{{0, 0, 0}, {4, 1, 0}, {4, 4, 0}};
-  EXPECT_EQ(WalkArea(corners, 2, NEIGHBORHOOD_8, false), (Points{{2, 1, 0}, {3, 2, 0}}));
+  PointList const corners{{0, 0, 0}, {4, 1, 0}, {4, 4, 0}};
+  EXPECT_EQ(WalkArea(corners, 2, NEIGHBORHOOD_8, false), (PointList{{2, 1, 0}, {3, 2, 0}}));
   EXPECT_EQ(WalkArea(corners, 2, NEIGHBORHOOD_4, false),
-            (Points{{1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {3, 2, 0}, {3, 3, 0}}));
+            (PointList{{1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {3, 2, 0}, {3, 3, 0}}));
 }
 
 TEST(AreaVisitor, TwoCornersOfDimensionOneAreALineAlongX) {
   EXPECT_EQ(WalkArea({{0, 0, 0}, {3, 1, 0}}, 1, NEIGHBORHOOD_8, true),
-            (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+            (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 
 TEST(AreaVisitor, TheCallersCornersAreTakenOver) {
-  Points corners{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
+  PointList corners{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
   CBresenhamAreaVisitor const area(corners, 2, NEIGHBORHOOD_8, true);
   EXPECT_TRUE(corners.empty());
   EXPECT_EQ(corners.capacity(), 0u);
 }
 
 TEST(AreaVisitor, CornersThatAreRefusedStayWithTheCaller) {
-  Points const triangle{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
-  Points corners = triangle;
+  PointList const triangle{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
+  PointList corners = triangle;
   EXPECT_THROW(CBresenhamAreaVisitor(corners, 2, 77, true), CException);
   EXPECT_EQ(corners, triangle);
 }
@@ -177,39 +177,39 @@ TEST(AreaVisitor, ADefaultWalkIsEmpty) {
 }
 
 TEST(AreaVisitor, ResetRewindsEveryModeAnywhere) {
-  Points const lists[] = {{{1, 2, 3}},
-                          {{0, 0, 0}, {3, 1, 2}},
-                          {{0, 0, 4}, {5, 1, 4}, {2, 6, 4}},
-                          {{0, 0, 0}, {6, 0, 6}, {6, 6, 6}, {0, 6, 0}}};
-  for (Points const& corners : lists) {
-    CBresenhamAreaVisitor const area(Points(corners), 3, NEIGHBORHOOD_26, true);
+  PointList const lists[] = {{{1, 2, 3}},
+                             {{0, 0, 0}, {3, 1, 2}},
+                             {{0, 0, 4}, {5, 1, 4}, {2, 6, 4}},
+                             {{0, 0, 0}, {6, 0, 6}, {6, 6, 6}, {0, 6, 0}}};
+  for (PointList const& corners : lists) {
+    CBresenhamAreaVisitor const area(PointList(corners), 3, NEIGHBORHOOD_26, true);
     ASSERT_FALSE(area.empty());
     test::ExpectRewindsAndCopiesAnywhere(area);
   }
 }
 
 TEST(AreaVisitor, PathsBeginAtTheSmallestCornerAndLeaveUpward) {
-  Points const expected{{0, 1, 0}, {2, 4, 0}, {5, 0, 0}, {0, 1, 0}};
-  CBresenhamAreaVisitor const flat(Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 2, NEIGHBORHOOD_8,
+  PointList const expected{{0, 1, 0}, {2, 4, 0}, {5, 0, 0}, {0, 1, 0}};
+  CBresenhamAreaVisitor const flat(PointList{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 2, NEIGHBORHOOD_8,
                                    true);
   EXPECT_EQ(flat.MakePathFitting({{5, 0, 0}, {0, 1, 0}, {2, 4, 0}}), expected);
   EXPECT_EQ(flat.MakePathFitting({{2, 4, 0}, {0, 1, 0}, {5, 0, 0}}), expected);
   EXPECT_TRUE(flat.MakePathFitting({}).empty());
   // Only a 2D walk turns a path.
-  Points const asGiven{{0, 1, 0}, {5, 0, 0}, {2, 4, 0}, {0, 1, 0}};
+  PointList const asGiven{{0, 1, 0}, {5, 0, 0}, {2, 4, 0}, {0, 1, 0}};
   EXPECT_EQ(CBresenhamAreaVisitor().MakePathFitting({{2, 4, 0}, {0, 1, 0}, {5, 0, 0}}), asGiven);
 }
 
 TEST(AreaVisitor, PathsWithANeighborStraightAboveOrOnOneRayAreTurnedAsWell) {
-  CBresenhamAreaVisitor const flat(Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 2, NEIGHBORHOOD_8,
+  CBresenhamAreaVisitor const flat(PointList{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 2, NEIGHBORHOOD_8,
                                    true);
-  Points const up{{0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
+  PointList const up{{0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {0, 3, 0}, {3, 0, 0}}), up);
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {3, 0, 0}, {0, 3, 0}}), up);
-  Points const repeated{{0, 0, 0}, {0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
+  PointList const repeated{{0, 0, 0}, {0, 0, 0}, {0, 3, 0}, {3, 0, 0}, {0, 0, 0}};
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {0, 0, 0}, {0, 3, 0}, {3, 0, 0}}), repeated);
   // Both neighbors of the first corner lie on the ray through (4, 4): the area decides.
-  Points const ray{{0, 0, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}, {0, 0, 0}};
+  PointList const ray{{0, 0, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}, {0, 0, 0}};
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}}), ray);
   EXPECT_EQ(flat.MakePathFitting({{0, 0, 0}, {2, 2, 0}, {4, 2, 0}, {4, 4, 0}}), ray);
 }
@@ -226,7 +226,7 @@ TEST(AreaVisitor, NeighborhoodsOfSpaceBecomeThoseOfThePlane) {
 
 TEST(AreaVisitor, ConvertFillsInTheSharedCoordinate) {
   Point const p(1, 2, 0);
-  auto const area = [](Points corners) {
+  auto const area = [](PointList corners) {
     return CBresenhamAreaVisitor(corners, 3, NEIGHBORHOOD_26, true);
   };
   EXPECT_EQ(area({{9, 0, 0}, {9, 1, 0}, {9, 0, 1}}).Convert(p), Point(9, 1, 2));
@@ -236,9 +236,9 @@ TEST(AreaVisitor, ConvertFillsInTheSharedCoordinate) {
 }
 
 TEST(AreaVisitor, WhatCannotBeBuiltIsRefused) {
-  Points const triangle{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
-  auto const build = [](Points corners, int64 dimension, int64 neighborhood) {
-    return [=] { CBresenhamAreaVisitor(Points(corners), dimension, neighborhood, true); };
+  PointList const triangle{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}};
+  auto const build = [](PointList corners, int64 dimension, int64 neighborhood) {
+    return [=] { CBresenhamAreaVisitor(PointList(corners), dimension, neighborhood, true); };
   };
   for (int64 const dimension : {int64{-1}, int64{0}, int64{4}})
     ExpectError(build(triangle, dimension, NEIGHBORHOOD_8), "No valid dimension!",
@@ -251,7 +251,7 @@ TEST(AreaVisitor, WhatCannotBeBuiltIsRefused) {
               "The area has to have at least three surrounding points, notice that it is necessary "
               "to sign the start point also as endpoint!",
               "ORVA::Impl::CBresenhamAreaVisitor3D::CBresenhamAreaVisitor3D", c_implModule);
-  Points const oblique{{0, 0, 0}, {2, 0, 2}, {0, 2, 2}};
+  PointList const oblique{{0, 0, 0}, {2, 0, 2}, {0, 2, 2}};
   for (int64 const neighborhood : {NEIGHBORHOOD_6, NEIGHBORHOOD_14_2, NEIGHBORHOOD_8})
     ExpectError(build(oblique, 3, neighborhood),
                 "Only 14_1 and 26 are valid neighborhoods for this application.",
@@ -293,7 +293,7 @@ TEST(AreaVisitor, TwoCornersTooFarApartAreRefused) {
 }
 
 TEST(AreaVisitor2D, WalksAClosedPathAndThenStaysAtNothing) {
-  Points path{{0, 0, 0}, {0, 2, 0}, {2, 0, 0}, {0, 0, 0}};
+  PointList path{{0, 0, 0}, {0, 2, 0}, {2, 0, 0}, {0, 0, 0}};
   CBresenhamAreaVisitor2D area(path, NEIGHBORHOOD_8, true);
   EXPECT_EQ(area.GetCurrentStartPoint(), Point(0, 0, 0));
   EXPECT_EQ(area.GetCurrentEndPoint(), Point(0, 2, 0));
@@ -310,7 +310,7 @@ TEST(AreaVisitor2D, WalksAClosedPathAndThenStaysAtNothing) {
 TEST(AreaVisitor2D, APathTheWrongWayRoundDoesNotPair) {
   ExpectError(
       [] {
-        CBresenhamAreaVisitor2D(Points{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0}},
+        CBresenhamAreaVisitor2D(PointList{{0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}, {0, 0, 0}},
                                 NEIGHBORHOOD_8, true);
       },
       "intern failure in Border Calculation in CBresenhamAreaVisitor2D",
@@ -318,8 +318,8 @@ TEST(AreaVisitor2D, APathTheWrongWayRoundDoesNotPair) {
 }
 
 TEST(AreaVisitor3D, OneOrientationPairsAndTheOtherDoesNot) {
-  Points const path{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}};
-  CBresenhamAreaVisitor3D area(Points(path), NEIGHBORHOOD_26, true);
+  PointList const path{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}};
+  CBresenhamAreaVisitor3D area(PointList(path), NEIGHBORHOOD_26, true);
   EXPECT_TRUE(area.IsPairedByColumn());
   EXPECT_EQ(test::Walk(area).size(), 15u);
   EXPECT_EQ(area.NextPoint(), Point());
@@ -328,7 +328,9 @@ TEST(AreaVisitor3D, OneOrientationPairsAndTheOtherDoesNot) {
   ExpectError([&] { static_cast<void>(area.GetCurrentEndPoint()); }, "index not valid",
               "ORVA::Impl::CBresenhamAreaVisitor3D::GetCurrentEndPoint", c_implModule);
   ExpectError(
-      [&] { CBresenhamAreaVisitor3D(Points(path.rbegin(), path.rend()), NEIGHBORHOOD_26, true); },
+      [&] {
+        CBresenhamAreaVisitor3D(PointList(path.rbegin(), path.rend()), NEIGHBORHOOD_26, true);
+      },
       "Failure in Start- and Endpoints", "ORVA::Impl::CBresenhamAreaVisitor3D::EraseUselessBorders",
       c_implModule);
 }
@@ -336,8 +338,8 @@ TEST(AreaVisitor3D, OneOrientationPairsAndTheOtherDoesNot) {
 // Marking more of the border by hand, without pairing it anew.
 TEST(AreaVisitor2D, LimitsWithoutAPartnerAreNoRuns) {
   Impl::CBresenhamVisitor2D const edge(9, 2, NEIGHBORHOOD_8);
-  CBresenhamAreaVisitor2D area(Points{{0, 0, 0}, {0, 4, 0}, {4, 0, 0}, {0, 0, 0}}, NEIGHBORHOOD_8,
-                               true);
+  CBresenhamAreaVisitor2D area(PointList{{0, 0, 0}, {0, 4, 0}, {4, 0, 0}, {0, 0, 0}},
+                               NEIGHBORHOOD_8, true);
   area.SignStartPoints({20, 0, 0}, edge);
   area.CountSteps();
   EXPECT_EQ(area.Steps(), 15u);
@@ -355,9 +357,9 @@ TEST(AreaVisitor2D, LimitsWithoutAPartnerAreNoRuns) {
 
 TEST(AreaVisitor3D, LimitsWithoutAPartnerAreNoRuns) {
   Impl::CBresenhamVisitor3D const edge(Point(9, 2, 1), NEIGHBORHOOD_26);
-  CBresenhamAreaVisitor3D area(Points{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}}, NEIGHBORHOOD_26,
-                               true);
-  Points const all = test::Walk(CBresenhamAreaVisitor3D(area));
+  CBresenhamAreaVisitor3D area(PointList{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}},
+                               NEIGHBORHOOD_26, true);
+  PointList const all = test::Walk(CBresenhamAreaVisitor3D(area));
   area.SignStartPoints({20, 0, 0}, edge);
   area.CountSteps();
   EXPECT_EQ(area.Steps(), all.size());
@@ -371,8 +373,8 @@ TEST(AreaVisitor3D, LimitsWithoutAPartnerAreNoRuns) {
 }
 
 TEST(AreaVisitor, DiagnosticsNameWhatTheyPrint) {
-  Points const path{{0, 0, 0}, {0, 1, 1}, {1, 0, 1}, {0, 0, 0}};
-  CBresenhamAreaVisitor3D const area(Points(path), NEIGHBORHOOD_26, true);
+  PointList const path{{0, 0, 0}, {0, 1, 1}, {1, 0, 1}, {0, 0, 0}};
+  CBresenhamAreaVisitor3D const area(PointList(path), NEIGHBORHOOD_26, true);
   testing::internal::CaptureStdout();
   area.PrintBorder();
   area.PrintStatus();

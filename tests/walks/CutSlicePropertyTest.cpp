@@ -18,8 +18,8 @@
 using namespace ORVA;
 using test::CRandomNumbers;
 using test::Point;
+using test::PointList;
 using test::Walk;
-using PointList = test::Points;
 
 namespace {
 

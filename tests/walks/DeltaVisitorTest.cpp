@@ -14,7 +14,7 @@
 using namespace ORVA;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 using test::Walk;
 using Direction = CTriple<double>;
 
@@ -58,30 +58,30 @@ TEST(DeltaLines, AlongXAreTheRowsOfTheImage) {
 
 TEST(DeltaLines, AlongYAreTheColumns) {
   EXPECT_EQ(Walk(Lines({0, 1, 0}, {2, 3, 1})),
-            (Points{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {1, 0, 0}, {1, 1, 0}, {1, 2, 0}}));
+            (PointList{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {1, 0, 0}, {1, 1, 0}, {1, 2, 0}}));
 }
 
 TEST(DeltaLines, AlongZAreHandedOutWithTheirAxesRotated) {
   // A line runs through the image's z and is handed out along y.
   EXPECT_EQ(Walk(Lines({0, 0, 1}, {1, 2, 3})),
-            (Points{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {1, 0, 0}, {1, 1, 0}, {1, 2, 0}}));
+            (PointList{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}, {1, 0, 0}, {1, 1, 0}, {1, 2, 0}}));
 }
 
 TEST(DeltaLines, RunAgainstTheMainAxisWhereItIsNegative) {
   EXPECT_EQ(Walk(Lines({-1, 0, 0}, {3, 2, 1})),
-            (Points{{2, 0, 0}, {1, 0, 0}, {0, 0, 0}, {2, 1, 0}, {1, 1, 0}, {0, 1, 0}}));
+            (PointList{{2, 0, 0}, {1, 0, 0}, {0, 0, 0}, {2, 1, 0}, {1, 1, 0}, {0, 1, 0}}));
 }
 
 TEST(DeltaLines, WrapAroundAtTheImageBorder) {
   auto const lines = Lines({1, 1, 0}, {3, 2, 1});
   EXPECT_EQ(Walk(CDeltaVisitor(lines)),
-            (Points{{0, 0, 0}, {1, 1, 0}, {2, 0, 0}, {0, 1, 0}, {1, 0, 0}, {2, 1, 0}}));
+            (PointList{{0, 0, 0}, {1, 1, 0}, {2, 0, 0}, {0, 1, 0}, {1, 0, 0}, {2, 1, 0}}));
   EXPECT_EQ(Borders(lines), (std::vector<bool>{1, 0, 1, 1, 1, 0}));
 }
 
 TEST(DeltaLines, OfANegativeMinorComponentEndEarly) {
   // The first line starts in the last row, and the rows before it are never reached.
-  EXPECT_EQ(Walk(Lines({1, -1, 0}, {3, 3, 1})), (Points{{0, 2, 0}, {1, 1, 0}, {2, 0, 0}}));
+  EXPECT_EQ(Walk(Lines({1, -1, 0}, {3, 3, 1})), (PointList{{0, 2, 0}, {1, 1, 0}, {2, 0, 0}}));
 }
 
 TEST(DeltaLines, HaveNoPointsBeforeAnImageIsSet) {
@@ -185,21 +185,21 @@ TEST(DeltaLines, NewImageOrDirectionStartsAnew) {
   lines.SetImageSize(CSize(2, 2));
   EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {1, 1, 0}));
   lines.SetDirection(Direction(0, 1, 0));
-  EXPECT_EQ(Walk(lines), (Points{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
 }
 
 TEST(ParallelLines, RunTheWayTheDirectionPoints) {
-  EXPECT_EQ(Walk(Lines<CParallelLineVisitor>({1, -1, 0}, {3, 3, 1})), (Points{{0, 2, 0},
-                                                                              {1, 1, 0},
-                                                                              {2, 0, 0},
-                                                                              {0, 1, 0},
-                                                                              {1, 0, 0},
-                                                                              {2, 2, 0},
-                                                                              {0, 0, 0},
-                                                                              {1, 2, 0},
-                                                                              {2, 1, 0}}));
+  EXPECT_EQ(Walk(Lines<CParallelLineVisitor>({1, -1, 0}, {3, 3, 1})), (PointList{{0, 2, 0},
+                                                                                 {1, 1, 0},
+                                                                                 {2, 0, 0},
+                                                                                 {0, 1, 0},
+                                                                                 {1, 0, 0},
+                                                                                 {2, 2, 0},
+                                                                                 {0, 0, 0},
+                                                                                 {1, 2, 0},
+                                                                                 {2, 1, 0}}));
   EXPECT_EQ(Walk(Lines<CParallelLineVisitor>({0, 0, -1}, {1, 2, 2})),
-            (Points{{0, 0, 1}, {0, 0, 0}, {0, 1, 1}, {0, 1, 0}}));
+            (PointList{{0, 0, 1}, {0, 0, 0}, {0, 1, 1}, {0, 1, 0}}));
 }
 
 TEST(ParallelLines, AreThoseOfTheDeltaWalkWhereThatCovers) {

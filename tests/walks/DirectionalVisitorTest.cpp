@@ -12,7 +12,7 @@
 using namespace ORVA;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 using test::Walk;
 
 namespace {
@@ -38,52 +38,52 @@ TEST(DirectionalLines, RunThroughTheBoxOneAfterTheOther) {
 }
 
 TEST(DirectionalLines, DiagonalOnesStartOnTwoFaces) {
-  EXPECT_EQ(Walk(Lines({2, 2, 0}, {1, 1, 0})), (Points{{0, 0, 0},
-                                                       {1, 1, 0},
-                                                       {2, 2, 0},
-                                                       {0, 1, 0},
-                                                       {1, 2, 0},
-                                                       {0, 2, 0},
-                                                       {1, 0, 0},
-                                                       {2, 1, 0},
-                                                       {2, 0, 0}}));
+  EXPECT_EQ(Walk(Lines({2, 2, 0}, {1, 1, 0})), (PointList{{0, 0, 0},
+                                                          {1, 1, 0},
+                                                          {2, 2, 0},
+                                                          {0, 1, 0},
+                                                          {1, 2, 0},
+                                                          {0, 2, 0},
+                                                          {1, 0, 0},
+                                                          {2, 1, 0},
+                                                          {2, 0, 0}}));
 }
 
 TEST(DirectionalLines, NegativeDirectionsStartAtTheFarFaces) {
   EXPECT_EQ(Walk(Lines({2, 1, 0}, {-1, 0, 0})),
-            (Points{{2, 0, 0}, {1, 0, 0}, {0, 0, 0}, {2, 1, 0}, {1, 1, 0}, {0, 1, 0}}));
+            (PointList{{2, 0, 0}, {1, 0, 0}, {0, 0, 0}, {2, 1, 0}, {1, 1, 0}, {0, 1, 0}}));
   // The low y face goes first, then the high x face without the voxel that both share.
   EXPECT_EQ(Walk(Lines({1, 1, 0}, {-1, 1, 0})),
-            (Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}));
+            (PointList{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}));
 }
 
 TEST(DirectionalLines, AreClippedToTheImage) {
   CDirectionalVisitor lines(Point(-3, -3, -3), Point(50, 50, 50), Point(0, 1, 0));
   lines.SetImageSize(CSize(2, 2));
   EXPECT_EQ(lines.Steps(), 4U);
-  EXPECT_EQ(Walk(lines), (Points{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
+  EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
   lines.SetImageSize(Point(1, 2, 1));
-  EXPECT_EQ(Walk(lines), (Points{{0, 0, 0}, {0, 1, 0}}));
+  EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}}));
 }
 
 TEST(DirectionalLines, NewDirectionStartsAnew) {
   auto lines = Lines({1, 1, 0}, {1, 0, 0});
   (void)lines.NextPoint();
   lines.SetDirection(Point(0, -1, 0));
-  EXPECT_EQ(Walk(lines), (Points{{0, 1, 0}, {0, 0, 0}, {1, 1, 0}, {1, 0, 0}}));
+  EXPECT_EQ(Walk(lines), (PointList{{0, 1, 0}, {0, 0, 0}, {1, 1, 0}, {1, 0, 0}}));
 }
 
 TEST(DirectionalLines, DirectionAloneAlsoPreparesTheWalk) {
   CDirectionalVisitor lines(Point(5, 5, 5), Point(6, 5, 5), Point(0, 0, 1));
   lines.SetDirection(Point(1, 0, 0));
-  EXPECT_EQ(Walk(lines), (Points{{5, 5, 5}, {6, 5, 5}}));
+  EXPECT_EQ(Walk(lines), (PointList{{5, 5, 5}, {6, 5, 5}}));
 }
 
 TEST(DirectionalLines, UnpreparedWalkIsALineFromTheOrigin) {
   EXPECT_EQ(Walk(CDirectionalVisitor(Point(5, 5, 5), Point(6, 5, 5), Point(1, 0, 0))),
-            (Points{{0, 0, 0}}));
+            (PointList{{0, 0, 0}}));
   EXPECT_EQ(Walk(CDirectionalVisitor(Point(0, 0, 0), Point(1, 1, 0), Point(1, 1, 0))),
-            (Points{{0, 0, 0}, {1, 1, 0}}));
+            (PointList{{0, 0, 0}, {1, 1, 0}}));
 }
 
 TEST(DirectionalLines, InvalidDirectionIsRefusedAndChangesNothing) {
@@ -95,7 +95,7 @@ TEST(DirectionalLines, InvalidDirectionIsRefusedAndChangesNothing) {
     ExpectError([&] { lines.SetDirection(direction); }, c_message,
                 "ORVA::CDirectionalVisitor::SetDirection", "src/Utils/ImageWalker");
   }
-  EXPECT_EQ(Walk(lines), (Points{{0, 0, 0}, {1, 0, 0}}));
+  EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {1, 0, 0}}));
 }
 
 TEST(DirectionalLines, NullDirectionHasNoFaces) {
@@ -109,12 +109,12 @@ TEST(DirectionalLines, NullDirectionHasNoFaces) {
 }
 
 TEST(DirectionalLines, FirstFaceOfOneVoxelEndsTheWalkAfterItsLine) {
-  EXPECT_EQ(Walk(Lines({2, 0, 0}, {1, 1, 0})), (Points{{0, 0, 0}}));
-  EXPECT_EQ(Walk(Lines({2, 0, 0}, {1, 0, 0})), (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}));
+  EXPECT_EQ(Walk(Lines({2, 0, 0}, {1, 1, 0})), (PointList{{0, 0, 0}}));
+  EXPECT_EQ(Walk(Lines({2, 0, 0}, {1, 0, 0})), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}));
 }
 
 TEST(DirectionalLines, FaceThatAThinBoxLeavesEmptyIsSkipped) {
-  EXPECT_EQ(Walk(Lines({0, 2, 0}, {1, 1, 0})), (Points{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}}));
+  EXPECT_EQ(Walk(Lines({0, 2, 0}, {1, 1, 0})), (PointList{{0, 0, 0}, {0, 1, 0}, {0, 2, 0}}));
 }
 
 TEST(DirectionalLines, BoxOutsideTheImageHasNoPoints) {

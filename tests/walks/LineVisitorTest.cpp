@@ -16,7 +16,7 @@
 using namespace ORVA;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 using test::Walk;
 
 namespace {
@@ -42,14 +42,14 @@ Point EndOf(CTriple<double> const& direction, double length, Point const& start 
 TEST(LineVisitor, HandsOutTheLineFromStartToEnd) {
   auto line = Plane({0, 0, 0}, {3, 1, 0});
   EXPECT_EQ(line.LastStep(), 3);
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 0, 0}, {2, 1, 0}, {3, 1, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 1, 0}, {3, 1, 0}}));
   EXPECT_FALSE(line.MorePoints());
 }
 
 TEST(LineVisitor, WithoutEndPointsSkipsBothEnds) {
   auto line = Plane({0, 0, 0}, {3, 1, 0}, false);
   EXPECT_EQ(line.LastStep(), 1);
-  EXPECT_EQ(Walk(line), (Points{{1, 0, 0}, {2, 1, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{1, 0, 0}, {2, 1, 0}}));
 }
 
 TEST(LineVisitor, StepsCountMovesAndGoBelowZeroWithoutEndPoints) {
@@ -82,16 +82,16 @@ TEST(LineVisitor, StepsCountMovesAndGoBelowZeroWithoutEndPoints) {
 
 TEST(LineVisitor, OneDimensionWalksAlongXAlone) {
   CBresenhamVisitor line(Point(5, 7, 8), Point(2, 100, -3), 1, 77, true);
-  EXPECT_EQ(Walk(line), (Points{{5, 7, 8}, {4, 7, 8}, {3, 7, 8}, {2, 7, 8}}));
+  EXPECT_EQ(Walk(line), (PointList{{5, 7, 8}, {4, 7, 8}, {3, 7, 8}, {2, 7, 8}}));
 }
 
 TEST(LineVisitor, PlaneWalkStaysInItsSlice) {
-  EXPECT_EQ(Walk(Plane({1, 1, 4}, {2, 2, 9})), (Points{{1, 1, 4}, {2, 2, 4}}));
+  EXPECT_EQ(Walk(Plane({1, 1, 4}, {2, 2, 9})), (PointList{{1, 1, 4}, {2, 2, 4}}));
 }
 
 TEST(LineVisitor, SizesServeAsPoints) {
   CBresenhamVisitor line(CSize(1, 2, 3), CSize(3, 2, 3), 3, NEIGHBORHOOD_6, true);
-  EXPECT_EQ(Walk(line), (Points{{1, 2, 3}, {2, 2, 3}, {3, 2, 3}}));
+  EXPECT_EQ(Walk(line), (PointList{{1, 2, 3}, {2, 2, 3}, {3, 2, 3}}));
 }
 
 TEST(LineVisitor, FurtherCallsStayAtTheEnd) {
@@ -144,7 +144,7 @@ TEST(LineVisitor, MaskWalkStartsAtTheOriginWithEndPoints) {
   CBresenhamVisitor line(Point(2, 2, -2), 2);
   EXPECT_EQ(line.Neighborhood(), 0);
   EXPECT_EQ(line.Dim(), 3);
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 1, -1}, {2, 2, -2}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 1, -1}, {2, 2, -2}}));
 }
 
 TEST(LineVisitor, StepIsTheMoveOfTheWalk) {
@@ -208,7 +208,7 @@ TEST(LineVisitor, EachResetWithoutEndPointsTakesTwoFurtherPointsOff) {
   for (std::size_t const left : {4U, 2U, 0U, 0U}) {
     line.Reset();
     auto const points = Walk(line);
-    EXPECT_EQ(points, Points(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(left)));
+    EXPECT_EQ(points, PointList(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(left)));
     EXPECT_EQ(line.LastStep(), 5); // the line itself is as long as ever
   }
 }
@@ -262,11 +262,11 @@ TEST(LineVisitor, ErrorsOfTheLineItselfPassThrough) {
 }
 
 TEST(LineVisitor, WalksUpToTheEndsOfTheRange) {
-  Points const top{{c_max - 2, 0, 0}, {c_max - 1, 0, 0}, {c_max, 0, 0}};
+  PointList const top{{c_max - 2, 0, 0}, {c_max - 1, 0, 0}, {c_max, 0, 0}};
   CBresenhamVisitor up(top.front(), top.back(), 3, NEIGHBORHOOD_26, true);
   EXPECT_EQ(Walk(up), top);
   EXPECT_EQ(up.NextPoint(), top.back());
-  Points const bottom{{0, c_min + 1, 0}, {0, c_min, 0}};
+  PointList const bottom{{0, c_min + 1, 0}, {0, c_min, 0}};
   EXPECT_EQ(Walk(Plane(bottom.front(), bottom.back())), bottom);
 }
 
@@ -289,7 +289,7 @@ TEST(LineVisitor, LineThatLeavesTheRangeIsRefused) {
 
 TEST(LineVisitor, AxesThatAreNotWalkedMayDifferByAnything) {
   EXPECT_EQ(Walk(CBresenhamVisitor(Point(0, c_min, c_max), Point(1, c_max, c_min), 1, 0, true)),
-            (Points{{0, c_min, c_max}, {1, c_min, c_max}}));
+            (PointList{{0, c_min, c_max}, {1, c_min, c_max}}));
 }
 
 TEST(LineVisitor, CopiesWalkIndependently) {
@@ -297,7 +297,7 @@ TEST(LineVisitor, CopiesWalkIndependently) {
   auto const points = Walk(Plane({0, 0, 0}, {5, 2, 0}));
   for (std::size_t k = 0; k < points.size(); ++k) {
     auto copy = line;
-    EXPECT_EQ(Walk(copy), Points(points.begin() + static_cast<std::ptrdiff_t>(k), points.end()));
+    EXPECT_EQ(Walk(copy), PointList(points.begin() + static_cast<std::ptrdiff_t>(k), points.end()));
     EXPECT_EQ(line.NextPoint(), points[k]);
   }
 }
@@ -338,7 +338,7 @@ TEST(SelectedLine, IsThePartInsideTheImage) {
   EXPECT_FALSE(line.empty());
   EXPECT_EQ(line.Step(2), Point(1, 0, 0));
   EXPECT_EQ(line.Step(3), Point());
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 
 TEST(SelectedLine, LooksOnlyAtTheAxesOfItsDimension) {
@@ -364,7 +364,7 @@ TEST(SelectedLine, ThatNeverEntersHandsOutTheLastPointTried) {
   CBresenhamVisitorSelect line(Point(-3, 5, 0), Point(3, 5, 0), 2, NEIGHBORHOOD_8, true);
   line.SetImageSize(CSize(4, 4));
   EXPECT_TRUE(line.empty());
-  EXPECT_EQ(Walk(line), (Points{{3, 5, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{3, 5, 0}}));
 }
 
 TEST(SelectedLine, ImageWithoutExtentSelectsNothing) {
@@ -379,7 +379,7 @@ TEST(SelectedLine, WithoutEndPointsSearchesFromTheFromPoint) {
   CBresenhamVisitorSelect line(Point(0, 0, 0), Point(4, 2, 0), 2, NEIGHBORHOOD_8, false);
   line.SetImageSize(CSize(10, 10));
   // The from point, then the moves after the line's first.
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 0, 0}, {2, 1, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 1, 0}}));
 }
 
 TEST(SelectedLine, IsSelectedOnceAndOnlyRewoundAfterwards) {
@@ -387,25 +387,25 @@ TEST(SelectedLine, IsSelectedOnceAndOnlyRewoundAfterwards) {
   line.SetImageSize(CSize(4, 1));
   (void)line.NextPoint();
   line.SetImageSize(CSize(2, 1));
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 
 TEST(SelectedLine, BeforeAnImageIsSetItIsTheStartPointAlone) {
   CBresenhamVisitorSelect line(Point(2, 3, 0), Point(5, 3, 0), 2, NEIGHBORHOOD_8, true);
   EXPECT_TRUE(line.empty());
   EXPECT_EQ(line.TestNextPoint(), Point(2, 3, 0));
-  EXPECT_EQ(Walk(line), (Points{{2, 3, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{2, 3, 0}}));
   line.Reset();
-  EXPECT_EQ(Walk(line), (Points{{2, 3, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{2, 3, 0}}));
 }
 
 TEST(SelectedLine, OtherConstructors) {
   CBresenhamVisitorSelect sizes(CSize(1, 1, 0), CSize(3, 1, 0), 2, NEIGHBORHOOD_8, true);
   sizes.SetImageSize(CSize(3, 3));
-  EXPECT_EQ(Walk(sizes), (Points{{1, 1, 0}, {2, 1, 0}}));
+  EXPECT_EQ(Walk(sizes), (PointList{{1, 1, 0}, {2, 1, 0}}));
   CBresenhamVisitorSelect mask(Point(3, 3, 3), 7);
   mask.SetImageSize(CSize(3, 2, 3));
-  EXPECT_EQ(Walk(mask), (Points{{0, 0, 0}, {1, 1, 1}}));
+  EXPECT_EQ(Walk(mask), (PointList{{0, 0, 0}, {1, 1, 1}}));
 }
 
 TEST(SelectedLine, ErrorsNameTheirPlace) {
@@ -424,7 +424,7 @@ TEST(SelectedLine, FailedSelectionCanBeRepeated) {
     EXPECT_THROW(line.SetImageSize(CSize(4, 1)), std::bad_alloc);
   }
   line.SetImageSize(CSize(4, 1));
-  EXPECT_EQ(Walk(line), (Points{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 
 TEST(SelectedLine, CopiesCarryTheSelectionAndWalkIndependently) {
@@ -432,8 +432,8 @@ TEST(SelectedLine, CopiesCarryTheSelectionAndWalkIndependently) {
   line.SetImageSize(CSize(4, 1));
   (void)line.NextPoint();
   auto copy = line;
-  EXPECT_EQ(Walk(copy), (Points{{1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
-  EXPECT_EQ(Walk(line), (Points{{1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(Walk(copy), (PointList{{1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+  EXPECT_EQ(Walk(line), (PointList{{1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
   copy.SetImageSize(CSize(1, 1));
   EXPECT_EQ(Walk(copy).size(), 4U);
 }
@@ -450,5 +450,5 @@ TEST(VisitPoint, HandsOutItsPointOnce) {
   EXPECT_EQ(visit.NextPoint(), Point());
   EXPECT_EQ(visit.Steps(), 1);
   visit.Reset();
-  EXPECT_EQ(Walk(visit), (Points{{1, 2, 3}}));
+  EXPECT_EQ(Walk(visit), (PointList{{1, 2, 3}}));
 }

@@ -16,7 +16,7 @@ using test::Point;
 using test::PointSet;
 using test::Polygon;
 
-test::Points Expected(std::vector<Polygon> const& rings, int64 neighborhood, bool border) {
+test::PointList Expected(std::vector<Polygon> const& rings, int64 neighborhood, bool border) {
   PointSet points = test::LatticePoints(rings, border);
   for (Point const& p : test::BorderLine(rings, neighborhood)) {
     if (border) {
@@ -28,7 +28,7 @@ test::Points Expected(std::vector<Polygon> const& rings, int64 neighborhood, boo
   return {points.begin(), points.end()};
 }
 
-void ExpectWalk(CPolygonVisitor polygon, test::Points const& expected) {
+void ExpectWalk(CPolygonVisitor polygon, test::PointList const& expected) {
   EXPECT_EQ(polygon.Steps(), expected.size());
   EXPECT_EQ(polygon.empty(), expected.empty());
   EXPECT_EQ(test::Walk(polygon), expected);
@@ -140,7 +140,7 @@ TEST(PolygonVisitorProperty, ObliquePolygonsHoldOneVoxelAColumn) {
     for (auto const& [space, xy, xz, yz] : c_neighborhoods) {
       int64 const flat = axis == 2 ? xy : axis == 1 ? xz : yz;
       for (bool const border : {true, false}) {
-        test::Points expected = Expected({seen}, flat, border);
+        test::PointList expected = Expected({seen}, flat, border);
         for (Point& p : expected)
           p = OnPlane(WithComponent(WithComponent({}, u, p.x), v, p.y), axis, normal,
                       polygon.front());

@@ -15,7 +15,7 @@ namespace {
 using namespace ORVA;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 
 static_assert(RewindableWalker<CPolygonVisitor>);
 
@@ -86,8 +86,8 @@ TEST(PolygonVisitor, KnownWalks) {
 }
 
 TEST(PolygonVisitor, AHoleKeepsItsBorderAndOnlyThat) {
-  Points const outline{{0, 0, 0}, {6, 0, 0}, {6, 6, 0}, {0, 6, 0}};
-  Points const hole{{2, 2, 0}, {2, 4, 0}, {4, 4, 0}, {4, 2, 0}};
+  PointList const outline{{0, 0, 0}, {6, 0, 0}, {6, 6, 0}, {0, 6, 0}};
+  PointList const hole{{2, 2, 0}, {2, 4, 0}, {4, 4, 0}, {4, 2, 0}};
   EXPECT_EQ(CPolygonVisitor(outline, {hole}, 2, NEIGHBORHOOD_8, true).Steps(), 49u - 1u);
   EXPECT_EQ(CPolygonVisitor(outline, {hole}, 2, NEIGHBORHOOD_8, false).Steps(), 25u - 9u);
 }
@@ -103,7 +103,7 @@ TEST(PolygonVisitor, RunsInARangeLoop) {
 TEST(PolygonVisitor, BadArgumentsAreRefusedByName) {
   constexpr int64 low = std::numeric_limits<int64>::min(), high = std::numeric_limits<int64>::max();
   struct {
-    Points corners;
+    PointList corners;
     int64 dimension, neighborhood;
     char const* message;
   } const cases[] = {

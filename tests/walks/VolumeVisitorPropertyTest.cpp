@@ -20,8 +20,8 @@ using namespace ORVA;
 using test::BoxPoints;
 using test::CRandomNumbers;
 using test::Point;
+using test::PointList;
 using test::Walk;
-using PointList = test::Points;
 
 namespace {
 

@@ -17,10 +17,9 @@ using namespace ORVA;
 using test::BoxPoints;
 using test::ExpectError;
 using test::Point;
+using test::PointList;
 using test::Sorted;
 using test::Walk;
-// test::Points is the list of points; the range over a walker is ORVA::Points.
-using PointList = test::Points;
 
 static_assert(RewindableWalker<CBresenhamVolumeVisitor>);
 

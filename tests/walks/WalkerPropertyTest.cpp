@@ -22,7 +22,7 @@
 using namespace ORVA;
 using test::BoxPoints;
 using test::Point;
-using test::Points;
+using test::PointList;
 using test::Sorted;
 using test::Walk;
 
@@ -40,8 +40,8 @@ bool IsInside(Point const& p, Point const& low, Point const& high) {
          p.z <= high.z;
 }
 
-Points InsideOf(Points const& points, Point const& low, Point const& high) {
-  Points inside;
+PointList InsideOf(PointList const& points, Point const& low, Point const& high) {
+  PointList inside;
   for (Point const& p : points)
     if (IsInside(p, low, high)) inside.push_back(p);
   return inside;
@@ -107,7 +107,7 @@ void CheckParallelLines(CTriple<double> const& direction, Point const& extents) 
   lines.SetImageSize(extents);
   auto const axis = static_cast<std::size_t>(MainAxis(direction));
   std::array<double, 3> const d = {direction.x, direction.y, direction.z};
-  Points points;
+  PointList points;
   while (lines.MorePoints()) {
     Point const p = lines.NextPoint();
     if (!lines.BorderPoint()) { // the next voxel of its line, the way the direction points
@@ -152,7 +152,7 @@ TEST(DirectionalProperty, AllDirectionsCoverAllBoxesInStraightLines) {
       CDirectionalVisitor lines(Point(0, 0, 0), last, d);
       lines.SetImageSize(extents);
       // Every line in turn, from its first voxel to the last one before it leaves the box.
-      Points points;
+      PointList points;
       std::size_t starts = 0;
       while (lines.MorePoints()) {
         points.push_back(lines.NextPoint());
@@ -257,6 +257,7 @@ TEST(SelectedLineProperty, IsTheFirstRunOfInsidePoints) {
     auto const end = std::find_if_not(begin, points.end(), isInside);
     SCOPED_TRACE(testing::Message() << testing::PrintToString(from) << testing::PrintToString(to)
                                     << dimension << ' ' << code);
-    ASSERT_EQ(Walk(selected), begin == points.end() ? Points{points.back()} : Points(begin, end));
+    ASSERT_EQ(Walk(selected),
+              begin == points.end() ? PointList{points.back()} : PointList(begin, end));
   }
 }

@@ -20,9 +20,8 @@
 
 using namespace ORVA;
 using test::Point;
+using test::PointList;
 using test::Walk;
-// test::Points is the list of points; the range over a walker is ORVA::Points.
-using PointList = test::Points;
 
 namespace {
 

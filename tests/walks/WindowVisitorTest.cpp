@@ -11,7 +11,7 @@
 using namespace ORVA;
 using test::ExpectError;
 using test::Point;
-using test::Points;
+using test::PointList;
 using test::Walk;
 
 namespace {
@@ -29,7 +29,7 @@ TEST(Window, IsWalkedInRasterOrder) {
   CWindowVisitor window(Point(0, 0, 0), Point(1, 1, 0));
   EXPECT_EQ(window.Steps(), 4U);
   EXPECT_FALSE(window.empty());
-  EXPECT_EQ(Walk(window), (Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}));
+  EXPECT_EQ(Walk(window), (PointList{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}));
   ExpectOver(window);
   EXPECT_EQ(window.Steps(), 4U);
 }
@@ -45,7 +45,7 @@ TEST(Window, ByDefaultIsAnOriginAlreadyWalked) {
   EXPECT_EQ(window.Steps(), 1U);
   ExpectOver(window);
   window.SetImageSize(CSize(4, 4));
-  EXPECT_EQ(Walk(window), (Points{{0, 0, 0}}));
+  EXPECT_EQ(Walk(window), (PointList{{0, 0, 0}}));
 }
 
 TEST(Window, IsClippedToTheImageAndStartsAnew) {
@@ -89,7 +89,7 @@ TEST(Window, ImageWithoutExtentLeavesNoPoints) {
 TEST(Window, ReachesToTheEndsOfTheRange) {
   CWindowVisitor top(Point(c_max - 1, c_max, c_max), Point(c_max, c_max, c_max));
   EXPECT_EQ(top.Steps(), 2U);
-  EXPECT_EQ(Walk(top), (Points{{c_max - 1, c_max, c_max}, {c_max, c_max, c_max}}));
+  EXPECT_EQ(Walk(top), (PointList{{c_max - 1, c_max, c_max}, {c_max, c_max, c_max}}));
   ExpectOver(top);
   CWindowVisitor bottom(Point(c_min, c_min, c_min), Point(c_min + 1, c_min, c_min));
   EXPECT_EQ(Walk(bottom).size(), 2U);

@@ -1,7 +1,7 @@
 // Turns directions about the z axis into directions about another axis.
 //
-//   Impl::CAxisFrame const frame(axis);
-//   if (!frame.IsZAxis()) d = frame.FromZ(d);
+//   Impl::CAxisFrame const frame(CPolarCoordinates(1.0, 0.0, 0.0));
+//   CTriple<double> const d = frame.FromZ({0.0, 0.0, 1.0});      // (1, 0, 0)
 #pragma once
 
 #include <SeluUtils/EulerRotation.h>

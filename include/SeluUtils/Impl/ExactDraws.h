@@ -1,10 +1,11 @@
 // What the exact distributions share: draws from the shared source, from a given one, and of arrays.
 //
-//   class CFlat final : public Impl::CExactDraws<CFlat, double> {
-//     friend CDraws;
-//     template <RandomSource Source>
-//     double Draw(Source& source) const { return Impl::UnitUniform(source); }
-//   };
+//   #include <SeluUtils/Random/ExactNormal.h>
+//   CExactNormal const noise(0.0, 2.5);
+//   CRandomSource source(42);
+//   double const value = noise(source);       // CExactNormal has a Draw, the rest is from here
+//   double values[100];
+//   noise.Fill(values, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

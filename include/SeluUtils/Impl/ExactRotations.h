@@ -1,11 +1,11 @@
 // What the exact distributions of rotations share: from a direction to a rotation about it, and
 // draws from the shared source, from a given one, and of arrays.
 //
-//   class CEven final : public Impl::CExactRotations<CEven> {
-//     friend CExactRotations;
-//     template <RandomSource Source>
-//     CTriple<double> DrawDirection(Source& source) const { return Impl::UnitVector(source); }
-//   };
+//   #include <SeluUtils/Random/ExactVonMisesFisher.h>
+//   CExactVonMisesFisher const bundle(50.0, CPolarCoordinates(1.0, 0.5));
+//   CRandomSource source(42);
+//   CQuaternion const q = bundle.Quaternion(source);   // CExactVonMisesFisher draws directions,
+//   CEulerRotation const r = bundle(source);           // the rest is from here
 #pragma once
 
 #include <SeluUtils/EulerRotation.h>

@@ -1,8 +1,8 @@
 // The position of a walker, which moves at every call.
 //
-//   Impl::StMovingPoint position(start);
-//   CTriple<int64> const point = position.Get();
-//   position.MoveBy(move);
+//   Impl::StMovingPoint position(CTriple<int64>(5, 5, 0));
+//   position.MoveBy({1, 0, 0});
+//   CTriple<int64> const point = position.Get();       // (6, 5, 0)
 #pragma once
 
 #include <SeluUtils/Triple.h>

@@ -1,8 +1,10 @@
 // A value that falls back to its default when its owner is moved from.
 //
-//   struct StWalk { std::vector<CTriple<int64>> points; Impl::CUntilMoved<uint64> left; };
-//   StWalk walk{points, points.size()};
-//   StWalk const taken = std::move(walk);             // walk.points is empty, walk.left is 0
+//   #include <iostream>
+//   struct StWalk { Impl::CUntilMoved<int> left; };
+//   StWalk walk{3};
+//   StWalk const taken = std::move(walk);
+//   std::cout << walk.left << taken.left;       // prints 03
 #pragma once
 
 #include <utility>

@@ -1,5 +1,6 @@
 // Standard normal, standard exponential and uniform numbers with 53 random bits, inline.
 //
+//   CRandomSource source(42);
 //   double const z = Impl::StandardNormal(source);
 //   double const e = Impl::StandardExponential(source);
 //   double const u = Impl::UnitUniform(source);

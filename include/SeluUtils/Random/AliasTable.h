@@ -1,9 +1,11 @@
 // Choosing one of many things, each with a weight of its own, in constant time.
 //
+//   #include <vector>
 //   CAliasTable const phase(std::vector{0.2, 0.5, 0.3});
 //   CRandomSource source(42);
 //   std::size_t const index = phase(source);  // 0, 1 or 2
-//   phase.Fill(indices, source);              // a std::vector<std::size_t>, say
+//   std::vector<std::size_t> indices(1000);
+//   phase.Fill(indices, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,10 +1,12 @@
 // Points spread evenly over a disc in space.
 //
+//   #include <vector>
 //   CDiscPoint const place({0, 0, 0}, 10.0, CPolarCoordinates(0.5, 1.0));   // center, radius, axis
 //   CDiscPoint const inPlane({64, 64, 0}, 20.0);                           // in the plane z = 0
 //   CRandomSource source(42);
 //   CTriple<double> const p = place(source);
-//   place.Fill(points, source);               // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> points(1000);
+//   place.Fill(points, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

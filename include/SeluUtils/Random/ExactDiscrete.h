@@ -1,5 +1,6 @@
 // Draws one of a few values of any kind, each with its own weight.
 //
+//   #include <string>
 //   CExactDiscrete<int> const die({{1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}, {6, 1}});
 //   CExactDiscrete<std::string> const phase({{"pore", 0.2}, {"fiber", 5}});   // value, weight
 //   CRandomSource source(42);

@@ -1,9 +1,11 @@
 // Exponentially distributed numbers, exact to the tail and fast.
 //
+//   #include <vector>
 //   CExactExponential const wait(0.5);        // rate; the mean is 2
 //   CRandomSource source(42);
 //   double const value = wait(source);
-//   wait.Fill(many, source);                  // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   wait.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // Gamma-distributed numbers of any shape.
 //
+//   #include <vector>
 //   CExactGamma const volume(2.5, 0.5);       // shape, rate; the mean is 5
 //   CRandomSource source(42);
 //   double const value = volume(source);
-//   volume.Fill(many, source);                // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   volume.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,10 +1,12 @@
 // Rotations whose directions gather around an axis or in the plane across it.
 //
+//   #include <vector>
 //   CExactGirdleRotation const flat(5.0);                           // near the plane z = 0
 //   CExactGirdleRotation const along(0.2, CPolarCoordinates(1.0, 0.5));   // near that axis
 //   CRandomSource source(42);
 //   CEulerRotation const r = flat(source);
-//   along.Fill(directions, source);           // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> directions(1000);
+//   along.Fill(directions, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

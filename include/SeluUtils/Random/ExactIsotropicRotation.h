@@ -1,10 +1,12 @@
 // Rotations without any preferred direction, as matrices, quaternions or directions.
 //
+//   #include <vector>
 //   CExactIsotropicRotation const any;
 //   CRandomSource source(42);
 //   CEulerRotation const r = any(source);
 //   CQuaternion const q = any.Quaternion(source);
-//   any.Fill(directions, source);             // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> directions(1000);
+//   any.Fill(directions, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // Normally distributed numbers, exact to the tails and fast.
 //
+//   #include <vector>
 //   CExactNormal const noise(0.0, 2.5);       // mean, standard deviation
 //   CRandomSource source(42);
 //   double const value = noise(source);
-//   noise.Fill(many, source);                 // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   noise.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // Poisson-distributed counts of any mean.
 //
+//   #include <vector>
 //   CExactPoisson const fibers(1000.0);       // mean
 //   CRandomSource source(42);
 //   int64 const count = fibers(source);
-//   fibers.Fill(counts, source);              // a std::vector<int64>, say
+//   std::vector<int64> counts(1000);
+//   fibers.Fill(counts, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

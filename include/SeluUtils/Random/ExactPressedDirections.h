@@ -1,9 +1,11 @@
 // Polar angles of plane directions after the plane has been pressed along one axis.
 //
+//   #include <vector>
 //   CExactPressedDirections const angle(0.5); // pressing factor
 //   CRandomSource source(42);
 //   double const radians = angle(source);     // in [0, pi]
-//   angle.Fill(many, source);                 // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   angle.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

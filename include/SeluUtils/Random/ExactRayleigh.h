@@ -1,9 +1,11 @@
 // Rayleigh-distributed numbers: lengths of plane vectors with normal components.
 //
+//   #include <vector>
 //   CExactRayleigh const length(1.5);         // scale
 //   CRandomSource source(42);
 //   double const value = length(source);
-//   length.Fill(many, source);                // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   length.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // Uniform numbers with 53 random bits.
 //
+//   #include <vector>
 //   CExactUniform const angle(0.0, 360.0);
 //   CRandomSource source(42);
 //   double const one = angle(source);
-//   angle.Fill(many, source);                 // a std::vector<double>, say
+//   std::vector<double> many(1000);
+//   angle.Fill(many, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,9 +1,11 @@
 // Rotations whose directions gather around a mean direction, one way.
 //
+//   #include <vector>
 //   CExactVonMisesFisher const bundle(50.0, CPolarCoordinates(1.0, 0.5));
 //   CRandomSource source(42);
 //   CEulerRotation const r = bundle(source);
-//   bundle.Fill(directions, source);          // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> directions(1000);
+//   bundle.Fill(directions, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

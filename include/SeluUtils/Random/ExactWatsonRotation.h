@@ -1,10 +1,12 @@
 // Rotations whose directions gather around both ends of an axis or in the plane across it.
 //
+//   #include <vector>
 //   CExactWatsonRotation const cluster(20.0, CPolarCoordinates(1.0, 0.5));
 //   CExactWatsonRotation const girdle(-20.0, CPolarCoordinates(0.0, 0.0));   // near z = 0
 //   CRandomSource source(42);
 //   CEulerRotation const r = cluster(source);
-//   girdle.Fill(directions, source);          // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> directions(1000);
+//   girdle.Fill(directions, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

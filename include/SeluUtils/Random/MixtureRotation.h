@@ -1,5 +1,7 @@
 // A mixture of rotation generators, each with its own weight.
 //
+//   #include <SeluUtils/Random/IsotropicRotation.h>
+//   #include <SeluUtils/Random/VonMisesFisher.h>
 //   CMixtureRotation mixture(2);
 //   mixture.Add(std::make_unique<CVonMisesFisher>(50.0, CVonMisesFisher::zaxis), 0.75);
 //   mixture.Add(std::make_unique<CIsotropicRotation>(), 0.25);

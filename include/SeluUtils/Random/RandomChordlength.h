@@ -1,8 +1,8 @@
 // Random numbers on [0, 1) with density 2x.
 //
 //   CRandomChordlength const chord;
-//   double const value = chord();
-//   double const length = diameter * value;
+//   double const diameter = 5;
+//   double const length = diameter * chord();
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,8 +1,8 @@
 // Random numbers on (0, 1] with density x / sqrt(1 - x^2).
 //
 //   CRandomCircleDiameter const circle;
-//   double const value = circle();
-//   double const diameter = ballDiameter * value;
+//   double const ballDiameter = 5;
+//   double const diameter = ballDiameter * circle();
 #pragma once
 
 #include <SeluUtils/Export.h>

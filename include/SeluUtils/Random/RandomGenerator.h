@@ -1,12 +1,14 @@
 // What every random generator offers: the next value, a check of its parameters, raw bits.
 //
-//   double Mean(IRandomGenerator<double> const& generator, int n) {
+//   #include <SeluUtils/Random/RandomNormal.h>
+//   auto const mean = [](IRandomGenerator<double> const& generator, int n) {
 //     double sum = 0;
 //     for (int i = 0; i < n; ++i) sum += generator();
 //     return sum / n;
-//   }
+//   };
+//   double const nearFive = mean(CRandomNormal(5, 0.1), 100);
 //   CRandomSource source(42);
-//   double const value = generator(source);   // from this source instead of the shared one
+//   double const value = CRandomNormal(5, 0.1)(source);   // from this source, not the shared one
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -1,10 +1,12 @@
 // Uniform numbers, one by one or an array at a time.
 //
+//   #include <pxlib2core/Random.h>
+//   #include <vector>
+//   CRandom::Obj().Seed(42);                  // the same numbers from here on in every run
 //   CRandomUniform const percent(0.0, 100.0);
 //   double const one = percent();
-//   std::vector<float> many(1'000'000);
+//   std::vector<float> many(1000);
 //   percent(many);
-//   CRandom::Obj().Seed(42);                  // the same numbers from here on in every run
 #pragma once
 
 #include <SeluUtils/Export.h>

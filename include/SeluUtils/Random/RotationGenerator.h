@@ -1,11 +1,15 @@
 // What every generator of random rotations offers.
 //
-//   void Draw(IRotationGenerator& generator, std::span<CTriple<double>> directions) {
-//     CRandomSource source(42);
-//     generator.Fill(directions, source);
-//   }
-//   CEulerRotation const one = generator();   // from the shared source
+//   #include <SeluUtils/Random/IsotropicRotation.h>
+//   #include <memory>
+//   #include <vector>
+//   CIsotropicRotation isotropic;
+//   IRotationGenerator& generator = isotropic;
+//   CTriple<double> const direction = generator().getDirectionVector();
 //   std::unique_ptr<IRotationGenerator> const copy(generator.Clone());
+//   CRandomSource source(42);
+//   std::vector<CTriple<double>> directions(1000);
+//   generator.Fill(directions, source);       // from this source, not the shared one
 #pragma once
 
 #include <SeluUtils/EulerRotation.h>

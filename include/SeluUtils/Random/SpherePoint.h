@@ -1,9 +1,11 @@
 // Points spread evenly over a sphere's surface.
 //
+//   #include <vector>
 //   CSpherePoint const place({0, 0, 0}, 10.0);   // center, radius
 //   CRandomSource source(42);
 //   CTriple<double> const p = place(source);
-//   place.Fill(points, source);               // a std::vector<CTriple<double>>, say
+//   std::vector<CTriple<double>> points(1000);
+//   place.Fill(points, source);
 #pragma once
 
 #include <SeluUtils/Export.h>

@@ -10,7 +10,7 @@ constexpr CPolarCoordinates c_zAxis{0.0, 0.0};
 
 CAxisFrame::CAxisFrame(CPolarCoordinates const& axis)
     : m_Axis(axis), m_IsZAxis(axis == c_zAxis),
-      m_IsFinite(IsFinite(axis.m_Theta) && IsFinite(axis.m_Phi)) {
+      m_IsFinite(IsFinite(axis.m_fTheta) && IsFinite(axis.m_fPhi)) {
   if (m_IsFinite) m_Rotation = CEulerRotation(axis, 0);
 }
 

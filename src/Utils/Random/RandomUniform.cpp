@@ -53,7 +53,7 @@ CRandomUniform::CRandomUniform(double start, double end) : m_Start(start), m_End
     Impl::Raise(
         ORVA_LOCATION("src/Utils/Random/RandomUniform", "ORVA::CRandomUniform::CRandomUniform")
             .AtLine(47),
-        CString("m_End=%1 is smaller than m_Start=%2.").Arg(end).Arg(start));
+        CString("m_fEnd=%1 is smaller than m_fStart=%2.").Arg(end).Arg(start));
 }
 
 void CRandomUniform::operator()(double* out, std::size_t n) const {

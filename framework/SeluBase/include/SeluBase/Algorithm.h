@@ -1,11 +1,12 @@
 // Base class of the algorithms, and how they report progress.
 //
-//   struct Dots : IProgressObserver {
-//     void Start(int64 steps, char const*) override { left = steps; }
-//     void Advance() override { std::cerr << --left << ' '; }
-//     int64 left = 0;
+//   #include <iostream>
+//   struct CDots : IProgressObserver {
+//     void Start(int64, char const* text) override { std::cout << text << ' '; }
+//     void Advance() override { std::cout << '.'; }
 //   } dots;
-//   algorithm.SetProgressObserver(&dots);
+//   CAlgorithm algorithm("texture", nullptr);
+//   algorithm.SetProgressObserver(&dots);    // its operations tell dots from here on
 #pragma once
 
 #include <SeluBase/Export.h>

@@ -1,6 +1,6 @@
 // How an analysis treats what reaches over the edge of the image.
 //
-//   CMetric::EuclideanDistance(a, b, window, EEdgeTreatment::Periodic);
+//   auto const edges = EEdgeTreatment::Periodic;    // beyond one side comes the other
 #pragma once
 
 namespace ORVA {

@@ -1,8 +1,9 @@
 // Neighborhood codes, the move sets behind them, and neighbor offset tables.
 //
-//   CBresenhamVisitor line(from, to, 3, NEIGHBORHOOD_26, true);
+//   #include <iostream>
+//   int64 const code = NEIGHBORHOOD_26;    // for a walk: all moves to the 26 neighbors
 //   for (std::size_t k = 0; k < CNeighborhood2dDiffN8::dx.size(); ++k)
-//     visit(x + CNeighborhood2dDiffN8::dx[k], y + CNeighborhood2dDiffN8::dy[k]);
+//     std::cout << CNeighborhood2dDiffN8::dx[k] << ',' << CNeighborhood2dDiffN8::dy[k] << ' ';
 #pragma once
 
 #include <pxlib2core/Types.h>

@@ -1,9 +1,11 @@
 // The one way in which errors are reported: a CException with a location record and a message.
 //
-//   if (i < 0) Impl::Raise(ORVA_LOCATION("src/Utils/Lines", "ORVA::CLine::Step"), "i < 0");
-//   try { ... } catch (ORVA::CException const& error) {
-//     std::cerr << error.what() << " in " << error.Location().function << '\n';
-//   }
+//   #include <iostream>
+//   try {
+//     Impl::Raise(ORVA_LOCATION("src/Utils/Lines", "CLine::Step"), "Step i out of range");
+//   } catch (CException const& error) {
+//     std::cout << error.what() << " in " << error.Location().function;
+//   }                                          // prints Step i out of range in CLine::Step
 #pragma once
 
 #include <pxlib2core/Export.h>

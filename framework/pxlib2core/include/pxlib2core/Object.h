@@ -1,8 +1,13 @@
 // Base interfaces of the framework's objects.
 //
-//   class CMyAlgorithm : public IPluginObject { ... };
-//   algorithm.SetInstance("texture of the liver");
-//   algorithm.GetPluginSetup(setup);            // what Init would have to be given
+//   #include <pxlib2core/ValueMap.h>
+//   struct CNothing : IPluginObject {
+//     void SetInstance(char const*) override {}
+//     void Init(CValueMap const*) override {}
+//     void GetPluginSetup(CValueMap& map) const override { map.SetEntry("depth", CValueLong(0)); }
+//   };
+//   CValueMap setup;
+//   CNothing().GetPluginSetup(setup);           // what Init would have to be given
 #pragma once
 
 #include <pxlib2core/Export.h>

@@ -2,8 +2,9 @@
 //
 //   CRandom& random = CRandom::Obj();
 //   random.Seed(42);                            // the same bits in every run, on every platform
-//   uint64 word = random.Rand64();
-//   random.Rand(buffer.data(), buffer.size());
+//   uint64 const word = random.Rand64();
+//   unsigned char buffer[100];
+//   random.Rand(buffer, sizeof buffer);
 #pragma once
 
 #include <pxlib2core/Export.h>

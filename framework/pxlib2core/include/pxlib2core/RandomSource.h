@@ -1,10 +1,11 @@
 // A source of random bits with a stream of its own: one for each thread, process or block of work.
 //
+//   #include <random>
 //   CRandomSource source(42, 7);                // stream 7 of seed 42, the same on every platform
-//   uint64 word = source.Rand64();
+//   uint64 const word = source.Rand64();
 //   std::string const saved = source.Save();
-//   source.Restore(saved);                      // draws go on from there
-//   int die = std::uniform_int_distribution<int>(1, 6)(source);
+//   int const die = std::uniform_int_distribution<int>(1, 6)(source);
+//   source.Restore(saved);                      // draws go on from before the die
 #pragma once
 
 #include <pxlib2core/Export.h>

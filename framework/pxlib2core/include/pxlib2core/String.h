@@ -1,8 +1,9 @@
 // Message text with numbered placeholders, and printf-style formatting.
 //
-//   CString text("m_End=%1 is smaller than m_Start=%2.");
-//   text.Arg(2.0).Arg(3.0);          // "m_End=2 is smaller than m_Start=3."
-//   throw CException(ORVA_LOCATION("src/Utils/Metric", "ORVA::CMetric::Distance"), text.c_str());
+//   #include <iostream>
+//   CString text("m_fEnd=%1 is smaller than m_fStart=%2.");
+//   text.Arg(2.0).Arg(3.0);
+//   std::cout << text.Std();                    // prints m_fEnd=2 is smaller than m_fStart=3.
 #pragma once
 
 #include <pxlib2core/Export.h>

@@ -1,4 +1,7 @@
 // Integer types of the framework: every coordinate, count and step index is an int64.
+//
+//   int64 const voxels = int64{4096} * 4096 * 4096;
+//   uint64 const bytes = 2 * static_cast<uint64>(voxels);
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,10 @@
 // One value of a value tree: nothing, a Boolean, a number, a text, a map, a vector or an object.
 //
+//   #include <iostream>
 //   CValue value = CValueDouble(0.25);
-//   value.Double() *= 2;                        // 0.5
+//   value.Double() *= 2;
 //   CValue copy = value;                        // deep: shares nothing with value
-//   if (copy.Type() == CValue::EnType::Double) std::cout << copy.Double();
+//   if (copy.Type() == CValue::EnType::Double) std::cout << copy.Double();   // prints 0.5
 #pragma once
 
 #include <pxlib2core/Export.h>

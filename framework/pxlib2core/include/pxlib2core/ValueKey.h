@@ -1,8 +1,10 @@
 // Key of an entry in a value map: a number or a text.
 //
+//   #include <pxlib2core/ValueMap.h>
+//   CValueMap map;
 //   map.SetEntry("volume [px]", CValueLong(12));
 //   map.SetEntry(7, CValueDouble(0.5));
-//   CValue_Key(7) < CValue_Key("7");            // numbers come before texts
+//   bool const isFirst = CValue_Key(7) < CValue_Key("7");    // numbers come before texts
 #pragma once
 
 #include <pxlib2core/Export.h>

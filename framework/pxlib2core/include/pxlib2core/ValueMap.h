@@ -1,9 +1,10 @@
 // Keyed tree of values that owns everything set into it.
 //
+//   #include <iostream>
 //   CValueMap features;
 //   features.SetEntry("object 1/volume [px]", CValueLong(12));   // makes the sub-map "object 1"
-//   features.HasEntry("object 1");                               // true
-//   for (auto const& [key, value] : features) std::cout << key.ToString() << '\n';
+//   std::cout << features.HasEntry("object 1") << ' ';           // prints 1
+//   for (auto const& [key, value] : features) std::cout << key.ToString();   // prints object 1
 #pragma once
 
 #include <pxlib2core/Export.h>

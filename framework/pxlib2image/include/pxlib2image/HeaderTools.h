@@ -1,9 +1,11 @@
 // Meta information in an image's header.
 //
-//   CSeluHeaderTools::SetMetaInfo(image, "cylinderMaskParameters", parameters);
+//   #include <iostream>
+//   CImage image(IMAGE_GREY_8, CSize(4, 4));
+//   CSeluHeaderTools::SetMetaInfo(image, "depth", CValueLong(12));
 //   CValue value;
-//   if (CSeluHeaderTools::GetMetaInfo(image, "cylinderMaskParameters", value))
-//     std::cout << value.Map().Entry("radius").Double();
+//   if (CSeluHeaderTools::GetMetaInfo(image, "depth", value))
+//     std::cout << value.Long();                // prints 12
 #pragma once
 
 #include <pxlib2core/Value.h>

@@ -1,9 +1,11 @@
 // A 2D or 3D image: pixel type, size, pixels in one block, and a map of attributes.
 //
-//   CImage image(IMAGE_GREY_8, CSize(64, 64, 32), CSize(0, 0, 0));
-//   CImageAccess access = image.CreateAccess(true);
-//   auto* pixel = reinterpret_cast<std::uint8_t*>(access.WritableBase());
-//   pixel[z * access.Stride(2) + y * access.Stride(1) + x] = 200;
+//   #include <iostream>
+//   CImage image(IMAGE_GREY_8, CSize(64, 64, 32));
+//   CImageAccess const access = image.CreateAccess(true);
+//   int64 const x = 3, y = 2, z = 1;
+//   access.WritableBase()[z * access.Stride(2) + y * access.Stride(1) + x] = std::byte(200);
+//   std::cout << static_cast<int>(access.Base()[64 * 64 + 2 * 64 + 3]);    // prints 200
 #pragma once
 
 #include <pxlib2core/Types.h>
