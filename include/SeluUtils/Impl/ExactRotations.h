@@ -78,17 +78,19 @@ private:
 };
 
 /// The rotation that takes the z axis to the direction, after a turn about the z axis by twice the
-/// angle whose cosine and sine are given. The direction comes from the nearer pole, so that no
-/// quotient loses digits.
+/// angle whose cosine and sine are given. Near the lower pole it starts from there, so that the
+/// quotient keeps its digits.
 [[nodiscard]] inline CQuaternion TurnedTo(CTriple<double> const& d,
                                           std::array<double, 2> const& half) {
-  double const toPole = 1 + std::fabs(d.z);
-  double const factor = 1 / std::sqrt(2 * toPole);
-  double const w = toPole * factor, x = d.x * factor, y = d.y * factor;
   auto const [c, s] = half;
-  // (w, -y, x, 0) (c, 0, 0, s), and from below (w, y, -x, 0) (0, 1, 0, 0) (c, 0, 0, s).
-  if (d.z >= 0) return {w * c, x * s - y * c, x * c + y * s, w * s};
-  return {-(y * c + x * s), w * c, -(w * s), x * c - y * s};
+  bool const isFromBelow = d.z < -0.9;
+  double const fromPole = isFromBelow ? 1 - d.z : 1 + d.z;
+  double const factor = 1 / std::sqrt(2 * fromPole);
+  double const w = fromPole * factor, x = d.x * factor, y = d.y * factor;
+  // (w, y, -x, 0) (0, 1, 0, 0) (c, 0, 0, s), else (w, -y, x, 0) (c, 0, 0, s).
+  if (isFromBelow) [[unlikely]]
+    return {-(y * c + x * s), w * c, -(w * s), x * c - y * s};
+  return {w * c, x * s - y * c, x * c + y * s, w * s};
 }
 
 /// A rotation is the direction's quaternion with a uniform spin about it. Distributions are

@@ -46,7 +46,9 @@ public:
     uint128 const product = uint128{source()} * m_Entries.size();
     auto const index = static_cast<std::size_t>(product >> 64);
     StEntry const& entry = m_Entries[index];
-    return static_cast<uint64>(product) < entry.own ? index : entry.alias;
+    // By a mask: no one could foretell the branch.
+    std::size_t const mask = static_cast<uint64>(product) < entry.own ? 0 : ~std::size_t{0};
+    return index ^ ((index ^ entry.alias) & mask);
   }
   /// Fills an array by draws from the source, one after the other.
   template <RandomSource Source>

@@ -73,6 +73,7 @@ private:
   // The mean's whole part and rest, and the constants of the rejection in the paper's letters.
   int64 m_Whole = 0;
   double m_Fraction = 0;
+  double m_LogMean = 0;
   double m_A = 0, m_B = 0, m_InverseAlpha = 0;
   double m_Inside = 0; // v_r
 };

@@ -1,32 +1,19 @@
 #include <SeluUtils/Random/ExactPoisson.h>
 
+#include "Utils/Random/LogFactorials.h"
 #include "Utils/Random/Parameters.h"
 
+#include <iterator>
 #include <numbers>
 
 namespace ORVA {
 
 namespace {
 
-// ln k! - ((k + 1/2) ln k - k + ln(2 pi) / 2), for k from 1 on.
+constexpr double c_largeMean = 128;
+
+// ln k! - ((k + 1/2) ln k - k + ln(2 pi) / 2): Stirling's series, for k from 16 on.
 double StirlingError(double k) {
-  constexpr double table[] = {0.0,
-                              0.08106146679532726,
-                              0.0413406959554093,
-                              0.02767792568499834,
-                              0.020790672103765093,
-                              0.016644691189821193,
-                              0.013876128823070748,
-                              0.01189670994589177,
-                              0.010411265261972096,
-                              0.009255462182712733,
-                              0.00833056343336287,
-                              0.007573675487951841,
-                              0.00694284010720953,
-                              0.006408994188004207,
-                              0.0059513701127588475,
-                              0.005554733551962801};
-  if (k < std::size(table)) return table[static_cast<std::size_t>(k)];
   double const r = 1 / (k * k);
   return (1.0 / 12 - (1.0 / 360 - (1.0 / 1260 - (1.0 / 1680 - r / 1188) * r) * r) * r) / k;
 }
@@ -45,8 +32,9 @@ double Deviance(double k, double mean, double difference) {
   }
 }
 
+// For a large mean, where a count below 16 has no chance worth a digit.
 double LogProbability(double k, double mean, double difference) {
-  if (k == 0) return -mean;
+  if (k < 16) return k * std::log(mean) - mean - Impl::c_logFactorials[static_cast<std::size_t>(k)];
   return -std::log(2 * std::numbers::pi * k) / 2 - StirlingError(k) -
          Deviance(k, mean, difference);
 }
@@ -67,6 +55,7 @@ CExactPoisson::CExactPoisson(double mean) : m_Mean(mean) {
   m_B = 0.931 + 2.53 * std::sqrt(mean);
   m_A = -0.059 + 0.02483 * m_B;
   m_InverseAlpha = 1.1239 + 1.1328 / (m_B - 3.4);
+  m_LogMean = std::log(mean);
   m_Inside = 0.9277 - 3.6224 / (m_B - 2);
 }
 
@@ -74,9 +63,13 @@ bool CExactPoisson::IsAccepted(double edge, double v, double place) const {
   if (edge < 0.013 && v > edge) return false;
   if (place < -static_cast<double>(m_Whole) || place >= 0x1p62) return false; // no count is there
   int64 const fromWhole = Floor(place);
-  double const hat = m_InverseAlpha / (m_A / (edge * edge) + m_B);
-  return std::log(v * hat) <= LogProbability(static_cast<double>(m_Whole + fromWhole), m_Mean,
-                                             static_cast<double>(fromWhole) - m_Fraction);
+  int64 const count = m_Whole + fromWhole;
+  double const logShare = std::log(v * m_InverseAlpha / (m_A / (edge * edge) + m_B));
+  if (m_Mean < c_largeMean && count < static_cast<int64>(std::size(Impl::c_logFactorials)))
+    return logShare <= static_cast<double>(count) * m_LogMean - m_Mean -
+                           Impl::c_logFactorials[static_cast<std::size_t>(count)];
+  return logShare <= LogProbability(static_cast<double>(count), m_Mean,
+                                    static_cast<double>(fromWhole) - m_Fraction);
 }
 
 } // namespace ORVA
