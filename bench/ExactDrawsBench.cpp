@@ -1,6 +1,7 @@
-// The exact draws beside the usual libraries, singly and of arrays. Each library draws from the fast
-// generator of 64 bits that it has or recommends: this one from CRandomSource, std and Boost from the
-// 64-bit Mersenne twister, GSL from its 32-bit one. NumPy's Generator runs in bench/numpy_draws.py.
+// The exact draws beside the usual libraries, singly and of arrays. Each library draws from the
+// fast generator of 64 bits that it has or recommends: this one from CRandomSource, std and Boost
+// from the 64-bit Mersenne twister, GSL from its 32-bit one. NumPy's Generator runs in
+// bench/numpy_draws.py.
 #include <SeluUtils/Quaternion.h>
 #include <SeluUtils/Random/AliasTable.h>
 #include <SeluUtils/Random/BallPoint.h>
@@ -54,17 +55,16 @@ void Single(std::string const& row, std::string const& contestant, Draw draw) {
 // An array at a time.
 template <class T, class Fill>
 void Bulk(std::string const& row, std::string const& contestant, Fill fill) {
-  benchmark::RegisterBenchmark((row + ", array/" + contestant).c_str(),
-                               [fill](State& state) mutable {
-                                 std::vector<T> values(c_array);
-                                 for (auto _ : state) {
-                                   fill(values);
-                                   benchmark::DoNotOptimize(values.data());
-                                   benchmark::ClobberMemory();
-                                 }
-                                 state.SetItemsProcessed(state.iterations() *
-                                                         static_cast<std::int64_t>(c_array));
-                               });
+  benchmark::RegisterBenchmark(
+      (row + ", array/" + contestant).c_str(), [fill](State& state) mutable {
+        std::vector<T> values(c_array);
+        for (auto _ : state) {
+          fill(values);
+          benchmark::DoNotOptimize(values.data());
+          benchmark::ClobberMemory();
+        }
+        state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(c_array));
+      });
 }
 
 // Ours, by its own single draws and its own Fill.
@@ -89,9 +89,8 @@ void Peer(std::string const& row, std::string const& contestant, Draw draw) {
 
 template <class T, class Distribution>
 void Std(std::string const& row, Distribution distribution) {
-  Peer<T>(row, "std", [distribution, engine = std::mt19937_64(1)]() mutable {
-    return distribution(engine);
-  });
+  Peer<T>(row, "std",
+          [distribution, engine = std::mt19937_64(1)]() mutable { return distribution(engine); });
 }
 
 template <class T, class Distribution>
@@ -158,8 +157,8 @@ void RegisterCounts() {
     std::string const row = "one of " + std::to_string(n) + " weights";
     Ours<std::size_t>(row, CAliasTable(weights));
     Std<std::size_t>(row, std::discrete_distribution<int>(weights.begin(), weights.end()));
-    Boost<std::size_t>(
-        row, boost::random::discrete_distribution<int>(weights.begin(), weights.end()));
+    Boost<std::size_t>(row,
+                       boost::random::discrete_distribution<int>(weights.begin(), weights.end()));
     std::shared_ptr<gsl_ran_discrete_t> const table(gsl_ran_discrete_preproc(n, weights.data()),
                                                     gsl_ran_discrete_free);
     std::shared_ptr<gsl_rng> const engine(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
@@ -217,10 +216,9 @@ void RegisterForms(std::string const& name, Rotations const& rotations) {
 void RegisterRotations() {
   CPolarCoordinates const mean(1.0, 2.5);
   RegisterForms("isotropic", CExactIsotropicRotation());
-  Peer<Eigen::Quaterniond>("isotropic quaternion", "Eigen's formula",
-                           [engine = std::mt19937_64(1)]() mutable {
-                             return EigenQuaternion(engine);
-                           });
+  Peer<Eigen::Quaterniond>(
+      "isotropic quaternion", "Eigen's formula",
+      [engine = std::mt19937_64(1)]() mutable { return EigenQuaternion(engine); });
   Bulk<Eigen::Matrix3d>("isotropic matrix", "Eigen's formula",
                         [engine = std::mt19937_64(1)](auto& values) mutable {
                           for (auto& value : values)
