@@ -375,7 +375,7 @@ bool const g_registered = [] {
   for (int64 points = 1000; points <= 100'000'000; points *= 10) {
     std::string const n = std::to_string(points);
     Register("2D line of " + n + "/SeluUtils", LineOfLength, int64{2}, points, NEIGHBORHOOD_8);
-    // About 50 bytes a voxel: the longest of these would need more than small machines have.
+    // About 50 bytes per voxel: the longest of these would need more than small machines have.
     if (points <= 10'000'000) {
       Register("3D line of " + n + " in 26/SeluUtils", LineOfLength, int64{3}, points,
                NEIGHBORHOOD_26);

@@ -12,7 +12,7 @@ using namespace fuzz;
 
 namespace {
 
-// A line takes 8 to 40 bytes a move: the library allows 2^31 moves, this target memory for few.
+// A line takes 8 to 40 bytes per move: the library allows 2^31 moves, this target memory for few.
 constexpr int64 c_mostMoves = 3000;
 
 struct StLine {

@@ -12,8 +12,6 @@
 
 namespace ORVA::Impl {
 
-__extension__ using int128 = __int128;
-
 /// CExBadParam where the corners' box has a side longer than a digital line can be.
 void CheckSpan(std::span<CTriple<int64> const> corners, StExLocation const& location);
 
