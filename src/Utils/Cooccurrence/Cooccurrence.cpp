@@ -253,16 +253,15 @@ void CCooccurrence::PrepareArrays(double N) {
   Impl::FillTextureArrays(m_Arrays->texture, {m_Arrays->Counts()}, N);
 }
 
-// Into a copy of the map first: where memory runs out, the map stays as it was.
 CCooccurrence::CFeatures CCooccurrence::ProcessMap(CValueMap* map) const {
   CFeatures features{};
   for (std::size_t k = 0; k < c_features.size(); ++k)
     features[k] = c_features[k](m_Arrays->texture);
   if (map == nullptr) return features;
-  CValueMap all(*map);
+  std::vector<std::pair<CValue_Key, CValue>> entries;
   for (std::size_t k = 0; k < features.size(); ++k)
-    all.SetEntry(m_cFeatureNames[k], CValueDouble(features[k]));
-  *map = std::move(all);
+    entries.emplace_back(m_cFeatureNames[k], CValueDouble(features[k]));
+  map->SetEntries(std::move(entries)); // all of them or, where memory runs out, none
   return features;
 }
 
