@@ -14,21 +14,27 @@ namespace {
 
 constexpr char c_module[] = "framework/pxlib2image/Image";
 
+enum class EnNumber { Unsigned, Signed, Real };
+
 struct StPixelType {
   char const* name;
   int64 bytes;
-  bool isReal = false; // else an unsigned integer
+  EnNumber number = EnNumber::Unsigned;
 };
 
 // By CType::EnId.
-constexpr std::array<StPixelType, 7> c_types = {{
+constexpr std::array<StPixelType, 11> c_types = {{
     {"no pixel type", 0},
     {"IMAGE_BOOL", 1},
     {"IMAGE_BINARY_FG", 1},
     {"IMAGE_GREY_8", 1},
     {"IMAGE_GREY_16", 2},
     {"IMAGE_GREY_32", 4},
-    {"IMAGE_GREY_F", 4, true},
+    {"IMAGE_GREY_F", 4, EnNumber::Real},
+    {"IMAGE_SIGNED_8", 1, EnNumber::Signed},
+    {"IMAGE_SIGNED_16", 2, EnNumber::Signed},
+    {"IMAGE_SIGNED_32", 4, EnNumber::Signed},
+    {"IMAGE_DOUBLE", 8, EnNumber::Real},
 }};
 
 CString Text(int64 x, int64 y, int64 z) { return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z); }
@@ -109,17 +115,51 @@ void Impl::RaiseRow(int64 y, int64 z, std::array<int64, 3> const& extents) {
 }
 
 void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const {
-  StPixelType const& type = c_types[m_TypeId];
-  bool const isSame = static_cast<std::size_t>(type.bytes) == bytes && type.isReal == isReal &&
-                      (isReal || !isSigned);
-  if (isSame) return;
+  StPixelType const& type = c_types[static_cast<std::size_t>(m_Type.Id())];
+  EnNumber const number = isReal     ? EnNumber::Real
+                          : isSigned ? EnNumber::Signed
+                                     : EnNumber::Unsigned;
+  if (static_cast<std::size_t>(type.bytes) == bytes && type.number == number) return;
+  constexpr std::array<char const*, 3> c_numbers = {"unsigned integers", "signed integers",
+                                                    "real numbers"};
   CString message("the pixels are of type %1, not %2 of %3 bytes");
-  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::As"),
-                      message.Arg(type.name)
-                          .Arg(isReal     ? "real numbers"
-                               : isSigned ? "signed integers"
-                                          : "unsigned integers")
-                          .Arg(bytes));
+  Impl::RaiseBadParam(
+      ORVA_LOCATION(c_module, "ORVA::CImageAccess::As"),
+      message.Arg(type.name).Arg(c_numbers[static_cast<std::size_t>(number)]).Arg(bytes));
+}
+
+CImageAccess CImageAccess::ForWriting(CPixelType type, std::byte* base,
+                                      std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting");
+  bool isEmpty = false;
+  for (int64 const extent : extents) {
+    if (extent < 0)
+      Impl::RaiseBadParam(where, CString("an extent of %1 voxels is negative").Arg(extent));
+    isEmpty |= extent == 0;
+  }
+  if (!isEmpty && base == nullptr)
+    Impl::RaiseBadParam(where, "an access to voxels needs their address");
+  CImageAccess access;
+  access.m_Extent = extents;
+  access.m_Writable = true;
+  access.m_Type = type;
+  if (isEmpty) return access;
+  access.m_Owner = std::move(owner);
+  access.m_Base = base;
+  access.m_Stride = strides;
+  return access;
+}
+
+CImageAccess CImageAccess::ForReading(CPixelType type, std::byte const* base,
+                                      std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  // Never written: the access hands out its address for writing only when it is writable.
+  auto access = ForWriting(type, const_cast<std::byte*>(base), extents, strides, std::move(owner));
+  access.m_Writable = false;
+  return access;
 }
 
 CImageAccess::CImageAccess(CImageAccess&& other) noexcept {
@@ -194,9 +234,9 @@ std::size_t CImage::Bytes() const noexcept {
 
 CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) const {
   CImageAccess access;
-  access.m_Block = m_Block;
+  access.m_Owner = m_Block;
   access.m_Writable = write;
-  access.m_TypeId = static_cast<std::uint8_t>(m_Type.Id());
+  access.m_Type = m_Type;
   access.m_Extent = {extents.x, extents.y, extents.z};
   if (m_Block && !extents.IsEmpty()) {
     int64 const row = m_Type.Bytes() * m_Size.x;
