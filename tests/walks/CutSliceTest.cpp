@@ -159,11 +159,11 @@ TEST(CutSlice, OriginIsTheFirstCornerWithAnAngleOfAtMost90DegreesElseTheSharpest
        2,
        {{2, 0, 0}, {0, 2, 0}, {0, 0, 2}},
        {{0, 2, 0}, {0, -2, 2}, {2, -2, 0}}},
-      {"six times 120 degrees: the last of equals, edges lengthened from 2 voxels to 4",
+      {"six times 120 degrees: the first of equals, edges lengthened from 2 voxels to 4",
        {1, 1, 1},
        6,
        {{4, 2, 0}, {2, 4, 0}, {0, 4, 2}, {0, 2, 4}, {2, 0, 4}, {4, 0, 2}},
-       {{4, 2, 0}, {-4, 4, 0}, {0, -4, 4}}},
+       {{2, 4, 0}, {-4, 0, 4}, {4, -4, 0}}},
       {"corner", {1, 1, 1}, 0, {{0, 0, 0}}, {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}},
       {"edge", {1, 0, 1}, 0, {{0, 4, 0}, {0, 0, 0}}, {{0, 4, 0}, {0, -4, 0}, {0, 0, 0}}},
   };

@@ -45,6 +45,15 @@ std::vector<bool> Borders(Visitor lines) {
   return borders;
 }
 
+// After a failure there are no points, and every way of asking says so.
+template <class Visitor>
+void ExpectNothingLeft(Visitor lines) {
+  EXPECT_FALSE(lines.MorePoints());
+  EXPECT_EQ(lines.Steps(), 0U);
+  EXPECT_TRUE(lines.empty());
+  EXPECT_THROW((void)lines.NextPoint(), CException);
+}
+
 } // namespace
 
 TEST(DeltaLines, AlongXAreTheRowsOfTheImage) {
@@ -110,6 +119,8 @@ TEST(DeltaLines, ImageWithoutExtentHasNoPoints) {
                                  Point(-4, 3, 3), Point(3, c_min, 3)}) {
       auto lines = Lines(direction, extents);
       EXPECT_FALSE(lines.MorePoints());
+      EXPECT_EQ(lines.Steps(), 0U);
+      EXPECT_TRUE(lines.empty());
     }
 }
 
@@ -153,7 +164,7 @@ TEST(DeltaLines, LineShorterThanTheMainAxisIsRefused) {
     CDeltaVisitor lines(c.direction);
     if (c.isRefused) {
       ExpectError([&] { lines.SetImageSize(c.extents); }, c_invalidLine, c_initialize, c_source);
-      EXPECT_FALSE(lines.MorePoints());
+      ExpectNothingLeft(lines);
     } else {
       lines.SetImageSize(c.extents);
       EXPECT_EQ(Walk(lines).size(), lines.Steps());
@@ -165,7 +176,30 @@ TEST(DeltaLines, LineLongerThanMemoryFailsAndLeavesNoPoints) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
   auto lines = Lines({1, 0, 0}, {4, 3, 1});
   EXPECT_THROW(lines.SetImageSize(CSize(2147483647, 1)), std::bad_alloc);
-  EXPECT_FALSE(lines.MorePoints());
+  ExpectNothingLeft(lines);
+}
+
+TEST(DeltaLines, AnErrorLeavesTheExtentsForTheNextDirection) {
+  auto lines = Lines({0.5, 0, 0}, {4, 3, 1});
+  EXPECT_EQ(lines.Steps(), 12U);
+  EXPECT_THROW(lines.SetImageSize(CSize(9, 9)), CException);
+  ExpectNothingLeft(lines);
+  EXPECT_THROW(lines.SetDirection({c_nan, 0, 0}), CException);
+  ExpectNothingLeft(lines);
+  lines.SetDirection({1, 0, 0});
+  EXPECT_EQ(Walk(lines).size(), 81U);
+}
+
+TEST(DeltaLines, EachErrorHasALineOfItsOwn) {
+  test::ExpectLinesOfTheirOwn({[] {
+                                 (void)Lines({c_nan, 0, 0}, {4, 4, 4});
+                               },
+                               [] {
+                                 (void)Lines({0.1, 0, 0}, {10, 1, 1});
+                               },
+                               [] {
+                                 (void)Lines({1e19, 2, 0}, {4, 4, 4});
+                               }});
 }
 
 TEST(DeltaLines, LineBeyond32BitsIsCutToThem) {
@@ -186,6 +220,19 @@ TEST(DeltaLines, NewImageOrDirectionStartsAnew) {
   EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {1, 1, 0}));
   lines.SetDirection(Direction(0, 1, 0));
   EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
+}
+
+TEST(ParallelLines, LinesLongerThanMemoryFailAndLeaveNoPoints) {
+  test::CAllocationLimit const limit(std::size_t{1} << 24);
+  auto lines = Lines<CParallelLineVisitor>({1, 0.5, 0}, {4, 3, 1});
+  EXPECT_THROW(lines.SetImageSize(CSize(2147483647, 3)), std::bad_alloc);
+  ExpectNothingLeft(lines);
+  EXPECT_THROW(lines.SetDirection({2, 1, 0}), std::bad_alloc); // in the same image
+  ExpectNothingLeft(lines);
+  lines.SetDirection({0, 1, 0});
+  EXPECT_EQ(lines.Steps(), uint64{3} * 2147483647);
+  lines.SetImageSize(CSize(4, 3));
+  EXPECT_EQ(Walk(lines).size(), 12U);
 }
 
 TEST(ParallelLines, RunTheWayTheDirectionPoints) {

@@ -173,11 +173,12 @@ uint64 CountSparse(StPairs const& pairs, int bytesPerVoxel, Impl::CSparsePairs& 
 } // namespace
 
 CPairCounter::CPairCounter(int levels, EnForm form) : m_Levels(levels) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter");
   if (levels < 1 || levels > c_mostLevels)
-    Impl::RaiseBadParam(where, CString("%1 levels are not from 1 to 65535").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter"),
+                        CString("%1 levels are not from 1 to 65535").Arg(levels));
   if (form == EnForm::Dense && levels > c_mostTableLevels)
-    Impl::RaiseBadParam(where, CString("a table of %1 levels is too large").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter"),
+                        CString("a table of %1 levels is too large").Arg(levels));
   m_IsDense = form == EnForm::Dense || (form == EnForm::Automatic && levels <= c_mostDenseLevels);
   if (m_IsDense) m_Table.resize(Side() * Side());
 }
