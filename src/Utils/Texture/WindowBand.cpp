@@ -15,12 +15,11 @@ namespace {
 // Windows of one line that are worked on together. Their columns of pairs shall stay in a cache
 // close by, and there shall be several times as many of them as a window has.
 int64 WindowsPerTile(StWindowBand const& band) noexcept {
-  constexpr int64 c_keys = int64{1} << 16, c_mostColumns = 1024;
+  constexpr int64 c_keys = int64{1} << 16, c_columns = 1024, c_mostColumns = int64{1} << 16;
   int64 const side = LargestSide(band, 0);
   if (band.step[0] >= side) return 1; // nothing is shared from one to the next
-  int64 const fitting =
-      std::min(c_mostColumns, c_keys / (LargestSide(band, 1) * LargestSide(band, 2)));
-  return std::max<int64>(1, std::max(4 * side, fitting) / band.step[0]);
+  int64 const fitting = std::min(c_columns, c_keys / (LargestSide(band, 1) * LargestSide(band, 2)));
+  return std::max<int64>(1, std::clamp(4 * side, fitting, c_mostColumns) / band.step[0]);
 }
 
 StPairKey KeyOf(StWindowBand const& band) noexcept {
