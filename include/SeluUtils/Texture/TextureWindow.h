@@ -45,19 +45,20 @@ struct StRowRange {
 /// in the window; NaN where none has.
 ///
 /// From one window to the next along a line a column of pairs leaves and one enters. Features that
-/// are sums over pairs cost the same for windows of any width and height (and grow with the depth);
-/// entropies, energy, information measures and the joint maximum cost a step for each pair that
-/// comes or goes. The number of levels hardly matters. All that is carried on are integers,
-/// logarithms in fixed point: a value does not depend on the way to its window. It is that of At(),
-/// which counts the window's pairs afresh, bit for bit, and that of CTextureFeatures for the
-/// window's matrix but for rounding: some 1e-13 of it for windows of thousands of voxels, some
-/// 1e-10 for the largest. A mutual information of 0 is exactly 0.
+/// are sums over pairs cost the same for windows of any size; entropies, energy, information
+/// measures and the joint maximum cost a step for each pair that comes or goes. The number of
+/// levels hardly matters. All that is carried on are integers, logarithms in fixed point: a value
+/// does not depend on the way to its window. It is that of At(), which counts the window's pairs
+/// afresh, bit for bit, and that of CTextureFeatures for the window's matrix but for rounding: some
+/// 1e-13 of it for windows of thousands of voxels, some 1e-10 for the largest. A mutual information
+/// of 0 is exactly 0.
 ///
 /// Limits, beyond which CExBadParam is thrown: windows of 2^20 voxels, 4096 levels, the product of
 /// both 2^28; 2048 levels for the cluster prominence. Maximal correlation coefficients are not
-/// offered: no sums give them. Memory of each call that runs: at most 8 n^2 bytes for n levels, and
-/// for each displacement some 140 bytes and 4 bytes for each voxel of the window's cross section,
-/// times 1000 columns or, where that is more, five times the window's width.
+/// offered: no sums give them. Memory of each call that runs, for n levels: at most 8 n^2 bytes,
+/// and for each displacement 4 bytes for each voxel of the window's cross section, and 128, or in
+/// space 10 KiB and more for tall windows, times 1000 columns or, where that is more, five times
+/// the window's width.
 ///
 /// The functions that compute do not change the object; any number of threads may call them, each
 /// for other rows, if there is no observer or one that allows for it. Steps of progress are lines.
