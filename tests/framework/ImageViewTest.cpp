@@ -222,11 +222,11 @@ public:
   [[nodiscard]] CValueMap& Attributes() noexcept override { return m_Attributes; }
   [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_Attributes; }
   [[nodiscard]] CImageAccess CreateAccess(bool write) override {
-    return write ? CImageAccess::ForWriting(m_Fields.data(), {8, 8, 1}, {1, 8, 64})
+    return write ? CImageAccess::ForWriting(IMAGE_GREY_8, m_Fields.data(), {8, 8, 1}, {1, 8, 64})
                  : std::as_const(*this).CreateAccess(false);
   }
   [[nodiscard]] CImageAccess CreateAccess(bool /*write*/) const override {
-    return CImageAccess::ForReading(m_Fields.data(), {8, 8, 1}, {1, 8, 64});
+    return CImageAccess::ForReading(IMAGE_GREY_8, m_Fields.data(), {8, 8, 1}, {1, 8, 64});
   }
 
 private:
@@ -248,15 +248,15 @@ TEST(ImageAccess, OfOnesOwnRefusesWhatCannotBe) {
   std::byte pixel{};
   ExpectError<CExBadParam>(
       [&] {
-        (void)CImageAccess::ForWriting(&pixel, {1, -1, 1}, {1, 1, 1});
+        (void)CImageAccess::ForWriting(IMAGE_GREY_8, &pixel, {1, -1, 1}, {1, 1, 1});
       },
       "an extent of -1 voxels is negative");
   ExpectError<CExBadParam>(
       [&] {
-        (void)CImageAccess::ForReading(nullptr, {1, 1, 1}, {1, 1, 1});
+        (void)CImageAccess::ForReading(IMAGE_GREY_8, nullptr, {1, 1, 1}, {1, 1, 1});
       },
       "an access to voxels needs their address");
-  EXPECT_EQ(CImageAccess::ForReading(nullptr, {0, 1, 1}, {1, 1, 1}).Base(), nullptr);
+  EXPECT_EQ(CImageAccess::ForReading(IMAGE_GREY_8, nullptr, {0, 1, 1}, {1, 1, 1}).Base(), nullptr);
 }
 
 TEST(ImageTypes, SignedAndDoublePixelsAreTypes) {

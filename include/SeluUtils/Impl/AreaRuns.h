@@ -174,8 +174,9 @@ public:
       RaiseIndex(false);
     return m_Lists->limits.ends[m_EndIndex];
   }
-  /// Whether every start was paired with an end of its column, as it is where the path's
-  /// orientation is the right one. Without border other pairs are left out of the walk.
+  /// Whether every start was paired with an end of its column and no part of a side was left out,
+  /// as it is where the path's orientation is the right one. Without border other pairs are left
+  /// out of the walk.
   [[nodiscard]] bool IsPairedByColumn() const noexcept { return m_IsPairedByColumn; }
   /// Print the limits, or the state of the walk, to standard output.
   void PrintBorder() const;

@@ -110,8 +110,9 @@ void CBresenhamAreaVisitor::Build(Path& corners, int64 neighborhood, bool border
   }
 }
 
-// One of the two orientations never pairs. Without border it may seem to, with pairs across
-// columns; such a pairing is taken only if the other orientation has none at all.
+// One of the two orientations never pairs. It may seem to: without border with pairs across
+// columns, with border by leaving out parts of split sides. Such a pairing is taken only if the
+// other orientation has no better one.
 void CBresenhamAreaVisitor::BuildOblique(Path const& path, int64 neighborhood, bool border) {
   using Area = Impl::CBresenhamAreaVisitor3D;
   std::optional<CException> failure;

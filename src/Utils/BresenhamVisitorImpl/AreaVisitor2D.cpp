@@ -34,11 +34,12 @@ CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& co
 }
 
 void CBresenhamAreaVisitor2D::SignBorder() {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::SignBorder");
-  CheckSpan(m_Lists->corners, location);
+  CheckSpan(m_Lists->corners,
+            ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::SignBorder"));
   // Lines refuse a change of z; edges that need no line must not let one pass.
   for (CTriple<int64> const& corner : m_Lists->corners)
-    if (corner.z != m_Lists->corners.front().z) Raise(location, "invalid Dimension");
+    if (corner.z != m_Lists->corners.front().z)
+      CBresenhamVisitor2D(corner - m_Lists->corners.front(), m_Neighborhood);
   m_Lists->limits = {};
   SignEdges<CBresenhamVisitor2D>(*this, m_Lists->limits, m_Lists->corners, m_Neighborhood,
                                  m_Border);
@@ -63,7 +64,7 @@ void CBresenhamAreaVisitor2D::SignEndPoints(CTriple<int64> start, CBresenhamVisi
 // Without border the message names the 3D class; callers know both texts.
 void CBresenhamAreaVisitor2D::EraseUselessBorders() {
   m_LeftBeforeEnd = 0;
-  if (PairLimits(m_Lists->limits, m_Border)) return;
+  if (PairLimits(m_Lists->limits, m_Border) != EnPairing::Failed) return;
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::EraseUselessBorders"),
         m_Border ? "intern failure in Border Calculation in CBresenhamAreaVisitor2D"
                  : "intern failure in Border Calculation in CBresenhamAreaVisitor3D");

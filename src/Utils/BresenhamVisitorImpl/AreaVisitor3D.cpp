@@ -70,10 +70,12 @@ void CBresenhamAreaVisitor3D::SignEndPoints(CTriple<int64> start, CBresenhamVisi
 }
 
 void CBresenhamAreaVisitor3D::EraseUselessBorders() {
-  if (!PairLimits(m_Lists->limits, m_Border))
+  EnPairing const pairing = PairLimits(m_Lists->limits, m_Border);
+  if (pairing == EnPairing::Failed)
     Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::EraseUselessBorders"),
           "Failure in Start- and Endpoints");
-  m_IsPairedByColumn = std::ranges::equal(m_Lists->limits.starts, m_Lists->limits.ends, {},
+  m_IsPairedByColumn = pairing == EnPairing::Whole &&
+                       std::ranges::equal(m_Lists->limits.starts, m_Lists->limits.ends, {},
                                           &CTriple<int64>::x, &CTriple<int64>::x);
 }
 
