@@ -2,8 +2,10 @@
 //
 //   extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
 //     fuzz::CInput input(data, size);
-//     auto const walker = fuzz::Try([&] { return CWindowVisitor(input.Point(9), input.Point(9));
-//     }); if (walker) fuzz::CheckWalk(*walker); return 0;
+//     Point const low = input.SmallPoint(9), high = input.SmallPoint(9);
+//     auto const walker = fuzz::Try([&] { return CWindowVisitor(low, high); });
+//     if (walker) fuzz::CheckWalk(*walker);
+//     return 0;
 //   }
 #pragma once
 

@@ -215,18 +215,18 @@ TEST(ImageView, BoxIsAPartOfTheSamePixels) {
 
 namespace {
 
-class CChessBoard final : public IImage {
+class CChessBoard : public IImage {
 public:
   [[nodiscard]] CSize Size() const noexcept override { return CSize(8, 8); }
   [[nodiscard]] CType Type() const noexcept override { return IMAGE_GREY_8; }
   [[nodiscard]] CValueMap& Attributes() noexcept override { return m_Attributes; }
   [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_Attributes; }
   [[nodiscard]] CImageAccess CreateAccess(bool write) override {
-    return write ? CImageAccess::ForWriting(m_Fields.data(), {8, 8, 1}, {1, 8, 64})
+    return write ? AccessForWriting(Type(), m_Fields.data(), {8, 8, 1}, {1, 8, 64})
                  : std::as_const(*this).CreateAccess(false);
   }
   [[nodiscard]] CImageAccess CreateAccess(bool /*write*/) const override {
-    return CImageAccess::ForReading(m_Fields.data(), {8, 8, 1}, {1, 8, 64});
+    return AccessForReading(Type(), m_Fields.data(), {8, 8, 1}, {1, 8, 64});
   }
 
 private:
@@ -245,18 +245,44 @@ TEST(ImageAccess, CanBeMadeForAnImageOfOnesOwn) {
 }
 
 TEST(ImageAccess, OfOnesOwnRefusesWhatCannotBe) {
+  struct StAccess : CChessBoard {
+    using IImage::AccessForReading;
+    using IImage::AccessForWriting;
+  };
   std::byte pixel{};
+  auto const type = IMAGE_GREY_8;
   ExpectError<CExBadParam>(
       [&] {
-        (void)CImageAccess::ForWriting(&pixel, {1, -1, 1}, {1, 1, 1});
+        (void)StAccess::AccessForWriting(type, &pixel, {1, -1, 1}, {1, 1, 1});
       },
-      "an extent of -1 voxels is negative");
+      "an extent of -1 pixels is negative");
   ExpectError<CExBadParam>(
       [&] {
-        (void)CImageAccess::ForReading(nullptr, {1, 1, 1}, {1, 1, 1});
+        (void)StAccess::AccessForReading(type, nullptr, {1, 1, 1}, {1, 1, 1});
       },
-      "an access to voxels needs their address");
-  EXPECT_EQ(CImageAccess::ForReading(nullptr, {0, 1, 1}, {1, 1, 1}).Base(), nullptr);
+      "an access to pixels needs their address");
+  ExpectError<CExBadParam>(
+      [&] {
+        (void)StAccess::AccessForReading({}, &pixel, {1, 1, 1}, {1, 1, 1});
+      },
+      "an access to pixels needs their type");
+  EXPECT_EQ(StAccess::AccessForReading(type, nullptr, {0, 1, 1}, {1, 1, 1}).Base(), nullptr);
+}
+
+TEST(ImageAccess, PixelsOfAViewAreCheckedForTypeAndAlignment) {
+  alignas(8) std::array<std::int16_t, 8> numbers = {1, 2, 3, 4, 5, 6, 7, 8};
+  CImageView const columns(IMAGE_SIGNED_16, CSize(2, 4), numbers.data(), {8, 2, 0});
+  auto const access = columns.CreateAccess(false);
+  EXPECT_EQ(access.As<std::int16_t const>()(1, 2), 7);
+  ExpectError<CExBadParam>([&] { (void)access.As<std::int16_t const>().Row(0); },
+                           "pixels 8 bytes apart along x are no row");
+  ExpectError<CExBadParam>(
+      [&] { (void)access.As<std::uint16_t const>(); },
+      "the pixels are of type IMAGE_SIGNED_16, not unsigned integers of 2 bytes");
+  auto const* const odd = reinterpret_cast<std::byte const*>(numbers.data()) + 1;
+  CImageView const shifted(IMAGE_SIGNED_16, CSize(2), static_cast<void const*>(odd));
+  ExpectError<CExBadParam>([&] { (void)shifted.CreateAccess(false).As<std::int16_t const>(); },
+                           "the pixels are not aligned to 2 bytes");
 }
 
 TEST(ImageTypes, SignedAndDoublePixelsAreTypes) {

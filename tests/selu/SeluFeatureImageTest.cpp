@@ -138,7 +138,7 @@ TEST_F(SeluFeatureImage, BadMapsAreRefused) {
 
 TEST_F(SeluFeatureImage, BadFilesAreRefusedBeforeAnyWork) {
   Write("f.json", c_cells);
-  ExpectFailure(Command({}, "out.png"), "PNG holds no more than 16 bits a pixel");
+  ExpectFailure(Command({}, "out.png"), "PNG holds no more than 16 bits per pixel");
   ExpectFailure(Command({}, "out.txt"), "the ending must be one of");
   ExpectFailure(Command({}, "no/out.tif"), "cannot write \"no/out.tif\"");
   ExpectFailure(Command({"--id-key", "cell", "--csv", "no/out.csv"}),

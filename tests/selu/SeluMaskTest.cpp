@@ -62,7 +62,8 @@ protected:
             if (u * u + v * v >= radius * radius) expected[static_cast<std::size_t>(i)] = 0;
           }
       EXPECT_EQ(Pixels<T>("out.nrrd"), expected) << axis << ' ' << s << ' ' << t << ' ' << radius;
-      EXPECT_EQ(selu::ReadHeader(Path("out.nrrd")).size, selu::ReadHeader(Path("a.nrrd")).size);
+      EXPECT_EQ(selu::OpenImage(Path("out.nrrd")).Header().size,
+                selu::OpenImage(Path("a.nrrd")).Header().size);
     }
   }
 };

@@ -199,7 +199,7 @@ TEST_F(SeluWalkImage, PaintingChangesTheVoxelsOfTheWalkAlone) {
             std::string::npos)
       << result.error;
   EXPECT_EQ(Pixels<std::uint16_t>("out.nrrd"), expected);
-  EXPECT_EQ(selu::ReadHeader(Path("out.nrrd")).size, CSize(c_nx, c_ny, c_nz));
+  EXPECT_EQ(selu::OpenImage(Path("out.nrrd")).Header().size, CSize(c_nx, c_ny, c_nz));
   EXPECT_EQ(Read("a.nrrd"), before);
 }
 
@@ -214,8 +214,8 @@ TEST_F(SeluWalkImage, EveryPixelTypeIsPainted) {
                 "")
           << type;
       EXPECT_EQ(Pixels<T>("out." + ending), expected) << type << ' ' << ending;
-      EXPECT_EQ(selu::ReadHeader(Path("out." + ending)).pixel,
-                selu::ReadHeader(Path("a.nrrd")).pixel);
+      EXPECT_EQ(selu::OpenImage(Path("out." + ending)).Header().pixel,
+                selu::OpenImage(Path("a.nrrd")).Header().pixel);
     }
   };
   check("uint8", "255", std::uint8_t{255});
@@ -305,7 +305,8 @@ TEST_F(SeluWalkImage, PlanesAreResampledAlongTheDominantAxis) {
                      "--picture", "plane.png"}),
               "");
     EXPECT_EQ(Pixels<std::uint16_t>("plane.png"), expected) << normal;
-    EXPECT_EQ(selu::ReadHeader(Path("plane.png")).size, CSize(columns, extents.*row)) << normal;
+    EXPECT_EQ(selu::OpenImage(Path("plane.png")).Header().size, CSize(columns, extents.*row))
+        << normal;
   }
 }
 

@@ -1,8 +1,8 @@
 #include "base/AtomicFile.h"
 
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Texts.h"
-#include "images/FileFormat.h"
 
 #include <array>
 #include <atomic>
@@ -134,7 +134,7 @@ void CAtomicFile::Commit() {
 void CAtomicFile::CopyInto(fs::path const& device) const {
   CDescriptor from(Temporary(), O_RDONLY);
   if (!from.IsOpen()) Fail(errno);
-  // A pipe that nobody reads would keep us waiting for ever; one that somebody reads may be full.
+  // A pipe that nobody reads would keep us waiting; one that somebody reads may be full.
   CDescriptor to(device, O_WRONLY | O_NONBLOCK);
   if (!to.IsOpen() && errno == ENXIO)
     throw CAppError("cannot write " + Quoted(m_Target) + ": nobody reads from it");
@@ -163,12 +163,6 @@ bool IsSameFile(fs::path const& a, fs::path const& b) {
   auto const first = fs::weakly_canonical(fs::absolute(a, error), error);
   auto const second = fs::weakly_canonical(fs::absolute(b, error), error);
   return !first.empty() && first == second;
-}
-
-void WriteAtomically(fs::path const& target, std::string_view bytes) {
-  CAtomicFile file(target);
-  file.Write(bytes);
-  file.Commit();
 }
 
 int WriteAll(int descriptor, std::string_view bytes) noexcept {

@@ -56,9 +56,6 @@ void RefuseSameFile(std::filesystem::path const& output, std::filesystem::path c
 /// none, and takes both.
 [[nodiscard]] bool IsSameFile(std::filesystem::path const& a, std::filesystem::path const& b);
 
-/// The whole file under this name, or an exception and nothing changed.
-void WriteAtomically(std::filesystem::path const& target, std::string_view bytes);
-
 /// Writes all bytes to an open file; 0, or the error number.
 [[nodiscard]] int WriteAll(int descriptor, std::string_view bytes) noexcept;
 

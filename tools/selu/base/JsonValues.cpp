@@ -1,9 +1,9 @@
 #include "base/JsonValues.h"
 
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Memory.h"
 #include "base/Texts.h"
-#include "images/FileFormat.h"
 
 #include <pxlib2core/ValueVector.h>
 

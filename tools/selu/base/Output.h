@@ -11,8 +11,8 @@ namespace selu {
 
 class CAtomicFile;
 
-/// Leads standard streams that are closed nowhere, so that no file or pipe takes their numbers;
-/// using them is an error as before. To be called before anything is opened.
+/// Gives standard streams that are closed an end that cannot be used, so that no file or pipe takes
+/// their numbers; using them is an error as before. To be called before anything is opened.
 void OccupyClosedStreams() noexcept;
 /// Writes to standard output; throws CAppError when not all of it arrives.
 void PrintOut(std::string_view text);

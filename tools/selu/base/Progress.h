@@ -1,5 +1,4 @@
-// Progress on a terminal: a bar with the time left, and nothing where standard error is no
-// terminal.
+// Progress on a terminal: a bar with the time left. Elsewhere nothing is shown.
 //
 //   CProgressBar bar("counting pairs", 13);
 //   algorithm.SetProgressObserver(&bar);        // or bar.Advance() after each step

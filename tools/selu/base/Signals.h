@@ -1,4 +1,4 @@
-// Ctrl-C and its kin end the process at once, after the temporaries of unfinished outputs are gone.
+// Ctrl-C and the like end the process at once; temporaries of unfinished outputs are removed first.
 //
 //   InstallSignalHandlers();
 //   CTemporaryName name("/data/.selu-123-0.nrrd");   // from here on removed by a signal too

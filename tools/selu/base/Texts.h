@@ -2,8 +2,7 @@
 //
 //   ParseNumbers("-200,300")          -> {-200, 300}
 //   ParseIntegers("64,64,32")         -> {64, 64, 32}
-//   Shortest(0.1)                     -> "0.1", the shortest text that reads back as the same
-//   number
+//   Shortest(0.1)                     -> "0.1", which reads back as the same number
 #pragma once
 
 #include <pxlib2core/Types.h>

@@ -1,8 +1,8 @@
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Texts.h"
 #include "distributions/Distributions.h"
 #include "distributions/SpecialFunctions.h"
-#include "images/FileFormat.h"
 
 #include <SeluUtils/Random/ConstantValue.h>
 #include <SeluUtils/Random/FixRotation.h>

@@ -2,7 +2,7 @@
 //
 //   Color c = SequentialRamp(0.5);       // for quantities: light is little, dark is much
 //   Color c = SoftRamp(0.5);             // pale, for cells that carry text
-//   picture.SetColor(c_ink);
+//   picture.Fill({0, 0, 10, 10}, c_ink);
 #pragma once
 
 namespace selu {

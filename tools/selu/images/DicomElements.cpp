@@ -1,8 +1,8 @@
 #include "images/DicomElements.h"
 
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Texts.h"
-#include "images/FileFormat.h"
 
 #include <algorithm>
 #include <array>

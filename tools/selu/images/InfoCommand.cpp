@@ -92,6 +92,15 @@ void Run(StOptions const& options) {
                                     : ToTable(options, image, levels));
 }
 
+constexpr char c_help[] =
+    R"(Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels; other pixel types need
+--range. A voxel survives this quantization when it is neither clamped by --range (or NaN) nor,
+without --range, set to level 0 though its value is above 0. The gray levels counted are the
+different ones that the voxels have afterwards.
+
+Example:
+  selu info scan.nii.gz --range -200,300)";
+
 } // namespace
 
 void AddInfoCommand(CLI::App& app) {
@@ -105,14 +114,7 @@ void AddInfoCommand(CLI::App& app) {
   command->add_option("--format", options->format, "table or json")
       ->check(CLI::IsMember({"table", "json"}))
       ->capture_default_str();
-  command->footer(
-      "Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels; other pixel types "
-      "need\n"
-      "--range. A voxel survives this quantization when it is neither clamped by --range (or NaN)\n"
-      "nor, without --range, set to level 0 though its value is above 0. The gray levels counted "
-      "are\n"
-      "the different ones that the voxels have afterwards.\n\n"
-      "Example:\n  selu info scan.nii.gz --range -200,300");
+  command->footer(c_help);
   command->callback([options] { Run(*options); });
 }
 

@@ -1,10 +1,9 @@
 #include "images/PixelStore.h"
 
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Memory.h"
 #include "base/Texts.h"
-#include "images/DicomElements.h"
-#include "images/TiffPages.h"
 
 #include <algorithm>
 #include <array>
@@ -24,23 +23,8 @@ namespace {
 
 using std::string_view_literals::operator""sv; // NOLINT(misc-unused-using-decls)
 
-// Where the pixels are, and the most that a byte there can unpack to.
-struct StStore {
-  fs::path file;
-  std::uint64_t offset = 0; // where they begin in the file
-  double ratio = 1;
-  std::uint64_t before = 0;    // unpacked bytes before them
-  std::size_t bytesAPixel = 0; // where that may differ from the pixels in memory
-};
 // Deflate reaches 1032; bzip2 and the methods of TIFF and DICOM far more.
 constexpr double c_deflate = 1100, c_anyMethod = 65536;
-constexpr std::size_t c_headerBytes = 1 << 16;
-
-std::string Lower(std::string text) {
-  for (char& c : text)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return text;
-}
 
 std::string Trimmed(std::string_view text) {
   constexpr auto blank = " \t\r\n"sv;
@@ -82,8 +66,7 @@ fs::path DataFile(fs::path const& header, std::string const& name) {
   return header.parent_path() / name;
 }
 
-StStore NrrdStore(fs::path const& path) {
-  std::string const header = BeginningOf(path, c_headerBytes);
+StPixelStore NrrdStore(fs::path const& path, std::string_view header) {
   auto const encoding = FindField(header, ':', {"encoding"});
   auto const data = FindField(header, ':', {"data file", "datafile"});
   std::string const method = encoding ? Lower(encoding->value) : "raw";
@@ -106,15 +89,14 @@ ORVA::int64 MetaHeaderSize(std::string_view header, fs::path const& path) {
   return number->front();
 }
 
-StStore MetaStore(fs::path const& path) {
-  std::string const header = BeginningOf(path, c_headerBytes);
+StPixelStore MetaStore(fs::path const& path, std::string_view header) {
   auto const packed = FindField(header, '=', {"compresseddata"});
   auto const data = FindField(header, '=', {"elementdatafile"});
   std::string const answer = packed ? Lower(packed->value) : "false";
   double const ratio = answer == "true" || answer == "1" ? c_deflate : 1;
   bool const local = !data || Lower(data->value) == "local";
-  StStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
-                   ratio};
+  StPixelStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
+                        ratio};
   auto const skipped = MetaHeaderSize(header, path);
   if (skipped <= 0) return store; // plain pixels then end with the file, wherever they begin
   if (static_cast<std::uint64_t>(skipped) < store.offset)
@@ -134,21 +116,15 @@ fs::path NiftiDataFile(fs::path const& path) {
   return fs::exists(plain) ? plain : fs::path(stem).concat(".img.gz");
 }
 
-class CGzipFile {
-public:
-  explicit CGzipFile(fs::path const& path) : m_File(::gzopen(path.c_str(), "rb"), ::gzclose_r) {}
-  /// Bytes read into the buffer, or nothing when the file is damaged or cut off.
-  std::optional<std::size_t> Read(void* buffer, unsigned bytes) {
-    int const count = m_File ? ::gzread(m_File.get(), buffer, bytes) : -1;
-    int error = Z_OK;
-    if (m_File) (void)::gzerror(m_File.get(), &error);
-    if (count < 0 || error != Z_OK) return std::nullopt;
-    return static_cast<std::size_t>(count);
-  }
+constexpr std::size_t c_niftiHeaderBytes = 352;
 
-private:
-  std::unique_ptr<gzFile_s, int (*)(gzFile)> m_File;
-};
+std::string UnpackedBeginning(fs::path const& path) {
+  std::unique_ptr<gzFile_s, int (*)(gzFile)> const file(::gzopen(path.c_str(), "rb"), ::gzclose_r);
+  std::string text(c_niftiHeaderBytes, '\0');
+  int const count = file ? ::gzread(file.get(), text.data(), c_niftiHeaderBytes) : -1;
+  text.resize(static_cast<std::size_t>(std::max(count, 0)));
+  return text;
+}
 
 // Bytes of NIfTI's types of numbers; readers go by these, not by the header's own count of bits.
 std::size_t NiftiTypeBytes(int type) {
@@ -171,14 +147,12 @@ std::size_t NiftiTypeBytes(int type) {
 // floating-point number: by the header of NIfTI-1 or its forerunner.
 struct StNiftiHeader {
   std::uint64_t offset = 0;
-  std::size_t bytesAPixel = 0; // 0: unknown
+  std::size_t bytesPerPixel = 0; // 0: unknown
 };
 
-StNiftiHeader ReadNiftiHeader(fs::path const& path) {
-  std::array<char, 352> header{};
-  CGzipFile file(path); // reads plain files as well
-  auto const count = file.Read(header.data(), header.size());
-  if (!count || *count < 348) RefuseHeader(path, "the file is damaged or cut off");
+StNiftiHeader ReadNiftiHeader(fs::path const& path, std::string header) {
+  if (header.size() < 348) RefuseHeader(path, "the file is damaged or cut off");
+  header.resize(c_niftiHeaderBytes);
   auto const load = [&]<class T>(std::size_t place, T, bool swap) {
     std::array<char, sizeof(T)> bytes;
     std::memcpy(bytes.data(), header.data() + place, sizeof(T));
@@ -198,21 +172,24 @@ StNiftiHeader ReadNiftiHeader(fs::path const& path) {
           NiftiTypeBytes(load(70, std::int16_t{}, swapped))};
 }
 
-StStore NiftiStore(fs::path const& path) {
+StPixelStore NiftiStore(fs::path const& path, std::string_view header) {
   fs::path const data = NiftiDataFile(path);
-  bool const gzipped = BeginningOf(data, 2) == "\x1f\x8b"sv;
-  auto const [offset, bytes] = ReadNiftiHeader(path);
-  return gzipped ? StStore{data, 0, c_deflate, offset, bytes} : StStore{data, offset, 1, 0, bytes};
+  auto const isGzipped = [](std::string_view bytes) { return bytes.starts_with("\x1f\x8b"sv); };
+  bool const gzipped = isGzipped(data == path ? header.substr(0, 2) : BeginningOf(data, 2));
+  auto const [offset, bytes] =
+      ReadNiftiHeader(path, isGzipped(header) ? UnpackedBeginning(path) : std::string(header));
+  return gzipped ? StPixelStore{data, 0, c_deflate, offset, bytes}
+                 : StPixelStore{data, offset, 1, 0, bytes};
 }
 
-StStore StoreOf(fs::path const& path, EnFormat format) {
+StPixelStore FindStore(fs::path const& path, EnFormat format, std::string_view header) {
   switch (format) {
   case EnFormat::Nrrd:
-    return NrrdStore(path);
+    return NrrdStore(path, header);
   case EnFormat::Meta:
-    return MetaStore(path);
+    return MetaStore(path, header);
   case EnFormat::Nifti:
-    return NiftiStore(path);
+    return NiftiStore(path, header);
   case EnFormat::Png:
     return {path, 0, c_deflate * 8}; // 1-bit pixels become bytes
   case EnFormat::Tiff:
@@ -269,7 +246,7 @@ private:
 };
 
 // Unpacks as far as the pixels go, and to the end where that is near, since the checksum is there.
-void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
+void CheckDeflated(fs::path const& path, StPixelStore const& store, double bytes) {
   CUnpacker unpacker(store.file, store.offset);
   double const needed = static_cast<double>(store.before) + bytes;
   constexpr double beyond = 1 << 20;
@@ -287,19 +264,17 @@ void CheckDeflated(fs::path const& path, StStore const& store, double bytes) {
 
 } // namespace
 
-fs::path PixelFile(fs::path const& path, EnFormat format) { return StoreOf(path, format).file; }
-
-void CheckPixelStore(fs::path const& path, EnFormat format) {
-  (void)SizeOfReadable(StoreOf(path, format).file, path);
-  if (format == EnFormat::Tiff) CheckTiffPages(path);
+StPixelStore StoreOf(fs::path const& path, EnFormat format, std::string_view beginning) {
+  auto store = FindStore(path, format, beginning);
+  (void)SizeOfReadable(store.file, path);
+  return store;
 }
 
-void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> const& extents,
-                std::size_t bytesAPixel) {
+void CheckClaim(fs::path const& path, StPixelStore const& store,
+                std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel) {
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
-  StStore const store = StoreOf(path, format);
-  std::size_t const stored = store.bytesAPixel > 0 ? store.bytesAPixel : bytesAPixel;
+  std::size_t const stored = store.bytesPerPixel > 0 ? store.bytesPerPixel : bytesPerPixel;
   double const bytes = pixels * static_cast<double>(stored);
   auto const size = SizeOfReadable(store.file, path);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
@@ -308,9 +283,8 @@ void CheckClaim(fs::path const& path, EnFormat format, std::vector<ORVA::int64> 
                     Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
                     " bits, but " + (store.file == path ? "the file" : Quoted(store.file)) +
                     " has only " + BytesText(static_cast<double>(size)));
-  RefuseBeyondMemory(pixels * static_cast<double>(bytesAPixel), "the image " + Quoted(path));
+  RefuseBeyondMemory(pixels * static_cast<double>(bytesPerPixel), "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
-  if (format == EnFormat::Dicom) CheckDicomElements(path, pixels);
 }
 
 } // namespace selu

@@ -1,31 +1,42 @@
 // Whether a file can hold the pixels that its header claims.
 //
-//   CheckPixelStore(path, format);                          // its files can be opened
-//   CheckClaim(path, format, {64, 64, 32}, 2);              // 2 bytes a pixel, 64 x 64 x 32 of
-//   them
+//   StPixelStore const store = StoreOf(path, format, BeginningOf(path, c_headerBytes));
+//   CheckClaim(path, store, {64, 64, 32}, 2);             // 64 x 64 x 32 pixels of 2 bytes each
 #pragma once
 
 #include "images/FileFormat.h"
 
 #include <pxlib2core/Types.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace selu {
 
-/// The file that holds the pixels: the image itself or one that its header names. Throws CAppError.
-[[nodiscard]] std::filesystem::path PixelFile(std::filesystem::path const& path, EnFormat format);
+/// Where the pixels are, and the most that a byte there can unpack to.
+struct StPixelStore {
+  std::filesystem::path file; ///< the image itself or one that its header names
+  std::uint64_t offset = 0;   ///< where they begin in the file
+  double ratio = 1;
+  std::uint64_t before = 0;      ///< unpacked bytes before them
+  std::size_t bytesPerPixel = 0; ///< where that may differ from the pixels in memory
+};
 
-/// Looks at the file that a header names for its pixels: it must be a regular file with something
-/// in it, so that no reader waits for a pipe. The pages of a TIFF must lie inside the file and be
-/// of one size and of a pixel type that is read. Throws CAppError.
-void CheckPixelStore(std::filesystem::path const& path, EnFormat format);
+/// So many of a file's first bytes tell where its pixels are, unless they are packed, too.
+inline constexpr std::size_t c_headerBytes = 1 << 16;
+
+/// From the file's beginning, c_headerBytes of it. The file with the pixels must be a regular one
+/// with something in it, so that no reader waits for a pipe. Throws CAppError.
+[[nodiscard]] StPixelStore StoreOf(std::filesystem::path const& path, EnFormat format,
+                                   std::string_view beginning);
 
 /// Throws CAppError when the file is too small for the claimed pixels, of so many bytes in memory,
 /// or they for the memory. Exact for pixels stored plainly; deflated ones (NIfTI, NRRD, MetaImage)
 /// are unpacked once to see that they are whole; files packed otherwise may unpack to what their
 /// method can make of them at most. O(file).
-void CheckClaim(std::filesystem::path const& path, EnFormat format,
-                std::vector<ORVA::int64> const& extents, std::size_t bytesAPixel);
+void CheckClaim(std::filesystem::path const& path, StPixelStore const& store,
+                std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel);
 
 } // namespace selu

@@ -5,8 +5,9 @@
 //   ORVA::CImage gray = ToGray(raw, range, "scan.nrrd");
 #pragma once
 
-#include "images/ImageFile.h"
+#include "images/RawImage.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 

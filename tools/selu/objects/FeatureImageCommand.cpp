@@ -164,6 +164,16 @@ void Run(StOptions options) {
   if (csv) csv->Commit();
 }
 
+constexpr char c_help[] =
+    R"(FEATURES holds "maximum label" M and an object under the word, a blank and its label with as many
+digits as M has, such as "object 007". The pixel (x, y) is feature y of the object with label x;
+row 0 holds the labels 0 to M. Which features there are says the object that comes first; what
+another does not have is 0 or the empty text. Texts become their index in the sorted list of all
+texts of that feature. In the table, a line is a label, a column a feature.
+
+Example:
+  selu feature-image features.json -o features.tif --csv features.csv --exclude status)";
+
 } // namespace
 
 void AddFeatureImageCommand(CLI::App& app) {
@@ -186,19 +196,7 @@ void AddFeatureImageCommand(CLI::App& app) {
       ->expected(1);
   command->add_option("--id-key", options->idKey, "the word that the objects' keys begin with")
       ->capture_default_str();
-  command->footer(
-      "FEATURES holds \"maximum label\" M and an object under the word, a blank and its label "
-      "with\n"
-      "as many digits as M has, such as \"object 007\". The pixel (x, y) is feature y of the "
-      "object "
-      "with\n"
-      "label x; row 0 holds the labels 0 to M. Which features there are says the object that "
-      "comes\n"
-      "first; what another does not have is 0 or the empty text. Texts become their index in the "
-      "sorted\n"
-      "list of all texts of that feature. In the table, a line is a label, a column a feature.\n\n"
-      "Example:\n  selu feature-image features.json -o features.tif --csv features.csv --exclude "
-      "status");
+  command->footer(c_help);
   command->callback([options] { Run(*options); });
 }
 

@@ -4,7 +4,7 @@
 //     std::cout << region.label << ' ' << region.voxels << ' ' << region.Centroid(0) << '\n';
 #pragma once
 
-#include "images/ImageFile.h"
+#include "images/RawImage.h"
 
 #include <array>
 #include <filesystem>

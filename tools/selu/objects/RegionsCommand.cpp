@@ -6,6 +6,7 @@
 #include "base/Output.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
+#include "images/ImageFile.h"
 #include "objects/Regions.h"
 #include "texture/Texture.h"
 
@@ -115,8 +116,8 @@ CValueMap ToMap(StRegion const& region, int dimension, bool hasIntensity, CBoxTe
 
 CValueMap ToMap(std::vector<StRegion> const& regions, int dimension, bool hasIntensity,
                 CBoxTexture* texture) {
-  constexpr double bytesAnObject = 10e3; // its entries as values, as JSON and as text
-  RefuseBeyondMemory(static_cast<double>(regions.size()) * bytesAnObject,
+  constexpr double bytesPerObject = 10e3; // its entries as values, as JSON and as text
+  RefuseBeyondMemory(static_cast<double>(regions.size()) * bytesPerObject,
                      "the feature map of " + std::to_string(regions.size()) + " objects");
   std::string const greatest = std::to_string(regions.back().label);
   CValueMap map;
@@ -146,38 +147,65 @@ void CheckOptions(StOptions const& options) {
   if (!options.direction.empty()) (void)ParseDirection(options.direction);
 }
 
-std::string Measure(StOptions const& options) {
-  CRawImage const labels = ReadImage(options.labels);
-  int const dimension = labels.Size().Dim();
-  if (options.intensity.empty())
-    return ToJsonText(
-        ToMap(MeasureRegions(labels, nullptr, options.labels), dimension, false, nullptr));
+// The images that are read, opened before the output is.
+struct StInputs {
+  COpenImage labels;
+  std::optional<COpenImage> intensity;
+};
 
-  CRawImage const intensity = ReadImage(options.intensity);
-  if (intensity.Size() != labels.Size())
+StInputs OpenInputs(StOptions const& options) {
+  StInputs inputs{OpenImage(options.labels), std::nullopt};
+  if (options.intensity.empty()) return inputs;
+  inputs.intensity.emplace(OpenImage(options.intensity));
+  if (inputs.intensity->Header().size != inputs.labels.Header().size)
     throw CAppError(Quoted(options.labels) + " and " + Quoted(options.intensity) +
                     " have different sizes");
+  return inputs;
+}
+
+CBoxTexture MakeTexture(StOptions const& options, CRawImage const& intensity) {
+  std::optional<StRange> range;
+  if (!options.range.empty()) range = ParseRange(options.range);
+  CBoxTexture texture(ToGray(intensity, range, options.intensity),
+                      ParseOptionalDirection(options, intensity.Size().Dim()));
+  auto const warning = CollapseWarning(intensity, range, options.intensity);
+  if (!warning.empty()) PrintNote("warning: " + warning);
+  return texture;
+}
+
+std::string Measure(StOptions const& options, StInputs& inputs) {
+  CRawImage const labels = inputs.labels.Read();
+  int const dimension = labels.Size().Dim();
+  if (!inputs.intensity)
+    return ToJsonText(
+        ToMap(MeasureRegions(labels, nullptr, options.labels), dimension, false, nullptr));
+  CRawImage const intensity = inputs.intensity->Read();
   std::optional<CBoxTexture> texture;
-  if (!options.noTexture) {
-    std::optional<StRange> range;
-    if (!options.range.empty()) range = ParseRange(options.range);
-    texture.emplace(ToGray(intensity, range, options.intensity),
-                    ParseOptionalDirection(options, dimension));
-    auto const warning = CollapseWarning(intensity, range, options.intensity);
-    if (!warning.empty()) PrintNote("warning: " + warning);
-  }
+  if (!options.noTexture) texture.emplace(MakeTexture(options, intensity));
   auto const regions = MeasureRegions(labels, &intensity, options.labels);
   return ToJsonText(ToMap(regions, dimension, true, texture ? &*texture : nullptr));
 }
 
 void Run(StOptions const& options) {
   CheckOptions(options);
-  RefuseOverwriting(options.output, options.labels);
-  if (!options.intensity.empty()) RefuseOverwriting(options.output, options.intensity);
+  StInputs inputs = OpenInputs(options);
+  RefuseOverwriting(options.output, inputs.labels);
+  if (inputs.intensity) RefuseOverwriting(options.output, *inputs.intensity);
   CAtomicFile file(options.output);
-  file.Write(Measure(options));
+  file.Write(Measure(options, inputs));
   file.Commit();
 }
+
+constexpr char c_help[] =
+    R"(For each object: "object" (its label as text), "status", "volume [px]", "bounding box" (first and
+last coordinate along each axis), "centroid", and with --intensity "intensity" (mean and standard
+deviation of its voxels' values as they are) and "texture" (the 13 features inside its bounding
+box, the voxels of others included). All lengths are in voxels. Where the box is no longer than
+the direction, the texture is 0 and the status "too small for texture". The texture takes time in
+proportion to the boxes together, all else to the image.
+
+Example:
+  selu regions cells-label.nrrd --intensity cells.nrrd --range 0,2000 -o features.json)";
 
 } // namespace
 
@@ -200,20 +228,7 @@ void AddRegionsCommand(CLI::App& app) {
   command->add_flag("--no-texture", options->noTexture, "leave the texture out");
   command->add_option("-o,--output", options->output, "JSON file, for selu feature-image")
       ->required();
-  command->footer(
-      "For each object: \"object\" (its label as text), \"status\", \"volume [px]\", \"bounding "
-      "box\" (first\n"
-      "and last coordinate along each axis), \"centroid\", and with --intensity \"intensity\" "
-      "(mean "
-      "and\n"
-      "standard deviation of its voxels' values as they are) and \"texture\" (the 13 features "
-      "inside\n"
-      "its bounding box, the voxels of others included). All lengths are in voxels. Where the box "
-      "is no\n"
-      "longer than the direction, the texture is 0 and the status \"too small for texture\".\n"
-      "The texture takes time in proportion to the boxes together, all else to the image.\n\n"
-      "Example:\n  selu regions cells-label.nrrd --intensity cells.nrrd --range 0,2000 -o "
-      "features.json");
+  command->footer(c_help);
   command->callback([options] { Run(*options); });
 }
 

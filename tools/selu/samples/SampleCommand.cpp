@@ -1,16 +1,16 @@
 #include "Commands.h"
+#include "base/Arguments.h"
 #include "base/AtomicFile.h"
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Output.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "distributions/Distributions.h"
 #include "drawing/Picture.h"
-#include "images/FileFormat.h"
 #include "samples/SamplePicture.h"
 #include "samples/SampleStatistics.h"
 #include "samples/SampleWriter.h"
-#include "volumes/SynthOptions.h"
 
 #include <pxlib2core/Random.h>
 

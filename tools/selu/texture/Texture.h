@@ -2,7 +2,7 @@
 //
 //   StTexture texture = ...;
 //   PrintOut(ToCsv(texture));
-//   WriteTexturePicture(file, texture);
+//   file.Write(DrawTexture(texture, ".svg"));
 #pragma once
 
 #include "images/Directions.h"
@@ -32,8 +32,8 @@ struct StTexture {
   EnPixel pixel = EnPixel::UInt8;
   std::optional<StRange> range;
   std::vector<StDirectionTexture> directions;
-  ORVA::CImage
-      matrices; ///< size (directions, 256, 256): count of (i, j) for direction s at (s, i, j)
+  /// Size (directions, 256, 256): the count of (i, j) for direction s at (s, i, j).
+  ORVA::CImage matrices;
 };
 
 /// "1,-1,0", without the third component for a 2D image.

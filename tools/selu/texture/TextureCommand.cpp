@@ -1,13 +1,14 @@
 #include "Commands.h"
 #include "base/AtomicFile.h"
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Memory.h"
 #include "base/Output.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "drawing/Picture.h"
 #include "images/Directions.h"
-#include "images/FileFormat.h"
+#include "images/ImageFile.h"
 #include "texture/Texture.h"
 
 #include <CLI/CLI.hpp>
@@ -74,25 +75,25 @@ void Compute(StTexture& texture, CImage const& gray, std::vector<Direction> cons
   }
 }
 
-CImage ReadGray(std::string const& path, std::optional<StRange> const& range) {
-  CRawImage const raw = ReadImage(path);
-  CImage gray = ToGray(raw, range, path);
-  auto const warning = CollapseWarning(raw, range, path);
+CImage ReadGray(COpenImage& image, std::optional<StRange> const& range) {
+  CRawImage const raw = image.Read();
+  CImage gray = ToGray(raw, range, image.Path());
+  auto const warning = CollapseWarning(raw, range, image.Path());
   if (!warning.empty()) PrintNote("warning: " + warning);
   return gray;
 }
 
-std::optional<CAtomicFile> OpenMatrix(StOptions const& options) {
+std::optional<CAtomicFile> OpenMatrix(StOptions const& options, COpenImage const& image) {
   if (options.matrix.empty()) return std::nullopt;
   CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
-  RefuseOverwriting(options.matrix, options.image);
+  RefuseOverwriting(options.matrix, image);
   return std::optional<CAtomicFile>(std::in_place, options.matrix);
 }
 
-std::vector<CAtomicFile> OpenPictures(StOptions const& options) {
+std::vector<CAtomicFile> OpenPictures(StOptions const& options, COpenImage const& image) {
   std::vector<CAtomicFile> pictures;
   for (auto const& path : options.pictures) {
-    RefuseOverwriting(path, options.image);
+    RefuseOverwriting(path, image);
     pictures.push_back(OpenPicture(path));
   }
   return pictures;
@@ -110,14 +111,14 @@ void Run(StOptions const& options) {
   if (!options.range.empty()) texture.range = ParseRange(options.range);
   std::vector<StGivenDirection> given;
   for (auto const& text : options.directions) given.push_back(ParseDirection(text));
-  StHeader const header = ReadHeader(options.image);
-  texture.size = header.size;
-  texture.pixel = header.pixel;
-  auto const directions = FitDirections(options, std::move(given), header.size);
-  auto matrix = OpenMatrix(options);
-  auto pictures = OpenPictures(options);
+  COpenImage image = OpenImage(options.image);
+  texture.size = image.Header().size;
+  texture.pixel = image.Header().pixel;
+  auto const directions = FitDirections(options, std::move(given), texture.size);
+  auto matrix = OpenMatrix(options, image);
+  auto pictures = OpenPictures(options, image);
 
-  Compute(texture, ReadGray(options.image, texture.range), directions);
+  Compute(texture, ReadGray(image, texture.range), directions);
 
   // Everything is made before the first file gets its name.
   if (matrix) WriteImage(*matrix, texture.matrices);
@@ -126,6 +127,14 @@ void Run(StOptions const& options) {
   for (auto& picture : pictures) picture.Commit();
   PrintOut(Formatted(options, texture));
 }
+
+constexpr char c_help[] =
+    R"(Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and floating-point
+pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are clamped.
+
+Examples:
+  selu texture brick.png --picture brick-texture.png
+  selu texture scan.nii.gz --range -200,300 --direction 1,0,0 --direction 0,0,2 --format csv)";
 
 } // namespace
 
@@ -155,14 +164,7 @@ void AddTextureCommand(CLI::App& app) {
                    "draw the matrices and the features (.png or .svg); may be given repeatedly")
       ->take_all()
       ->expected(1);
-  command->footer(
-      "Gray levels are the highest byte of unsigned 8, 16 and 32-bit pixels. Signed and\n"
-      "floating-point pixels need --range LO,HI: LO becomes 0, HI 255, values beyond are "
-      "clamped.\n\n"
-      "Examples:\n"
-      "  selu texture brick.png --picture brick-texture.png\n"
-      "  selu texture scan.nii.gz --range -200,300 --direction 1,0,0 --direction 0,0,2 "
-      "--format csv");
+  command->footer(c_help);
   command->callback([options] { Run(*options); });
 }
 

@@ -1,11 +1,11 @@
 #include "Commands.h"
+#include "base/Arguments.h"
 #include "base/Errors.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "distributions/Distributions.h"
 #include "images/ImageFile.h"
 #include "volumes/FiberVolume.h"
-#include "volumes/SynthOptions.h"
 
 #include <pxlib2core/Random.h>
 
@@ -39,9 +39,9 @@ double ParseRadius(std::string const& text, ORVA::CSize const& size) {
 }
 
 void Run(StOptions const& options) {
-  constexpr int bytesAVoxel = 2; // the image, and the check of the written file
+  constexpr int bytesPerVoxel = 2; // the image, and the check of the written file
   auto const seed = ParseSeed(options.seed);
-  auto const size = ParseSize(options.size, bytesAVoxel);
+  auto const size = ParseSize(options.size, bytesPerVoxel);
   if (size.Dim() != 3)
     throw CUsageError("--size needs three numbers nx,ny,nz for fibers, not \"" + options.size +
                       "\"");
@@ -58,17 +58,21 @@ void Run(StOptions const& options) {
   file.Commit();
 }
 
+constexpr char c_help[] = R"(
+Each fiber runs straight through the whole volume, 255 inside and 0 outside; fibers may cross. The
+contrast is smallest along the directions that many fibers follow.
+
+Example:
+  selu synth fibers --size 128,128,128 --count 150 --radius 3 \
+    --orientation vmf,kappa=20,theta=90deg,phi=45deg --seed 1 -o fibers.nrrd
+  selu texture fibers.nrrd)";
+
 std::string Footer() {
   std::string text = "Orientations, with their parameters (angles in radians, or as 90deg):\n";
   for (auto const& [name, help] : RotationNames())
     text +=
         "  " + std::string(name) + std::string(12 - std::string(name).size(), ' ') + help + "\n";
-  return text + "\nEach fiber runs straight through the whole volume, 255 inside and 0 outside; "
-                "fibers may\n"
-                "cross. The contrast is smallest along the directions that many fibers follow.\n\n"
-                "Example:\n  selu synth fibers --size 128,128,128 --count 150 --radius 3 \\\n"
-                "    --orientation vmf,kappa=20,theta=90deg,phi=45deg --seed 1 -o fibers.nrrd\n"
-                "  selu texture fibers.nrrd";
+  return text + c_help;
 }
 
 } // namespace

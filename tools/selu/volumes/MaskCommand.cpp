@@ -92,29 +92,43 @@ std::string ParametersText(ORVA::CImage const& image) {
 void Run(StOptions const& options) {
   StCylinder const cylinder = ParseCylinder(options);
   double const value = ParseValue(options);
-  StHeader const header = ReadHeader(options.image);
-  RefuseOverwriting(options.output, options.image);
+  COpenImage opened = OpenImage(options.image);
+  StHeader const header = opened.Header();
+  RefuseOverwriting(options.output, opened);
   CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> parameters;
   if (options.keepParameters) {
-    RefuseOverwriting(options.output + ".json", options.image);
+    RefuseOverwriting(options.output + ".json", opened);
     parameters.emplace(options.output + ".json");
   }
 
   auto const warning = CheckValue(value, header.pixel);
-  ORVA::CImage image = ReadImage(options.image).ToGray();
+  ORVA::CImage image = opened.Read().ToGray();
   if (!warning.empty()) PrintNote(warning);
   ORVA::CCylinderMask mask("mask", nullptr);
   mask.SetCylinderParameters(image, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);
   mask.MaskImageWithMetaInfoCylinder(image, value);
 
   // Everything is made before the first file gets its name.
-  WriteImage(file, image);
+  WriteImage(file, image, opened.Grid());
   if (parameters) parameters->Write(ParametersText(image));
   file.Commit();
   if (parameters) parameters->Commit();
 }
+
+constexpr char c_help[] =
+    R"(A voxel stays when its center lies nearer to the axis than the radius; one exactly on the circle
+does not. Voxel centers have whole coordinates from 0. The pixels are unsigned 8, 16 or 32-bit
+integers or 32-bit floating-point, and so are those of the output; voxel spacing and position in
+space are not carried over. Integer pixels take the low bits of the value's whole part, with a
+warning where that is another number.
+
+--keep-parameters writes a JSON object with one entry, "cylinderMaskParameters", that holds
+"axis", "s", "t" and "radius".
+
+Example:
+  selu mask scan.nrrd --axis Z --center 40.5,33 --radius 30 --value 0 -o inside.nrrd --keep-parameters)";
 
 } // namespace
 
@@ -140,20 +154,7 @@ void AddMaskCommand(CLI::App& app) {
       ->required();
   command->add_flag("--keep-parameters", options->keepParameters,
                     "write the cylinder to the output's name with .json behind it, too");
-  command->footer(
-      "A voxel stays when its center lies nearer to the axis than the radius; one exactly on the\n"
-      "circle does not. Voxel centers have whole coordinates from 0. The pixels are unsigned 8, 16 "
-      "or\n"
-      "32-bit integers or 32-bit floating-point, and so are those of the output; voxel spacing "
-      "and\n"
-      "position in space are not carried over. Integer pixels take the low bits of the value's "
-      "whole\n"
-      "part, with a warning where that is another number.\n\n"
-      "--keep-parameters writes a JSON object with one entry, \"cylinderMaskParameters\", that "
-      "holds\n"
-      "\"axis\", \"s\", \"t\" and \"radius\".\n\n"
-      "Example:\n  selu mask scan.nrrd --axis Z --center 40.5,33 --radius 30 --value 0 -o "
-      "inside.nrrd --keep-parameters");
+  command->footer(c_help);
   command->callback([options] { Run(*options); });
 }
 

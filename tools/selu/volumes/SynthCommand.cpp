@@ -1,11 +1,7 @@
 #include "Commands.h"
-#include "base/Errors.h"
-#include "base/Memory.h"
+#include "base/Arguments.h"
 #include "base/Progress.h"
-#include "base/Texts.h"
-#include "images/FileFormat.h"
 #include "images/ImageFile.h"
-#include "volumes/SynthOptions.h"
 #include "volumes/SynthVolumes.h"
 
 #include <CLI/CLI.hpp>
@@ -23,25 +19,22 @@ struct StKind {
   char const* text;
   char const* help;
   Maker make;
-  int passes;      // steps of progress a slice
-  int bytesAVoxel; // memory at the peak: image, work space, and the check of the written file
+  int passes;        // steps of progress per slice
+  int bytesPerVoxel; // memory at the peak: image, work space, and the check of the written file
 };
 constexpr std::array<StKind, 3> c_kinds = {{
     {"noise", "Independent uniform 8-bit gray values",
-     "Every gray value is as likely as every other, whatever its neighbors: the texture is the "
-     "same\n"
-     "in all directions.",
+     R"(Every gray value is as likely as every other, whatever its neighbors: the texture is the same in
+all directions.)",
      MakeNoise, c_noisePasses, 2},
     {"blobs", "A continuous random field of 8-bit gray values",
-     "Noise smoothed over about ten voxels in every direction; mean 128.", MakeBlobs, c_blobPasses,
-     5},
+     R"(Noise smoothed over about ten voxels in every direction; mean 128.)", MakeBlobs,
+     c_blobPasses, 5},
     {"layers", "An oblique lamination with noise, 8-bit",
-     "Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the gray value depends "
-     "on\n"
-     "x + y + z alone, but for a little noise. So the texture differs by direction as one can "
-     "predict:\n"
-     "the contrast grows with |dx + dy + dz|. It is smallest in the plane of the layers, along\n"
-     "1,-1,0 and 1,0,-1 and 0,1,-1 (in 2D 1,-1), and largest across them, along 1,1,1 (in 2D 1,1).",
+     R"(Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the gray value depends on x +
+y + z alone, but for a little noise. So the texture differs by direction as one can predict: the
+contrast grows with |dx + dy + dz|. It is smallest in the plane of the layers, along 1,-1,0 and
+1,0,-1 and 0,1,-1 (in 2D 1,-1), and largest across them, along 1,1,1 (in 2D 1,1).)",
      MakeLayers, c_layerPasses, 2},
 }};
 
@@ -49,35 +42,9 @@ struct StOptions {
   std::string size, seed, output;
 };
 
-} // namespace
-
-ORVA::CSize ParseSize(std::string const& text, int bytesAVoxel) {
-  auto const extents = ParseIntegers(text);
-  if (!extents || extents->size() < 2 || extents->size() > 3)
-    throw CUsageError("--size needs two or three whole numbers nx,ny[,nz], not \"" + text + "\"");
-  double bytes = bytesAVoxel;
-  for (auto const extent : *extents) {
-    if (extent < 1) throw CUsageError("--size needs numbers above 0, not \"" + text + "\"");
-    bytes *= static_cast<double>(extent);
-  }
-  RefuseBeyondMemory(bytes, "an image of " + Joined(*extents, " x ") + " voxels");
-  if (extents->size() == 2) return {(*extents)[0], (*extents)[1]};
-  return {(*extents)[0], (*extents)[1], (*extents)[2]};
-}
-
-ORVA::uint64 ParseSeed(std::string const& text) {
-  auto const seed = ParseUnsigned(text);
-  if (!seed)
-    throw CUsageError("--seed needs a whole number from 0 to 18446744073709551615, not \"" + text +
-                      "\"");
-  return *seed;
-}
-
-namespace {
-
 void Run(StKind const& kind, StOptions const& options) {
   auto const seed = ParseSeed(options.seed);
-  ORVA::CSize const size = ParseSize(options.size, kind.bytesAVoxel);
+  ORVA::CSize const size = ParseSize(options.size, kind.bytesPerVoxel);
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
   {

@@ -10,13 +10,13 @@
 namespace selu {
 
 /// All make an 8-bit image, seed the random source, and advance the observer (may be null) once a
-/// slice of each of their passes (MakePasses in number). O(voxels).
+/// slice and pass (see the constants below). O(voxels).
 
 /// Independent uniform gray values.
 [[nodiscard]] ORVA::CImage MakeNoise(ORVA::CSize const& size, ORVA::uint64 seed,
                                      ORVA::IProgressObserver* observer);
 /// A continuous random field: noise smoothed over about ten voxels, its mean at 128 and three
-/// deviations at 0 and 255. Needs 4 bytes a voxel more.
+/// deviations at 0 and 255. Needs 4 more bytes per voxel.
 [[nodiscard]] ORVA::CImage MakeBlobs(ORVA::CSize const& size, ORVA::uint64 seed,
                                      ORVA::IProgressObserver* observer);
 /// Layers of random thickness and gray value, with a little noise, whose normal is (1, 1, 1) (in 2D

@@ -5,8 +5,8 @@
 //   ORVA::CImage plane = ResamplePlane(image, walk, std::nullopt);
 #pragma once
 
-#include "images/ImageFile.h"
 #include "images/Quantize.h"
+#include "images/RawImage.h"
 #include "walks/Walk.h"
 
 #include <array>

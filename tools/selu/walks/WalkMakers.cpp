@@ -1,7 +1,7 @@
+#include "base/Arguments.h"
 #include "base/Errors.h"
 #include "base/Memory.h"
 #include "base/Texts.h"
-#include "volumes/SynthOptions.h"
 #include "walks/WalkIdeal.h"
 #include "walks/WalkPoints.h"
 

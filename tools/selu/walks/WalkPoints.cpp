@@ -1,9 +1,9 @@
 #include "walks/WalkPoints.h"
 
 #include "base/Errors.h"
+#include "base/FileBytes.h"
 #include "base/Memory.h"
 #include "base/Texts.h"
-#include "images/FileFormat.h"
 
 #include <SeluBase/Neighborhood.h>
 

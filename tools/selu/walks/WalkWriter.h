@@ -6,7 +6,7 @@
 #pragma once
 
 #include "base/AtomicFile.h"
-#include "images/ImageFile.h"
+#include "images/RawImage.h"
 #include "walks/Walk.h"
 
 #include <array>

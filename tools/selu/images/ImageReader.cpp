@@ -1,0 +1,91 @@
+#include "images/ImageReader.h"
+
+#include "base/Errors.h"
+#include "base/FileBytes.h"
+#include "base/Memory.h"
+#include "base/Texts.h"
+#include "images/DicomElements.h"
+#include "images/PixelStore.h"
+#include "images/TiffPages.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace selu {
+namespace fs = std::filesystem;
+namespace {
+
+using ORVA::int64;
+
+[[noreturn]] void RefuseRead(fs::path const& path, std::string const& why) {
+  throw CAppError("cannot read " + Quoted(path) + ": " + why);
+}
+
+// The extents without trailing ones beyond the second.
+std::vector<int64> UsedExtents(std::vector<int64> extents, fs::path const& path) {
+  while (extents.size() > 2 && extents.back() == 1) extents.pop_back();
+  std::string const text = Joined(extents, " x ");
+  if (extents.size() < 2) RefuseRead(path, "it has 1 dimension, but selu needs 2 or 3");
+  if (extents.size() > 3)
+    RefuseRead(path, "it has " + std::to_string(extents.size()) + " dimensions (" + text +
+                         "), but selu needs 2 or 3");
+  if (std::any_of(extents.begin(), extents.end(), [](int64 extent) { return extent <= 0; }))
+    RefuseRead(path, "it has no pixels (" + text + ")");
+  return extents;
+}
+
+EnPixel GrayPixel(StClaim const& claim, fs::path const& path) {
+  if (!claim.pixel) RefuseRead(path, "its pixel type is unknown");
+  if (claim.components != 1)
+    RefuseRead(path, "it has " + std::to_string(claim.components) +
+                         " components per pixel, but selu needs gray values: one");
+  return *claim.pixel;
+}
+
+bool IsRotation(std::array<std::array<double, 3>, 3> const& d) {
+  for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t j = 0; j < 3; ++j) {
+      double const product = d[i][0] * d[j][0] + d[i][1] * d[j][1] + d[i][2] * d[j][2];
+      if (!(std::abs(product - (i == j ? 1 : 0)) < 1e-3)) return false;
+    }
+  return true;
+}
+
+// What makes no sense becomes what stands where nothing is said.
+StGrid SoundGrid(StGrid grid) {
+  StGrid const plain;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    if (!(grid.spacing[axis] > 0) || !std::isfinite(grid.spacing[axis])) grid.spacing[axis] = 1;
+    if (!std::isfinite(grid.origin[axis])) grid.origin[axis] = 0;
+  }
+  if (!IsRotation(grid.direction)) grid.direction = plain.direction;
+  return grid;
+}
+
+} // namespace
+
+StOpened OpenReader(fs::path const& path) {
+  StOpened opened;
+  std::string const beginning = BeginningOf(path, c_headerBytes);
+  opened.format = FormatOf(path, beginning);
+  auto const store = StoreOf(path, opened.format, beginning);
+  opened.files = {path};
+  if (store.file != path) opened.files.push_back(store.file);
+  if (opened.format == EnFormat::Tiff) CheckTiffPages(path);
+  opened.reader = MakeItkReader(path, opened.format);
+  StClaim const claim = opened.reader->Claim();
+  auto const extents = UsedExtents(claim.extents, path);
+  EnPixel const pixel = GrayPixel(claim, path);
+  CheckClaim(path, store, extents, PixelBytes(pixel));
+  double pixels = 1;
+  for (auto const extent : extents) pixels *= static_cast<double>(extent);
+  if (opened.format == EnFormat::Dicom) CheckDicomElements(path, pixels);
+  opened.header = {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
+                                       : ORVA::CSize(extents[0], extents[1], extents[2]),
+                   pixel};
+  opened.grid = SoundGrid(claim.grid);
+  return opened;
+}
+
+} // namespace selu

@@ -1,0 +1,111 @@
+#include "base/Errors.h"
+#include "base/FileBytes.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
+#include "images/ImageReader.h"
+
+#include <cstring>
+#include <optional>
+#include <string>
+
+namespace selu {
+namespace fs = std::filesystem;
+namespace {
+
+// Bytes per second that any reader manages; some never end on damaged headers.
+constexpr double c_slowest = 4e6;
+// Address space that readers take for whatever file, for their tables and libraries.
+constexpr double c_readerBytes = 256 << 20;
+
+StLimits HeaderLimits(double fileBytes) {
+  return {5 + fileBytes / c_slowest, c_readerBytes + 4 * fileBytes};
+}
+// Readers hold the packed and the unpacked pixels, and may convert them, beside the result.
+StLimits PixelLimits(double fileBytes, double pixelBytes) {
+  return {5 + (fileBytes + pixelBytes) / c_slowest, c_readerBytes + 4 * fileBytes + 4 * pixelBytes};
+}
+
+// What goes from process to process; the names of the files follow, each with a 0 at its end.
+struct StMessage {
+  EnFormat format;
+  EnPixel pixel;
+  std::array<ORVA::int64, 3> size;
+  int dimension;
+  StGrid grid;
+};
+
+std::string ToMessage(StOpened const& opened) {
+  auto const size = opened.header.size;
+  StMessage const message = {
+      opened.format, opened.header.pixel, {size.x, size.y, size.z}, size.Dim(), opened.grid};
+  std::string text(sizeof message, '\0');
+  std::memcpy(text.data(), &message, sizeof message);
+  for (auto const& file : opened.files) text += file.native() + '\0';
+  return text;
+}
+
+// Keeps the opened file from one request to the next.
+CIsolated::Work MakeWork(fs::path const& path) {
+  auto const opened = std::make_shared<std::optional<StOpened>>();
+  return [path, opened](std::string const& request, std::span<std::byte> pixels) {
+    if (request == "header") {
+      opened->emplace(OpenReader(path));
+      return ToMessage(**opened);
+    }
+    (*opened)->reader->Read(pixels);
+    return std::string();
+  };
+}
+
+[[noreturn]] void Refuse(fs::path const& path, CIsolationError const& error,
+                         std::string const& ifBroken) {
+  throw CAppError("cannot read " + Quoted(path) + ": " +
+                  (error.Why() == EnFailure::Broken ? ifBroken : error.what()));
+}
+
+} // namespace
+
+COpenImage::COpenImage(fs::path path)
+    : m_Path(std::move(path)), m_Bytes(static_cast<double>(SizeOfReadable(m_Path))),
+      m_Reader(MakeWork(m_Path)) {
+  std::string answer;
+  try {
+    answer = m_Reader.Ask("header", HeaderLimits(m_Bytes));
+  } catch (CIsolationError const& error) {
+    Refuse(m_Path, error, "it is damaged, no image, or of a kind that selu does not read");
+  }
+  StMessage message;
+  std::memcpy(&message, answer.data(), sizeof message);
+  auto const& size = message.size;
+  m_Format = message.format;
+  m_Header = {message.dimension == 2 ? ORVA::CSize(size[0], size[1])
+                                     : ORVA::CSize(size[0], size[1], size[2]),
+              message.pixel};
+  m_Grid = message.grid;
+  for (std::size_t at = sizeof message; at < answer.size();) {
+    std::size_t const end = answer.find('\0', at);
+    m_Files.emplace_back(answer.substr(at, end - at));
+    at = end + 1;
+  }
+}
+
+CRawImage COpenImage::Read() {
+  CRawImage image(m_Header, m_Grid);
+  try {
+    (void)m_Reader.Ask("pixels", PixelLimits(m_Bytes, static_cast<double>(image.Bytes().size())),
+                       &image.Buffer());
+  } catch (CIsolationError const& error) {
+    Refuse(m_Path, error, "the file is damaged or cut off");
+  }
+  return image;
+}
+
+COpenImage OpenImage(fs::path const& path) { return COpenImage(path); }
+
+CRawImage ReadImage(fs::path const& path) { return OpenImage(path).Read(); }
+
+void RefuseOverwriting(fs::path const& output, COpenImage const& image) {
+  for (auto const& file : image.Files()) RefuseSameFile(output, file);
+}
+
+} // namespace selu

@@ -1,0 +1,104 @@
+// An image with the pixels of its file: every pixel type, 2D or 3D, one component.
+//
+//   CRawImage image = ReadImage("scan.nii.gz");
+//   VisitPixels(image, [](auto pixels) { ... std::span<T const> ... });
+//   ORVA::CImage gray = image.ToGray();
+//   image.Grid().spacing[2]
+#pragma once
+
+#include "base/Errors.h"
+#include "base/SharedBuffer.h"
+
+#include <pxlib2image/Image.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+namespace selu {
+
+enum class EnPixel { UInt8, Int8, UInt16, Int16, UInt32, Int32, UInt64, Int64, Float, Double };
+
+/// Such as "unsigned 16-bit integer".
+[[nodiscard]] char const* PixelText(EnPixel pixel) noexcept;
+/// Such as "uint16".
+[[nodiscard]] char const* PixelName(EnPixel pixel) noexcept;
+[[nodiscard]] std::size_t PixelBytes(EnPixel pixel) noexcept;
+/// Unsigned with 8, 16 or 32 bits: the types that have gray levels without a range.
+[[nodiscard]] bool HasOwnGrayLevels(EnPixel pixel) noexcept;
+/// Of a framework image.
+[[nodiscard]] EnPixel PixelOf(ORVA::IImage::CType type) noexcept;
+
+struct StHeader {
+  ORVA::CSize size;
+  EnPixel pixel = EnPixel::UInt8;
+};
+
+/// Where the voxels are in space, in the unit of the file.
+struct StGrid {
+  std::array<double, 3> spacing = {1, 1, 1}; ///< distance of neighbors along x, y and z
+  std::array<double, 3> origin = {0, 0, 0};  ///< place of the voxel (0, 0, 0)
+  /// Unit vector in which x, y and z grow.
+  std::array<std::array<double, 3>, 3> direction = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+  bool operator==(StGrid const&) const = default;
+};
+
+/// x fastest.
+class CRawImage {
+public:
+  explicit CRawImage(StHeader const& header, StGrid const& grid = {});
+  [[nodiscard]] ORVA::CSize Size() const noexcept { return m_Header.size; }
+  [[nodiscard]] EnPixel Pixel() const noexcept { return m_Header.pixel; }
+  [[nodiscard]] StGrid const& Grid() const noexcept { return m_Grid; }
+  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_Pixels.Bytes(); }
+  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_Pixels.Bytes(); }
+  [[nodiscard]] CSharedBuffer const& Buffer() const noexcept { return m_Pixels; }
+  /// A copy as framework image; for types with gray levels of their own and 32-bit floating-point.
+  [[nodiscard]] ORVA::CImage ToGray() const;
+
+private:
+  StHeader m_Header;
+  StGrid m_Grid;
+  CSharedBuffer m_Pixels;
+};
+
+namespace Impl {
+template <class T, class Function>
+decltype(auto) CallWith(CRawImage const& image, Function&& function) {
+  auto const bytes = image.Bytes();
+  return std::forward<Function>(function)(
+      std::span<T const>(reinterpret_cast<T const*>(bytes.data()), bytes.size() / sizeof(T)));
+}
+} // namespace Impl
+
+/// Calls the function with the pixels as a span of their type.
+template <class Function>
+decltype(auto) VisitPixels(CRawImage const& image, Function&& function) {
+  switch (image.Pixel()) {
+  case EnPixel::UInt8:
+    return Impl::CallWith<std::uint8_t>(image, function);
+  case EnPixel::Int8:
+    return Impl::CallWith<std::int8_t>(image, function);
+  case EnPixel::UInt16:
+    return Impl::CallWith<std::uint16_t>(image, function);
+  case EnPixel::Int16:
+    return Impl::CallWith<std::int16_t>(image, function);
+  case EnPixel::UInt32:
+    return Impl::CallWith<std::uint32_t>(image, function);
+  case EnPixel::Int32:
+    return Impl::CallWith<std::int32_t>(image, function);
+  case EnPixel::UInt64:
+    return Impl::CallWith<std::uint64_t>(image, function);
+  case EnPixel::Int64:
+    return Impl::CallWith<std::int64_t>(image, function);
+  case EnPixel::Float:
+    return Impl::CallWith<float>(image, function);
+  case EnPixel::Double:
+    return Impl::CallWith<double>(image, function);
+  }
+  throw CAppError("unknown pixel type");
+}
+
+} // namespace selu

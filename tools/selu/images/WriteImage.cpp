@@ -1,0 +1,116 @@
+#include "base/Errors.h"
+#include "base/Quiet.h"
+#include "base/Texts.h"
+#include "images/ImageFile.h"
+#include "images/ImageReader.h"
+#include "images/ItkImageIo.h"
+
+#include <cstring>
+#include <vector>
+
+namespace selu {
+namespace fs = std::filesystem;
+namespace {
+
+using ORVA::int64;
+
+// Runs calls of the image library in silence and turns whatever it throws into the sentence.
+template <class Calls>
+void Guarded(Calls calls, std::string const& sentence) {
+  try {
+    CQuiet quiet;
+    calls();
+  } catch (std::bad_alloc const&) {
+    throw CAppError(sentence + " (out of memory)");
+  } catch (...) {
+    throw CAppError(sentence);
+  }
+}
+
+// What both kinds of images have in common.
+struct StPixels {
+  StHeader header;
+  StGrid grid;
+  std::span<std::byte const> bytes;
+};
+
+void WritePixels(itk::ImageIOBase& io, fs::path const& path, StPixels const& image) {
+  ORVA::CSize const size = image.header.size;
+  std::array<int64, 3> const extents = {size.x, size.y, size.z};
+  io.SetNumberOfDimensions(static_cast<unsigned>(size.Dim()));
+  for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
+    io.SetDimensions(axis, static_cast<itk::SizeValueType>(extents[axis]));
+    io.SetSpacing(axis, image.grid.spacing[axis]);
+    io.SetOrigin(axis, image.grid.origin[axis]);
+    auto const& direction = image.grid.direction[axis];
+    io.SetDirection(axis, {direction.begin(), direction.begin() + size.Dim()});
+  }
+  io.SetPixelType(itk::IOPixelEnum::SCALAR);
+  io.SetNumberOfComponents(1);
+  io.SetComponentType(ComponentOf(image.header.pixel));
+  io.SetIORegion(WholeRegion(io));
+  io.SetUseCompression(false);
+  io.SetFileName(path.string());
+  io.Write(image.bytes.data());
+}
+
+// In a process of its own, as readers of what a full disk has cut off may crash.
+bool HoldsTheSame(fs::path const& path, StPixels const& image) {
+  CIsolated reader([&](std::string const&, std::span<std::byte>) {
+    StOpened const opened = OpenReader(path);
+    std::vector<std::byte> back(image.bytes.size());
+    opened.reader->Read(back);
+    bool const same = opened.header.pixel == image.header.pixel &&
+                      std::memcmp(back.data(), image.bytes.data(), back.size()) == 0;
+    return std::string(same ? "same" : "other");
+  });
+  auto const bytes = static_cast<double>(image.bytes.size());
+  return reader.Ask("compare", {30 + bytes / 2e6, 1e9 + 8 * bytes}) == "same";
+}
+
+void WriteChecked(CAtomicFile& file, StPixels const& image) {
+  CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
+  std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
+  auto const io = MakeItkIo(FormatForOutput(file.Target()));
+  Guarded([&] { WritePixels(*io, file.Temporary(), image); }, sentence);
+  // Some writers overlook a full disk.
+  bool same = false;
+  try {
+    same = HoldsTheSame(file.Temporary(), image);
+  } catch (std::runtime_error const&) { // a sentence about reading would name the temporary
+  }
+  if (!same) throw CAppError(sentence);
+}
+
+} // namespace
+
+void CheckImageOutput(fs::path const& path, ORVA::IImage::CType type, int dimension) {
+  CheckImageOutput(path, PixelOf(type), dimension);
+}
+
+void CheckImageOutput(fs::path const& path, EnPixel pixel, int dimension) {
+  EnFormat const format = FormatForOutput(path);
+  auto const refuse = [&](std::string const& why) {
+    throw CAppError("cannot write " + Quoted(path) + ": " + why + "; use .nrrd, .mha or .nii.gz");
+  };
+  if (format == EnFormat::Png && dimension != 2) refuse("PNG holds no volumes");
+  if (format == EnFormat::Png && PixelBytes(pixel) > 2)
+    refuse("PNG holds no more than 16 bits per pixel");
+  if (format == EnFormat::Png && !HasOwnGrayLevels(pixel)) refuse("PNG holds no signed pixels");
+  // ITK's writer has no TIFF of these.
+  if (format == EnFormat::Tiff && pixel == EnPixel::UInt32)
+    refuse("selu writes no TIFF of 32-bit counts");
+  if (format == EnFormat::Tiff && PixelBytes(pixel) > 2 && pixel != EnPixel::Float)
+    refuse(std::string("selu writes no TIFF of ") + PixelText(pixel) + " pixels");
+}
+
+void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid) {
+  auto const access = image.CreateAccess(false);
+  WriteChecked(file, {{image.Size(), PixelOf(image.Type())}, grid, {access.Base(), image.Bytes()}});
+}
+
+void WriteImage(CAtomicFile& file, CRawImage const& image) {
+  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Grid(), image.Bytes()});
+}
+
+} // namespace selu
