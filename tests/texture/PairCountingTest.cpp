@@ -115,7 +115,7 @@ void ExpectExactly(Counts counts, StGrayBlock const& block, Triple d) {
   static Counts const zero(c_nCells);
   EXPECT_TRUE(counts == zero) << "extent " << block.extent[0] << ' ' << block.extent[1] << ' '
                               << block.extent[2] << ", direction " << d[0] << ' ' << d[1] << ' '
-                              << d[2] << ", " << block.bytesPerVoxel << " bytes a voxel";
+                              << d[2] << ", " << block.bytesPerVoxel << " bytes per voxel";
 }
 
 // Each implementation, with one table and with two, in one batch and in several.

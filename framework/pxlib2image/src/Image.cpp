@@ -14,7 +14,7 @@ namespace {
 
 constexpr char c_module[] = "framework/pxlib2image/Image";
 
-enum class EnNumber : std::uint8_t { Unsigned, Signed, Real };
+enum class EnNumber { Unsigned, Signed, Real };
 
 struct StPixelType {
   char const* name;
@@ -120,18 +120,17 @@ void Impl::RaiseRowStride(int64 stride) {
 }
 
 void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::As");
-  StPixelType const& type = c_types[m_TypeId];
+  StPixelType const& type = c_types[static_cast<std::size_t>(m_Type.Id())];
   EnNumber const number = isReal     ? EnNumber::Real
                           : isSigned ? EnNumber::Signed
                                      : EnNumber::Unsigned;
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::As");
   if (static_cast<std::size_t>(type.bytes) != bytes || type.number != number) {
+    constexpr std::array<char const*, 3> c_numbers = {"unsigned integers", "signed integers",
+                                                      "real numbers"};
     CString message("the pixels are of type %1, not %2 of %3 bytes");
-    Impl::RaiseBadParam(where, message.Arg(type.name)
-                                   .Arg(isReal     ? "real numbers"
-                                        : isSigned ? "signed integers"
-                                                   : "unsigned integers")
-                                   .Arg(bytes));
+    Impl::RaiseBadParam(
+        where, message.Arg(type.name).Arg(c_numbers[static_cast<std::size_t>(number)]).Arg(bytes));
   }
   // Views of foreign pixels may stand anywhere; a number of n bytes is aligned to n.
   auto const size = static_cast<int64>(bytes);
@@ -142,24 +141,23 @@ void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) co
     Impl::RaiseBadParam(where, CString("the pixels are not aligned to %1 bytes").Arg(bytes));
 }
 
-CImageAccess IImage::AccessForWriting(CType type, std::byte* base,
+CImageAccess CImageAccess::ForWriting(CPixelType type, std::byte* base,
                                       std::array<int64, 3> const& extents,
                                       std::array<int64, 3> const& strides,
                                       std::shared_ptr<void const> owner) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::IImage::AccessForWriting");
-  if (type.Bytes() == 0) Impl::RaiseBadParam(where, "an access to pixels needs their type");
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting");
   bool isEmpty = false;
   for (int64 const extent : extents) {
     if (extent < 0)
-      Impl::RaiseBadParam(where, CString("an extent of %1 pixels is negative").Arg(extent));
+      Impl::RaiseBadParam(where, CString("an extent of %1 voxels is negative").Arg(extent));
     isEmpty |= extent == 0;
   }
   if (!isEmpty && base == nullptr)
-    Impl::RaiseBadParam(where, "an access to pixels needs their address");
+    Impl::RaiseBadParam(where, "an access to voxels needs their address");
   CImageAccess access;
   access.m_Extent = extents;
   access.m_Writable = true;
-  access.m_TypeId = static_cast<std::uint8_t>(type.Id());
+  access.m_Type = type;
   if (isEmpty) return access;
   access.m_Owner = std::move(owner);
   access.m_Base = base;
@@ -167,13 +165,12 @@ CImageAccess IImage::AccessForWriting(CType type, std::byte* base,
   return access;
 }
 
-CImageAccess IImage::AccessForReading(CType type, std::byte const* base,
+CImageAccess CImageAccess::ForReading(CPixelType type, std::byte const* base,
                                       std::array<int64, 3> const& extents,
                                       std::array<int64, 3> const& strides,
                                       std::shared_ptr<void const> owner) {
   // Never written: the access hands out its address for writing only when it is writable.
-  auto access =
-      AccessForWriting(type, const_cast<std::byte*>(base), extents, strides, std::move(owner));
+  auto access = ForWriting(type, const_cast<std::byte*>(base), extents, strides, std::move(owner));
   access.m_Writable = false;
   return access;
 }
@@ -252,7 +249,7 @@ CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) c
   CImageAccess access;
   access.m_Owner = m_Block;
   access.m_Writable = write;
-  access.m_TypeId = static_cast<std::uint8_t>(m_Type.Id());
+  access.m_Type = m_Type;
   access.m_Extent = {extents.x, extents.y, extents.z};
   if (m_Block && !extents.IsEmpty()) {
     int64 const row = m_Type.Bytes() * m_Size.x;

@@ -160,15 +160,14 @@ CImageAccess CImageView::CreateAccess(bool write) {
   if (!m_IsWritable)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageView::CreateAccess"),
                         "a read-only view cannot be opened for writing");
-  return AccessForWriting(m_Type, m_Base, Extents(m_Size), m_Strides, m_Owner);
+  return CImageAccess::ForWriting(m_Type, m_Base, Extents(m_Size), m_Strides, m_Owner);
 }
 
 CImageAccess CImageView::CreateAccess(bool write) const {
   if (write)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageView::CreateAccess"),
                         "a const view cannot be opened for writing");
-  if (m_Size.Dim() == 0) return {};
-  return AccessForReading(m_Type, m_Base, Extents(m_Size), m_Strides, m_Owner);
+  return CImageAccess::ForReading(m_Type, m_Base, Extents(m_Size), m_Strides, m_Owner);
 }
 
 CImageView CImageView::Box(CPos const& low, CPos const& high) const {

@@ -62,7 +62,7 @@ private:
   struct StUnchecked {};
   CLevelImage(IImage const& pixels, int levels, StUnchecked);
 
-  CImageAccess m_Access;
+  CImageAccess m_Access = CImageAccess::ForReading({}, nullptr, {}, {});
   CSize m_Size;
   int m_BytesPerVoxel = 1;
   int m_Levels = 1;

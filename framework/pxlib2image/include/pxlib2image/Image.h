@@ -21,13 +21,56 @@
 
 namespace ORVA {
 
+/// A pixel type; the constants below are the ones there are.
+class PXLIB2IMAGE_EXPORT CPixelType {
+public:
+  enum class EnId : std::uint8_t {
+    None,
+    Bool,
+    BinaryFg,
+    Grey8,
+    Grey16,
+    Grey32,
+    GreyF,
+    Signed8,
+    Signed16,
+    Signed32,
+    Double
+  };
+  constexpr CPixelType() noexcept = default;
+  /// Throws CExBadParam for a number that is none of the above.
+  constexpr explicit CPixelType(EnId id) : m_Id(id) {
+    if (id > EnId::Double) RaiseId(id);
+  }
+  [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
+  /// Bytes of one pixel; 0 for no type.
+  [[nodiscard]] int64 Bytes() const noexcept;
+  /// The name of the constant, such as "IMAGE_GREY_8".
+  [[nodiscard]] char const* ToString() const noexcept;
+  friend constexpr bool operator==(CPixelType const&, CPixelType const&) noexcept = default;
+
+private:
+  [[noreturn]] static void RaiseId(EnId id);
+  EnId m_Id = EnId::None;
+};
+
 /// Read or write access to the voxels of a box of an image. The access shares the pixel block, so
 /// its addresses stay good while it lives, whatever becomes of the image; an image that is resized
 /// or assigned to meanwhile gets a block of its own. Released at the end of its life.
 class PXLIB2IMAGE_EXPORT CImageAccess {
 public:
-  /// Access to nothing, as after Release().
-  CImageAccess() = default;
+  /// For whoever implements IImage himself: access to `extents` voxels of a type, whose first one
+  /// stands at `base` and whose neighbors along x, y, z are `strides` bytes away. `owner` keeps the
+  /// pixels alive. The caller answers for the addresses; CExBadParam for a negative extent, and for
+  /// a null address where there are voxels.
+  [[nodiscard]] static CImageAccess ForWriting(CPixelType type, std::byte* base,
+                                               std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
+  [[nodiscard]] static CImageAccess ForReading(CPixelType type, std::byte const* base,
+                                               std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
   CImageAccess(CImageAccess const&) = default;
   CImageAccess& operator=(CImageAccess const&) = default;
   CImageAccess(CImageAccess&& other) noexcept; ///< leaves the other released
@@ -46,10 +89,9 @@ public:
   [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
   /// The pixels as numbers of type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
-  /// IMAGE_GREY_8, std::uint16_t, std::uint32_t, float, the signed integers and double for the
-  /// others. A T that is not const writes. Throws CExBadParam where the pixels are of another type
-  /// or not aligned as T must be (in views alone), T is not const and the access was not opened for
-  /// writing, or the access was released.
+  /// IMAGE_GREY_8, and what its name says for each other type. A T that is not const writes. Throws
+  /// CExBadParam where the pixels are of another type or, in a view, not aligned as T must be, where
+  /// T is not const and the access was not opened for writing, or the access was released.
   template <class T>
   [[nodiscard]] CPixels<T> As() const {
     static_assert(std::is_arithmetic_v<T> && !std::is_same_v<std::remove_const_t<T>, bool>,
@@ -65,7 +107,7 @@ public:
 
 private:
   friend class CImage;
-  friend class IImage;
+  CImageAccess() = default;
   static std::size_t Index(int axis) {
     if (axis < 0 || axis > 2) [[unlikely]]
       RaiseAxis(axis);
@@ -80,44 +122,13 @@ private:
   std::array<int64, 3> m_Extent{};
   std::array<int64, 3> m_Stride{};
   bool m_Writable = false;
-  std::uint8_t m_TypeId = 0; // an IImage::CType::EnId; 0 after a release
+  CPixelType m_Type; // none after a release
 };
 
 /// What the algorithms need of an image.
 class PXLIB2IMAGE_EXPORT IImage {
 public:
-  /// A pixel type; the constants below are the ones there are.
-  class PXLIB2IMAGE_EXPORT CType {
-  public:
-    enum class EnId : std::uint8_t {
-      None,
-      Bool,
-      BinaryFg,
-      Grey8,
-      Grey16,
-      Grey32,
-      GreyF,
-      Signed8,
-      Signed16,
-      Signed32,
-      Double
-    };
-    constexpr CType() noexcept = default;
-    /// Throws CExBadParam for a number that is none of the above.
-    constexpr explicit CType(EnId id) : m_Id(id) {
-      if (id > EnId::Double) RaiseId(id);
-    }
-    [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
-    /// Bytes of one pixel; 0 for no type.
-    [[nodiscard]] int64 Bytes() const noexcept;
-    /// The name of the constant, such as "IMAGE_GREY_8".
-    [[nodiscard]] char const* ToString() const noexcept;
-    friend constexpr bool operator==(CType const&, CType const&) noexcept = default;
-
-  private:
-    [[noreturn]] static void RaiseId(EnId id);
-    EnId m_Id = EnId::None;
-  };
+  using CType = CPixelType;
 
   virtual ~IImage();
   [[nodiscard]] virtual CSize Size() const noexcept = 0;
@@ -133,19 +144,6 @@ protected:
   IImage() = default;
   IImage(IImage const&) = default;
   IImage& operator=(IImage const&) = default;
-
-  /// For whoever implements this interface himself: access to `extents` pixels of that type, whose
-  /// first one stands at `base` and whose neighbors along x, y, z are `strides` bytes away. `owner`
-  /// keeps the pixels alive. The caller answers for the addresses; CExBadParam for no type, for a
-  /// negative extent, and for a null address where there are pixels.
-  [[nodiscard]] static CImageAccess AccessForWriting(CType type, std::byte* base,
-                                                     std::array<int64, 3> const& extents,
-                                                     std::array<int64, 3> const& strides,
-                                                     std::shared_ptr<void const> owner = {});
-  [[nodiscard]] static CImageAccess AccessForReading(CType type, std::byte const* base,
-                                                     std::array<int64, 3> const& extents,
-                                                     std::array<int64, 3> const& strides,
-                                                     std::shared_ptr<void const> owner = {});
 };
 
 inline constexpr IImage::CType IMAGE_BOOL{IImage::CType::EnId::Bool};          ///< 1 byte, 0 or 1
