@@ -1,6 +1,7 @@
 #include <SeluUtils/Cooccurrence.h>
 
 #include "Utils/Cooccurrence/PairCounting.h"
+#include "Utils/Cooccurrence/Strides.h"
 #include "Utils/Cooccurrence/TextureSums.h"
 
 #include <pxlib2core/Exception.h>
@@ -220,11 +221,12 @@ void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long> direction) {
   if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
     Impl::Raise(ORVA_LOCATION(c_module, c_function), "input image type does not match");
   CImageAccess const access = in.CreateAccess(false);
-  Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
-                                static_cast<int>(type.Bytes())};
+  Impl::StGrayBlock block{access.Base(), access.Extents(), access.Strides(),
+                          static_cast<int>(type.Bytes())};
   // The opposite direction counts the transposed matrix.
-  if (!Impl::CountPairs(block, {-direction.x, -direction.y, -direction.z}, m_Arrays->Counts(),
-                        m_Arrays->scratch)) {
+  std::array<int64, 3> opposite{-direction.x, -direction.y, -direction.z};
+  Impl::SortAxes(block, opposite);
+  if (!Impl::CountPairs(block, opposite, m_Arrays->Counts(), m_Arrays->scratch)) {
     std::ranges::fill(m_Arrays->m_Counts, 0u);
     Impl::Raise(ORVA_LOCATION(c_module, c_function), "a co-occurrence count exceeds 4294967295");
   }
