@@ -35,7 +35,7 @@ static CTriple<int64> Voxel(CTriple<double> const& p) {
 
 static CImage Fibers(IRotationGenerator& direction, CSize const& size, int count) {
   CImage image(IMAGE_GREY_8, size);
-  auto const access = image.CreateAccess(true);
+  auto const pixels = image.CreateAccess(true).As<std::uint8_t>();
   CUniformPoint const place({64.0, 64.0, 64.0});
   for (int i = 0; i < count; ++i) {
     CTriple<double> const middle = place();
@@ -44,9 +44,7 @@ static CImage Fibers(IRotationGenerator& direction, CSize const& size, int count
     for (auto const& p : Points(line)) {
       bool const inside =
           p.x >= 0 && p.x < size.x && p.y >= 0 && p.y < size.y && p.z >= 0 && p.z < size.z;
-      if (!inside) continue;
-      access.WritableBase()[p.x * access.Stride(0) + p.y * access.Stride(1) +
-                            p.z * access.Stride(2)] = std::byte(255);
+      if (inside) pixels(p) = 255;
     }
   }
   return image;

@@ -14,9 +14,11 @@ using namespace ORVA;
 
 static CImage MakeImage() {
   CImage image(IMAGE_GREY_16, CSize(128, 128, 32));
-  CImageAccess access = image.CreateAccess(true);
-  auto* pixels = reinterpret_cast<std::uint16_t*>(access.WritableBase());
-  for (int64 i = 0; i < 128 * 128 * 32; ++i) pixels[i] = static_cast<std::uint16_t>(i * 7);
+  auto const pixels = image.CreateAccess(true).As<std::uint16_t>();
+  std::uint16_t next = 0;
+  for (int64 z = 0; z < 32; ++z)
+    for (int64 y = 0; y < 128; ++y)
+      for (std::uint16_t& pixel : pixels.Row(y, z)) pixel = next++;
   return image;
 }
 
@@ -24,10 +26,8 @@ static void AllDirections(CImage const& image) {
   CCooccurrence texture("texture", nullptr);
   CImage matrices(IMAGE_GREY_32, CSize(13, 256, 256));
   texture.ComputeMatrixAllDirections(matrices, image);
-  CImageAccess access = matrices.CreateAccess(false, CPos(5, 0, 0), CPos(5, 255, 255));
-  auto const* count = reinterpret_cast<std::uint32_t const*>(access.Base() + 10 * access.Stride(1) +
-                                                             20 * access.Stride(2));
-  std::cout << *count << " pairs of levels 10 and 20 in direction 5\n";
+  auto const counts = matrices.CreateAccess(false).As<std::uint32_t const>();
+  std::cout << counts(5, 10, 20) << " pairs of levels 10 and 20 in direction 5\n";
 }
 
 static void OneDirection(CImage const& image) {
@@ -77,9 +77,8 @@ static void Values() {
 static void MetaInformation(CImage& image) {
   CSeluHeaderTools::SetMetaInfo(image, CSeluHeaderTools::c_sMetaMinMax,
                                 CValueVector(CValueDouble(0), CValueDouble(65535)));
-  CValue minMax;
-  if (CSeluHeaderTools::GetMetaInfo(image, CSeluHeaderTools::c_sMetaMinMax, minMax))
-    std::cout << "up to " << minMax.Vector().Entry(1).Double() << '\n';
+  if (auto const* minMax = CSeluHeaderTools::FindMetaInfo(image, CSeluHeaderTools::c_sMetaMinMax))
+    std::cout << "up to " << minMax->Vector().Entry(1).Double() << '\n';
 }
 
 static void Noise(CImage& image) {

@@ -16,18 +16,13 @@
 
 using namespace ORVA;
 
-static std::uint8_t const& At(CImageAccess const& access, CTriple<int64> const& p) {
-  return *reinterpret_cast<std::uint8_t const*>(access.Base() + p.x * access.Stride(0) +
-                                                p.y * access.Stride(1) + p.z * access.Stride(2));
-}
-
 static void Profile(CImage const& image) {
-  CImageAccess const access = image.CreateAccess(false);
+  auto const pixels = image.CreateAccess(false).As<std::uint8_t const>();
   CTriple<int64> const from(-20, 0, 3), to(200, 90, 40);
   CBresenhamVisitorSelect line(from, to, 3, NEIGHBORHOOD_26, true);
   line.SetImageSize(image.Size()); // from here on only what lies inside the image
   int64 sum = 0;
-  for (CTriple<int64> const& p : Points(line)) sum += At(access, p);
+  for (CTriple<int64> const& p : Points(line)) sum += pixels(p);
   std::cout << line.Steps() + 1 << " voxels, their sum " << sum << '\n';
 }
 
@@ -43,10 +38,10 @@ static void Ranges() {
 static void Areas(CImage const& image) {
   std::vector<CTriple<int64>> const outline{
       {2, 2, 0}, {60, 2, 0}, {60, 50, 0}, {31, 20, 0}, {2, 50, 0}};
-  CImageAccess const access = image.CreateAccess(false);
+  auto const pixels = image.CreateAccess(false).As<std::uint8_t const>();
   CPolygonVisitor area(outline, 2, NEIGHBORHOOD_8, true);
   double sum = 0;
-  for (auto const& p : Points(area)) sum += At(access, p);
+  for (auto const& p : Points(area)) sum += pixels(p);
   std::cout << "mean " << sum / static_cast<double>(area.Steps()) << '\n';
 
   CPlaneSection section(CTriple<double>(1, 2, 2), 150.0); // x + 2y + 2z = 150

@@ -58,7 +58,9 @@ private:
     order->second = std::min(order->second, run.family_index);
     if (contestant != c_ours && std::ranges::find(m_Peers, contestant) == m_Peers.end())
       m_Peers.push_back(contestant);
-    double const seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
+    bool const isManual = run.run_name.time_type == "manual_time"; // as measured elsewhere
+    double const seconds = (isManual ? run.real_accumulated_time : run.cpu_accumulated_time) /
+                           static_cast<double>(run.iterations);
     auto const rate = run.counters.find("items_per_second");
     double const items = rate == run.counters.end() ? 0 : rate->second.value * seconds;
     auto const [entry, isNew] = m_Times[row].try_emplace(contestant, StTime{seconds, items});

@@ -2,12 +2,15 @@
 //
 //   std::vector<CTriple<int64>> corners{{2, 1, 0}, {9, 3, 0}, {4, 8, 0}};
 //   CBresenhamAreaVisitor area(corners, 2, NEIGHBORHOOD_8, true);     // corners is empty now
-//   while (area.MorePoints()) Visit(area.NextPoint());
+//   int64 sum = 0;
+//   while (area.MorePoints()) sum += area.NextPoint().x;
 //   area.Reset();                                                     // and once more
 #pragma once
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/AreaRuns.h>
+#include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/LineVisitor.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -17,12 +20,6 @@
 #include <vector>
 
 namespace ORVA {
-
-namespace Impl {
-/// Throws CException "No valid m_Dimension!".
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaDimensionInNextPoint();
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaDimensionInMorePoints();
-} // namespace Impl
 
 /// A closed polygon given by its corners, each once, in either orientation.
 ///
@@ -52,43 +49,35 @@ public:
   CBresenhamAreaVisitor(std::vector<CTriple<int64>>&& corners, int64 dimension, int64 neighborhood,
                         bool border)
       : CBresenhamAreaVisitor(corners, dimension, neighborhood, border) {}
-  CBresenhamAreaVisitor(CBresenhamAreaVisitor const&) = default;
-  CBresenhamAreaVisitor(CBresenhamAreaVisitor&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamAreaVisitor& operator=(CBresenhamAreaVisitor const& other) {
-    return *this = CBresenhamAreaVisitor(other);
-  }
-  CBresenhamAreaVisitor& operator=(CBresenhamAreaVisitor&&) noexcept = default;
-  ~CBresenhamAreaVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const {
-    switch (m_Dimension) {
+    switch (static_cast<int64>(m_Dimension)) {
     case 0:
       return m_More;
     case 1:
-      return m_Line.MorePoints();
+      return m_Walks->line.MorePoints();
     case 2:
-      return m_Area2D.MorePoints();
+      return m_Walks->flat.MorePoints();
     case 3:
-      return m_Area3D.MorePoints();
+      return m_Walks->oblique.MorePoints();
     default:
-      Impl::RaiseAreaDimensionInMorePoints();
+      RaiseDimension("ORVA::CBresenhamAreaVisitor::MorePoints");
     }
   }
   /// The next point. After the last one, unspecified.
   CTriple<int64> NextPoint() {
-    switch (m_Dimension) {
+    switch (static_cast<int64>(m_Dimension)) {
     case 0:
       m_More = false;
       return m_Point;
     case 1:
-      return m_Line.NextPoint();
+      return m_Walks->line.NextPoint();
     case 2:
-      return Convert(m_Area2D.NextPoint());
+      return Convert(m_Walks->flat.NextPoint());
     case 3:
-      return m_Area3D.NextPoint();
+      return m_Walks->oblique.NextPoint();
     default:
-      Impl::RaiseAreaDimensionInNextPoint();
+      RaiseDimension("ORVA::CBresenhamAreaVisitor::NextPoint");
     }
   }
   /// Number of points of a full walk.
@@ -98,8 +87,9 @@ public:
   /// Back to the first point.
   void Reset();
   /// No effect: this walk is not clipped.
-  void SetImageSize(CSize) noexcept {}
   void SetImageSize(CTriple<int64>) noexcept {}
+  template <class = void>
+  void SetImageSize(CSize) noexcept {}
   /// Prints the start and end points of the runs to standard output; nothing for a point or a line.
   void PrintBorder() const;
 
@@ -118,18 +108,26 @@ public:
   }
 
 private:
+  // One of them is walked.
+  struct StWalks {
+    CBresenhamVisitor line;
+    Impl::CBresenhamAreaVisitor2D flat;
+    Impl::CBresenhamAreaVisitor3D oblique;
+  };
+
+  // "No valid m_Dimension!"
+  [[noreturn]] static void RaiseDimension(char const* function);
   int64 ReduceToPlane(std::vector<CTriple<int64>>& corners, int64 neighborhood);
   void Build(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   void BuildOblique(std::vector<CTriple<int64>> const& path, int64 neighborhood, bool border);
 
-  int64 m_Dimension = 0; // 0 a point or nothing, 1 a line, 2 a plane area, 3 an oblique area
+  Impl::CKeptList<StWalks> m_Walks;
+  Impl::CUntilMoved<int64>
+      m_Dimension; // 0 a point or nothing, 1 a line, 2 a plane area, 3 an oblique area
   bool m_SharesX = false, m_SharesY = false, m_SharesZ = false;
   int64 m_SharedX = 0, m_SharedY = 0, m_SharedZ = 0;
   CTriple<int64> m_Point;
-  bool m_HasPoint = false, m_More = false;
-  CBresenhamVisitor m_Line;
-  Impl::CBresenhamAreaVisitor2D m_Area2D;
-  Impl::CBresenhamAreaVisitor3D m_Area3D;
+  Impl::CUntilMoved<bool> m_HasPoint, m_More;
 };
 
 } // namespace ORVA

@@ -1,10 +1,10 @@
 // All walks along digital lines and what is built of them: lines, areas, solids, plane slices.
 //
-//   CTriple<int64> const from(0, 0, 0), to(9, 4, 2);
-//   CBresenhamVisitor line(from, to, 3, NEIGHBORHOOD_26, true);
-//   while (line.MorePoints()) Visit(line.NextPoint());
+//   CBresenhamVisitor line({0, 0, 0}, {9, 4, 2}, 3, NEIGHBORHOOD_26, true);
+//   int64 sum = 0;
+//   while (line.MorePoints()) sum += line.NextPoint().x;
+//   std::vector<CTriple<int64>> corners{{2, 1, 0}, {9, 3, 0}, {4, 8, 0}};
 //   CBresenhamAreaVisitor area(corners, 2, NEIGHBORHOOD_8, true);  // and areas likewise
-//   while (area.MorePoints()) Visit(area.NextPoint());
 #pragma once
 
 #include <SeluUtils/AreaVisitor.h>

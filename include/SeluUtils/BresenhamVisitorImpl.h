@@ -3,7 +3,8 @@
 //   Impl::CBresenhamVisitor2D const line(9, 4, NEIGHBORHOOD_8);
 //   CTriple<int64> p;
 //   for (int64 i = 0; i < line.LastStep(); ++i) p += line.Step(i);
-//   Impl::CBresenhamAreaVisitor2D area(closedPath, NEIGHBORHOOD_8, true);
+//   std::vector<CTriple<int64>> path{{0, 0, 0}, {0, 5, 0}, {5, 0, 0}, {0, 0, 0}};
+//   Impl::CBresenhamAreaVisitor2D area(path, NEIGHBORHOOD_8, true);
 #pragma once
 
 #include <SeluUtils/Impl/AreaRuns.h>

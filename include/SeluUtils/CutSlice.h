@@ -1,12 +1,15 @@
 // Walks the voxels of a plane through a volume on a lattice of two digital lines.
 //
 //   CCutSlice slice(CTriple<double>(1, 2, 2), 300.0, NEIGHBORHOOD_26);  // x + 2y + 2z = 300
-//   slice.SetImageSize(image.Size());
-//   while (slice.MorePoints()) Visit(slice.NextPoint());
+//   slice.SetImageSize({256, 256, 128});
+//   int64 sum = 0;
+//   while (slice.MorePoints()) sum += slice.NextPoint().x;
 //   // CPlaneSection <SeluUtils/PlaneSection.h> visits each voxel of a plane exactly once
 #pragma once
 
+#include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -16,11 +19,6 @@
 #include <vector>
 
 namespace ORVA {
-
-namespace Impl {
-/// Throws CException "No more points available".
-[[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePointsInSlice();
-} // namespace Impl
 
 /// A plane n·p = d cut through an image box. The plane's polygon in the box is spanned from one of
 /// its corners by two digital lines along its edges: each voxel is a point of the first line plus
@@ -44,19 +42,17 @@ public:
       : CCutSlice(points, neighborhood) {}
   /// The plane normal·p = distance; the normal need not have length 1.
   CCutSlice(CTriple<double> normal, double distance, int64 neighborhood);
-  CCutSlice(CCutSlice const&) = default;
-  CCutSlice(CCutSlice&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CCutSlice& operator=(CCutSlice const& other) { return *this = CCutSlice(other); }
-  CCutSlice& operator=(CCutSlice&&) noexcept = default;
-  ~CCutSlice() = default;
 
   /// Cuts the plane with an image of three dimensions and rewinds. CException "invalid dimension"
   /// for another dimension, "plane not in image" for a plane that does not meet the box from
   /// (0, 0, 0) to the last voxel, and the line's own error for a neighborhood that is not one of
   /// the 3D ones; CExBadParam for an extent beyond 2^30, as digital lines have 32-bit lengths.
   /// After an error the slice is as it was.
-  void SetImageSize(CSize size);
+  template <class = void>
+  void SetImageSize(CSize size) {
+    CheckDimension(size);
+    SetImageSize(CTriple<int64>(size.x, size.y, size.z));
+  }
   /// The same from three extents.
   void SetImageSize(CTriple<int64> size);
   /// Builds the lattice anew for the image size that is set.
@@ -67,11 +63,11 @@ public:
   /// The next point. CException "No more points available" after the last one.
   CTriple<int64> NextPoint() {
     if (m_HandedOut == m_Total) [[unlikely]]
-      Impl::RaiseNoMorePointsInSlice();
+      RaiseNoMorePoints();
     if (m_Inner == m_InnerEnd) [[unlikely]]
       NextRow();
     ++m_HandedOut;
-    return m_RowStarts[m_Outer] + m_RowMoves[m_Inner++];
+    return m_Lattice->rowStarts[m_Outer] + m_Lattice->rowMoves[m_Inner++];
   }
   /// Number of points of a whole walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Total; }
@@ -93,15 +89,21 @@ public:
   [[nodiscard]] double Distance() const noexcept { return m_Distance; }
 
 private:
+  struct StLattice {
+    std::vector<CTriple<int64>> rowStarts; // points of the first line
+    std::vector<CTriple<int64>> rowMoves;  // offsets of the second line, monotone along each axis
+  };
+
+  [[noreturn]] static void RaiseNoMorePoints();
+  static void CheckDimension(CSize const& size);
   void Compute(CTriple<int64> const& size);
   void NextRow();
 
+  Impl::CKeptList<StLattice> m_Lattice;
   CTriple<int64> m_ImageSize;
   CTriple<double> m_Normal;
   double m_Distance = 0;
   int64 m_Neighborhood = 0;
-  std::vector<CTriple<int64>> m_RowStarts; // points of the first line
-  std::vector<CTriple<int64>> m_RowMoves;  // offsets of the second line, monotone along each axis
   std::size_t m_Inner = 0, m_InnerEnd = 0; // next row move, and the end of those inside the box
   std::size_t m_Outer = 0;                 // current row start
   Impl::CUntilMoved<uint64> m_HandedOut, m_Total;

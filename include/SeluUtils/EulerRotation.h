@@ -12,9 +12,19 @@
 #include <SeluUtils/PolarCoordinates.h>
 #include <SeluUtils/Triple.h>
 
+#include <array>
 #include <string>
 
 namespace ORVA {
+
+struct CEulerRotation;
+
+namespace Impl {
+
+/// The rotation of nine elements, row by row, that are known to be orthonormal.
+[[nodiscard]] SELUUTILS_EXPORT CEulerRotation RotationOf(std::array<double, 9> const& elements);
+
+} // namespace Impl
 
 /// A rotation matrix, built from Euler angles in the z-x-z convention in its passive form,
 /// M = Rz(psi) Rx(theta) Rz(phi). Only the matrix is stored. A default rotation is the identity.
@@ -65,6 +75,8 @@ struct SELUUTILS_EXPORT CEulerRotation {
   [[nodiscard]] bool operator==(CEulerRotation const& other) const;
 
 private:
+  friend CEulerRotation Impl::RotationOf(std::array<double, 9> const& elements);
+
   [[nodiscard]] double const* Elements() const noexcept { return m_Matrix.Elements().data(); }
 
   CMatrix<double> m_Matrix; // three columns and at least three rows, so no reader checks an index

@@ -1,57 +1,25 @@
 // Walks the voxels of a digital line, one point a call, in 1, 2 or 3 dimensions.
 //
-//   CTriple<int64> const from(0, 0, 0), to(9, 4, 2);
-//   CBresenhamVisitor line(from, to, 3, NEIGHBORHOOD_26, true);
-//   while (line.MorePoints()) Visit(line.NextPoint());
-//   CBresenhamVisitorSelect inside(from, to, 3, NEIGHBORHOOD_26, true);
-//   inside.SetImageSize(image.Size());          // only the part within the image
+//   CBresenhamVisitor line({0, 0, 0}, {9, 4, 2}, 3, NEIGHBORHOOD_26, true);
+//   int64 sum = 0;
+//   while (line.MorePoints()) sum += line.NextPoint().x;    // 45
+//   CBresenhamVisitorSelect inside({0, 0, 0}, {9, 4, 2}, 3, NEIGHBORHOOD_26, true);
+//   inside.SetImageSize({5, 5, 5});                         // only the part within such an image
 #pragma once
 
+#include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/LineCursor.h>
-#include <SeluUtils/Impl/LineMoves.h>
-#include <SeluUtils/Impl/MovingPoint.h>
+#include <SeluUtils/Impl/LineWalk.h>
+#include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
-#include <cstddef>
 #include <limits>
-#include <memory>
 #include <utility>
-#include <vector>
 
 namespace ORVA {
-
-namespace Impl {
-/// Throws CException "invalid dimension".
-[[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInStep();
-[[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInLastStep();
-/// Throws CException "invalid dimension\n".
-[[noreturn]] SELUUTILS_EXPORT void RaiseInvalidDimensionInReset();
-/// Throws CException "Step i out of range".
-[[noreturn]] SELUUTILS_EXPORT void RaiseSelectedStepOutOfRange();
-
-/// What a walk along a line needs to know, and never changes.
-struct StLine {
-  CTriple<int64> difference;
-  int64 dimension = 0;
-  int64 neighborhood = 0;
-  int64 firstStep = 0; // 0 with end points, 1 without
-  CBresenhamVisitor1D alongX;
-  bool isListed = false;                           // the axes do not step evenly
-  std::shared_ptr<CBresenhamVisitor3D const> list; // the moves then
-  int64 steps = 0;
-  StLineCursor start;
-};
-
-/// What the constructors of CBresenhamVisitor of the same parameters build.
-SELUUTILS_EXPORT StLine LineBetween(CTriple<int64> from, CTriple<int64> to, int64 dimension,
-                                    int64 neighborhood, bool withEndPoints);
-SELUUTILS_EXPORT StLine LineAlong(CTriple<int64> start, CTriple<double> direction, double length,
-                                  int64 dimension, int64 neighborhood, bool withEndPoints);
-SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal);
-} // namespace Impl
 
 /// A digital line from a start point. With end points a line of n moves hands out its n + 1 points,
 /// without them the n - 1 points between the two ends, none where n is 0 or 1.
@@ -62,7 +30,7 @@ SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal)
 /// Lengths have 32 bits: in dimensions 1 and 2 a longer component is clamped, in dimension 3 its
 /// low 32 bits count. Constructors throw CException for an unknown dimension or neighborhood,
 /// and CExBadParam for a line that leaves the 64-bit range. They take O(1) time and no memory for
-/// the moves; only in space without all diagonals O(moves) and about 40 bytes a move, which copies
+/// the moves; only in space without all diagonals O(moves) and 24 bytes per move, which copies
 /// share, and std::bad_alloc for a line longer than memory can hold. A point takes O(1).
 ///
 /// All of a walk is inline, and no function elsewhere sees the walker: one that lives in one
@@ -77,7 +45,8 @@ public:
   CBresenhamVisitor(CTriple<int64> from, CTriple<int64> to, int64 dimension, int64 neighborhood,
                     bool withEndPoints)
       : CBresenhamVisitor(Impl::LineBetween(from, to, dimension, neighborhood, withEndPoints)) {}
-  /// The extents are taken as coordinates.
+  /// The extents are taken as coordinates. (Three numbers in braces are points.)
+  template <class = void>
   CBresenhamVisitor(CSize from, CSize to, int64 dimension, int64 neighborhood, bool withEndPoints)
       : CBresenhamVisitor(CTriple<int64>(from.x, from.y, from.z), CTriple<int64>(to.x, to.y, to.z),
                           dimension, neighborhood, withEndPoints) {}
@@ -134,51 +103,47 @@ public:
   /// Back to the first point. Without end points each call takes two further points off the walk.
   void Reset() {
     if (m_Line.dimension == 0) [[unlikely]]
-      Impl::RaiseInvalidDimensionInReset();
+      RaiseInReset();
     Start();
   }
   /// No effect: this walk is not clipped (CBresenhamVisitorSelect is).
-  void SetImageSize(CSize) noexcept {}
   void SetImageSize(CTriple<int64>) noexcept {}
+  template <class = void>
+  void SetImageSize(CSize) noexcept {}
 
   /// Print the moves of a 3D line, or those of its three projections, to standard output.
   void PrintMoves() const;
   void PrintProjMoves() const;
 
 private:
+  friend class CBresenhamVisitorSelect;
+
   explicit CBresenhamVisitor(Impl::StLine line) noexcept
       : m_Line(std::move(line)), m_LastStepBound(m_Line.steps) {
     Start();
   }
+  // "invalid dimension" of a default walk; else "Step i out of range".
+  [[noreturn]] static void RaiseInStep(int64 dimension);
+  [[noreturn]] static void RaiseInLastStep();
+  [[noreturn]] static void RaiseInReset();
 
   [[nodiscard]] CTriple<int64> InnerStep(int64 i) const {
-    if (m_Line.dimension == 1) return m_Line.alongX.Step(i);
-    if (m_Line.list) return m_Line.list->Step(i);
-    if (m_Line.dimension == 0) [[unlikely]]
-      Impl::RaiseInvalidDimensionInStep();
-    if (i < 0) [[unlikely]]
-      m_Line.dimension == 2 ? Impl::RaiseStepOutOfRange2D() : Impl::RaiseStepOutOfRange3D();
-    return i < m_Line.steps ? m_Line.start.Move(i) : CTriple<int64>();
+    if (m_Line.dimension == 0 || i < 0) [[unlikely]]
+      RaiseInStep(m_Line.dimension);
+    return i < m_Line.steps ? m_Line.Move(i) : CTriple<int64>();
   }
   [[nodiscard]] int64 InnerSteps() const {
     if (m_Line.dimension == 0) [[unlikely]]
-      Impl::RaiseInvalidDimensionInLastStep();
+      RaiseInLastStep();
     return m_Line.steps;
   }
-  void Advance() {
-    if (!m_Line.isListed) {
-      m_Next.Advance();
-    } else if (int64 const step = m_StepIndex + m_Line.firstStep;
-               step < m_Line.steps && m_Line.list) {
-      m_Next.MoveBy(m_Line.list->Moves()[static_cast<std::size_t>(step)]);
-    }
-  }
+  void Advance() { m_Line.Advance(m_Next, m_StepIndex + m_Line.firstStep); }
   // The cursor goes one move beyond the end: to check for it at every point would cost more.
   [[nodiscard]] bool IsBeyondEnd() const noexcept {
     return m_StepIndex + m_Line.firstStep > m_Line.steps;
   }
   CTriple<int64> NextPointBeyondBound() {
-    if (m_Line.dimension == 0) Impl::RaiseInvalidDimensionInStep();
+    if (m_Line.dimension == 0) RaiseInStep(0);
     CTriple<int64> const point = TestNextPoint();
     if (!IsBeyondEnd()) Advance();
     ++m_StepIndex;
@@ -191,13 +156,14 @@ private:
     m_StepIndex = -1;
     Advance();
     m_StepIndex = 0;
-    m_LastStepBound -= 2; // the bound is not restored first: each rewind shortens the walk
+    m_LastStepBound =
+        m_LastStepBound - 2; // the bound is not restored first: each rewind shortens the walk
   }
 
   Impl::StLine m_Line;
   Impl::StLineCursor m_Next;
   int64 m_StepIndex = 0;
-  int64 m_LastStepBound = -1;
+  Impl::CUntilMoved<int64, -1> m_LastStepBound{-1};
 };
 
 /// The part of a digital line inside an image: the first run of its points that lie inside. A line
@@ -212,27 +178,28 @@ public:
   CBresenhamVisitorSelect() = default;
   CBresenhamVisitorSelect(CTriple<int64> from, CTriple<int64> to, int64 dimension,
                           int64 neighborhood, bool withEndPoints);
+  template <class = void>
   CBresenhamVisitorSelect(CSize from, CSize to, int64 dimension, int64 neighborhood,
-                          bool withEndPoints);
+                          bool withEndPoints)
+      : CBresenhamVisitorSelect(CTriple<int64>(from.x, from.y, from.z),
+                                CTriple<int64>(to.x, to.y, to.z), dimension, neighborhood,
+                                withEndPoints) {}
   CBresenhamVisitorSelect(CTriple<int64> difference, int64 diagonal);
-  CBresenhamVisitorSelect(CBresenhamVisitorSelect const&) = default;
-  CBresenhamVisitorSelect(CBresenhamVisitorSelect&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamVisitorSelect& operator=(CBresenhamVisitorSelect const& other) {
-    return *this = CBresenhamVisitorSelect(other);
-  }
-  CBresenhamVisitorSelect& operator=(CBresenhamVisitorSelect&&) noexcept = default;
-  ~CBresenhamVisitorSelect() = default;
 
   /// Selects the part inside an image of these extents and rewinds. A component of the image beyond
   /// the walk's dimension is not looked at. CException for a default walk.
   void SetImageSize(CTriple<int64> size);
-  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+  template <class = void>
+  void SetImageSize(CSize size) {
+    SetImageSize(CTriple<int64>(size.x, size.y, size.z));
+  }
 
-  [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= LastStep(); }
+  [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
+  /// The next point. Past the end it stays the last one.
   CTriple<int64> NextPoint() {
     CTriple<int64> const point = m_Next.Get();
-    m_Next.MoveBy(Step(m_StepIndex));
+    if (m_StepIndex < m_LastStepBound)
+      m_Line.m_Line.Advance(m_Next, m_FirstSelected + m_StepIndex + m_Line.m_Line.firstStep);
     ++m_StepIndex;
     return point;
   }
@@ -241,27 +208,31 @@ public:
   /// Selected move i; the null move past the end. CException for a negative i.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
-      Impl::RaiseSelectedStepOutOfRange();
-    auto const index = static_cast<std::size_t>(i);
-    return index < m_Selected.size() ? m_Selected[index] : CTriple<int64>();
+      RaiseInStep();
+    return i < LastStep() ? m_Line.Step(m_FirstSelected + i) : CTriple<int64>();
   }
   /// Always 0.
   [[nodiscard]] int64 FirstStep() const noexcept { return 0; }
   /// Number of selected moves; the walk hands out one point more.
-  [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Selected.size()); }
+  [[nodiscard]] int64 LastStep() const noexcept {
+    return m_LastStepBound < 0 ? 0 : static_cast<int64>(m_LastStepBound);
+  }
   [[nodiscard]] int64 Steps() const noexcept { return LastStep(); }
   /// Whether no move is selected.
-  [[nodiscard]] bool empty() const noexcept { return m_Selected.empty(); }
+  [[nodiscard]] bool empty() const noexcept { return LastStep() == 0; }
   /// Back to the first selected point.
   void Reset() noexcept;
 
 private:
+  [[noreturn]] static void RaiseInStep();
+
   CBresenhamVisitor m_Line;
   CTriple<int64> m_SelectionStart;
   bool m_IsClipped = false;
-  std::vector<CTriple<int64>> m_Selected;
-  Impl::StMovingPoint m_Next;
+  int64 m_FirstSelected = 0; // of the line's moves
+  Impl::StLineCursor m_Next;
   int64 m_StepIndex = 0;
+  Impl::CUntilMoved<int64, -1> m_LastStepBound{0}; // number of selected moves
 };
 
 namespace Impl {
@@ -282,8 +253,9 @@ public:
   [[nodiscard]] constexpr bool empty() const noexcept { return false; }
   constexpr void Reset() noexcept { m_State = 0; }
   /// No effect.
-  constexpr void SetImageSize(CSize) noexcept {}
   constexpr void SetImageSize(CTriple<int64>) noexcept {}
+  template <class = void>
+  constexpr void SetImageSize(CSize) noexcept {}
 
 private:
   CTriple<int64> m_Point;

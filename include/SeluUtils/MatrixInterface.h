@@ -48,7 +48,8 @@ public:
   virtual IMatrix& operator+=(T summand);
   virtual IMatrix& Transpose();
   virtual IMatrix& operator-=(IMatrix const& other);
-  /// Appends the other's rows below, its columns on the right.
+  /// Appends the other's rows below, its columns on the right. CExBadParam for more rows or columns
+  /// than 64 bits can count.
   virtual IMatrix& AddRows(IMatrix const& other);
   virtual IMatrix& AddCols(IMatrix const& other);
 

@@ -1,9 +1,10 @@
 // Walks every voxel of a plane through a volume exactly once, whatever the plane's direction.
 //
 //   CPlaneSection section(CTriple<double>(1, 2, 2), 300.0);             // x + 2y + 2z = 300
-//   section.SetImageSize(image.Size());
-//   for (auto const& p : ORVA::Points(section)) Visit(p);               // <SeluUtils/Walker.h>
-//   CPlaneSection({0, 0, 0}, {9, 4, 0}, {0, 2, 7});                     // through three points
+//   section.SetImageSize({256, 256, 128});
+//   int64 sum = 0;
+//   while (section.MorePoints()) sum += section.NextPoint().x;
+//   CPlaneSection const tilted({0, 0, 0}, {9, 4, 0}, {0, 2, 7});        // through three points
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -16,15 +17,6 @@
 #include <cstddef>
 
 namespace ORVA {
-
-namespace Impl {
-
-__extension__ using int128 = __int128;
-
-/// Throws CException "No more points available".
-[[noreturn]] SELUUTILS_EXPORT void RaiseNoMorePointsInSection();
-
-} // namespace Impl
 
 /// The digital plane of n·p = d inside an image box: in each column along the dominant axis (that
 /// of the largest |n|; of equal ones z before y before x) the voxel nearest the plane, the upper
@@ -54,7 +46,10 @@ public:
   /// Selects the voxels inside an image of two or three dimensions and rewinds; none where an
   /// extent is 0 or less. CExBadParam, with the walk as it was, for more points than 64 bits count.
   void SetImageSize(CTriple<int64> size);
-  void SetImageSize(CSize size) { SetImageSize(CTriple<int64>(size.x, size.y, size.z)); }
+  template <class = void>
+  void SetImageSize(CSize size) {
+    SetImageSize(CTriple<int64>(size.x, size.y, size.z));
+  }
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRow > 0; }
   /// The next point. CException "No more points available" after the last one.
@@ -67,7 +62,7 @@ public:
     --m_LeftInRow;
     ++m_U;
     // Both remainders are at hand before it is known which of them counts: no branch, as no
-    // processor foresees the carries of an oblique plane.
+    // processor predicts the carries of an oblique plane.
     int64 const kept = m_Remainder + m_RemainderStep, carried = m_Remainder + m_CarryStep;
     m_Remainder = carried < 0 ? kept : carried;
     m_W += m_Climb + (carried < 0 ? 0 : 1);
@@ -83,21 +78,28 @@ public:
   [[nodiscard]] int DominantAxis() const noexcept { return m_Axes[2]; }
 
 private:
-  void SetPlane(std::array<Impl::int128, 3> const& normal, Impl::int128 distance);
+  // A 128-bit integer; what computes with it is no header's concern.
+  struct StWide {
+    uint64 low = 0;
+    int64 high = 0;
+  };
+  struct StPlane;
+
+  void SetPlane(StPlane const& plane) noexcept;
   void NextRow();
   void EnterRow() noexcept;
-  [[nodiscard]] Impl::int128 RowValue(int64 v) const noexcept;
+  [[noreturn]] static void RaiseNoMorePoints();
 
   // Over column (u, v) the plane's voxel is at w = floor(value / divisor), where value = offset +
   // slopes[0] * u + slopes[1] * v and |slopes| <= divisor <= 2^61.
   std::array<int, 3> m_Axes = {0, 1, 2}; // real axes of u (along a row), v (across the rows), w
-  Impl::int128 m_Offset = 0;
+  StWide m_Offset;
   std::array<int64, 2> m_Slopes = {};
   int64 m_Divisor = 0; // 0 without a plane
 
   int64 m_FirstRow = 0, m_RowEnd = 0; // these rows have points, no others do
 
-  Impl::int128 m_RowQuotient = 0; // value at u = 0 of the row, divided: it moves on by additions
+  StWide m_RowQuotient; // value at u = 0 of the row, divided: it moves on by additions
   int64 m_RowRemainder = 0;
 
   // What a column adds to the height, and to the remainder without and with a carry.

@@ -2,11 +2,14 @@
 //
 //   std::vector<CTriple<int64>> const outline{{0, 0, 0}, {9, 0, 3}, {9, 9, 6}, {0, 9, 3}};
 //   CPolygonVisitor polygon(outline, 3, NEIGHBORHOOD_26, true);
-//   for (auto const& p : ORVA::Points(polygon)) Visit(p);               // <SeluUtils/Walker.h>
-//   CPolygonVisitor inner(outline, holes, 3, NEIGHBORHOOD_26, false);   // inside, off the border
+//   int64 sum = 0;
+//   while (polygon.MorePoints()) sum += polygon.NextPoint().x;
+//   CPolygonVisitor inner(outline, 3, NEIGHBORHOOD_26, false);          // inside, off the border
 #pragma once
 
+#include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/PlaneColumns.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
@@ -18,27 +21,6 @@
 #include <vector>
 
 namespace ORVA {
-
-namespace Impl {
-
-/// Points of one column from `low` to `high`, both included, in the polygon's plane.
-struct StPolygonRun {
-  int64 column, low, high;
-};
-
-/// The digital plane of a polygon: one voxel for each column (u, v) along the dominant axis, the
-/// nearest to the plane, the upper one on a tie. Coordinates are taken from `origin`.
-struct StPolygonPlane {
-  CTriple<int64> origin;
-  int dominantAxis = 2;         // of w: 0 x, 1 y, 2 z; u and v are the other two in their order
-  int64 slopeU = 0, slopeV = 0; // the plane is w = (slopeU * u + slopeV * v) / norm
-  int64 norm = 1;               // > 0, at least as large as both slopes
-  int64 wholeV = 0;             // floor(slopeV / norm): what every step along v adds to w
-  int64 remainderV = 0;         // and what that leaves over, in 1 / norm
-  int64 carryV = -1;            // remainderV - norm, < 0
-};
-
-} // namespace Impl
 
 /// A simple polygon, given by its corners in either orientation, each once or closed by the first;
 /// repeated and collinear corners are allowed. Holes are simple polygons inside the outline.
@@ -73,14 +55,6 @@ public:
   CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
-  CPolygonVisitor(CPolygonVisitor const&) = default;
-  CPolygonVisitor(CPolygonVisitor&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CPolygonVisitor& operator=(CPolygonVisitor const& other) {
-    return *this = CPolygonVisitor(other);
-  }
-  CPolygonVisitor& operator=(CPolygonVisitor&&) noexcept = default;
-  ~CPolygonVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
@@ -102,14 +76,15 @@ public:
   /// Back to the first point.
   void Reset() noexcept;
   /// No effect: this walk is not clipped.
-  void SetImageSize(CSize) noexcept {}
   void SetImageSize(CTriple<int64>) noexcept {}
+  template <class = void>
+  void SetImageSize(CSize) noexcept {}
 
 private:
   void BeginRun() noexcept;
   void NextRun() noexcept;
   // Both residuals are at hand before it is known which of them counts: no branch, as no processor
-  // foresees the carries of an oblique plane. The one that is too large may pass the end of 64
+  // predicts the carries of an oblique plane. The one that is too large may pass the end of 64
   // bits.
   void StepAcross() noexcept {
     auto const kept = static_cast<int64>(static_cast<std::uint64_t>(m_Residual) +
@@ -119,8 +94,8 @@ private:
     m_W += m_Plane.wholeV + (carried < 0 ? 0 : 1);
   }
 
+  Impl::CKeptList<std::vector<Impl::StPolygonRun>> m_Runs; // in scan order, disjoint
   Impl::StPolygonPlane m_Plane;
-  std::vector<Impl::StPolygonRun> m_Runs; // in scan order, disjoint
   // The next point is (m_U, m_V, m_W), all 0 after the last one. What changes from point to point
   // does not lie side by side: compilers would join two such numbers into one load, which has to
   // wait for the stores of both.

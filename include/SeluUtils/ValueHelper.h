@@ -39,8 +39,10 @@ namespace ORVA {
                                                                 std::string const& prefix);
 
 /// Sets a copy of each entry of `source` that is no map into `target`, under the prefix followed by
-/// its key. Both may be the same map, or one lie in the other: `source` is read as it was.
-/// O(entries).
+/// its key. Both may be the same map, or one lie in the other: `source` is read as it was. Throws
+/// CExBadParam where such a key is a path that leads through a value that is no map or vector;
+/// then, and where memory is out, `target` is as it was. O(entries), and a copy of the entry of
+/// `target` that a path leads through.
 SELUUTILS_EXPORT void CopyMapEntries(CValueMap& target, CValueMap const& source,
                                      std::string const& prefix);
 
@@ -68,7 +70,7 @@ SELUUTILS_EXPORT void ExtractKeys(CValueMap const& map, std::vector<std::string>
 /// A value map that can be summed and divided over a list of numeric key paths; its entries are
 /// doubles after construction and after every operator. The operand of `+=` may be the map itself
 /// or a map in it. Constructor and operators throw CExBadParam at a listed path that leads through
-/// a value that is no map or vector (any more); the entries of the paths before it are then done.
+/// a value that is no map or vector (any more). Whatever an operator throws, the map is as it was.
 struct SELUUTILS_EXPORT CValueMapWithOperators : CValueMap {
   CValueMapWithOperators() = default;
   CValueMapWithOperators(CValueMapWithOperators const&) = default;

@@ -2,12 +2,14 @@
 //
 //   std::vector<CTriple<int64>> from{{0, 0, 0}, {0, 9, 0}, {0, 0, 9}}, to(3, {9, 0, 0});
 //   CBresenhamVolumeVisitor solid(from, to, NEIGHBORHOOD_26, true);   // from and to are empty now
-//   while (solid.MorePoints()) Visit(solid.NextPoint());
+//   int64 sum = 0;
+//   while (solid.MorePoints()) sum += solid.NextPoint().x;
 //   solid.Reset();                                                    // and once more
 #pragma once
 
 #include <SeluUtils/AreaVisitor.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -29,7 +31,7 @@ namespace ORVA {
 ///
 /// Coordinates x must lie in 0 to 2^31 - 1, as slices are numbered by them, and two points joined
 /// by a line at most 2^31 - 1 apart along each axis, else CExBadParam. Building takes O(n log n)
-/// time for n border points and O(1) for each run of voxels, and 24 bytes a border point.
+/// time for n border points and O(1) for each run of voxels, and 24 bytes per border point.
 class SELUUTILS_EXPORT CBresenhamVolumeVisitor {
 public:
   /// A walk without points.
@@ -48,14 +50,6 @@ public:
   CBresenhamVolumeVisitor(std::vector<CTriple<int64>>&& startPoints,
                           std::vector<CTriple<int64>>&& endPoints, int64 neighborhood, bool border)
       : CBresenhamVolumeVisitor(startPoints, endPoints, neighborhood, border) {}
-  CBresenhamVolumeVisitor(CBresenhamVolumeVisitor const&) = default;
-  CBresenhamVolumeVisitor(CBresenhamVolumeVisitor&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamVolumeVisitor& operator=(CBresenhamVolumeVisitor const& other) {
-    return *this = CBresenhamVolumeVisitor(other);
-  }
-  CBresenhamVolumeVisitor& operator=(CBresenhamVolumeVisitor&&) noexcept = default;
-  ~CBresenhamVolumeVisitor() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInSlice != 0; }
   /// The next point, slice by slice in ascending x; (0, 0, 0) after the last one. If the next slice
@@ -64,7 +58,7 @@ public:
     if (m_LeftInSlice <= 1) [[unlikely]]
       return LastOfSlice();
     --m_LeftInSlice;
-    CTriple<int64> const p = m_Area.NextPoint();
+    CTriple<int64> const p = m_Lists->area.NextPoint();
     return {m_Slice, p.x, p.y};
   }
   /// Number of points of a full walk.
@@ -73,8 +67,9 @@ public:
   /// Back to the first point.
   void Reset();
   /// No effect: this walk is not clipped.
-  void SetImageSize(CSize) noexcept {}
   void SetImageSize(CTriple<int64>) noexcept {}
+  template <class = void>
+  void SetImageSize(CSize) noexcept {}
 
   /// Collect the border points of all slices anew, from a path or from pairs, and tidy them;
   /// CountSteps and Reset are to follow.
@@ -109,16 +104,20 @@ private:
   [[nodiscard]] std::size_t SliceEnd(std::size_t begin) const noexcept;
   [[nodiscard]] CBresenhamAreaVisitor SliceArea(std::size_t begin, std::size_t end) const;
 
-  std::vector<CTriple<int64>> m_Points, m_EndPoints; // path, or start and end points
+  struct StLists {
+    std::vector<CTriple<int64>> points, endPoints; // path, or start and end points
+    std::vector<CTriple<int64>> borderPoints;      // in space, slice after slice
+    CBresenhamAreaVisitor area;                    // of the current slice
+  };
+
+  Impl::CKeptList<StLists> m_Lists;
   int64 m_Neighborhood = 0, m_SliceNeighborhood = 0;
   bool m_Border = false;
-  std::vector<CTriple<int64>> m_BorderPoints; // in space, slice after slice
-  std::size_t m_SliceEnd = 0;                 // of the current slice's border points
-  int64 m_Slice = 0;                          // x of the current slice
+  std::size_t m_SliceEnd = 0; // of the current slice's border points
+  int64 m_Slice = 0;          // x of the current slice
   Impl::CUntilMoved<uint64> m_Steps;
   // Points of the current slice to hand out; 0 after the last slice.
   Impl::CUntilMoved<uint64> m_LeftInSlice;
-  CBresenhamAreaVisitor m_Area; // of the current slice
 };
 
 } // namespace ORVA

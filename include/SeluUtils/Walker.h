@@ -1,9 +1,12 @@
 // What all walkers share, and range-for over any of them.
 //
-//   CWindowVisitor window(low, high);
-//   for (CTriple<int64> const& p : ORVA::Points(window)) Visit(p);
-//   auto const last = std::ranges::max(ORVA::Points(CBresenhamVisitor(from, to, 1, 0, true)), {},
-//                                      &CTriple<int64>::x);
+//   #include <SeluUtils/WindowVisitor.h>
+//   #include <algorithm>
+//   CWindowVisitor window({2, 3, 0}, {5, 9, 4});
+//   int64 sum = 0;
+//   for (CTriple<int64> const& p : Points(window)) sum += p.x;
+//   auto const largest = std::ranges::max(Points(CWindowVisitor({0, 0, 0}, {4, 2, 1})), {},
+//                                         &CTriple<int64>::x);
 #pragma once
 
 #include <SeluUtils/Triple.h>

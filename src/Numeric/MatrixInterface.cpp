@@ -32,6 +32,12 @@ void ForEachElement(uint64 rows, uint64 cols, Visit visit) {
     for (uint64 c = 0; c < cols; ++c) visit(r, c);
 }
 
+[[noreturn]] void RaiseTooLarge(Impl::StExLocation const& where, uint64 had, uint64 added,
+                                char const* what) {
+  CString message("A matrix of %1 and %2 more %3 is too large.");
+  Impl::RaiseBadParam(where, message.Arg(Number(had)).Arg(Number(added)).Arg(what));
+}
+
 // The elements row by row, taken before an operation changes the matrix or its operand.
 template <class T>
 std::vector<T> Snapshot(IMatrix<T> const& matrix) {
@@ -139,6 +145,8 @@ IMatrix<T>& IMatrix<T>::AddRows(IMatrix const& other) {
                 CString("Tried to concatenate %1-dim rows to %2-dim rows")
                     .Arg(Number(other.Cols()))
                     .Arg(Number(cols)));
+  if (rows + added < rows) // a matrix without columns may have any number of rows
+    RaiseTooLarge(ORVA_LOCATION(c_module, "ORVA::IMatrix<double>::AddRows"), rows, added, "rows");
   auto const above = Snapshot(*this);
   auto const below = Snapshot(other);
   Resize(rows + added, cols);
@@ -158,6 +166,9 @@ IMatrix<T>& IMatrix<T>::AddCols(IMatrix const& other) {
                 CString("Tried to concatenate %1-dim Cols to %2-dim Cols")
                     .Arg(Number(other.Rows()))
                     .Arg(Number(rows)));
+  if (cols + added < cols)
+    RaiseTooLarge(ORVA_LOCATION(c_module, "ORVA::IMatrix<double>::AddCols"), cols, added,
+                  "columns");
   auto const left = Snapshot(*this);
   auto const right = Snapshot(other);
   Resize(rows, cols + added);

@@ -106,9 +106,9 @@ Voxel Converted(double value) {
 
 // The axis letter of the image's parameters; nothing where the image has none.
 std::optional<char> StoredAxis(CImage const& image) {
-  CValue parameters;
-  if (!CSeluHeaderTools::GetMetaInfo(image, c_parameters, parameters)) return std::nullopt;
-  CValue const* const axis = std::as_const(parameters).Map().Find("axis");
+  CValue const* const parameters = CSeluHeaderTools::FindMetaInfo(image, c_parameters);
+  if (parameters == nullptr) return std::nullopt;
+  CValue const* const axis = parameters->Map().Find("axis");
   if (axis == nullptr || axis->Type() != CValue::EnType::String)
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_doMask),
                         "the cylinder mask parameters have no text \"axis\"");
@@ -116,14 +116,15 @@ std::optional<char> StoredAxis(CImage const& image) {
 }
 
 void CheckSlice(CImage const& slice, StLayout const& layout) {
-  auto const where = ORVA_LOCATION(c_module, c_doMask);
   if (slice.Type() != IMAGE_BOOL)
-    Impl::RaiseBadParam(where, CString("the mask image is an %1, not an IMAGE_BOOL")
-                                   .Arg(CString(slice.Type().ToString())));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_doMask),
+                        CString("the mask image is an %1, not an IMAGE_BOOL")
+                            .Arg(CString(slice.Type().ToString())));
   CSize const size = slice.Size();
   if (size.x >= layout.u && size.y >= layout.v) return;
   CString message("a mask image of size (%1, %2) does not cover a cross section of (%3, %4)");
-  Impl::RaiseBadParam(where, message.Arg(size.x).Arg(size.y).Arg(layout.u).Arg(layout.v));
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_doMask),
+                      message.Arg(size.x).Arg(size.y).Arg(layout.u).Arg(layout.v));
 }
 
 // The runs of false pixels of each group, as pixel numbers in the group; a run may go on over the
@@ -225,16 +226,16 @@ void CCylinderMask::SetCylinderParameters(CImage& image, CValueMap const& parame
 }
 
 bool CCylinderMask::CopyMetaInfo(CImage const& from, CImage& to) {
-  CValue parameters;
-  if (!CSeluHeaderTools::GetMetaInfo(from, c_parameters, parameters)) return false;
-  CSeluHeaderTools::SetMetaInfo(to, c_parameters, parameters);
+  CValue const* const parameters = CSeluHeaderTools::FindMetaInfo(from, c_parameters);
+  if (parameters == nullptr) return false;
+  CSeluHeaderTools::SetMetaInfo(to, c_parameters, *parameters);
   return true;
 }
 
 void CCylinderMask::SetCylinderSlice(CImage& image) {
-  CValue stored;
-  if (!CSeluHeaderTools::GetMetaInfo(image, c_parameters, stored)) return;
-  CValueMap const& parameters = std::as_const(stored).Map();
+  CValue const* const stored = CSeluHeaderTools::FindMetaInfo(image, c_parameters);
+  if (stored == nullptr) return;
+  CValueMap const& parameters = stored->Map();
   char const axis = AxisLetter(parameters.Entry("axis").String());
   CCircle const circle(parameters.Entry("s").Double(), parameters.Entry("t").Double(),
                        parameters.Entry("radius").Double());
@@ -255,14 +256,10 @@ void CCylinderMask::SetCylinderSlice(CImage& image) {
 }
 
 void CCylinderMask::MaskImageWithMetaInfoCylinder(CImage& image, double value) {
-  CValue stored;
-  if (!CSeluHeaderTools::GetMetaInfo(image, c_slice, stored)) {
-    CValue parameters;
-    if (!CSeluHeaderTools::GetMetaInfo(image, c_parameters, parameters)) return;
-    SetCylinderSlice(image);
-    if (!CSeluHeaderTools::GetMetaInfo(image, c_slice, stored)) return;
-  }
-  CImage const* const slice = std::as_const(stored).Pointer<CImage>();
+  if (CSeluHeaderTools::FindMetaInfo(image, c_slice) == nullptr) SetCylinderSlice(image);
+  CValue const* const stored = CSeluHeaderTools::FindMetaInfo(image, c_slice);
+  if (stored == nullptr) return;
+  CImage const* const slice = stored->Pointer<CImage>();
   if (slice == nullptr)
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCylinderMask::MaskImageWithMetaInfoCylinder"),
                 "unable to read mask image");

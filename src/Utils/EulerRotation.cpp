@@ -3,6 +3,7 @@
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -53,6 +54,12 @@ CEulerRotation::CEulerRotation(CMatrix<double> const& matrix) : m_Matrix(matrix)
   if (matrix.Cols() != 3) Impl::RaiseMatrixProduct(); // no product with a 3 x 3 transpose
   if (!IsValid())
     Impl::Raise(c_constructor.AtLine(97), "Invalid CMatrix in CEulerRotation constructor.");
+}
+
+CEulerRotation Impl::RotationOf(std::array<double, 9> const& elements) {
+  CEulerRotation rotation;
+  std::ranges::copy(elements, rotation.m_Matrix.Elements().begin());
+  return rotation;
 }
 
 CTriple<double> CEulerRotation::getEulerAngles() const {

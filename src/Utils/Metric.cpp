@@ -136,9 +136,11 @@ Table MakeTable(std::size_t cells, unsigned char dimension, int64 n, bool wrap) 
 void CMetric::CalculateNeighbourTable(std::vector<std::vector<int64>>* table,
                                       unsigned char dimension, int64 n,
                                       EEdgeTreatment::EnEdgeTreatmentId const& edge) {
-  auto const where = ORVA_LOCATION(c_module, c_table);
-  if (table == nullptr) Impl::RaiseBadParam(where, "neighbour table is null");
-  if (n < 0) Impl::RaiseBadParam(where, CString("side %1 of the grid is negative").Arg(n));
+  if (table == nullptr)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_table), "neighbour table is null");
+  if (n < 0)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_table),
+                        CString("side %1 of the grid is negative").Arg(n));
   bool const isPlaneOrSpace = dimension == 2 || dimension == 3;
   // An entry's values, and the bookkeeping of their block.
   std::size_t const values = dimension == 2 ? 9 : 27;
@@ -147,18 +149,20 @@ void CMetric::CalculateNeighbourTable(std::vector<std::vector<int64>>* table,
   int64 const cells = NumberOfCells(n, dimension, bytes);
   if (cells < 0 || !CanAllocate(static_cast<std::size_t>(cells) * bytes)) {
     CString message("no memory for the neighbour table of a grid of side %1 and dimension %2");
-    Impl::RaiseBadParam(where, message.Arg(n).Arg(static_cast<int64>(dimension)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_table),
+                        message.Arg(n).Arg(static_cast<int64>(dimension)));
   }
 
   auto const size = static_cast<std::size_t>(cells);
   bool const wrap = edge == EEdgeTreatment::Periodic;
   if (!isPlaneOrSpace) {
     table->resize(size);
-    Impl::Raise(where, " CMetric::CalculateNeighbourTable Only implemented for dimension 2 and 3");
+    Impl::Raise(ORVA_LOCATION(c_module, c_table),
+                " CMetric::CalculateNeighbourTable Only implemented for dimension 2 and 3");
   }
   if (!wrap && edge != EEdgeTreatment::NoEdgeTreatment && edge != EEdgeTreatment::PlusSampling) {
     table->resize(size);
-    Impl::Raise(where, c_edge);
+    Impl::Raise(ORVA_LOCATION(c_module, c_table), c_edge);
   }
   *table = MakeTable(size, dimension, n, wrap);
 }

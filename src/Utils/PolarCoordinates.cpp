@@ -3,6 +3,7 @@
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace ORVA {
@@ -21,7 +22,25 @@ void RaisePolarCoordinates(CPolarCoordinates const& direction) {
 
 } // namespace Impl
 
+namespace {
+
+// Whether the square of the longest component neither overflows nor loses bits; so for NaN.
+bool IsOrdinary(double longest) {
+  constexpr double c_smallest = 0x1p-500, c_largest = 0x1p500;
+  bool const isExtreme = longest < c_smallest || longest > c_largest;
+  return !isExtreme || longest == 0 || !Impl::IsFinite(longest);
+}
+
+} // namespace
+
 CPolarCoordinates::CPolarCoordinates(double x, double y, double z) {
+  double const longest = std::max({std::abs(x), std::abs(y), std::abs(z)});
+  if (!IsOrdinary(longest)) [[unlikely]] {
+    int const exponent = std::ilogb(longest);
+    x = std::scalbn(x, -exponent); // a power of two changes no direction and no bit
+    y = std::scalbn(y, -exponent);
+    z = std::scalbn(z, -exponent);
+  }
   double const r = std::sqrt(x * x + y * y + z * z);
   m_fTheta = std::acos(z / r);
   m_fPhi = std::atan2(y / r, x / r);

@@ -255,6 +255,22 @@ TEST(KeyList, ReportsItemsWithoutAValueAndGoesOn) {
   EXPECT_EQ(keys, Texts{"v/1"});
 }
 
+TEST(CopyMapEntries, ARefusedEntryLeavesTheTargetAsItWas) {
+  CValueMap source, target;
+  source.SetEntry("a", CValueLong(1));
+  source.SetEntry("z", CValueLong(2));
+  target.SetEntry("x a/y", CValueLong(3));
+  target.SetEntry("x z", CValueLong(4));
+  CValueMap const before = target;
+  CopyMapEntries(target, source, "x ");
+  EXPECT_EQ(target.Entry("x a"), CValueLong(1));
+  target = before;
+  test::ExpectError<CExBadParam>([&] { CopyMapEntries(target, source, "x z/"); },
+                                 "no entry \"x z/a\" can be made: \"a\" would have to be in a "
+                                 "CValueLong");
+  EXPECT_EQ(target, before);
+}
+
 TEST(MapWithOperators, TakesOverNumbersAsDoubles) {
   CValueMap map = SmallTree();
   map.SetEntry("flag", CValueBool(true));
@@ -316,12 +332,30 @@ TEST(MapWithOperators, RefusesAPathThroughAValueThatIsNoContainer) {
       "no entry \"b/c\" can be made: \"c\" would have to be in a CValueLong";
   test::ExpectError<CExBadParam>([&] { sums += SmallTree(); }, message);
   test::ExpectError<CExBadParam>([&] { sums /= 2; }, message);
-  EXPECT_EQ(sums.Entry("a").Double(), 1); // (1 + 1) / 2: the path before is done
+  EXPECT_EQ(sums.Entry("a"), CValueDouble(1)); // nothing is done, the paths before included
   EXPECT_EQ(sums.Entry("b"), CValueLong(3));
+  test::ExpectError<CExBadParam>([&] { sums += SmallTree(); }, message);
+  EXPECT_EQ(sums.Entry("a"), CValueDouble(1));
   CValueMap map; // the leaves have the paths "a/" and "a/b"
   map.SetEntry("a", CValueMap()).Map().SetEntry("", CValueLong(5));
   map.SetEntry("a/b", CValueLong(1));
   EXPECT_THROW(CValueMapWithOperators(map, {}), CExBadParam);
+}
+
+// The list of paths is open to its user: a path may be there twice, or lie in another one.
+TEST(MapWithOperators, PathsMayMeet) {
+  CValueMapWithOperators sums(SmallTree(), {});
+  sums.m_Keys = {"a", "a"};
+  sums += SmallTree();
+  EXPECT_EQ(sums.Entry("a"), CValueDouble(3)); // 1 + 1 + 1
+  sums.m_Keys = {"b/c", "b"};
+  sums += SmallTree();
+  EXPECT_EQ(sums.Entry("b"), CValueDouble(0)); // a map reads as 0
+  CValueMapWithOperators other(SmallTree(), {});
+  other.m_Keys = {"b", "b/c"};
+  CValueMap const before = other;
+  EXPECT_THROW(other /= 2, CExBadParam);
+  EXPECT_TRUE(static_cast<CValueMap const&>(other) == before);
 }
 
 TEST(MapWithOperators, DividesAsIeeeDoes) {

@@ -55,6 +55,16 @@ TEST(Exception, CarriesMessageAndLocation) {
   EXPECT_EQ(error.Location().reserved, 0);
 }
 
+TEST(Exception, LastFieldOfARecordIsZero) {
+  constexpr ORVA::Impl::StExLocation c_here = ORVA_LOCATION("src/Utils/Lines", "ORVA::CLine::Step");
+  static_assert(c_here.reserved == 0);
+  static_assert(c_here.AtLine(47).reserved == 0);
+  static_assert(ORVA::Impl::StExLocation{"", "", "", 1}.reserved == 0);
+  EXPECT_EQ(CException(c_here, "").Location().reserved, 0);
+  EXPECT_EQ(CException("ORVA::CLine::Step", "").Location().reserved, 0);
+  EXPECT_EQ(CException(ORVA::Impl::StExLocation{"", "", "", 1, 7}, "").Location().reserved, 0);
+}
+
 TEST(Exception, KeepsTheMessageToTheLetter) {
   EXPECT_STREQ(CException(c_place, "invalid dimension\n").what(), "invalid dimension\n");
   EXPECT_STREQ(CException(c_place, "%1 stays %2").what(), "%1 stays %2");

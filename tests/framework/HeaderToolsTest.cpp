@@ -59,6 +59,18 @@ TEST(HeaderTools, FoundInformationIsACopy) {
   EXPECT_EQ(image.Attributes().Entry("Header/a").Vector(), MinMax());
 }
 
+TEST(HeaderTools, InformationCanBeLookedAtInItsPlace) {
+  CImage image = Picture();
+  EXPECT_EQ(CSeluHeaderTools::FindMetaInfo(image, "a/b"), nullptr);
+  CSeluHeaderTools::SetMetaInfo(image, "a/b", MinMax());
+  CValue const* const found = CSeluHeaderTools::FindMetaInfo(image, "a/b");
+  EXPECT_EQ(found, image.Attributes().Find("Header/a/b"));
+  EXPECT_EQ(found->Vector(), MinMax());
+  EXPECT_EQ(CSeluHeaderTools::FindMetaInfo(image, "b"), nullptr);
+  image.Attributes().SetEntry("Header", CValueLong(1));
+  EXPECT_EQ(CSeluHeaderTools::FindMetaInfo(image, "a/b"), nullptr);
+}
+
 TEST(HeaderTools, InformationTravelsWithTheImage) {
   CImage image = Picture();
   CSeluHeaderTools::SetMetaInfo(image, "a", CValueLong(1));
@@ -110,6 +122,8 @@ TEST(HeaderTools, NullKeyIsRefused) {
   auto const set = [&] { CSeluHeaderTools::SetMetaInfo(image, null, value); };
   test::ExpectError<CExBadParam>(get, "key text is null");
   test::ExpectError<CExBadParam>(set, "key text is null");
+  test::ExpectError<CExBadParam>([&] { (void)CSeluHeaderTools::FindMetaInfo(image, null); },
+                                 "key text is null");
   CImage bare = Picture();
   test::ExpectError<CExBadParam>([&] { CSeluHeaderTools::SetMetaInfo(bare, null, value); },
                                  "key text is null");

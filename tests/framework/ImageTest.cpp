@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <new>
 #include <optional>
@@ -122,6 +123,18 @@ TEST(Pos, HasTwoOrThreeCoordinates) {
   EXPECT_EQ(copy.x, -1);
   EXPECT_EQ(copy.y, c_largest);
   EXPECT_EQ(copy.z, c_smallest);
+}
+
+TEST(ImageType, AnUnknownNumberIsRefused) {
+  using EnId = IImage::CType::EnId;
+  for (int const id : {7, 8, 200, 255}) {
+    if (id <= static_cast<int>(c_types.back().type.Id())) continue;
+    test::ExpectError<CExBadParam>([&] { (void)IImage::CType(EnId(id)); },
+                                   "there is no pixel type " + std::to_string(id),
+                                   "ORVA::IImage::CType::CType", c_module);
+  }
+  for (auto const& c : c_types) EXPECT_EQ(IImage::CType(c.type.Id()), c.type);
+  EXPECT_EQ(IImage::CType(EnId::None), IImage::CType());
 }
 
 TEST(Image, StartsWithAllPixelsZero) {
@@ -314,6 +327,137 @@ TEST(ImageAccess, WritesReachTheImage) {
       reinterpret_cast<std::uint16_t const*>(image.CreateAccess(false).Base());
   EXPECT_EQ(pixels[5], 0x0102);
   EXPECT_EQ(pixels[4], 0);
+}
+
+TEST(Image, EachErrorHasALineOfItsOwn) {
+  std::vector<std::function<void()>> errors;
+  auto const make = [&](IImage::CType type, CSize size, CSize margin) {
+    errors.emplace_back([=] { CImage(type, size, margin); });
+  };
+  make(IImage::CType(), CSize(1, 1), c_noMargin);
+  make(IMAGE_GREY_8, CSize(), c_noMargin);
+  make(IMAGE_GREY_8, CSize(-1, 1), c_noMargin);
+  CSize beyond(4, 4);
+  beyond.z = 2;
+  make(IMAGE_GREY_8, beyond, c_noMargin);
+  make(IMAGE_GREY_8, CSize(1, 1), CSize(1, 0, 0));
+  make(IMAGE_GREY_8, CSize(c_largest, 2), c_noMargin);
+  test::ExpectLinesOfTheirOwn(errors);
+}
+
+namespace {
+
+// Fills an image by its pixels' places and reads it back as numbers, raw bytes and rows.
+template <class T>
+void ExpectPixels(IImage::CType type) {
+  SCOPED_TRACE(type.ToString());
+  CImage image(type, CSize(3, 4, 5));
+  auto const value = [](int64 x, int64 y, int64 z) { return static_cast<T>(x + 10 * y + 50 * z); };
+  auto const pixels = image.CreateAccess(true).As<T>();
+  for (int64 z = 0; z < 5; ++z)
+    for (int64 y = 0; y < 4; ++y)
+      for (int64 x = 0; x < 3; ++x) pixels(x, y, z) = value(x, y, z);
+  auto const access = std::as_const(image).CreateAccess(false);
+  auto const same = access.As<T const>();
+  for (int64 z = 0; z < 5; ++z)
+    for (int64 y = 0; y < 4; ++y) {
+      auto const row = same.Row(y, z);
+      ASSERT_EQ(row.size(), 3u);
+      for (int64 x = 0; x < 3; ++x) {
+        EXPECT_EQ(same(x, y, z), value(x, y, z));
+        EXPECT_EQ(&same(x, y, z), &row[static_cast<std::size_t>(x)]);
+        EXPECT_EQ(&same(x, y, z), &same(CPos(x, y, z)));
+        EXPECT_EQ(reinterpret_cast<std::byte const*>(&same(x, y, z)),
+                  access.Base() + x * access.Stride(0) + y * access.Stride(1) +
+                      z * access.Stride(2));
+      }
+    }
+}
+
+template <class T>
+void ExpectRefused(CImage& image, std::string const& wanted) {
+  std::string const message = std::string("the pixels are of type ") + image.Type().ToString() +
+                              ", not " + wanted + " bytes";
+  test::ExpectError<CExBadParam>([&] { (void)image.CreateAccess(true).template As<T>(); }, message,
+                                 "ORVA::CImageAccess::As", c_module);
+  test::ExpectError<CExBadParam>([&] { (void)image.CreateAccess(false).template As<T const>(); },
+                                 message);
+}
+
+} // namespace
+
+TEST(Pixels, AreNumbersOfTheImagesType) {
+  ExpectPixels<std::uint8_t>(IMAGE_BOOL);
+  ExpectPixels<std::uint8_t>(IMAGE_BINARY_FG);
+  ExpectPixels<std::uint8_t>(IMAGE_GREY_8);
+  ExpectPixels<std::uint16_t>(IMAGE_GREY_16);
+  ExpectPixels<std::uint32_t>(IMAGE_GREY_32);
+  ExpectPixels<float>(IMAGE_GREY_F);
+}
+
+TEST(Pixels, OfAnotherTypeAreRefused) {
+  for (auto const& c : c_types) {
+    CImage image(c.type, CSize(2, 2));
+    if (c.bytes != 1) ExpectRefused<std::uint8_t>(image, "unsigned integers of 1");
+    if (c.bytes != 2) ExpectRefused<std::uint16_t>(image, "unsigned integers of 2");
+    if (c.type != IMAGE_GREY_32) ExpectRefused<std::uint32_t>(image, "unsigned integers of 4");
+    if (c.type != IMAGE_GREY_F) ExpectRefused<float>(image, "real numbers of 4");
+    if (c.type == IMAGE_GREY_16) ExpectRefused<std::int16_t>(image, "signed integers of 2");
+  }
+}
+
+TEST(Pixels, AreCheckedForTheirPlace) {
+  CImage image(IMAGE_GREY_8, CSize(3, 4, 5));
+  CPos const first(1, 1, 1), last(2, 3, 4);
+  auto const pixels = image.CreateAccess(true, first, last).As<std::uint8_t>();
+  EXPECT_EQ(pixels.Extents(), (std::array<int64, 3>{2, 3, 4}));
+  pixels(1, 2, 3) = 9;
+  EXPECT_EQ(image.CreateAccess(false).As<std::uint8_t const>()(2, 3, 4), 9);
+  struct StCase {
+    int64 x, y, z;
+    char const* text;
+  };
+  for (auto const& c :
+       {StCase{2, 0, 0, "(2, 0, 0)"}, StCase{0, 3, 0, "(0, 3, 0)"}, StCase{0, 0, 4, "(0, 0, 4)"},
+        StCase{-1, 0, 0, "(-1, 0, 0)"}, StCase{0, -1, 0, "(0, -1, 0)"},
+        StCase{0, 0, c_smallest, "(0, 0, -9223372036854775808)"},
+        StCase{c_largest, 0, 0, "(9223372036854775807, 0, 0)"}}) {
+    test::ExpectError<CExBadParam>([&] { (void)pixels(c.x, c.y, c.z); },
+                                   std::string("pixel ") + c.text +
+                                       " is outside a box of (2, 3, 4) pixels",
+                                   "ORVA::CPixels::operator ()", c_module);
+    if (c.x == 0) {
+      EXPECT_THROW((void)pixels.Row(c.y, c.z), CExBadParam);
+    }
+  }
+  test::ExpectError<CExBadParam>([&] { (void)pixels.Row(3, 1); },
+                                 "row y = 3, z = 1 is outside a box of (2, 3, 4) pixels",
+                                 "ORVA::CPixels::Row", c_module);
+}
+
+TEST(Pixels, ForWritingNeedAnAccessForWriting) {
+  CImage image(IMAGE_GREY_8, CSize(2, 2));
+  test::ExpectError<CExBadParam>([&] { (void)image.CreateAccess(false).As<std::uint8_t>(); },
+                                 "the access was not opened for writing");
+  auto access = image.CreateAccess(true);
+  access.Release();
+  EXPECT_THROW((void)access.As<std::uint8_t const>(), CExBadParam);
+}
+
+TEST(Pixels, StayWhenTheImageGoes) {
+  std::optional<CImage> image(std::in_place, IMAGE_GREY_16, CSize(2, 2));
+  auto const pixels = image->CreateAccess(true).As<std::uint16_t>();
+  image.reset();
+  pixels(1, 1) = 7;
+  EXPECT_EQ(pixels.Row(1)[1], 7);
+}
+
+TEST(Pixels, OfAnEmptyImageAreNone) {
+  CImage image(IMAGE_GREY_8, CSize(0, 3));
+  auto const pixels = image.CreateAccess(true).As<std::uint8_t>();
+  EXPECT_TRUE(pixels.Row(2).empty());
+  EXPECT_THROW((void)pixels(0, 0), CExBadParam);
+  EXPECT_THROW((void)pixels.Row(3), CExBadParam);
 }
 
 TEST(ImageAccess, ReadingAccessRefusesToWrite) {

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <memory>
 #include <string>
@@ -101,6 +102,50 @@ TEST(Value, LeavesHoldWhatTheyAreGiven) {
 
 TEST(Value, LongHas32Bits) {
   static_assert(std::is_same_v<decltype(std::declval<CValue&>().Long()), std::int32_t&>);
+}
+
+TEST(Value, LongRefusesWhat32BitsCannotHold) {
+  EXPECT_EQ(CValueLong(2147483647L).Long(), 2147483647);
+  EXPECT_EQ(CValueLong(-2147483648LL).Long(), -2147483648);
+  EXPECT_EQ(CValueLong(2147483647ULL).Long(), 2147483647);
+  EXPECT_EQ(CValueLong(7u).Long(), 7);
+  EXPECT_EQ(CValueLong(true).Long(), 1);
+  EXPECT_EQ(CValueLong(short{-3}).Long(), -3);
+  EXPECT_EQ(CValueLong('a').Long(), 97);
+  EXPECT_EQ(CValueLong(U'a').Long(), 97);
+  EXPECT_EQ(CValueLong(2.9).Long(), 2);
+  EXPECT_EQ(CValueLong(-2.9f).Long(), -2);
+  EXPECT_EQ(CValueLong(2147483647.5).Long(), 2147483647);
+  EXPECT_EQ(CValueLong(-2147483648.5).Long(), -2147483648);
+  struct StCase {
+    std::function<void()> make;
+    char const* number;
+  };
+  double const nan = std::numeric_limits<double>::quiet_NaN();
+  std::vector<StCase> const cases = {
+      {[] { (void)CValueLong(4294967301L); }, "4294967301"},
+      {[] { (void)CValueLong(2147483648LL); }, "2147483648"},
+      {[] { (void)CValueLong(-2147483649LL); }, "-2147483649"},
+      {[] { (void)CValueLong(2147483648u); }, "2147483648"},
+      {[] { (void)CValueLong(std::numeric_limits<int64>::min()); }, "-9223372036854775808"},
+      {[] { (void)CValueLong(std::numeric_limits<uint64>::max()); }, "18446744073709551615"},
+      {[] { (void)CValueLong(2147483648.0); }, "2147483648"},
+      {[] { (void)CValueLong(-2147483649.0); }, "-2147483649"},
+      {[] { (void)CValueLong(1e300); }, "1e+300"},
+      {[=] { (void)CValueLong(nan); }, "nan"},
+  };
+  for (auto const& c : cases)
+    test::ExpectError<CExBadParam>(
+        c.make, std::string(c.number) + " does not fit into the 32 bits of a CValueLong",
+        "ORVA::CValueLong::CValueLong", c_module);
+}
+
+TEST(Value, StringRefusesANullText) {
+  EXPECT_TRUE(CValueString(nullptr, 0).String().IsEmpty());
+  test::ExpectError<CExBadParam>([] { (void)CValueString(nullptr, 3); },
+                                 "a text of 3 bytes is null", "ORVA::CValueString::CValueString",
+                                 c_module);
+  EXPECT_THROW(CValueString(static_cast<char const*>(nullptr)), CExBadParam);
 }
 
 TEST(Value, AccessorsWriteInPlace) {
@@ -327,8 +372,6 @@ TEST(ValueMeta, IsEmptyWithoutOneAndDoesNotCount) {
 
 TEST(Value, NeverThrowsOnMove) {
   static_assert(std::is_nothrow_move_constructible_v<CValue>);
-  static_assert(std::is_nothrow_move_assignable_v<CValue>);
-  static_assert(std::is_nothrow_swappable_v<CValue>);
   static_assert(!std::is_constructible_v<CValue, double>, "a leaf names the kind of its number");
   static_assert(!std::is_convertible_v<std::int32_t, CValueLong>);
 }

@@ -209,6 +209,16 @@ TEST(Matrix, EqualityIsExact) {
   EXPECT_FALSE(a == Matrix(a));
 }
 
+TEST(Matrix, EveryElementCountsInEquality) {
+  for (uint64 r = 0; r < 3; ++r)
+    for (uint64 c = 0; c < 4; ++c) {
+      Matrix a = Counting(3, 4);
+      a(r, c) = -1;
+      EXPECT_FALSE(a == Counting(3, 4)) << r << ", " << c;
+      EXPECT_FALSE(Counting(3, 4) == a) << r << ", " << c;
+    }
+}
+
 TEST(Matrix, Product) {
   Matrix const a = Counting(2, 3);
   Matrix const b = Make(3, 1, {1, 10, 100});
@@ -283,6 +293,20 @@ TEST(Matrix, ConcatenationOfUnfittingShapesIsRefused) {
   ExpectError([&] { m.AddCols(Matrix(5, 1)); }, "Tried to concatenate 5-dim Cols to 2-dim Cols",
               "ORVA::IMatrix<double>::AddCols", c_interface, 209);
   EXPECT_EQ(m, Counting(2, 3));
+}
+
+TEST(Matrix, MoreRowsOrColumnsThanCanBeCountedAreRefused) {
+  Matrix flat(c_most - 1, 0), thin(0, c_most - 1);
+  ExpectError<CExBadParam>([&] { flat.AddRows(Matrix(2, 0)); },
+                           "A matrix of 18446744073709551614 and 2 more rows is too large.",
+                           "ORVA::IMatrix<double>::AddRows", c_interface);
+  ExpectError<CExBadParam>([&] { thin.AddCols(Matrix(0, 2)); },
+                           "A matrix of 18446744073709551614 and 2 more columns is too large.",
+                           "ORVA::IMatrix<double>::AddCols", c_interface);
+  EXPECT_EQ(flat.Rows(), c_most - 1);
+  EXPECT_EQ(thin.Cols(), c_most - 1);
+  flat.AddRows(Matrix(1, 0));
+  EXPECT_EQ(flat.Rows(), c_most);
 }
 
 TEST(Matrix, OperandMayBeTheMatrixItself) {

@@ -77,6 +77,46 @@ TEST(PolarCoordinates, ComeFromAVectorOfAnyLength) {
   }
 }
 
+TEST(PolarCoordinates, ComeFromVectorsTooLongOrShortToBeSquared) {
+  struct StCase {
+    double x, y, z;
+  };
+  for (auto const& [x, y, z] :
+       {StCase{1, 0, 1}, StCase{1, 2, 2}, StCase{-3, 0.25, 7}, StCase{0, -1, -5}, StCase{1, -1, 0},
+        StCase{0, 0, 1}, StCase{0, 0, -1}, StCase{0x1p-60, 1, 0x1p-60}}) {
+    CPolarCoordinates const d(x, y, z);
+    for (int const exponent : {-960, -700, -511, -502, -490, 490, 502, 511, 512, 700, 1020}) {
+      auto const scaled = [&](double c) { return std::scalbn(c, exponent); };
+      CPolarCoordinates const e(scaled(x), scaled(y), scaled(z));
+      EXPECT_EQ(e.m_fTheta, d.m_fTheta) << x << ' ' << y << ' ' << z << " * 2^" << exponent;
+      EXPECT_EQ(e.m_fPhi, d.m_fPhi) << x << ' ' << y << ' ' << z << " * 2^" << exponent;
+    }
+  }
+  for (double const size : {1e200, 1e-200, std::numeric_limits<double>::max(),
+                            std::numeric_limits<double>::min(), 5e-324}) {
+    EXPECT_DOUBLE_EQ(CPolarCoordinates(size, 0, size).m_fTheta, c_pi / 4) << size;
+    EXPECT_EQ(CPolarCoordinates(size, 0, size).m_fPhi, 0) << size;
+    EXPECT_DOUBLE_EQ(CPolarCoordinates(0, -size, 0).m_fPhi, -c_pi / 2) << size;
+  }
+  EXPECT_EQ(CPolarCoordinates(1e-300, 0, 1e300).m_fTheta, 0);
+  EXPECT_EQ(CPolarCoordinates(1e300, 1e-300, 0).m_fPhi, 0);
+}
+
+// The plain formula, and not the slightest other rounding, wherever it works.
+TEST(PolarCoordinates, OrdinaryVectorsTakeThePlainFormula) {
+  test::CRandomNumbers random;
+  for (int i = 0; i < 100000; ++i) {
+    auto const component = [&] {
+      return std::scalbn(random.Real(-1, 1), random.Between(-30, 30) + 400 * (i % 3 - 1));
+    };
+    double const x = component(), y = component(), z = component();
+    double const r = std::sqrt(x * x + y * y + z * z);
+    CPolarCoordinates const d(x, y, z);
+    ASSERT_EQ(d.m_fTheta, std::acos(z / r)) << x << ' ' << y << ' ' << z;
+    ASSERT_EQ(d.m_fPhi, std::atan2(y / r, x / r)) << x << ' ' << y << ' ' << z;
+  }
+}
+
 TEST(PolarCoordinates, ZeroVectorHasNoDirection) {
   CPolarCoordinates const none(0, 0, 0);
   EXPECT_TRUE(std::isnan(none.m_fTheta));

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <set>
 #include <string>
 #include <typeinfo>
+#include <vector>
 
 namespace test {
 
@@ -33,6 +36,26 @@ void ExpectError(Operation operation, std::string const& message, std::string co
     return;
   }
   ADD_FAILURE() << "no error; expected \"" << message << '"';
+}
+
+/// The line in the record of the error that the operation raises; 0 where it raises none.
+template <class Operation>
+int LineOfError(Operation operation) {
+  try {
+    operation();
+  } catch (ORVA::CException const& error) {
+    return error.Location().line;
+  }
+  return 0;
+}
+
+/// Checks that each operation raises an error, and each on a line of its own: so a record tells the
+/// errors of one operation apart.
+inline void ExpectLinesOfTheirOwn(std::vector<std::function<void()>> const& operations) {
+  std::set<int> lines;
+  for (auto const& operation : operations) lines.insert(LineOfError(operation));
+  EXPECT_FALSE(lines.contains(0)) << "one raises no error";
+  EXPECT_EQ(lines.size(), operations.size());
 }
 
 } // namespace test

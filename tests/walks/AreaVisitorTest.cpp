@@ -117,10 +117,31 @@ TEST(AreaVisitor, KnownWalks) {
   }
 }
 
-TEST(AreaVisitor, AVerticalEdgeInsideAChainLosesPointsOrIsRefused) {
+// Of such an edge and what lies beyond it in its column the lower part is walked.
+TEST(AreaVisitor, AVerticalEdgeInsideAChainLosesPoints) {
   PointList const step{{0, 0, 0}, {4, 0, 0}, {4, 2, 0}, {2, 2, 0}, {2, 4, 0}, {0, 4, 0}};
-  ExpectError([&] { WalkArea(step, 2, NEIGHBORHOOD_8, true); },
-              "intern failure in Border Calculation in CBresenhamAreaVisitor2D");
+  EXPECT_EQ(WalkArea(step, 2, NEIGHBORHOOD_8, true), (PointList{{0, 0, 0},
+                                                                {0, 1, 0},
+                                                                {0, 2, 0},
+                                                                {0, 3, 0},
+                                                                {0, 4, 0},
+                                                                {1, 0, 0},
+                                                                {1, 1, 0},
+                                                                {1, 2, 0},
+                                                                {1, 3, 0},
+                                                                {1, 4, 0},
+                                                                {2, 0, 0},
+                                                                {2, 1, 0},
+                                                                {2, 2, 0},
+                                                                {3, 0, 0},
+                                                                {3, 1, 0},
+                                                                {3, 2, 0},
+                                                                {4, 0, 0},
+                                                                {4, 1, 0},
+                                                                {4, 2, 0}}));
+  PointList const leftSide{{0, 0, 0}, {1, 0, 0}, {1, 3, 0}, {0, 3, 0}, {0, 1, 0}};
+  EXPECT_EQ(WalkArea(leftSide, 2, NEIGHBORHOOD_8, true),
+            (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}, {1, 2, 0}, {1, 3, 0}}));
   PointList const split{{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {2, 2, 0}, {0, 2, 0}};
   EXPECT_EQ(WalkArea(split, 2, NEIGHBORHOOD_8, true).size(), 9u - 1u);
 }
@@ -259,7 +280,14 @@ TEST(AreaVisitor, WhatCannotBeBuiltIsRefused) {
   ExpectError(build(triangle, 3, NEIGHBORHOOD_14_1), "no supported neighborhood");
   ExpectError(build(triangle, 2, NEIGHBORHOOD_26),
               "invalid neighborhood behavior, only 4, 6.1, 6.2 and 8 valid");
-  ExpectError(build({{0, 0, 0}, {2, 0, 0}, {0, 2, 1}}, 2, NEIGHBORHOOD_8), "invalid Dimension");
+  for (PointList const& bent :
+       {PointList{{0, 0, 0}, {2, 0, 0}, {0, 2, 1}}, PointList{{0, 0, 0}, {0, 2, 1}, {0, 4, 1}},
+        PointList{{0, 0, 1}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}})
+    ExpectError(build(bent, 2, NEIGHBORHOOD_8), "invalid Dimension",
+                "ORVA::Impl::CBresenhamVisitor2D::CBresenhamVisitor2D", c_implModule,
+                test::LineOfError([] {
+                  (void)Impl::CBresenhamVisitor2D(CTriple<int64>(1, 1, 1), NEIGHBORHOOD_8);
+                }));
 }
 
 TEST(AreaVisitor, CornersTooFarApartAreRefused) {

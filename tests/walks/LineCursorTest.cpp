@@ -1,5 +1,6 @@
 // The walk by additions against exact fractions, and against the lists of moves.
 #include <SeluUtils/Impl/LineCursor.h>
+#include <SeluUtils/Impl/LineMoves.h>
 #include <SeluUtils/LineVisitor.h>
 
 #include "support/Printers.h"

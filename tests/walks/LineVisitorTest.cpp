@@ -417,13 +417,12 @@ TEST(SelectedLine, ErrorsNameTheirPlace) {
               "ORVA::CBresenhamVisitor::LastStep", c_source);
 }
 
-TEST(SelectedLine, FailedSelectionCanBeRepeated) {
+TEST(SelectedLine, IsSelectedWithoutMemory) {
   CBresenhamVisitorSelect line(Point(-2, 0, 0), Point(5, 0, 0), 2, NEIGHBORHOOD_8, true);
   {
     test::CFailingAllocations const failing(0);
-    EXPECT_THROW(line.SetImageSize(CSize(4, 1)), std::bad_alloc);
+    line.SetImageSize(CSize(4, 1));
   }
-  line.SetImageSize(CSize(4, 1));
   EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 

@@ -29,6 +29,10 @@ CBresenhamVisitorSelect Selected(Point const& to) {
   return line;
 }
 
+CBresenhamVisitor Line(Point const& to, int64 neighborhood) {
+  return {Point(1, 2, 3), to, 3, neighborhood, true};
+}
+
 CBresenhamAreaVisitor Area(PointList corners) {
   return {std::move(corners), 3, NEIGHBORHOOD_26, true};
 }
@@ -61,7 +65,6 @@ void ForEachPair(Check check) {
     ASSERT_TRUE(other.MorePoints());
     check(walker, other);
   };
-  pair("selected line", Selected({9, 3, 2}), Selected({7, 9, 7}));
   pair("area", Area(c_flat), Area(c_flatter));
   pair("oblique area", Area(c_oblique), Area(c_larger));
   pair("flat and oblique area", Area(c_flat), Area(c_oblique));
@@ -99,6 +102,40 @@ TEST(WalkerAssignment, IsWholeOrNotAtAll) {
               0);
     EXPECT_EQ(Walk(walker), Walk(W(other)));
   });
+}
+
+TEST(WalkerAssignment, OfALineTakesNoMemory) {
+  for (int64 const code : {NEIGHBORHOOD_6, NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2, NEIGHBORHOOD_26}) {
+    CBresenhamVisitor line = Line({6, -4, 9}, code);
+    CBresenhamVisitor const other = Line({40, 7, -3}, code);
+    EXPECT_EQ(FailEveryAllocation([&] { line = other; }, [] {}), 0);
+    EXPECT_EQ(Walk(line), Walk(CBresenhamVisitor(other)));
+  }
+  CBresenhamVisitorSelect selected = Selected({9, 3, 2});
+  CBresenhamVisitorSelect const other = Selected({7, 9, 7});
+  EXPECT_EQ(FailEveryAllocation([&] { selected = other; }, [] {}), 0);
+  EXPECT_EQ(Walk(selected), Walk(CBresenhamVisitorSelect(other)));
+}
+
+TEST(WalkerAssignment, OfALineLeavesTheListToTheLastThatHoldsIt) {
+  auto line = Line({6, -4, 9}, NEIGHBORHOOD_6);
+  PointList const all = Walk(CBresenhamVisitor(line));
+  auto copy = line;
+  line = Line({1, 1, 1}, NEIGHBORHOOD_6);
+  EXPECT_EQ(Walk(copy), all);
+}
+
+TEST(WalkerAssignment, FromItselfAsATemporaryChangesNothing) {
+  auto const expectSame = []<class W>(W walker) {
+    walker.NextPoint();
+    PointList const rest = Walk(W(walker));
+    W& itself = walker;
+    walker = std::move(itself);
+    EXPECT_EQ(Walk(walker), rest);
+  };
+  ForEachPair([&](auto const& walker, auto const&) { expectSame(walker); });
+  expectSame(Line({6, -4, 9}, NEIGHBORHOOD_14_1));
+  expectSame(Selected({9, 3, 2}));
 }
 
 TEST(WalkerAssignment, ToItselfChangesNothing) {
@@ -140,12 +177,29 @@ TEST(MovedWalker, ThatCountedPointsOfItsListsHasNoneLeft) {
     auto const moved = std::move(walker);
     EXPECT_FALSE(walker.MorePoints()); // NOLINT(bugprone-use-after-move)
   };
+  for (int64 const code : {NEIGHBORHOOD_6, NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2, NEIGHBORHOOD_26})
+    expectNone(Line({9, -5, 2}, code));
+  expectNone(CBresenhamVisitor({1, 2, 0}, {9, -5, 0}, 2, NEIGHBORHOOD_8, false));
+  expectNone(Selected({9, 3, 2}));
+  expectNone(Area({{1, 2, 3}, {4, 9, 3}})); // a line
   expectNone(Area(c_flat));
   expectNone(Area(c_oblique));
   expectNone(Polygon(c_larger));
   expectNone(Tip({6, 0, 0}));
   expectNone(InImage(CCutSlice({2, 3, 5}, 20, NEIGHBORHOOD_26), Point(6, 5, 7)));
   expectNone(InImage(CDeltaVisitor({1, 0.4, 0.3}), Point(4, 3, 2)));
+}
+
+TEST(MovedWalker, OfOnePointHasNone) {
+  auto point = Area({{1, 2, 3}});
+  auto const moved = std::move(point);
+  EXPECT_EQ(Walk(CBresenhamAreaVisitor(moved)), (PointList{{1, 2, 3}}));
+  // NOLINTBEGIN(bugprone-use-after-move): what it does then is what is tested
+  EXPECT_FALSE(point.MorePoints());
+  EXPECT_TRUE(point.empty());
+  point.Reset();
+  EXPECT_FALSE(point.MorePoints());
+  // NOLINTEND(bugprone-use-after-move)
 }
 
 TEST(LineAssignment, IsWholeOrNotAtAll) {

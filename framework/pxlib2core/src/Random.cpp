@@ -1,9 +1,8 @@
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/Random.h>
 
-#include <algorithm>
-#include <bit>
-#include <cstring>
+#include "Words.h"
+
 #include <mutex>
 #include <optional>
 #include <random>
@@ -33,22 +32,6 @@ StSeed& Seeding() {
   return seeding;
 }
 
-// SplitMix64 (Steele, Lea and Flood, OOPSLA 2014): turns a counter into well-mixed words.
-class CMixer {
-public:
-  explicit CMixer(uint64 start) : m_State(start) {}
-  uint64 Next() {
-    m_State += 0x9E3779B97F4A7C15u;
-    uint64 z = m_State;
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-    return z ^ (z >> 31);
-  }
-
-private:
-  uint64 m_State;
-};
-
 uint64 Entropy() {
   std::random_device device;
   return (uint64{device()} << 32) ^ device();
@@ -57,17 +40,9 @@ uint64 Entropy() {
 void FillStream(Impl::StRandomStream& stream, uint64 seed, uint64 number) {
   // The stream's number is mixed before it meets the seed, so that seed n, stream 1 is not
   // seed n + 1, stream 0.
-  CMixer words(number == 0 ? seed : seed ^ CMixer(number).Next());
+  Impl::CMixer words(number == 0 ? seed : seed ^ Impl::CMixer(number).Next());
   for (uint64& word : stream.state) word = words.Next();
   stream.rand15 = words.Next();
-}
-
-void StoreLittleEndian(std::byte* target, uint64 word, std::size_t bytes) {
-  if constexpr (std::endian::native == std::endian::little) {
-    std::memcpy(target, &word, bytes);
-  } else {
-    for (std::size_t i = 0; i < bytes; ++i) target[i] = static_cast<std::byte>(word >> (8 * i));
-  }
 }
 
 } // namespace
@@ -94,20 +69,28 @@ void CRandom::Rand(void* buffer, std::size_t bytes) {
   if (buffer == nullptr)
     Impl::RaiseBadParam(ORVA_LOCATION("framework/pxlib2core/Random", "ORVA::CRandom::Rand"),
                         "buffer is null");
-  Impl::StRandomStream& shared = Stream();
-  Impl::StRandomStream stream = shared; // in registers while the buffer is filled
-  auto* target = static_cast<std::byte*>(buffer);
-  for (; bytes >= 8; bytes -= 8, target += 8) StoreLittleEndian(target, stream.Next(), 8);
-  if (bytes > 0) StoreLittleEndian(target, stream.Next(), bytes);
-  shared = stream;
+  Impl::FillBytes(buffer, bytes, Stream().state);
 }
 
 int CRandom::Rand15() {
   uint64& state = Stream().rand15;
-  CMixer mixer(state);
-  uint64 const word = mixer.Next();
-  state += 0x9E3779B97F4A7C15u;
-  return static_cast<int>(word >> 49);
+  state += Impl::c_mixerStep;
+  return static_cast<int>(Impl::Mix(state) >> 49);
 }
+
+namespace Impl {
+
+CBorrowedStream::CBorrowedStream(CSourceReference source) : m_Own(CRandom::Stream()) {
+  for (uint64& word : t_randomStream.state) word = source();
+  t_randomStream.state[0] |= 1; // never all zeros
+  t_randomStream.rand15 = source();
+}
+
+// Where the streams have been restarted meanwhile, the stream is the restarted one.
+CBorrowedStream::~CBorrowedStream() {
+  if (t_randomStream.generation == m_Own.generation) t_randomStream = m_Own;
+}
+
+} // namespace Impl
 
 } // namespace ORVA

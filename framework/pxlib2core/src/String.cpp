@@ -16,6 +16,7 @@ namespace ORVA {
 namespace {
 
 constexpr char c_module[] = "framework/pxlib2core/String";
+constexpr char c_printf[] = "ORVA::CStringTools::Printf";
 
 std::string FromLatin1(char const* text) {
   std::string utf8;
@@ -166,8 +167,7 @@ CString& CString::Insert(std::string const& argument) {
 }
 
 std::string CStringTools::Printf(char const* format, ...) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CStringTools::Printf");
-  if (format == nullptr) Impl::RaiseBadParam(location, "format is null");
+  if (format == nullptr) Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_printf), "format is null");
   CPlainLocale const plain;
   va_list measured, arguments;
   va_start(arguments, format);
@@ -176,7 +176,8 @@ std::string CStringTools::Printf(char const* format, ...) {
   va_end(measured);
   if (length < 0) {
     va_end(arguments);
-    Impl::RaiseBadParam(location, CString("format \"%1\" cannot be printed").Arg(CString(format)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_printf),
+                        CString("format \"%1\" cannot be printed").Arg(CString(format)));
   }
   std::string text;
   try {

@@ -14,9 +14,6 @@ namespace {
 
 constexpr char c_module[] = "framework/pxlib2core/ValueMap";
 
-// Deeper trees could not be copied and destroyed by recursion on every stack.
-constexpr std::size_t c_maxDepth = 1000;
-
 using Parts = std::vector<CValue_Key>;
 
 // A number key has no text and so is no path.
@@ -156,17 +153,13 @@ CValue* CValueMap::Find(CValue_Key const& key) {
 }
 
 CValue const& CValueMap::Entry(CValue_Key const& key, bool) const {
-  static CValue const none;
   CValue const* const found = Find(key);
-  return found != nullptr ? *found : none;
+  return found != nullptr ? *found : CValue::Missing();
 }
 
 CValue& CValueMap::Entry(CValue_Key const& key, bool create) {
   if (CValue* const found = Find(key)) return *found;
-  if (create) return SetEntry(key, CValue());
-  thread_local CValue none;
-  none = CValue();
-  return none;
+  return create ? SetEntry(key, CValue()) : CValue::Missing();
 }
 
 CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
@@ -174,10 +167,6 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
   if (parts.empty())
     Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
                         CString("path \"%1\" names no entry").Arg(key.ToString()));
-  if (parts.size() > c_maxDepth)
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CValueMap::SetEntry"),
-                        CString("a path of %1 parts is too deep: 1000 are allowed")
-                            .Arg(static_cast<int64>(parts.size())));
   // A key that is no path names its entry exactly: entries copied one by one all arrive.
   auto const top = IsPath(key) ? FindHere(parts.front()) : m_Entries.find(parts.front());
   if (top == m_Entries.end()) {
@@ -195,6 +184,25 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
   }
   if (next == parts.size()) return *deepest = std::move(value);
   return PutBelow(*deepest, key, std::span(parts).subspan(next), std::move(value));
+}
+
+// Sets the entries in a map of their own, beside copies of what their paths lead through; then all
+// of it moves over, and nothing that can fail comes after.
+void CValueMap::SetEntries(std::vector<std::pair<CValue_Key, CValue>> entries) {
+  CValueMap staged;
+  for (auto& [key, value] : entries) {
+    Parts const parts = Split(key);
+    if (IsPath(key) && !parts.empty() && staged.FindHere(parts.front()) == staged.end()) {
+      auto const top = FindHere(parts.front());
+      if (top != m_Entries.end()) staged.m_Entries.insert(*top);
+    }
+    staged.SetEntry(key, std::move(value));
+  }
+  while (!staged.IsEmpty()) {
+    auto node = staged.m_Entries.extract(staged.m_Entries.begin());
+    auto const [place, isNew, kept] = m_Entries.insert(std::move(node));
+    if (!isNew) place->second = std::move(kept.mapped());
+  }
 }
 
 CValue CValueMap::Detach(CValue_Key const& key) {

@@ -10,14 +10,17 @@ constexpr char c_header[] = "Header";
 
 } // namespace
 
-bool CSeluHeaderTools::GetMetaInfo(IImage const& image, char const* key, CValue& value) {
+CValue const* CSeluHeaderTools::FindMetaInfo(IImage const& image, char const* key) {
   CValue_Key const name(key); // refuses null, with or without a header
   CValue const* const header = image.Attributes().Find(c_header);
-  if (header == nullptr || header->Type() != CValue::EnType::Map) return false;
-  CValue const* const found = header->Map().Find(name);
-  if (found == nullptr) return false;
-  value.Copy(*found);
-  return true;
+  if (header == nullptr || header->Type() != CValue::EnType::Map) return nullptr;
+  return header->Map().Find(name);
+}
+
+bool CSeluHeaderTools::GetMetaInfo(IImage const& image, char const* key, CValue& value) {
+  CValue const* const found = FindMetaInfo(image, key);
+  if (found != nullptr) value.Copy(*found);
+  return found != nullptr;
 }
 
 void CSeluHeaderTools::SetMetaInfo(IImage& image, char const* key, CValue const& value) {

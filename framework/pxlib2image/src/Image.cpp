@@ -14,20 +14,27 @@ namespace {
 
 constexpr char c_module[] = "framework/pxlib2image/Image";
 
+enum class EnNumber { Unsigned, Signed, Real };
+
 struct StPixelType {
   char const* name;
   int64 bytes;
+  EnNumber number = EnNumber::Unsigned;
 };
 
 // By CType::EnId.
-constexpr std::array<StPixelType, 7> c_types = {{
+constexpr std::array<StPixelType, 11> c_types = {{
     {"no pixel type", 0},
     {"IMAGE_BOOL", 1},
     {"IMAGE_BINARY_FG", 1},
     {"IMAGE_GREY_8", 1},
     {"IMAGE_GREY_16", 2},
     {"IMAGE_GREY_32", 4},
-    {"IMAGE_GREY_F", 4},
+    {"IMAGE_GREY_F", 4, EnNumber::Real},
+    {"IMAGE_SIGNED_8", 1, EnNumber::Signed},
+    {"IMAGE_SIGNED_16", 2, EnNumber::Signed},
+    {"IMAGE_SIGNED_32", 4, EnNumber::Signed},
+    {"IMAGE_DOUBLE", 8, EnNumber::Real},
 }};
 
 CString Text(int64 x, int64 y, int64 z) { return CString("(%1, %2, %3)").Arg(x).Arg(y).Arg(z); }
@@ -38,23 +45,29 @@ int64 Multiply(int64 a, int64 b) {
   return a != 0 && b > std::numeric_limits<int64>::max() / a ? -1 : a * b;
 }
 
+[[noreturn]] void Refuse(Impl::StExLocation const& where, char const* message,
+                         CSize const& refused) {
+  Impl::RaiseBadParam(where, CString(message).Arg(Text(refused.x, refused.y, refused.z)));
+}
+
 // Bytes of an image of that type and size, every argument checked on behalf of `function`.
 int64 CheckedBytes(IImage::CType type, CSize const& size, CSize const& margin,
                    char const* function) {
-  auto const refuse = [function](char const* message, CSize const& refused) {
-    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
-                        CString(message).Arg(Text(refused.x, refused.y, refused.z)));
-  };
-  if (type.Bytes() == 0) refuse("an image of size %1 needs a pixel type", size);
-  if (size.Dim() == 0) refuse("image size %1 has no dimension", size);
-  if (size.x < 0 || size.y < 0 || size.z < 0) refuse("image size %1 is negative", size);
+  if (type.Bytes() == 0)
+    Refuse(ORVA_LOCATION(c_module, function), "an image of size %1 needs a pixel type", size);
+  if (size.Dim() == 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 has no dimension", size);
+  if (size.x < 0 || size.y < 0 || size.z < 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 is negative", size);
   if ((size.Dim() < 3 && size.z != 1) || (size.Dim() < 2 && size.y != 1))
-    refuse("image size %1 extends beyond its dimension", size);
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 extends beyond its dimension", size);
   if (margin.x != 0 || margin.y != 0 || margin.z != 0)
-    refuse("image margin %1 is not supported, only (0, 0, 0)", margin);
+    Refuse(ORVA_LOCATION(c_module, function), "image margin %1 is not supported, only (0, 0, 0)",
+           margin);
   if (size.IsEmpty()) return 0;
   int64 const bytes = Multiply(Multiply(Multiply(type.Bytes(), size.x), size.y), size.z);
-  if (bytes < 0) refuse("image size %1 is too large to address", size);
+  if (bytes < 0)
+    Refuse(ORVA_LOCATION(c_module, function), "image size %1 is too large to address", size);
   return bytes;
 }
 
@@ -82,7 +95,72 @@ char const* IImage::CType::ToString() const noexcept {
   return c_types[static_cast<std::size_t>(m_Id)].name;
 }
 
+void IImage::CType::RaiseId(EnId id) {
+  Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::IImage::CType::CType"),
+                      CString("there is no pixel type %1").Arg(static_cast<int>(id)));
+}
+
 IImage::~IImage() = default;
+
+void Impl::RaisePixel(int64 x, int64 y, int64 z, std::array<int64, 3> const& extents) {
+  CString message("pixel %1 is outside a box of %2 pixels");
+  RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPixels::operator ()"),
+                message.Arg(Text(x, y, z)).Arg(Text(extents[0], extents[1], extents[2])));
+}
+
+void Impl::RaiseRow(int64 y, int64 z, std::array<int64, 3> const& extents) {
+  CString message("row y = %1, z = %2 is outside a box of %3 pixels");
+  RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPixels::Row"),
+                message.Arg(y).Arg(z).Arg(Text(extents[0], extents[1], extents[2])));
+}
+
+void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const {
+  StPixelType const& type = c_types[static_cast<std::size_t>(m_Type.Id())];
+  EnNumber const number = isReal     ? EnNumber::Real
+                          : isSigned ? EnNumber::Signed
+                                     : EnNumber::Unsigned;
+  if (static_cast<std::size_t>(type.bytes) == bytes && type.number == number) return;
+  constexpr std::array<char const*, 3> c_numbers = {"unsigned integers", "signed integers",
+                                                    "real numbers"};
+  CString message("the pixels are of type %1, not %2 of %3 bytes");
+  Impl::RaiseBadParam(
+      ORVA_LOCATION(c_module, "ORVA::CImageAccess::As"),
+      message.Arg(type.name).Arg(c_numbers[static_cast<std::size_t>(number)]).Arg(bytes));
+}
+
+CImageAccess CImageAccess::ForWriting(CPixelType type, std::byte* base,
+                                      std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting");
+  bool isEmpty = false;
+  for (int64 const extent : extents) {
+    if (extent < 0)
+      Impl::RaiseBadParam(where, CString("an extent of %1 voxels is negative").Arg(extent));
+    isEmpty |= extent == 0;
+  }
+  if (!isEmpty && base == nullptr)
+    Impl::RaiseBadParam(where, "an access to voxels needs their address");
+  CImageAccess access;
+  access.m_Extent = extents;
+  access.m_Writable = true;
+  access.m_Type = type;
+  if (isEmpty) return access;
+  access.m_Owner = std::move(owner);
+  access.m_Base = base;
+  access.m_Stride = strides;
+  return access;
+}
+
+CImageAccess CImageAccess::ForReading(CPixelType type, std::byte const* base,
+                                      std::array<int64, 3> const& extents,
+                                      std::array<int64, 3> const& strides,
+                                      std::shared_ptr<void const> owner) {
+  // Never written: the access hands out its address for writing only when it is writable.
+  auto access = ForWriting(type, const_cast<std::byte*>(base), extents, strides, std::move(owner));
+  access.m_Writable = false;
+  return access;
+}
 
 CImageAccess::CImageAccess(CImageAccess&& other) noexcept {
   *this = std::as_const(other);
@@ -156,8 +234,9 @@ std::size_t CImage::Bytes() const noexcept {
 
 CImageAccess CImage::Open(bool write, CPos const& first, CSize const& extents) const {
   CImageAccess access;
-  access.m_Block = m_Block;
+  access.m_Owner = m_Block;
   access.m_Writable = write;
+  access.m_Type = m_Type;
   access.m_Extent = {extents.x, extents.y, extents.z};
   if (m_Block && !extents.IsEmpty()) {
     int64 const row = m_Type.Bytes() * m_Size.x;

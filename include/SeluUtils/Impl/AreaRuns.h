@@ -2,29 +2,23 @@
 //
 //   std::vector<CTriple<int64>> path{{0, 0, 0}, {0, 5, 0}, {5, 0, 0}, {0, 0, 0}};
 //   Impl::CBresenhamAreaVisitor2D area(path, NEIGHBORHOOD_8, true);   // path is empty now
-//   while (area.MorePoints()) Visit(area.NextPoint());
+//   int64 sum = 0;
+//   while (area.MorePoints()) sum += area.NextPoint().x;
 //   // CBresenhamAreaVisitor takes open paths of either orientation and is what most callers want
 #pragma once
 
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/LineMoves.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace ORVA::Impl {
-
-/// Throws CException "intern failure with Status in CBresenhamAreaVisitor2D" (or 3D).
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaStatus2D();
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaStatus3D();
-/// Throws CException "index not valid", for the start or the end points.
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaIndex2D(bool isStart);
-[[noreturn]] SELUUTILS_EXPORT void RaiseAreaIndex3D(bool isStart);
 
 /// First x decides, then y, then z.
 [[nodiscard]] constexpr bool LexicographicLess(CTriple<int64> const& a,
@@ -39,7 +33,15 @@ namespace ORVA::Impl {
 struct StRunLimits {
   std::vector<CTriple<int64>> starts, ends;
 
-  [[nodiscard]] std::size_t Runs() const noexcept { return std::min(starts.size(), ends.size()); }
+  [[nodiscard]] std::size_t Runs() const noexcept {
+    return starts.size() < ends.size() ? starts.size() : ends.size();
+  }
+};
+
+/// The lists of an area.
+struct StAreaLists {
+  std::vector<CTriple<int64>> corners;
+  StRunLimits limits;
 };
 
 /// A polygon in a plane z = const, filled column by column (ascending x), upward in y within each.
@@ -62,14 +64,6 @@ public:
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor2D(corners, neighborhood, border) {}
-  CBresenhamAreaVisitor2D(CBresenhamAreaVisitor2D const&) = default;
-  CBresenhamAreaVisitor2D(CBresenhamAreaVisitor2D&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamAreaVisitor2D& operator=(CBresenhamAreaVisitor2D const& other) {
-    return *this = CBresenhamAreaVisitor2D(other);
-  }
-  CBresenhamAreaVisitor2D& operator=(CBresenhamAreaVisitor2D&&) noexcept = default;
-  ~CBresenhamAreaVisitor2D() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_Status != 2; }
   /// The next point; (0, 0, 0) after the last one.
@@ -87,14 +81,14 @@ public:
 
   /// Start and end of the run being walked; CException "index not valid" after the last one.
   [[nodiscard]] CTriple<int64> const& GetCurrentStartPoint() const {
-    if (m_StartIndex >= m_Limits.starts.size()) [[unlikely]]
-      RaiseAreaIndex2D(true);
-    return m_Limits.starts[m_StartIndex];
+    if (m_StartIndex >= m_Lists->limits.starts.size()) [[unlikely]]
+      RaiseIndex(true);
+    return m_Lists->limits.starts[m_StartIndex];
   }
   [[nodiscard]] CTriple<int64> const& GetCurrentEndPoint() const {
-    if (m_EndIndex >= m_Limits.ends.size()) [[unlikely]]
-      RaiseAreaIndex2D(false);
-    return m_Limits.ends[m_EndIndex];
+    if (m_EndIndex >= m_Lists->limits.ends.size()) [[unlikely]]
+      RaiseIndex(false);
+    return m_Lists->limits.ends[m_EndIndex];
   }
   /// Prints "Startpoints:" and "Endpoints:" with their points to standard output.
   void PrintBorder() const;
@@ -113,12 +107,13 @@ public:
   void CountSteps();
 
 private:
+  [[noreturn]] static void RaiseIndex(bool isStart);
+  [[noreturn]] static void RaiseStatus();
   CTriple<int64> NextAtLimit();
 
+  CKeptList<StAreaLists> m_Lists;
   int64 m_Neighborhood = 0;
   bool m_Border = false;
-  std::vector<CTriple<int64>> m_Corners;
-  StRunLimits m_Limits;
   std::size_t m_StartIndex = 0, m_EndIndex = 0;
   CTriple<int64> m_Actual;
   CUntilMoved<int64, 2> m_Status; // 0 nothing handed out yet, 1 walking, 2 finished
@@ -145,14 +140,6 @@ public:
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>&& corners, int64 neighborhood, bool border)
       : CBresenhamAreaVisitor3D(corners, neighborhood, border) {}
-  CBresenhamAreaVisitor3D(CBresenhamAreaVisitor3D const&) = default;
-  CBresenhamAreaVisitor3D(CBresenhamAreaVisitor3D&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamAreaVisitor3D& operator=(CBresenhamAreaVisitor3D const& other) {
-    return *this = CBresenhamAreaVisitor3D(other);
-  }
-  CBresenhamAreaVisitor3D& operator=(CBresenhamAreaVisitor3D&&) noexcept = default;
-  ~CBresenhamAreaVisitor3D() = default;
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_Status != 2; }
   /// The next point; (0, 0, 0) after the last one. If the next run's line does not fit into memory
@@ -160,10 +147,10 @@ public:
   CTriple<int64> NextPoint() {
     if (m_Status == 2) return {};
     if (m_Status != 0 && m_Status != 1) [[unlikely]]
-      RaiseAreaStatus3D();
+      RaiseStatus();
     CTriple<int64> const point = m_Next;
     if (m_StepIndex < m_LastStep) {
-      m_Next += m_Line.Step(m_StepIndex++);
+      m_Next += m_Lists->line.Step(m_StepIndex++);
       m_Status = 1;
     } else {
       BeginNextRun();
@@ -178,17 +165,18 @@ public:
 
   /// Start and end of the run being walked; CException "index not valid" after the last one.
   [[nodiscard]] CTriple<int64> const& GetCurrentStartPoint() const {
-    if (m_StartIndex >= m_Limits.starts.size()) [[unlikely]]
-      RaiseAreaIndex3D(true);
-    return m_Limits.starts[m_StartIndex];
+    if (m_StartIndex >= m_Lists->limits.starts.size()) [[unlikely]]
+      RaiseIndex(true);
+    return m_Lists->limits.starts[m_StartIndex];
   }
   [[nodiscard]] CTriple<int64> const& GetCurrentEndPoint() const {
-    if (m_EndIndex >= m_Limits.ends.size()) [[unlikely]]
-      RaiseAreaIndex3D(false);
-    return m_Limits.ends[m_EndIndex];
+    if (m_EndIndex >= m_Lists->limits.ends.size()) [[unlikely]]
+      RaiseIndex(false);
+    return m_Lists->limits.ends[m_EndIndex];
   }
-  /// Whether every start was paired with an end of its column, as it is where the path's
-  /// orientation is the right one. Without border other pairs are left out of the walk.
+  /// Whether every start was paired with an end of its column and no part of a side was left out,
+  /// as it is where the path's orientation is the right one. Without border other pairs are left
+  /// out of the walk.
   [[nodiscard]] bool IsPairedByColumn() const noexcept { return m_IsPairedByColumn; }
   /// Print the limits, or the state of the walk, to standard output.
   void PrintBorder() const;
@@ -203,22 +191,26 @@ public:
   void CountSteps();
 
 private:
+  struct StLists : StAreaLists {
+    CBresenhamVisitor3D line; // of the run being walked
+  };
+
+  [[noreturn]] static void RaiseIndex(bool isStart);
+  [[noreturn]] static void RaiseStatus();
   [[nodiscard]] CBresenhamVisitor3D LineOfRun(std::size_t run) const;
   void BeginRun(CBresenhamVisitor3D&& line, std::size_t run) noexcept;
   void BeginNextRun();
 
+  CKeptList<StLists> m_Lists;
   int64 m_Neighborhood = 0;
   bool m_Border = false;
-  std::vector<CTriple<int64>> m_Corners;
-  StRunLimits m_Limits;
   std::size_t m_StartIndex = 0, m_EndIndex = 0;
   CTriple<int64> m_Actual;
   CUntilMoved<int64, 2> m_Status; // as in the 2D case
   CUntilMoved<std::uint64_t> m_Steps;
   bool m_IsPairedByColumn = true;
-  CBresenhamVisitor3D m_Line; // of the run being walked
-  int64 m_StepIndex = 0;      // its next step
-  int64 m_LastStep = 0;       // how many of its steps are taken
+  int64 m_StepIndex = 0; // next step of the run being walked
+  int64 m_LastStep = 0;  // how many of its steps are taken
   CTriple<int64> m_Next;
 };
 

@@ -66,6 +66,12 @@ struct StLineAxis {
   [[nodiscard]] constexpr int64 Move(int64 i) const noexcept {
     return static_cast<int64>(drift + pattern.IsStep(i));
   }
+  /// This axis with the moves that come after its first `moves` >= 0.
+  [[nodiscard]] constexpr StLineAxis TurnedBy(int64 moves) const noexcept {
+    StLineAxis axis = *this;
+    axis.pattern.fraction += static_cast<uint64>(moves) * pattern.rate;
+    return axis;
+  }
   constexpr void SetSteps(StStepPattern const& steps, int64 sign) noexcept {
     pattern = sign < 0 ? steps.Complement() : steps;
     drift = sign < 0 ? ~uint64{0} : 0;
@@ -97,6 +103,18 @@ struct StLineCursor {
     cursor.x = x.Before();
     cursor.y = y.Before();
     cursor.z = z.Before();
+    return cursor;
+  }
+  /// At the point given, with the moves that come after this one's first `moves` >= 0.
+  [[nodiscard]] constexpr StLineCursor MovedTo(CTriple<int64> const& point,
+                                               int64 moves) const noexcept {
+    StLineCursor cursor;
+    cursor.x = x.TurnedBy(moves);
+    cursor.y = y.TurnedBy(moves);
+    cursor.z = z.TurnedBy(moves);
+    cursor.x.position = static_cast<uint64>(point.x);
+    cursor.y.position = static_cast<uint64>(point.y);
+    cursor.z.position = static_cast<uint64>(point.z);
     return cursor;
   }
   /// A move from elsewhere, for axes at rest.

@@ -6,7 +6,9 @@
 //   // p is (14, 11, 12)
 #pragma once
 
+#include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -35,13 +37,8 @@ namespace ORVA::Impl {
   return low < 0 ? -low : low;
 }
 
-/// Throws CException "Step i out of range".
-[[noreturn]] SELUUTILS_EXPORT void RaiseStepOutOfRange1D();
-[[noreturn]] SELUUTILS_EXPORT void RaiseStepOutOfRange2D();
-[[noreturn]] SELUUTILS_EXPORT void RaiseStepOutOfRange3D();
-
 /// A line along x. Takes no memory, whatever its length.
-class CBresenhamVisitor1D {
+class SELUUTILS_EXPORT CBresenhamVisitor1D {
 public:
   constexpr CBresenhamVisitor1D() noexcept = default;
   constexpr explicit CBresenhamVisitor1D(int64 dx) noexcept
@@ -50,13 +47,15 @@ public:
   /// Move i; the null move at and past the end. A negative i throws CException.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
-      RaiseStepOutOfRange1D();
+      RaiseStepOutOfRange();
     return i < m_Steps ? m_Move : CTriple<int64>();
   }
   /// Number of moves.
   [[nodiscard]] int64 LastStep() const noexcept { return m_Steps; }
 
 private:
+  [[noreturn]] static void RaiseStepOutOfRange();
+
   CTriple<int64> m_Move;
   int64 m_Steps = 0;
 };
@@ -74,14 +73,6 @@ public:
   CBresenhamVisitor2D(int64 dx, int64 dy, int64 neighborhood);
   /// The same along (d.x, d.y); CException unless d.z is 0.
   CBresenhamVisitor2D(CTriple<int64> d, int64 neighborhood);
-  CBresenhamVisitor2D(CBresenhamVisitor2D const&) = default;
-  CBresenhamVisitor2D(CBresenhamVisitor2D&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamVisitor2D& operator=(CBresenhamVisitor2D const& other) {
-    return *this = CBresenhamVisitor2D(other);
-  }
-  CBresenhamVisitor2D& operator=(CBresenhamVisitor2D&&) noexcept = default;
-  ~CBresenhamVisitor2D() = default;
 
   /// Computes the line anew for another difference.
   void Init(int64 dx, int64 dy);
@@ -94,32 +85,33 @@ public:
   /// Move i; the null move at and past the end. A negative i throws CException.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
-      RaiseStepOutOfRange2D();
+      RaiseStepOutOfRange();
     auto const index = static_cast<std::size_t>(i);
-    if (index >= m_Nabla.size()) return {};
-    return m_Moves[m_Nabla[index] >= 0];
+    if (index >= m_Nabla->size()) return {};
+    return m_Moves[(*m_Nabla)[index] >= 0];
   }
   /// Number of moves.
-  [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Nabla.size()); }
+  [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Nabla->size()); }
   /// Prints the moves to standard output, one a line.
   void PrintSteps() const;
 
   /// One value a move; where it is negative the move is along the driving axis, else the second.
-  [[nodiscard]] std::span<int64 const> Decisions() const noexcept { return m_Nabla; }
+  [[nodiscard]] std::span<int64 const> Decisions() const noexcept { return *m_Nabla; }
   [[nodiscard]] bool IsXMajor() const noexcept { return m_XMajor != 0; }
   [[nodiscard]] int64 Neighborhood() const noexcept { return m_Neighborhood; }
 
 private:
   friend class CBresenhamVisitor3D;
+  [[noreturn]] static void RaiseStepOutOfRange();
   /// For lengths that a 3D line has taken already.
   static CBresenhamVisitor2D Projection(int64 a, int64 b, int64 neighborhood);
   void Build(CTriple<int64> signs, int64 lengthX, int64 lengthY);
 
+  CKeptList<std::vector<int64>> m_Nabla;
   int64 m_Neighborhood = 0;
   int64 m_SignX = 0, m_SignY = 0;
   int64 m_XMajor = 0;
   std::array<CTriple<int64>, 2> m_Moves; // the straight and the second move
-  std::vector<int64> m_Nabla;
 };
 
 /// A line in space. In a neighborhood of 26 it is the classic 3D Bresenham line: the longest axis
@@ -144,14 +136,6 @@ public:
   /// The line along d with a mask of 0 to 7 given directly; CException for another mask. The code
   /// is stored and not looked at.
   CBresenhamVisitor3D(CTriple<int64> d, int64 neighborhood, int64 diagonal);
-  CBresenhamVisitor3D(CBresenhamVisitor3D const&) = default;
-  CBresenhamVisitor3D(CBresenhamVisitor3D&&) noexcept = default;
-  /// Assigns wholly or, where memory runs out, not at all.
-  CBresenhamVisitor3D& operator=(CBresenhamVisitor3D const& other) {
-    return *this = CBresenhamVisitor3D(other);
-  }
-  CBresenhamVisitor3D& operator=(CBresenhamVisitor3D&&) noexcept = default;
-  ~CBresenhamVisitor3D() = default;
 
   /// Computes the line anew for another difference.
   void Init(int64 dx, int64 dy, int64 dz);
@@ -164,12 +148,14 @@ public:
   /// Move i; the null move at and past the end. A negative i throws CException.
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
-      RaiseStepOutOfRange3D();
+      RaiseStepOutOfRange();
     auto const index = static_cast<std::size_t>(i);
-    return index < m_Moves.size() ? m_Moves[index] : CTriple<int64>();
+    return index < m_Lists->moves.size() ? m_Lists->moves[index] : CTriple<int64>();
   }
   /// Number of moves.
-  [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Moves.size()); }
+  [[nodiscard]] int64 LastStep() const noexcept {
+    return static_cast<int64>(m_Lists->moves.size());
+  }
   /// Prints "Moves:" and the moves to standard output.
   void PrintMoves() const;
   /// Prints the moves of the projections "in XY-plane", "in XZ-plane" and "in YZ-plane", where X, Y
@@ -177,18 +163,21 @@ public:
   void PrintProjMoves() const;
 
   /// All moves in real axes.
-  [[nodiscard]] std::span<CTriple<int64> const> Moves() const noexcept { return m_Moves; }
+  [[nodiscard]] std::span<CTriple<int64> const> Moves() const noexcept { return m_Lists->moves; }
   /// The mask of diagonal moves, 0 to 7.
   [[nodiscard]] int64 DiagonalMask() const noexcept { return m_DiagonalIn; }
   /// The real axis (1 x, 2 y, 3 z) of each internal axis.
   [[nodiscard]] CTriple<int64> AxisOrder() const noexcept { return m_Convert; }
-  /// The projections onto the planes of the internal axes (1, 2), (1, 3) and (2, 3).
-  [[nodiscard]] std::array<CBresenhamVisitor2D, 3> const& Projections() const noexcept {
-    return m_Projections;
-  }
   [[nodiscard]] int64 Neighborhood() const noexcept { return m_Neighborhood; }
 
 private:
+  struct StLists {
+    std::vector<CTriple<int64>> moves;
+    // Onto the planes of the internal axes (1, 2), (1, 3) and (2, 3).
+    std::array<CBresenhamVisitor2D, 3> projections;
+  };
+
+  [[noreturn]] static void RaiseStepOutOfRange();
   void SetDifference(CTriple<int64> d) noexcept;
   void SetOrder(CTriple<int64> order) noexcept;
   void OrderByLength();
@@ -196,12 +185,11 @@ private:
   void BuildProjections(char const* messageWithoutSet);
   void FillFromDrivingAxis(std::vector<CTriple<int64>>& moves, int64 count) const;
 
+  CKeptList<StLists> m_Lists;
   CUntilMoved<CTriple<int64>> m_Lengths; // in internal axes
   CTriple<int64> m_Convert;              // real axis of each internal axis
   CTriple<int64> m_Signs;                // in real axes
   int64 m_Neighborhood = 0;
-  std::vector<CTriple<int64>> m_Moves;
-  std::array<CBresenhamVisitor2D, 3> m_Projections;
   int64 m_DiagonalIn = 0;
 };
 

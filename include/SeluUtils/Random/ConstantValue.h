@@ -9,6 +9,7 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Random/RandomGenerator.h>
 
+#include <span>
 #include <type_traits>
 
 namespace ORVA {
@@ -23,6 +24,14 @@ public:
   explicit CConstantValue(T const& value) : m_Value(value) {}
 
   T operator()() override { return m_Value; }
+  template <RandomSource Source>
+  T operator()(Source&) {
+    return m_Value;
+  }
+  template <RandomSource Source>
+  void Fill(std::span<T> out, Source&) {
+    for (T& value : out) value = m_Value;
+  }
   [[nodiscard]] bool IsValid() const override { return true; }
 
 private:

@@ -22,10 +22,14 @@ public:
   explicit CFixRotation(CEulerRotation const& rotation);
 
   CEulerRotation operator()() override { return m_Rotation; }
+  using IRotationGenerator::operator();
+  using IRotationGenerator::Fill;
   [[nodiscard]] bool IsValid() const override { return m_Rotation.IsValid(); }
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
+  CEulerRotation DrawFrom(CSourceReference) override { return m_Rotation; }
+
   CEulerRotation m_Rotation;
 };
 

@@ -26,11 +26,16 @@ public:
   CGirdleRotation(double beta, CPolarCoordinates const& axis);
 
   CEulerRotation operator()() override;
+  using IRotationGenerator::operator();
   /// Whether beta is finite and a normal positive number.
   [[nodiscard]] bool IsValid() const override;
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
+  CEulerRotation DrawFrom(CSourceReference source) override;
+  template <class Source>
+  CEulerRotation Draw(Source& source) const;
+
   void Check(int line) const;
 
   double m_Beta;

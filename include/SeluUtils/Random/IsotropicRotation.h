@@ -15,10 +15,15 @@ namespace ORVA {
 class SELUUTILS_EXPORT CIsotropicRotation : public IRotationGenerator {
 public:
   CEulerRotation operator()() override;
+  using IRotationGenerator::operator();
   [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
+  CEulerRotation DrawFrom(CSourceReference source) override;
+  template <class Source>
+  CEulerRotation Draw(Source& source) const;
+
   CRandomUniform m_Uniform;
 };
 

@@ -38,6 +38,7 @@ public:
 
   /// Throws CException where the weights lead to a slot without a generator or past all slots.
   CEulerRotation operator()() override;
+  using IRotationGenerator::operator();
   /// Whether there are slots and their weights, added in order, give exactly 1.
   [[nodiscard]] bool IsValid() const override;
   /// A mixture of n slots with clones of the generators that there are, in order.
@@ -49,6 +50,8 @@ private:
     double weight;
   };
 
+  CEulerRotation DrawFrom(CSourceReference source) override;
+  IRotationGenerator& Chosen(double u);
   void MakeRoom();
 
   uint64 m_N;

@@ -8,6 +8,8 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Random/RandomUniform.h>
 
+#include <span>
+
 namespace ORVA {
 
 /// The angle, in [0, pi], between the x axis and (f cos t, sin t) with t uniform on [-pi, pi).
@@ -20,11 +22,25 @@ public:
   /// Draws again while the angle is not defined, which for f = 0 happens once in 2^32 draws or so.
   /// A factor that is not finite gives NaN.
   double operator()() const;
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return DrawFrom(source);
+  }
+  /// Fills an array by draws from the source, one after the other.
+  template <RandomSource Source>
+  void Fill(std::span<double> out, Source& source) const {
+    CSourceReference const reference(source);
+    for (double& angle : out) angle = DrawFrom(reference);
+  }
 
   [[nodiscard]] double PressingFactor() const { return m_PressingFactor; }
   [[nodiscard]] double SecondFactor() const { return m_SecondFactor; }
 
 private:
+  double DrawFrom(CSourceReference source) const;
+  template <class Source>
+  double Draw(Source& source) const;
+
   double m_PressingFactor;
   double m_SecondFactor;
   CRandomUniform m_Uniform;

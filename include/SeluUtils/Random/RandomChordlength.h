@@ -17,9 +17,15 @@ namespace ORVA {
 class SELUUTILS_EXPORT CRandomChordlength : public IRandomGenerator<double> {
 public:
   double operator()() const override { return std::sqrt(m_Uniform()); }
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return std::sqrt(m_Uniform(source));
+  }
   [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
 
 private:
+  double DrawFrom(CSourceReference source) const override { return (*this)(source); }
+
   CRandomUniform m_Uniform;
 };
 

@@ -16,13 +16,17 @@ namespace ORVA {
 /// sqrt(1 - U^2): the diameter of the circle that a random plane cuts from a ball of diameter 1.
 class SELUUTILS_EXPORT CRandomCircleDiameter : public IRandomGenerator<double> {
 public:
-  double operator()() const override {
-    double const u = m_Uniform();
-    return std::sqrt(1 - u * u);
+  double operator()() const override { return OfUniform(m_Uniform()); }
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return OfUniform(m_Uniform(source));
   }
   [[nodiscard]] bool IsValid() const override { return m_Uniform.IsValid(); }
 
 private:
+  double DrawFrom(CSourceReference source) const override { return (*this)(source); }
+  [[nodiscard]] static double OfUniform(double u) { return std::sqrt(1 - u * u); }
+
   CRandomUniform m_Uniform;
 };
 

@@ -25,11 +25,16 @@ public:
 
   /// Throws CException if there is no value.
   double operator()() const override;
+  using IRandomGenerator<double>::operator();
 
   /// Whether the values (not the weights) add up to 1 within the machine epsilon.
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const override;
+  template <class Source>
+  double Draw(Source& source) const;
+
   std::vector<double> m_Values; // ascending
   std::vector<double> m_Reach;  // highest sum of weights met on the walk to the value
   double m_Total = 0;           // of the values

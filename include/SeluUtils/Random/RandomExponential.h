@@ -20,12 +20,19 @@ public:
   CRandomExponential() = default; ///< rate 1
   explicit CRandomExponential(double lambda) : m_Lambda(lambda) {}
 
-  double operator()() const final { return std::log(m_Uniform()) * (-1 / m_Lambda); }
+  double operator()() const final { return Inverse(m_Uniform()); }
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return Inverse(m_Uniform(source));
+  }
 
   /// Whether the rate is finite and above the smallest normal number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const final { return (*this)(source); }
+  [[nodiscard]] double Inverse(double u) const { return std::log(u) * (-1 / m_Lambda); }
+
   double m_Lambda = 1;
   CRandomUniform m_Uniform;
 };

@@ -28,23 +28,34 @@ public:
   CRandomGamma() = default;
   CRandomGamma(double shape, double rate) : m_Rate(rate), m_Shape(shape) {}
 
-  double operator()() const override { return sgamma(m_Shape) / m_Rate; }
+  double operator()() const override;
+  using IRandomGenerator<double>::operator();
 
   /// Whether both are finite.
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const override;
+
   // Standard exponential (algorithm SA), normal (FL) and gamma deviates (GD and GS).
-  [[nodiscard]] double sexpo() const;
-  [[nodiscard]] double snorm() const;
-  [[nodiscard]] double sgamma(double a) const;
+  template <class Source>
+  [[nodiscard]] double sexpo(Source& source) const;
+  template <class Source>
+  [[nodiscard]] double snorm(Source& source) const;
+  template <class Source>
+  [[nodiscard]] double sgamma(double a, Source& source) const;
   [[nodiscard]] double fsign(double x, double y) const;
 
-  [[nodiscard]] double PositiveUniform() const;
-  [[nodiscard]] double NormalCenter(double u, int interval) const;
-  [[nodiscard]] double NormalTail(double u) const;
-  [[nodiscard]] double GammaFromOne(double a) const;
-  [[nodiscard]] double GammaBelowOne(double a) const;
+  template <class Source>
+  [[nodiscard]] double PositiveUniform(Source& source) const;
+  template <class Source>
+  [[nodiscard]] double NormalCenter(double u, int interval, Source& source) const;
+  template <class Source>
+  [[nodiscard]] double NormalTail(double u, Source& source) const;
+  template <class Source>
+  [[nodiscard]] double GammaFromOne(double a, Source& source) const;
+  template <class Source>
+  [[nodiscard]] double GammaBelowOne(double a, Source& source) const;
 
   CRandomUniform m_Uniform;
   double m_Rate = std::numeric_limits<double>::quiet_NaN();

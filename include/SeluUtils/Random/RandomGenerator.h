@@ -7,6 +7,8 @@
 //     return sum / n;
 //   };
 //   double const nearFive = mean(CRandomNormal(5, 0.1), 100);
+//   CRandomSource source(42);
+//   double const value = CRandomNormal(5, 0.1)(source);   // from this source, not the shared one
 #pragma once
 
 #include <SeluUtils/Export.h>
@@ -15,6 +17,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace ORVA {
 
@@ -46,10 +49,28 @@ public:
   virtual T operator()() const = 0;
   [[nodiscard]] virtual bool IsValid() const = 0;
 
+  /// A draw from the given source: it depends on the source and the parameters alone.
+  template <RandomSource Source>
+  T operator()(Source& source) const {
+    return DrawFrom(source);
+  }
+  /// Fills an array by such draws, one after the other.
+  template <RandomSource Source>
+  void Fill(std::span<T> out, Source& source) const {
+    CSourceReference const reference(source);
+    for (T& value : out) value = DrawFrom(reference);
+  }
+
 protected:
   IRandomGenerator() = default;
   IRandomGenerator(IRandomGenerator const&) = default;
   IRandomGenerator& operator=(IRandomGenerator const&) = default;
+
+  /// A generator that does not override it draws from a stream begun with five words of the source.
+  virtual T DrawFrom(CSourceReference source) const {
+    Impl::CBorrowedStream const stream(source);
+    return (*this)();
+  }
 };
 
 /// Generators of rotations may keep state of their own from draw to draw.

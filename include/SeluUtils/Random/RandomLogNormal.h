@@ -10,6 +10,8 @@
 #include <SeluUtils/Random/RandomGenerator.h>
 #include <SeluUtils/Random/RandomNormal.h>
 
+#include <cmath>
+
 namespace ORVA {
 
 /// exp(mu + sigma z) with a standard normal z.
@@ -20,6 +22,10 @@ public:
   CRandomLogNormal(double mu, double sigma);
 
   double operator()() const override;
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return std::exp(m_Normal(source) * m_Sigma + m_Mu);
+  }
 
   /// Sets sigma = ln(S^2 / E^2 + 1) and mu = ln E - sigma^2 / 2. No root is taken of sigma, as
   /// stored results demand: the values have expectation E, but standard deviation S only where that
@@ -30,6 +36,8 @@ public:
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const override { return (*this)(source); }
+
   double m_Mu = 0;
   double m_Sigma = 1;
   CRandomNormal m_Normal;

@@ -24,11 +24,23 @@ public:
 
   double operator()() const final { return Standard() * m_Sigma + m_Mean; }
   double operator()(double mean, double sigma) const { return Standard() * sigma + mean; }
+  /// The first value of a new pair. The second one is not kept: what a source gives depends on the
+  /// source alone.
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return (*this)(m_Mean, m_Sigma, source);
+  }
+  template <RandomSource Source>
+  double operator()(double mean, double sigma, Source& source) const {
+    double const u1 = m_Uniform(source);
+    return FirstOfPair(u1, m_Uniform(source)) * sigma + mean;
+  }
 
   /// Whether both are finite and the standard deviation is a normal positive number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const final { return (*this)(source); }
   [[nodiscard]] double Standard() const {
     if (!m_IsCached) return NewPair();
     double const z = m_Cached;
@@ -37,6 +49,7 @@ private:
     return z;
   }
   [[nodiscard]] double NewPair() const;
+  [[nodiscard]] static double FirstOfPair(double u1, double u2);
 
   double m_Sigma = 1;
   double m_Mean = 0;

@@ -27,13 +27,25 @@ public:
 
   int64 operator()() const override { return (*this)(m_Lambda); }
   int64 operator()(double lambda) const;
+  using IRandomGenerator<int64>::operator();
+  /// From the given source. There the 15 bits are the highest of a word.
+  template <RandomSource Source>
+  int64 operator()(double lambda, Source& source) const {
+    return DrawFrom(lambda, source);
+  }
 
   /// Whether the mean is finite and a normal positive number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
-  [[nodiscard]] int64 ByMultiplication(double lambda) const;
-  [[nodiscard]] int64 ByLogisticEnvelope(double lambda) const;
+  int64 DrawFrom(CSourceReference source) const override { return DrawFrom(m_Lambda, source); }
+  int64 DrawFrom(double lambda, CSourceReference source) const;
+  template <class Source>
+  [[nodiscard]] int64 Draw(double lambda, Source& source) const;
+  template <class Source>
+  [[nodiscard]] int64 ByMultiplication(double lambda, Source& source) const;
+  template <class Source>
+  [[nodiscard]] int64 ByLogisticEnvelope(double lambda, Source& source) const;
 
   double m_Lambda = 1;
   CRandomUniform m_Uniform;

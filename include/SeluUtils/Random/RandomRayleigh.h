@@ -21,11 +21,17 @@ public:
   explicit CRandomRayleigh(double sigma) : m_Sigma(sigma) {}
 
   double operator()() const override { return std::sqrt(2 * m_Exponential()) * m_Sigma; }
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return std::sqrt(2 * m_Exponential(source)) * m_Sigma;
+  }
 
   /// Whether the scale is finite and a normal positive number.
   [[nodiscard]] bool IsValid() const override;
 
 private:
+  double DrawFrom(CSourceReference source) const override { return (*this)(source); }
+
   double m_Sigma = 1;
   CRandomExponential m_Exponential;
 };

@@ -13,6 +13,7 @@
 #include <SeluUtils/Random/RandomGenerator.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace ORVA {
@@ -27,6 +28,10 @@ public:
   CRandomUniform(double start, double end);
 
   double operator()() const final { return FromWord(Rand32()); }
+  template <RandomSource Source>
+  double operator()(Source& source) const {
+    return FromWord(static_cast<std::uint32_t>(source() >> 32));
+  }
 
   /// Fills an array as fast as the bits come: each element takes 8 random bytes, whose first four
   /// (lowest byte first) are its word. So the values differ from those of single draws.
@@ -40,6 +45,7 @@ public:
   [[nodiscard]] bool IsValid() const override { return m_Start <= m_End; }
 
 private:
+  double DrawFrom(CSourceReference source) const final { return (*this)(source); }
   [[nodiscard]] double FromWord(double word) const {
     return (m_End - m_Start) * (word * 0x1p-32) + m_Start;
   }

@@ -10,6 +10,8 @@
 #include <SeluUtils/Random/RandomUniform.h>
 #include <SeluUtils/Triple.h>
 
+#include <span>
+
 namespace ORVA {
 
 /// A box given by its lower and upper corner; three uniform draws a point.
@@ -21,11 +23,21 @@ public:
   explicit CUniformPoint(CTriple<double> upper) : m_Upper(upper) {}
 
   CTriple<double> operator()() const {
+    Impl::CSharedSource shared;
+    return (*this)(shared);
+  }
+  template <RandomSource Source>
+  CTriple<double> operator()(Source& source) const {
     // z first: seeded sequences depend on the order.
-    double const z = m_Uniform() * (m_Upper.z - m_Lower.z) + m_Lower.z;
-    double const y = m_Uniform() * (m_Upper.y - m_Lower.y) + m_Lower.y;
-    double const x = m_Uniform() * (m_Upper.x - m_Lower.x) + m_Lower.x;
+    double const z = m_Uniform(source) * (m_Upper.z - m_Lower.z) + m_Lower.z;
+    double const y = m_Uniform(source) * (m_Upper.y - m_Lower.y) + m_Lower.y;
+    double const x = m_Uniform(source) * (m_Upper.x - m_Lower.x) + m_Lower.x;
     return {x, y, z};
+  }
+  /// Fills an array by draws from the source, one after the other.
+  template <RandomSource Source>
+  void Fill(std::span<CTriple<double>> out, Source& source) const {
+    for (auto& point : out) point = (*this)(source);
   }
 
   [[nodiscard]] double volume() const {

@@ -35,12 +35,45 @@ public:
   [[nodiscard]] double GenerateTheta(double kappa) const;
   [[nodiscard]] double GeneratePhi() const { return 2 * std::numbers::pi * m_Uniform(); }
 
+  /// The same from a given source.
+  using IRotationGenerator::operator();
+  template <RandomSource Source>
+  CEulerRotation operator()(double kappa, CPolarCoordinates const& mean, Source& source) {
+    return DrawFrom(kappa, Impl::CAxisFrame(mean), source);
+  }
+  template <RandomSource Source>
+  CEulerRotation operator()(double kappa1, CPolarCoordinates const& mean1, double kappa2,
+                            CPolarCoordinates const& mean2, Source& source) {
+    auto const [kappa, mean] = Product(kappa1, mean1, kappa2, mean2);
+    return (*this)(kappa, mean, source);
+  }
+  template <RandomSource Source>
+  [[nodiscard]] double GenerateTheta(double kappa, Source& source) const {
+    return Theta(kappa, m_Uniform(source));
+  }
+  template <RandomSource Source>
+  [[nodiscard]] double GeneratePhi(Source& source) const {
+    return 2 * std::numbers::pi * m_Uniform(source);
+  }
+
   /// Whether kappa is finite and positive.
   [[nodiscard]] bool IsValid() const override;
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
-  CEulerRotation Draw(double kappa, Impl::CAxisFrame const& frame) const;
+  struct StProduct {
+    double kappa;
+    CPolarCoordinates mean;
+  };
+
+  CEulerRotation DrawFrom(CSourceReference source) override;
+  CEulerRotation DrawFrom(double kappa, Impl::CAxisFrame const& frame,
+                          CSourceReference source) const;
+  template <class Source>
+  CEulerRotation Draw(double kappa, Impl::CAxisFrame const& frame, Source& source) const;
+  static StProduct Product(double kappa1, CPolarCoordinates const& mean1, double kappa2,
+                           CPolarCoordinates const& mean2);
+  static double Theta(double kappa, double u);
 
   double m_Kappa;
   CRandomUniform m_Uniform;

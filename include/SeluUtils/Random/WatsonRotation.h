@@ -31,13 +31,20 @@ public:
   CWatsonRotation(double kappa, CPolarCoordinates const& mean);
 
   CEulerRotation operator()() override;
+  using IRotationGenerator::operator();
   /// Whether kappa is finite.
   [[nodiscard]] bool IsValid() const override;
   [[nodiscard]] IRotationGenerator* Clone() const override;
 
 private:
-  [[nodiscard]] double BipolarCosine() const;
-  [[nodiscard]] double GirdleCosine() const;
+  CEulerRotation DrawFrom(CSourceReference source) override;
+  template <class Source>
+  CEulerRotation Draw(Source& source) const;
+
+  template <class Source>
+  [[nodiscard]] double BipolarCosine(Source& source) const;
+  template <class Source>
+  [[nodiscard]] double GirdleCosine(Source& source) const;
 
   double m_Kappa;
   CPolarCoordinates m_Mean;

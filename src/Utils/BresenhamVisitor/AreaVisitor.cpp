@@ -1,6 +1,7 @@
 #include <SeluUtils/AreaVisitor.h>
 
-#include "../BresenhamVisitorImpl/RunLimits.h"
+#include "Utils/BresenhamVisitorImpl/RunLimits.h"
+#include "Utils/Exact.h"
 
 #include <SeluBase/Neighborhood.h>
 
@@ -49,17 +50,9 @@ bool Share(Path const& corners, int64 CTriple<int64>::*axis) {
 
 } // namespace
 
-namespace Impl {
-
-void RaiseAreaDimensionInNextPoint() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamAreaVisitor::NextPoint"), "No valid m_Dimension!");
+void CBresenhamAreaVisitor::RaiseDimension(char const* function) {
+  Impl::Raise(ORVA_LOCATION(c_module, function), "No valid m_Dimension!");
 }
-void RaiseAreaDimensionInMorePoints() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamAreaVisitor::MorePoints"),
-        "No valid m_Dimension!");
-}
-
-} // namespace Impl
 
 CBresenhamAreaVisitor::CBresenhamAreaVisitor(Path& corners, int64 dimension, int64 neighborhood,
                                              bool border)
@@ -72,7 +65,7 @@ CBresenhamAreaVisitor::CBresenhamAreaVisitor(Path& corners, int64 dimension, int
     Impl::CheckSpan(corners,
                     ORVA_LOCATION(c_module, c_constructor)); // a line would cut its lengths
     m_Dimension = 1;
-    m_Line = CBresenhamVisitor(corners[0], corners[1], dimension, neighborhood, true);
+    m_Walks->line = CBresenhamVisitor(corners[0], corners[1], dimension, neighborhood, true);
   } else if (corners.size() == 1 || (corners.size() < 3 && !border)) {
     m_Dimension = 0;
     m_HasPoint = border;
@@ -102,12 +95,12 @@ int64 CBresenhamAreaVisitor::ReduceToPlane(Path& corners, int64 neighborhood) {
 
 void CBresenhamAreaVisitor::Build(Path& corners, int64 neighborhood, bool border) {
   Path path = corners.size() > 2 ? MakePathFitting(std::move(corners)) : std::move(corners);
-  switch (path.empty() && m_Dimension == 1 ? 0 : m_Dimension) {
+  switch (path.empty() && m_Dimension == 1 ? 0 : static_cast<int64>(m_Dimension)) {
   case 1:
-    m_Line = CBresenhamVisitor(path[0], path[1], m_Dimension, neighborhood, true);
+    m_Walks->line = CBresenhamVisitor(path[0], path[1], m_Dimension, neighborhood, true);
     break;
   case 2:
-    m_Area2D = Impl::CBresenhamAreaVisitor2D(path, neighborhood, border);
+    m_Walks->flat = Impl::CBresenhamAreaVisitor2D(path, neighborhood, border);
     break;
   case 3:
     BuildOblique(path, neighborhood, border);
@@ -117,14 +110,15 @@ void CBresenhamAreaVisitor::Build(Path& corners, int64 neighborhood, bool border
   }
 }
 
-// One of the two orientations never pairs. Without border it may seem to, with pairs across
-// columns; such a pairing is taken only if the other orientation has none at all.
+// One of the two orientations never pairs. It may seem to: without border with pairs across
+// columns, with border by leaving out parts of split sides. Such a pairing is taken only if the
+// other orientation has no better one.
 void CBresenhamAreaVisitor::BuildOblique(Path const& path, int64 neighborhood, bool border) {
   using Area = Impl::CBresenhamAreaVisitor3D;
   std::optional<CException> failure;
   try {
-    m_Area3D = Area(Path(path), neighborhood, border);
-    if (m_Area3D.IsPairedByColumn()) return;
+    m_Walks->oblique = Area(Path(path), neighborhood, border);
+    if (m_Walks->oblique.IsPairedByColumn()) return;
   } catch (CExBadParam const&) {
     throw;
   } catch (CException const& error) {
@@ -132,7 +126,7 @@ void CBresenhamAreaVisitor::BuildOblique(Path const& path, int64 neighborhood, b
   }
   try {
     Area reversed(Path(path.rbegin(), path.rend()), neighborhood, border);
-    if (failure || reversed.IsPairedByColumn()) m_Area3D = std::move(reversed);
+    if (failure || reversed.IsPairedByColumn()) m_Walks->oblique = std::move(reversed);
   } catch (CException const&) {
     if (failure) throw;
   }
@@ -161,44 +155,42 @@ int64 CBresenhamAreaVisitor::ConvertNeighborhood(int64 neighborhood) const {
 }
 
 std::uint64_t CBresenhamAreaVisitor::Steps() const {
-  switch (m_Dimension) {
+  switch (static_cast<int64>(m_Dimension)) {
   case 0:
     return m_HasPoint ? 1 : 0;
   case 1:
-    return static_cast<std::uint64_t>(m_Line.LastStep()) + 1;
+    return static_cast<std::uint64_t>(m_Walks->line.LastStep()) + 1;
   case 2:
-    return m_Area2D.Steps();
+    return m_Walks->flat.Steps();
   case 3:
-    return m_Area3D.Steps();
+    return m_Walks->oblique.Steps();
   default:
-    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamAreaVisitor::Steps"),
-                "No valid m_Dimension!");
+    RaiseDimension("ORVA::CBresenhamAreaVisitor::Steps");
   }
 }
 
 void CBresenhamAreaVisitor::Reset() {
-  switch (m_Dimension) {
+  switch (static_cast<int64>(m_Dimension)) {
   case 0:
     m_More = m_HasPoint;
     break;
   case 1:
-    m_Line.Reset();
+    m_Walks->line.Reset();
     break;
   case 2:
-    m_Area2D.Reset();
+    m_Walks->flat.Reset();
     break;
   case 3:
-    m_Area3D.Reset();
+    m_Walks->oblique.Reset();
     break;
   default:
-    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamAreaVisitor::Reset"),
-                "No valid m_Dimension!");
+    RaiseDimension("ORVA::CBresenhamAreaVisitor::Reset");
   }
 }
 
 void CBresenhamAreaVisitor::PrintBorder() const {
-  if (m_Dimension == 2) m_Area2D.PrintBorder();
-  if (m_Dimension == 3) m_Area3D.PrintBorder();
+  if (m_Dimension == 2) m_Walks->flat.PrintBorder();
+  if (m_Dimension == 3) m_Walks->oblique.PrintBorder();
 }
 
 } // namespace ORVA

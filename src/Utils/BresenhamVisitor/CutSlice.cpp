@@ -1,6 +1,6 @@
 #include <SeluUtils/CutSlice.h>
 
-#include "Utils/BresenhamVisitor/Rounding.h"
+#include "Utils/Exact.h"
 
 #include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
@@ -248,12 +248,10 @@ bool HaveEqualRatios(CTriple<int64> const& u, CTriple<int64> const& v) {
   return x == y && y == z;
 }
 
-__extension__ using Wide = __int128;
-
 // a * d - b * c in exact integers; a difference of 128-bit products can just exceed them.
 double Determinant(int64 a, int64 b, int64 c, int64 d) {
-  Wide const first = Wide{a} * d, second = Wide{b} * c;
-  Wide exact = 0;
+  Impl::int128 const first = Impl::int128{a} * d, second = Impl::int128{b} * c;
+  Impl::int128 exact = 0;
   return __builtin_sub_overflow(first, second, &exact)
              ? static_cast<double>(first) - static_cast<double>(second)
              : static_cast<double>(exact);
@@ -269,8 +267,8 @@ void CheckExtents(CTriple<int64> const& size) {
 
 } // namespace
 
-void Impl::RaiseNoMorePointsInSlice() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CCutSlice::NextPoint"), "No more points available");
+void CCutSlice::RaiseNoMorePoints() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCutSlice::NextPoint"), "No more points available");
 }
 
 CCutSlice::CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood)
@@ -291,10 +289,9 @@ CCutSlice::CCutSlice(std::vector<CTriple<int64>>& points, int64 neighborhood)
 CCutSlice::CCutSlice(CTriple<double> normal, double distance, int64 neighborhood)
     : m_Normal(normal), m_Distance(distance), m_Neighborhood(neighborhood) {}
 
-void CCutSlice::SetImageSize(CSize size) {
+void CCutSlice::CheckDimension(CSize const& size) {
   if (size.Dim() != 3)
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCutSlice::SetImageSize"), "invalid dimension");
-  Compute({size.x, size.y, size.z});
 }
 
 void CCutSlice::SetImageSize(CTriple<int64> size) { Compute(size); }
@@ -316,8 +313,7 @@ void CCutSlice::Compute(CTriple<int64> const& size) {
     total += end - begin;
   }
   m_ImageSize = size;
-  m_RowStarts = std::move(rowStarts);
-  m_RowMoves = std::move(rowMoves);
+  m_Lattice = StLattice{std::move(rowStarts), std::move(rowMoves)};
   m_Total = total;
   Reset();
 }
@@ -326,14 +322,16 @@ void CCutSlice::Reset() noexcept {
   m_Outer = m_Inner = m_InnerEnd = 0;
   m_HandedOut = 0;
   // The origin corner, row start 0 plus row move 0, lies inside.
-  if (m_Total > 0) m_InnerEnd = InsideRange(m_RowStarts[0], m_RowMoves, m_ImageSize).second;
+  if (m_Total > 0)
+    m_InnerEnd = InsideRange(m_Lattice->rowStarts[0], m_Lattice->rowMoves, m_ImageSize).second;
 }
 
 void CCutSlice::NextRow() {
   do {
-    if (m_Outer + 1 >= m_RowStarts.size())
+    if (m_Outer + 1 >= m_Lattice->rowStarts.size())
       Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCutSlice::NextPoint"), "No more points!");
-    std::tie(m_Inner, m_InnerEnd) = InsideRange(m_RowStarts[++m_Outer], m_RowMoves, m_ImageSize);
+    std::tie(m_Inner, m_InnerEnd) =
+        InsideRange(m_Lattice->rowStarts[++m_Outer], m_Lattice->rowMoves, m_ImageSize);
   } while (m_Inner == m_InnerEnd);
 }
 

@@ -1,24 +1,27 @@
 #include <SeluUtils/LineVisitor.h>
 
-#include "Utils/BresenhamVisitor/Rounding.h"
+#include "Utils/Exact.h"
 
-#include <SeluBase/Neighborhood.h>
+#include <SeluUtils/Impl/LineMoves.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
 #include <algorithm>
-#include <utility>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <vector>
 
 namespace ORVA {
 
 namespace {
 
 constexpr char c_module[] = "src/Utils/BresenhamVisitor";
+constexpr char c_innerModule[] = "src/Utils/BresenhamVisitorImpl";
 constexpr char c_constructor[] = "ORVA::CBresenhamVisitor::CBresenhamVisitor";
 
 constexpr int64 c_allDiagonals = 7; // the mask under which each axis steps evenly
-
-CTriple<int64> Point(CSize const& size) { return {size.x, size.y, size.z}; }
 
 // An axis that is not walked may have any difference: it wraps around.
 int64 CheckedDifference(int64 from, int64 to, bool isWalked) {
@@ -57,8 +60,7 @@ Impl::StStepPattern EvenSteps(int64 steps, int64 moves) {
 }
 
 void SetLineAlongX(Impl::StLine& line) {
-  line.alongX = Impl::CBresenhamVisitor1D(line.difference.x);
-  line.steps = line.alongX.LastStep();
+  line.steps = Impl::ClampedLength(line.difference.x);
   line.start.x.SetSteps(EvenSteps(line.steps, line.steps), Impl::Sign(line.difference.x));
 }
 
@@ -89,11 +91,10 @@ void SetLineWithAllDiagonals(Impl::StLine& line) {
   setSteps(line.start.z, dz);
 }
 
-void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D&& space) {
+void SetLineInSpace(Impl::StLine& line, Impl::CBresenhamVisitor3D const& space) {
   if (space.DiagonalMask() == c_allDiagonals) return SetLineWithAllDiagonals(line);
+  line.list = Impl::CSharedMoves(space);
   line.steps = space.LastStep();
-  line.list = std::make_shared<Impl::CBresenhamVisitor3D const>(std::move(space));
-  line.isListed = true;
 }
 
 // The neighborhood of 14.1 has all diagonals of the octants whose components share one sign.
@@ -111,9 +112,9 @@ void SetLineInSpace(Impl::StLine& line) {
 
 // The list of moves of a line in space, also of one that is walked without.
 Impl::CBresenhamVisitor3D MovesInSpace(Impl::StLine const& line) {
-  if (line.list) return *line.list;
   if (line.dimension != 3) return {};
-  return {line.difference, line.neighborhood, c_allDiagonals};
+  if (line.diagonal >= 0) return {line.difference, line.neighborhood, line.diagonal};
+  return {line.difference, line.neighborhood};
 }
 
 Impl::StLine LineFrom(CTriple<int64> const& start, CTriple<int64> const& difference,
@@ -150,17 +151,26 @@ bool IsInside(CTriple<int64> const& point, CTriple<int64> const& size, int64 dim
 
 namespace Impl {
 
-void RaiseInvalidDimensionInStep() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Step"), "invalid dimension");
+struct CSharedMoves::StShared {
+  std::atomic<std::size_t> holders{1};
+  std::vector<CTriple<int64>> moves;
+};
+
+CSharedMoves::CSharedMoves(CBresenhamVisitor3D const& line) {
+  auto const moves = line.Moves();
+  auto shared = std::make_unique<StShared>();
+  shared->moves.assign(moves.begin(), moves.end());
+  m_Shared = shared.release();
+  m_Moves = m_Shared->moves.data();
 }
-void RaiseInvalidDimensionInLastStep() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::LastStep"), "invalid dimension");
+
+void CSharedMoves::Acquire(StShared& shared) noexcept {
+  shared.holders.fetch_add(1, std::memory_order_relaxed);
 }
-void RaiseInvalidDimensionInReset() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Reset"), "invalid dimension\n");
-}
-void RaiseSelectedStepOutOfRange() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitorSelect::Step"), "Step i out of range");
+
+void CSharedMoves::Release(StShared& shared) noexcept {
+  if (shared.holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
+    std::unique_ptr<StShared> const last(&shared);
 }
 
 StLine LineBetween(CTriple<int64> from, CTriple<int64> to, int64 dimension, int64 neighborhood,
@@ -181,6 +191,7 @@ StLine LineUnderMask(CTriple<int64> difference, int64 diagonal) {
   StLine line;
   line.difference = difference;
   line.dimension = 3;
+  line.diagonal = diagonal;
   if (diagonal == c_allDiagonals) {
     SetLineWithAllDiagonals(line);
   } else {
@@ -191,21 +202,43 @@ StLine LineUnderMask(CTriple<int64> difference, int64 diagonal) {
 
 } // namespace Impl
 
+void CBresenhamVisitor::RaiseInStep(int64 dimension) {
+  if (dimension == 0)
+    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Step"), "invalid dimension");
+  constexpr std::array<char const*, 3> inner = {"ORVA::Impl::CBresenhamVisitor1D::Step",
+                                                "ORVA::Impl::CBresenhamVisitor2D::Step",
+                                                "ORVA::Impl::CBresenhamVisitor3D::Step"};
+  Impl::Raise(ORVA_LOCATION(c_innerModule, inner.at(static_cast<std::size_t>(dimension - 1))),
+              "Step i out of range");
+}
+
+void CBresenhamVisitor::RaiseInLastStep() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::LastStep"), "invalid dimension");
+}
+
+void CBresenhamVisitor::RaiseInReset() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitor::Reset"), "invalid dimension\n");
+}
+
 void CBresenhamVisitor::PrintMoves() const { MovesInSpace(m_Line).PrintMoves(); }
 void CBresenhamVisitor::PrintProjMoves() const { MovesInSpace(m_Line).PrintProjMoves(); }
+
+void CBresenhamVisitorSelect::RaiseInStep() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CBresenhamVisitorSelect::Step"),
+              "Step i out of range");
+}
 
 CBresenhamVisitorSelect::CBresenhamVisitorSelect(CTriple<int64> from, CTriple<int64> to,
                                                  int64 dimension, int64 neighborhood,
                                                  bool withEndPoints)
-    : m_Line(from, to, dimension, neighborhood, withEndPoints), m_SelectionStart(from),
-      m_Next(from) {}
-
-CBresenhamVisitorSelect::CBresenhamVisitorSelect(CSize from, CSize to, int64 dimension,
-                                                 int64 neighborhood, bool withEndPoints)
-    : CBresenhamVisitorSelect(Point(from), Point(to), dimension, neighborhood, withEndPoints) {}
+    : m_Line(from, to, dimension, neighborhood, withEndPoints), m_SelectionStart(from) {
+  Reset();
+}
 
 CBresenhamVisitorSelect::CBresenhamVisitorSelect(CTriple<int64> difference, int64 diagonal)
-    : m_Line(difference, diagonal) {}
+    : m_Line(difference, diagonal) {
+  Reset();
+}
 
 void CBresenhamVisitorSelect::SetImageSize(CTriple<int64> size) {
   if (!m_IsClipped) {
@@ -213,23 +246,23 @@ void CBresenhamVisitorSelect::SetImageSize(CTriple<int64> size) {
     int64 k = 0;
     CTriple<int64> point = m_SelectionStart;
     while (!IsInside(point, size, dimension) && k < lastStep) point += m_Line.Step(k++);
-    CTriple<int64> const start = point;
-    std::vector<CTriple<int64>> selected;
-    while (k < lastStep) {
-      CTriple<int64> const move = m_Line.Step(k++);
-      point += move;
+    m_SelectionStart = point;
+    m_FirstSelected = k;
+    for (; k < lastStep; ++k) {
+      point += m_Line.Step(k);
       if (!IsInside(point, size, dimension)) break;
-      selected.push_back(move);
     }
-    m_Selected = std::move(selected);
-    m_SelectionStart = start;
+    m_LastStepBound = k - m_FirstSelected;
     m_IsClipped = true;
   }
   Reset();
 }
 
+// Without end points the selection starts its search at the from point, with the line's second
+// move: the cursor's fractions are the line's, its position is not.
 void CBresenhamVisitorSelect::Reset() noexcept {
-  m_Next = Impl::StMovingPoint(m_SelectionStart);
+  Impl::StLine const& line = m_Line.m_Line;
+  m_Next = line.start.MovedTo(m_SelectionStart, m_FirstSelected + line.firstStep);
   m_StepIndex = 0;
 }
 

@@ -1,5 +1,7 @@
 #include <SeluUtils/VolumeVisitor.h>
 
+#include "Utils/Exact.h"
+
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
@@ -22,6 +24,7 @@ constexpr char c_convertListToPath[] = "ORVA::CBresenhamVolumeVisitor::ConvertLi
 
 constexpr int64 c_largestSlice = INT32_MAX;
 
+using Impl::int128;
 using Path = std::vector<CTriple<int64>>;
 
 int64 CheckedSliceNeighborhood(int64 neighborhood) {
@@ -63,10 +66,8 @@ bool AreComparable(int64 low, int64 high) {
   return !__builtin_sub_overflow(high, low, &difference) && difference <= int64{1} << 62;
 }
 
-__extension__ using Wide = __int128;
-
 bool IsTurnRight(CTriple<int64> const& a, CTriple<int64> const& b, CTriple<int64> const& c) {
-  return Wide{b.x - a.x} * (c.y - a.y) < Wide{b.y - a.y} * (c.x - a.x);
+  return int128{b.x - a.x} * (c.y - a.y) < int128{b.y - a.y} * (c.x - a.x);
 }
 
 // Appends a side of the hull over points in their order, without the last one; every corner of it
@@ -95,7 +96,7 @@ void Collect(Path& border, CTriple<int64> const& from, CTriple<int64> const& to,
 } // namespace
 
 CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& path, int64 neighborhood, bool border)
-    : m_Points(path), m_Neighborhood(neighborhood),
+    : m_Lists({path, {}, {}, {}}), m_Neighborhood(neighborhood),
       m_SliceNeighborhood(CheckedSliceNeighborhood(neighborhood)), m_Border(border) {
   ComputeBorder();
   CountSteps();
@@ -105,8 +106,7 @@ CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& path, int64 neighborhood,
 
 CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& startPoints, Path& endPoints,
                                                  int64 neighborhood, bool border)
-    : m_Points(startPoints), m_EndPoints(endPoints), m_Neighborhood(neighborhood),
-      m_Border(border) {
+    : m_Lists({startPoints, endPoints, {}, {}}), m_Neighborhood(neighborhood), m_Border(border) {
   if (startPoints.size() != endPoints.size())
     Impl::Raise(ORVA_LOCATION(c_module, c_constructor), "not same account of start- and endpoints");
   m_SliceNeighborhood = CheckedSliceNeighborhood(neighborhood);
@@ -118,40 +118,43 @@ CBresenhamVolumeVisitor::CBresenhamVolumeVisitor(Path& startPoints, Path& endPoi
 }
 
 void CBresenhamVolumeVisitor::ComputeBorder() {
-  CheckSlices(m_Points);
+  CheckSlices(m_Lists->points);
   Path border;
-  for (std::size_t i = 1; i < m_Points.size(); ++i)
-    if (m_Points[i - 1] != m_Points[i])
-      Collect(border, m_Points[i - 1], m_Points[i], m_Neighborhood);
+  for (std::size_t i = 1; i < m_Lists->points.size(); ++i)
+    if (m_Lists->points[i - 1] != m_Lists->points[i])
+      Collect(border, m_Lists->points[i - 1], m_Lists->points[i], m_Neighborhood);
   ReplaceBorder(std::move(border));
 }
 
 void CBresenhamVolumeVisitor::ComputeBorderFromPairs() {
-  CheckSlices(m_Points);
-  CheckSlices(m_EndPoints);
+  CheckSlices(m_Lists->points);
+  CheckSlices(m_Lists->endPoints);
   Path border;
-  for (std::size_t i = 0; i < std::min(m_Points.size(), m_EndPoints.size()); ++i)
-    Collect(border, m_Points[i], m_EndPoints[i], m_Neighborhood);
+  for (std::size_t i = 0; i < std::min(m_Lists->points.size(), m_Lists->endPoints.size()); ++i)
+    Collect(border, m_Lists->points[i], m_Lists->endPoints[i], m_Neighborhood);
   ReplaceBorder(std::move(border));
 }
 
 void CBresenhamVolumeVisitor::ReplaceBorder(Path&& border) {
-  m_BorderPoints = std::move(border);
+  m_Lists->borderPoints = std::move(border);
   EraseUselessBorderPoints();
 }
 
 void CBresenhamVolumeVisitor::EraseUselessBorderPoints() {
-  SortAndMerge(m_BorderPoints);
-  if (!m_Border && !m_BorderPoints.empty()) {
-    int64 const first = m_BorderPoints.front().x, last = m_BorderPoints.back().x;
-    std::erase_if(m_BorderPoints, [&](auto const& p) { return p.x == first || p.x == last; });
+  SortAndMerge(m_Lists->borderPoints);
+  if (!m_Border && !m_Lists->borderPoints.empty()) {
+    int64 const first = m_Lists->borderPoints.front().x, last = m_Lists->borderPoints.back().x;
+    std::erase_if(m_Lists->borderPoints,
+                  [&](auto const& p) { return p.x == first || p.x == last; });
   }
-  Enter(SliceFrom(m_BorderPoints.size()));
+  Enter(SliceFrom(m_Lists->borderPoints.size()));
 }
 
 std::size_t CBresenhamVolumeVisitor::SliceEnd(std::size_t begin) const noexcept {
   std::size_t end = begin;
-  while (end < m_BorderPoints.size() && m_BorderPoints[end].x == m_BorderPoints[begin].x) ++end;
+  while (end < m_Lists->borderPoints.size() &&
+         m_Lists->borderPoints[end].x == m_Lists->borderPoints[begin].x)
+    ++end;
   return end;
 }
 
@@ -159,18 +162,18 @@ CBresenhamAreaVisitor CBresenhamVolumeVisitor::SliceArea(std::size_t begin, std:
   Path border;
   border.reserve(end - begin);
   for (std::size_t i = begin; i < end; ++i)
-    border.emplace_back(m_BorderPoints[i].y, m_BorderPoints[i].z, 0);
+    border.emplace_back(m_Lists->borderPoints[i].y, m_Lists->borderPoints[i].z, 0);
   return {ConvertListToPath(border), 2, m_SliceNeighborhood, m_Border};
 }
 
 void CBresenhamVolumeVisitor::CountSteps() {
   uint64 steps = 0;
-  for (std::size_t begin = 0; begin < m_BorderPoints.size();) {
+  for (std::size_t begin = 0; begin < m_Lists->borderPoints.size();) {
     std::size_t const end = SliceEnd(begin);
     steps += SliceArea(begin, end).Steps();
-    bool const isGap =
-        end < m_BorderPoints.size() && m_BorderPoints[end].x != m_BorderPoints[begin].x + 1;
-    begin = isGap ? m_BorderPoints.size() : end;
+    bool const isGap = end < m_Lists->borderPoints.size() &&
+                       m_Lists->borderPoints[end].x != m_Lists->borderPoints[begin].x + 1;
+    begin = isGap ? m_Lists->borderPoints.size() : end;
   }
   m_Steps = steps;
 }
@@ -180,32 +183,32 @@ void CBresenhamVolumeVisitor::Reset() { Enter(SliceFrom(0)); }
 // What can fail comes before any change.
 CTriple<int64> CBresenhamVolumeVisitor::LastOfSlice() {
   if (m_LeftInSlice == 0) return {};
-  bool const isLast =
-      m_SliceEnd >= m_BorderPoints.size() || m_BorderPoints[m_SliceEnd].x != m_Slice + 1;
-  StSlice next = SliceFrom(isLast ? m_BorderPoints.size() : m_SliceEnd);
-  CTriple<int64> const p = m_Area.NextPoint();
+  bool const isLast = m_SliceEnd >= m_Lists->borderPoints.size() ||
+                      m_Lists->borderPoints[m_SliceEnd].x != m_Slice + 1;
+  StSlice next = SliceFrom(isLast ? m_Lists->borderPoints.size() : m_SliceEnd);
+  CTriple<int64> const p = m_Lists->area.NextPoint();
   CTriple<int64> const point(m_Slice, p.x, p.y);
   Enter(std::move(next));
   return point;
 }
 
 void CBresenhamVolumeVisitor::Enter(StSlice&& slice) {
-  m_Area = std::move(slice.area);
+  m_Lists->area = std::move(slice.area);
   m_Slice = slice.x;
   m_SliceEnd = slice.end;
-  m_LeftInSlice = m_Area.Steps();
+  m_LeftInSlice = m_Lists->area.Steps();
 }
 
 // The first slice from here on that has points of its own; slices too thin for any are passed over,
 // and one without border points ends the walk.
 CBresenhamVolumeVisitor::StSlice CBresenhamVolumeVisitor::SliceFrom(std::size_t begin) const {
-  std::size_t const count = m_BorderPoints.size();
+  std::size_t const count = m_Lists->borderPoints.size();
   while (begin < count) {
     std::size_t const end = SliceEnd(begin);
-    int64 const slice = m_BorderPoints[begin].x;
+    int64 const slice = m_Lists->borderPoints[begin].x;
     CBresenhamAreaVisitor area = SliceArea(begin, end);
     if (!area.empty()) return {std::move(area), slice, end};
-    begin = end < count && m_BorderPoints[end].x == slice + 1 ? end : count;
+    begin = end < count && m_Lists->borderPoints[end].x == slice + 1 ? end : count;
   }
   return {{}, 0, count};
 }
@@ -227,9 +230,9 @@ Path CBresenhamVolumeVisitor::ConvertListToPath(std::span<CTriple<int64> const> 
 }
 
 void CBresenhamVolumeVisitor::PrintBorder() const {
-  for (std::size_t i = 0; i < m_BorderPoints.size(); ++i) {
-    auto const& p = m_BorderPoints[i];
-    if (i == 0 || p.x != m_BorderPoints[i - 1].x) std::printf("Slice %" PRId64 ":\n", p.x);
+  for (std::size_t i = 0; i < m_Lists->borderPoints.size(); ++i) {
+    auto const& p = m_Lists->borderPoints[i];
+    if (i == 0 || p.x != m_Lists->borderPoints[i - 1].x) std::printf("Slice %" PRId64 ":\n", p.x);
     std::printf("(%" PRId64 ", %" PRId64 ")\n", p.y, p.z);
   }
 }

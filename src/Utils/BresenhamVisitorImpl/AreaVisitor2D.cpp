@@ -10,12 +10,12 @@ constexpr char c_module[] = "src/Utils/BresenhamVisitorImpl";
 
 } // namespace
 
-void RaiseAreaStatus2D() {
+void CBresenhamAreaVisitor2D::RaiseStatus() {
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::NextPoint"),
         "intern failure with Status in CBresenhamAreaVisitor2D");
 }
 
-void RaiseAreaIndex2D(bool isStart) {
+void CBresenhamAreaVisitor2D::RaiseIndex(bool isStart) {
   Raise(ORVA_LOCATION(c_module, isStart
                                     ? "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentStartPoint"
                                     : "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentEndPoint"),
@@ -24,8 +24,9 @@ void RaiseAreaIndex2D(bool isStart) {
 
 CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& corners,
                                                  int64 neighborhood, bool border)
-    : m_Neighborhood(neighborhood), m_Border(border), m_Corners(corners) {
-  if (m_Corners.size() < 3)
+    : m_Neighborhood(neighborhood), m_Border(border) {
+  m_Lists->corners = corners;
+  if (m_Lists->corners.size() < 3)
     Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D"),
           "The area has to have at least three surrounding points!");
   SignBorder();
@@ -33,14 +34,16 @@ CBresenhamAreaVisitor2D::CBresenhamAreaVisitor2D(std::vector<CTriple<int64>>& co
 }
 
 void CBresenhamAreaVisitor2D::SignBorder() {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::SignBorder");
-  CheckSpan(m_Corners, location);
+  CheckSpan(m_Lists->corners,
+            ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::SignBorder"));
   // Lines refuse a change of z; edges that need no line must not let one pass.
-  for (CTriple<int64> const& corner : m_Corners)
-    if (corner.z != m_Corners.front().z) Raise(location, "invalid Dimension");
-  m_Limits = {};
-  SignEdges<CBresenhamVisitor2D>(*this, m_Limits, m_Corners, m_Neighborhood, m_Border);
-  SortLimits(m_Limits);
+  for (CTriple<int64> const& corner : m_Lists->corners)
+    if (corner.z != m_Lists->corners.front().z)
+      CBresenhamVisitor2D(corner - m_Lists->corners.front(), m_Neighborhood);
+  m_Lists->limits = {};
+  SignEdges<CBresenhamVisitor2D>(*this, m_Lists->limits, m_Lists->corners, m_Neighborhood,
+                                 m_Border);
+  SortLimits(m_Lists->limits);
   EraseUselessBorders();
   if (!m_Border) EraseBorderPoints();
   CountSteps();
@@ -50,18 +53,18 @@ void CBresenhamAreaVisitor2D::SignBorder() {
 void CBresenhamAreaVisitor2D::SignStartPoints(CTriple<int64> start,
                                               CBresenhamVisitor2D const& line) {
   m_LeftBeforeEnd = 0;
-  SampleColumns(m_Limits.starts, start, line, std::less<>());
+  SampleColumns(m_Lists->limits.starts, start, line, std::less<>());
 }
 
 void CBresenhamAreaVisitor2D::SignEndPoints(CTriple<int64> start, CBresenhamVisitor2D const& line) {
   m_LeftBeforeEnd = 0;
-  SampleColumns(m_Limits.ends, start, line, std::greater<>());
+  SampleColumns(m_Lists->limits.ends, start, line, std::greater<>());
 }
 
 // Without border the message names the 3D class; callers know both texts.
 void CBresenhamAreaVisitor2D::EraseUselessBorders() {
   m_LeftBeforeEnd = 0;
-  if (PairLimits(m_Limits, m_Border)) return;
+  if (PairLimits(m_Lists->limits, m_Border) != EnPairing::Failed) return;
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor2D::EraseUselessBorders"),
         m_Border ? "intern failure in Border Calculation in CBresenhamAreaVisitor2D"
                  : "intern failure in Border Calculation in CBresenhamAreaVisitor3D");
@@ -69,8 +72,8 @@ void CBresenhamAreaVisitor2D::EraseUselessBorders() {
 
 void CBresenhamAreaVisitor2D::EraseBorderPoints() {
   m_LeftBeforeEnd = 0;
-  EraseOuterColumns(m_Limits);
-  FilterRuns(m_Limits, [](CTriple<int64>& start, CTriple<int64>& end) {
+  EraseOuterColumns(m_Lists->limits);
+  FilterRuns(m_Lists->limits, [](CTriple<int64>& start, CTriple<int64>& end) {
     // Concave outlines can pair across columns: such a run has no end to be reached.
     if (start.x != end.x || end.y - start.y < 2) return false;
     ++start.y;
@@ -81,8 +84,8 @@ void CBresenhamAreaVisitor2D::EraseBorderPoints() {
 
 void CBresenhamAreaVisitor2D::CountSteps() {
   m_Steps = 0;
-  for (std::size_t k = 0; k < m_Limits.Runs(); ++k) {
-    int64 const low = m_Limits.starts[k].y, high = m_Limits.ends[k].y;
+  for (std::size_t k = 0; k < m_Lists->limits.Runs(); ++k) {
+    int64 const low = m_Lists->limits.starts[k].y, high = m_Lists->limits.ends[k].y;
     if (low <= high)
       m_Steps += static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
   }
@@ -92,7 +95,7 @@ void CBresenhamAreaVisitor2D::Reset() noexcept {
   m_StartIndex = 0;
   m_EndIndex = 0;
   m_LeftBeforeEnd = 0;
-  m_Actual = m_Limits.starts.empty() ? CTriple<int64>() : m_Limits.starts.front();
+  m_Actual = m_Lists->limits.starts.empty() ? CTriple<int64>() : m_Lists->limits.starts.front();
   m_Status = m_Steps != 0 ? 0 : 2;
 }
 
@@ -110,13 +113,14 @@ CTriple<int64> CBresenhamAreaVisitor2D::NextAtLimit() {
   } else if (m_Status == 2) {
     return {};
   } else {
-    RaiseAreaStatus2D();
+    RaiseStatus();
   }
   CTriple<int64> const& end = GetCurrentEndPoint();
   if (m_Actual == end) {
     ++m_StartIndex;
     ++m_EndIndex;
-    if (m_StartIndex >= m_Limits.starts.size() || m_EndIndex >= m_Limits.ends.size()) m_Status = 2;
+    if (m_StartIndex >= m_Lists->limits.starts.size() || m_EndIndex >= m_Lists->limits.ends.size())
+      m_Status = 2;
   } else if (m_Actual.x == end.x && m_Actual.y < end.y && m_Actual.z == end.z &&
              !LexicographicLess(m_Actual, GetCurrentStartPoint())) {
     m_LeftBeforeEnd = end.y - m_Actual.y - 1;
@@ -124,6 +128,6 @@ CTriple<int64> CBresenhamAreaVisitor2D::NextAtLimit() {
   return m_Actual;
 }
 
-void CBresenhamAreaVisitor2D::PrintBorder() const { PrintLimits(m_Limits); }
+void CBresenhamAreaVisitor2D::PrintBorder() const { PrintLimits(m_Lists->limits); }
 
 } // namespace ORVA::Impl

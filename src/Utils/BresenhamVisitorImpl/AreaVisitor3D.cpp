@@ -20,12 +20,12 @@ void PrintPoint(char const* title, CTriple<int64> const& p) {
 
 } // namespace
 
-void RaiseAreaStatus3D() {
+void CBresenhamAreaVisitor3D::RaiseStatus() {
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::NextPoint"),
         "intern failure with Status in CBresenhamAreaVisitor3D");
 }
 
-void RaiseAreaIndex3D(bool isStart) {
+void CBresenhamAreaVisitor3D::RaiseIndex(bool isStart) {
   Raise(ORVA_LOCATION(c_module, isStart
                                     ? "ORVA::Impl::CBresenhamAreaVisitor3D::GetCurrentStartPoint"
                                     : "ORVA::Impl::CBresenhamAreaVisitor3D::GetCurrentEndPoint"),
@@ -34,8 +34,9 @@ void RaiseAreaIndex3D(bool isStart) {
 
 CBresenhamAreaVisitor3D::CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>& corners,
                                                  int64 neighborhood, bool border)
-    : m_Neighborhood(neighborhood), m_Border(border), m_Corners(corners) {
-  if (m_Corners.size() < 3)
+    : m_Neighborhood(neighborhood), m_Border(border) {
+  m_Lists->corners = corners;
+  if (m_Lists->corners.size() < 3)
     Raise(ORVA_LOCATION(c_module, c_constructor),
           "The area has to have at least three surrounding points, notice that it is necessary to "
           "sign the start point also as endpoint!");
@@ -47,10 +48,12 @@ CBresenhamAreaVisitor3D::CBresenhamAreaVisitor3D(std::vector<CTriple<int64>>& co
 }
 
 void CBresenhamAreaVisitor3D::SignBorder() {
-  CheckSpan(m_Corners, ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::SignBorder"));
-  m_Limits = {};
-  SignEdges<CBresenhamVisitor3D>(*this, m_Limits, m_Corners, m_Neighborhood, m_Border);
-  SortLimits(m_Limits);
+  CheckSpan(m_Lists->corners,
+            ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::SignBorder"));
+  m_Lists->limits = {};
+  SignEdges<CBresenhamVisitor3D>(*this, m_Lists->limits, m_Lists->corners, m_Neighborhood,
+                                 m_Border);
+  SortLimits(m_Lists->limits);
   EraseUselessBorders();
   if (!m_Border) EraseBorderPoints();
   CountSteps();
@@ -59,64 +62,66 @@ void CBresenhamAreaVisitor3D::SignBorder() {
 
 void CBresenhamAreaVisitor3D::SignStartPoints(CTriple<int64> start,
                                               CBresenhamVisitor3D const& line) {
-  SampleColumns(m_Limits.starts, start, line, std::less<>());
+  SampleColumns(m_Lists->limits.starts, start, line, std::less<>());
 }
 
 void CBresenhamAreaVisitor3D::SignEndPoints(CTriple<int64> start, CBresenhamVisitor3D const& line) {
-  SampleColumns(m_Limits.ends, start, line, std::greater<>());
+  SampleColumns(m_Lists->limits.ends, start, line, std::greater<>());
 }
 
 void CBresenhamAreaVisitor3D::EraseUselessBorders() {
-  if (!PairLimits(m_Limits, m_Border))
+  EnPairing const pairing = PairLimits(m_Lists->limits, m_Border);
+  if (pairing == EnPairing::Failed)
     Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::EraseUselessBorders"),
           "Failure in Start- and Endpoints");
-  m_IsPairedByColumn = std::ranges::equal(m_Limits.starts, m_Limits.ends, {}, &CTriple<int64>::x,
-                                          &CTriple<int64>::x);
+  m_IsPairedByColumn = pairing == EnPairing::Whole &&
+                       std::ranges::equal(m_Lists->limits.starts, m_Lists->limits.ends, {},
+                                          &CTriple<int64>::x, &CTriple<int64>::x);
 }
 
 // The runs keep their ends, which the walk leaves out; what has nothing between them vanishes, and
 // what leads from one column to another, which would meet other runs.
 void CBresenhamAreaVisitor3D::EraseBorderPoints() {
-  EraseOuterColumns(m_Limits);
-  FilterRuns(m_Limits, [this](CTriple<int64>& start, CTriple<int64>& end) {
+  EraseOuterColumns(m_Lists->limits);
+  FilterRuns(m_Lists->limits, [this](CTriple<int64>& start, CTriple<int64>& end) {
     return start.x == end.x && CBresenhamVisitor3D(end - start, m_Neighborhood).LastStep() >= 2;
   });
 }
 
 CBresenhamVisitor3D CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
-  return {m_Limits.ends[run] - m_Limits.starts[run], m_Neighborhood};
+  return {m_Lists->limits.ends[run] - m_Lists->limits.starts[run], m_Neighborhood};
 }
 
 void CBresenhamAreaVisitor3D::CountSteps() {
   m_Steps = 0;
-  for (std::size_t k = 0; k < m_Limits.Runs(); ++k)
+  for (std::size_t k = 0; k < m_Lists->limits.Runs(); ++k)
     m_Steps += static_cast<std::uint64_t>(LineOfRun(k).LastStep() + (m_Border ? 1 : -1));
 }
 
 void CBresenhamAreaVisitor3D::Reset() {
-  if (m_Limits.Runs() == 0) {
+  if (m_Lists->limits.Runs() == 0) {
     m_Status = 2;
     return;
   }
   BeginRun(LineOfRun(0), 0);
-  m_Actual = m_Limits.starts.front();
+  m_Actual = m_Lists->limits.starts.front();
   m_Status = 0;
 }
 
 void CBresenhamAreaVisitor3D::BeginRun(CBresenhamVisitor3D&& line, std::size_t run) noexcept {
-  m_Line = std::move(line);
+  m_Lists->line = std::move(line);
   m_StartIndex = m_EndIndex = run;
-  m_Next = m_Limits.starts[run];
+  m_Next = m_Lists->limits.starts[run];
   m_StepIndex = 0;
-  m_LastStep = m_Line.LastStep();
+  m_LastStep = m_Lists->line.LastStep();
   if (m_Border) return;
-  m_Next += m_Line.Step(m_StepIndex++);
+  m_Next += m_Lists->line.Step(m_StepIndex++);
   --m_LastStep;
 }
 
 void CBresenhamAreaVisitor3D::BeginNextRun() {
   std::size_t const run = m_StartIndex + 1;
-  if (run < m_Limits.Runs()) {
+  if (run < m_Lists->limits.Runs()) {
     BeginRun(LineOfRun(run), run); // the line, which may fail, comes before any change
     m_Status = 1;
     return;
@@ -125,14 +130,15 @@ void CBresenhamAreaVisitor3D::BeginNextRun() {
   m_Status = 2;
 }
 
-void CBresenhamAreaVisitor3D::PrintBorder() const { PrintLimits(m_Limits); }
+void CBresenhamAreaVisitor3D::PrintBorder() const { PrintLimits(m_Lists->limits); }
 
 void CBresenhamAreaVisitor3D::PrintStatus() const {
   std::cout << "Status = " << m_Status << '\n';
   PrintPoint("m_Actual = (", m_Actual);
-  if (m_StartIndex < m_Limits.starts.size())
+  if (m_StartIndex < m_Lists->limits.starts.size())
     PrintPoint("GetCurrentStartPoint = (", GetCurrentStartPoint());
-  if (m_EndIndex < m_Limits.ends.size()) PrintPoint("GetCurrentEndPoint = (", GetCurrentEndPoint());
+  if (m_EndIndex < m_Lists->limits.ends.size())
+    PrintPoint("GetCurrentEndPoint = (", GetCurrentEndPoint());
 }
 
 } // namespace ORVA::Impl

@@ -103,13 +103,13 @@ void PrintMove(CTriple<int64> const& move) {
 
 } // namespace
 
-void RaiseStepOutOfRange1D() {
+void CBresenhamVisitor1D::RaiseStepOutOfRange() {
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor1D::Step"), c_stepOutOfRange);
 }
-void RaiseStepOutOfRange2D() {
+void CBresenhamVisitor2D::RaiseStepOutOfRange() {
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor2D::Step"), c_stepOutOfRange);
 }
-void RaiseStepOutOfRange3D() {
+void CBresenhamVisitor3D::RaiseStepOutOfRange() {
   Raise(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor3D::Step"), c_stepOutOfRange);
 }
 
@@ -281,9 +281,10 @@ void CBresenhamVisitor3D::BuildProjections(char const* messageWithoutSet) {
   StProjectionSet const& set = c_projectionSets[mask];
   CTriple<int64> const lengths = m_Lengths;
   auto const [a0, a1, a2] = lengths;
-  m_Projections[0] = CBresenhamVisitor2D::Projection(a0, a1, set.plane12);
-  m_Projections[1] = CBresenhamVisitor2D::Projection(a0, a2, set.plane13);
-  if (set.hasPlane23) m_Projections[2] = CBresenhamVisitor2D::Projection(a1, a2, set.plane23);
+  m_Lists->projections[0] = CBresenhamVisitor2D::Projection(a0, a1, set.plane12);
+  m_Lists->projections[1] = CBresenhamVisitor2D::Projection(a0, a2, set.plane13);
+  if (set.hasPlane23)
+    m_Lists->projections[2] = CBresenhamVisitor2D::Projection(a1, a2, set.plane23);
 }
 
 void CBresenhamVisitor3D::ComputeMoves() {
@@ -301,15 +302,16 @@ void CBresenhamVisitor3D::ComputeMoves() {
   if (m_DiagonalIn == c_byLength) {
     FillFromDrivingAxis(moves, *count);
   } else {
-    MergeProjections(m_DiagonalIn, m_Lengths, m_Projections, octantMoves, moves);
+    MergeProjections(m_DiagonalIn, m_Lengths, m_Lists->projections, octantMoves, moves);
   }
-  m_Moves = std::move(moves);
+  m_Lists->moves = std::move(moves);
 }
 
 // Both projections share the driving axis, so step i of each belongs together.
 void CBresenhamVisitor3D::FillFromDrivingAxis(std::vector<CTriple<int64>>& moves,
                                               int64 count) const {
-  auto const second = m_Projections[0].Decisions(), third = m_Projections[1].Decisions();
+  auto const second = m_Lists->projections[0].Decisions(),
+             third = m_Lists->projections[1].Decisions();
   std::array<CTriple<int64>, 4> const real = {ConvertFrom({1, 0, 0}), ConvertFrom({1, 1, 0}),
                                               ConvertFrom({1, 0, 1}), ConvertFrom({1, 1, 1})};
   moves.resize(static_cast<std::size_t>(count));
@@ -329,7 +331,7 @@ CTriple<int64> CBresenhamVisitor3D::ConvertFrom(CTriple<int64> m) const {
 
 void CBresenhamVisitor3D::PrintMoves() const {
   std::printf("Moves:\n");
-  for (CTriple<int64> const& move : m_Moves) PrintMove(move);
+  for (CTriple<int64> const& move : m_Lists->moves) PrintMove(move);
 }
 
 void CBresenhamVisitor3D::PrintProjMoves() const {
@@ -337,7 +339,7 @@ void CBresenhamVisitor3D::PrintProjMoves() const {
       "Moves in XY-plane:", "Moves in XZ-plane:", "Moves in YZ-plane:"};
   for (std::size_t plane = 0; plane < headers.size(); ++plane) {
     std::printf("%s\n", headers[plane]);
-    m_Projections[plane].PrintSteps();
+    m_Lists->projections[plane].PrintSteps();
   }
 }
 

@@ -45,19 +45,26 @@ void SortLimits(StRunLimits& limits) {
   SortUnique(limits.ends);
 }
 
-bool PairLimits(StRunLimits& limits, bool border) {
+EnPairing PairLimits(StRunLimits& limits, bool border) {
   auto& [starts, ends] = limits;
   std::size_t s = 0, e = 0, pairs = 0; // read positions; pairs are written behind them
+  auto result = EnPairing::Whole;
   while (s < starts.size() && e < ends.size()) {
-    if (LexicographicLess(ends[e], starts[s])) return false;
+    if (LexicographicLess(ends[e], starts[s])) return EnPairing::Failed;
     // Of several starts before one end the last remains, of several ends the first.
     while (s + 1 < starts.size() && LexicographicLess(starts[s + 1], ends[e])) ++s;
     CTriple<int64> const start = starts[s], end = ends[e];
-    if (border && start.x != end.x) return false;
+    if (border && start.x != end.x) return EnPairing::Failed;
     ++s;
     ++e;
-    while (s < starts.size() && e < ends.size() && LexicographicLess(ends[e], starts[s])) ++e;
-    if (border && s < starts.size() && starts[s] == end) ++s;
+    // The start that meets this end goes first, then what ends before the start that remains: of a
+    // side with a corner in it the lower part is walked.
+    bool const isSplit = border && s < starts.size() && starts[s] == end;
+    if (isSplit) ++s;
+    while (s < starts.size() && e < ends.size() && LexicographicLess(ends[e], starts[s])) {
+      ++e;
+      if (isSplit) result = EnPairing::Lossy;
+    }
     starts[pairs] = start;
     ends[pairs] = end;
     ++pairs;
@@ -65,7 +72,7 @@ bool PairLimits(StRunLimits& limits, bool border) {
   bool const haveStartsLeft = s < starts.size();
   starts.resize(pairs);
   ends.resize(pairs);
-  return !haveStartsLeft;
+  return haveStartsLeft ? EnPairing::Failed : result;
 }
 
 void EraseOuterColumns(StRunLimits& limits) {

@@ -12,8 +12,6 @@
 
 namespace ORVA::Impl {
 
-__extension__ using int128 = __int128;
-
 /// CExBadParam where the corners' box has a side longer than a digital line can be.
 void CheckSpan(std::span<CTriple<int64> const> corners, StExLocation const& location);
 
@@ -61,8 +59,14 @@ void SignEdges(Area& area, StRunLimits& limits, std::span<CTriple<int64> const> 
 
 void SortLimits(StRunLimits& limits);
 
-/// Leaves one start and one end a run, in scan order. False where they do not pair.
-[[nodiscard]] bool PairLimits(StRunLimits& limits, bool border);
+enum class EnPairing {
+  Failed, ///< starts and ends do not pair
+  Lossy,  ///< all pair, but a part of a side that a corner splits is left out
+  Whole
+};
+
+/// Leaves one start and one end a run, in scan order.
+[[nodiscard]] EnPairing PairLimits(StRunLimits& limits, bool border);
 
 /// Removes the runs of the leftmost and of the rightmost column.
 void EraseOuterColumns(StRunLimits& limits);

@@ -88,7 +88,7 @@ constexpr std::array<double (*)(Impl::StTextureArrays const&) noexcept, 13> c_fe
 } // namespace
 
 struct CCooccurrence::StArrays {
-  // C[i][j] at i * 256 + j.
+  // C[i][j] at j * 256 + i, which is how an output image has it: writing it there is copying.
   std::vector<std::uint32_t> m_Counts = std::vector<std::uint32_t>(Impl::c_nCells);
   Impl::StPairScratch scratch;
   Impl::StTextureArrays texture;
@@ -120,7 +120,7 @@ void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* 
   CheckDimension(in, where);
   CheckInPlane(in, *direction, where);
   CProgress progress(*this, 2, c_busy);
-  ProcessMatrix(in, direction);
+  ProcessMatrix(in, *direction);
   progress.Advance();
   DataToImage(out);
   progress.Finish();
@@ -135,8 +135,7 @@ void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
   CheckOutput(out, directions, where);
   CProgress progress(*this, directions, c_busy);
   for (int slice = 0; slice < directions; ++slice) {
-    CTriple<long> direction = m_cDirections[static_cast<std::size_t>(slice)];
-    ProcessMatrix(in, &direction);
+    ProcessMatrix(in, m_cDirections[static_cast<std::size_t>(slice)]);
     DataToImage(out, slice);
     progress.Advance();
   }
@@ -148,15 +147,7 @@ void CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long>* direction,
   auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
   CheckDirection(direction, where);
   CheckFeatures(features, where);
-  CheckDimension(in, where);
-  CheckInPlane(in, *direction, where);
-  CProgress progress(*this, 3, c_busy);
-  ProcessMatrix(in, direction);
-  progress.Advance();
-  PrepareArrays(NumberOfPairs(in.Size(), *direction));
-  progress.Advance();
-  ProcessMap(features);
-  progress.Finish();
+  CountFeatures(in, *direction, features, where);
 }
 
 void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
@@ -164,21 +155,61 @@ void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
   auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
   CheckDirection(direction, where);
   CheckFeatures(features, where);
+  CountMatrixAndFeatures(out, in, *direction, features, where);
+}
+
+void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long> direction) {
+  ComputeMatrix(out, in, &direction);
+}
+
+CCooccurrence::CFeatures CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long> direction) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
+  CheckDirection(&direction, where);
+  return CountFeatures(in, direction, nullptr, where);
+}
+
+CCooccurrence::CFeatures CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
+                                                                 CTriple<long> direction) {
+  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
+  CheckDirection(&direction, where);
+  return CountMatrixAndFeatures(out, in, direction, nullptr, where);
+}
+
+CCooccurrence::CFeatures CCooccurrence::CountFeatures(IImage const& in, CTriple<long> direction,
+                                                      CValueMap* map,
+                                                      Impl::StExLocation const& where) {
+  CheckDimension(in, where);
+  CheckInPlane(in, direction, where);
+  CProgress progress(*this, 3, c_busy);
+  ProcessMatrix(in, direction);
+  progress.Advance();
+  PrepareArrays(NumberOfPairs(in.Size(), direction));
+  progress.Advance();
+  CFeatures const features = ProcessMap(map);
+  progress.Finish();
+  return features;
+}
+
+CCooccurrence::CFeatures CCooccurrence::CountMatrixAndFeatures(IImage& out, IImage const& in,
+                                                               CTriple<long> direction,
+                                                               CValueMap* map,
+                                                               Impl::StExLocation const& where) {
   CheckOutput(out, 1, where);
   CheckDimension(in, where);
-  CheckInPlane(in, *direction, where);
+  CheckInPlane(in, direction, where);
   CProgress progress(*this, 4, c_busy);
   ProcessMatrix(in, direction);
   progress.Advance();
   DataToImage(out);
   progress.Advance();
-  PrepareArrays(NumberOfPairs(in.Size(), *direction));
+  PrepareArrays(NumberOfPairs(in.Size(), direction));
   progress.Advance();
-  ProcessMap(features);
+  CFeatures const features = ProcessMap(map);
   progress.Finish();
+  return features;
 }
 
-void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long>* direction) {
+void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long> direction) {
   auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ProcessMatrix");
   if (in.Size().Dim() != 3 && in.Size().Dim() != 2) Impl::Raise(where, "Images must be 2d or 3d.");
   auto const type = in.Type();
@@ -187,7 +218,8 @@ void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long>* direction) {
   CImageAccess const access = in.CreateAccess(false);
   Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
                                 static_cast<int>(type.Bytes())};
-  if (!Impl::CountPairs(block, {direction->x, direction->y, direction->z}, m_Arrays->Counts(),
+  // The opposite direction counts the transposed matrix.
+  if (!Impl::CountPairs(block, {-direction.x, -direction.y, -direction.z}, m_Arrays->Counts(),
                         m_Arrays->scratch)) {
     std::ranges::fill(m_Arrays->m_Counts, 0u);
     Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
@@ -202,22 +234,38 @@ void CCooccurrence::DataToImage(IImage& out, int slice) const {
                 "Images must be 2d or 3d.");
   CImageAccess const access = out.CreateAccess(true);
   std::byte* const first = access.WritableBase() + slice * access.Stride(0);
-  auto count = m_Arrays->m_Counts.begin();
-  for (int64 i = 0; i < m_cGreyLevels; ++i)
-    for (int64 j = 0; j < m_cGreyLevels; ++j, ++count)
-      std::memcpy(first + i * access.Stride(1) + j * access.Stride(2), &*count, sizeof *count);
+  constexpr auto c_nBytes = static_cast<int64>(sizeof(std::uint32_t));
+  constexpr auto c_nColumn = static_cast<std::size_t>(m_cGreyLevels);
+  std::uint32_t const* column = m_Arrays->m_Counts.data();
+  for (int64 j = 0; j < m_cGreyLevels; ++j, column += c_nColumn) {
+    std::byte* const to = first + j * access.Stride(2);
+    if (access.Stride(1) == c_nBytes) {
+      std::memcpy(to, column, c_nColumn * sizeof *column);
+    } else {
+      for (std::size_t i = 0; i < c_nColumn; ++i)
+        std::memcpy(to + static_cast<int64>(i) * access.Stride(1), column + i, sizeof *column);
+    }
+  }
 }
 
 void CCooccurrence::PrepareArrays(double N) {
   if (std::abs(N) < std::numeric_limits<double>::epsilon())
     Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CCooccurrence::PrepareArrays"),
                 "Cooccurrence::PrepareArrays: division by null/epsilon!");
-  Impl::FillTextureArrays(m_Arrays->texture, m_Arrays->Counts(), N);
+  Impl::FillTextureArrays(m_Arrays->texture, {m_Arrays->Counts()}, N);
 }
 
-void CCooccurrence::ProcessMap(CValueMap* features) const {
+// Into a copy of the map first: where memory runs out, the map stays as it was.
+CCooccurrence::CFeatures CCooccurrence::ProcessMap(CValueMap* map) const {
+  CFeatures features{};
   for (std::size_t k = 0; k < c_features.size(); ++k)
-    features->SetEntry(m_cFeatureNames[k], CValueDouble(c_features[k](m_Arrays->texture)));
+    features[k] = c_features[k](m_Arrays->texture);
+  if (map == nullptr) return features;
+  CValueMap all(*map);
+  for (std::size_t k = 0; k < features.size(); ++k)
+    all.SetEntry(m_cFeatureNames[k], CValueDouble(features[k]));
+  *map = std::move(all);
+  return features;
 }
 
 } // namespace ORVA

@@ -3,127 +3,148 @@
 #include "Utils/Cooccurrence/PairBlock.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <utility>
 
 namespace ORVA::Impl {
 namespace {
 
-// The counters of even and of odd pairs. Where neighboring pairs are equal, as they often are in
-// real images, an increment would otherwise wait for the store of the one before it.
-using Tables = std::array<std::uint32_t*, 2>;
+using Index = std::uint16_t;
+using Indices = std::span<Index const>;
 
-// Two rows of voxels of which the i-th ones make a pair.
-struct StRowPair {
-  std::byte const* a;
-  std::byte const* b;
-  std::int64_t stride; // bytes
+// ---------------------------------------------------------------------------------------------
+// Counting indices
 
-  [[nodiscard]] StRowPair From(std::int64_t pair) const noexcept {
-    return {a + pair * stride, b + pair * stride, stride};
-  }
+constexpr std::size_t c_nUnrolled = 16;
+constexpr std::size_t c_nRun = 8; // equal pairs that are counted together
 
-  template <class Block, int Bytes>
-  [[nodiscard]] Block Load() const noexcept {
-    return Block::template Load<Bytes>(a, b, stride);
+// Two tables of counters, for even and odd pairs, or one for both.
+struct StTables {
+  std::uint32_t* even;
+  std::uint32_t* odd;
+
+  template <std::size_t... I>
+  [[gnu::always_inline]] void Count(Index const* indices,
+                                    std::index_sequence<I...>) const noexcept {
+    (++(I % 2 == 0 ? even : odd)[indices[I]], ...);
   }
 };
 
-using AllOfBlock = std::make_index_sequence<c_nBlockPairs>;
-
-// Inlined always: a call would move the block from registers to memory and back.
-template <class Block, std::size_t... I>
-[[gnu::always_inline]] inline void CountBlock(Block const& block, Tables tables,
-                                              std::index_sequence<I...>) noexcept {
-  (++tables[I % 2][block.template Index<I>()], ...);
+// The processor reads the indices one by one: that is less work than to take wider words apart. Out
+// of line, so that no compiler joins these reads with the wider ones of CountRuns.
+[[gnu::noinline]] void CountEach(Indices indices, StTables tables) noexcept {
+  for (std::size_t k = 0; k < indices.size(); k += c_nUnrolled)
+    tables.Count(indices.data() + k, std::make_index_sequence<c_nUnrolled>());
 }
 
-// The number of the first `n` pairs that belong to whole blocks equal to `run`.
-template <class Block, int Bytes>
-std::int64_t RunLength(StRowPair row, std::int64_t n, Block const& run) noexcept {
-  std::int64_t length = 0;
-  for (; n - length >= c_nBlockPairs && row.template Load<Block, Bytes>() == run;
-       length += c_nBlockPairs)
-    row = row.From(c_nBlockPairs);
-  return length;
+// Four successive indices.
+std::uint64_t Word(Index const* indices) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, indices, sizeof word);
+  return word;
 }
 
-// For rows shorter than a block.
-template <int Bytes>
-void CountShortRow(StRowPair row, std::int64_t n, Tables tables) noexcept {
-  for (std::size_t i = 0; n > 0; ++i, --n, row = row.From(1))
-    ++tables[i % 2][PairIndex<Bytes>(row.a, row.b)];
-}
-
-// The last `n` pairs of a block. The rows of an image leave the same number over, so that the
-// comparisons are foreseen.
-template <class Block, std::size_t... I>
-[[gnu::always_inline]] inline void CountLast(Block const& block, std::size_t n, Tables tables,
-                                             std::index_sequence<I...>) noexcept {
-  (static_cast<void>(I + n >= c_nBlockPairs ? ++tables[I % 2][block.template Index<I>()] : 0U),
-   ...);
-}
-
-template <class Block, int Bytes>
-void CountRow(StRowPair row, std::int64_t n, Tables tables) noexcept {
-  if (n < c_nBlockPairs) return CountShortRow<Bytes>(row, n, tables);
-  do {
-    Block const block = row.template Load<Block, Bytes>();
-    Block const run = block.Run();
-    std::int64_t length = c_nBlockPairs;
-    if (block == run) {
-      length += RunLength<Block, Bytes>(row.From(length), n - length, run);
-      tables[0][block.First()] += static_cast<std::uint32_t>(length);
-    } else {
-      CountBlock(block, tables, AllOfBlock());
+// The same counts where equal pairs follow each other, as in the background of an image.
+[[gnu::noinline]] void CountRuns(Indices indices, StTables tables) noexcept {
+  Index cell = 0;
+  std::uint32_t length = 0; // of the run that goes on: one addition when it ends
+  for (std::size_t k = 0; k < indices.size(); k += c_nRun) {
+    std::uint64_t const word = Word(&indices[k]), next = Word(&indices[k + c_nRun / 2]);
+    if (((word ^ next) | (word ^ std::rotl(word, 16))) != 0) {
+      tables.Count(&indices[k], std::make_index_sequence<c_nRun>());
+      continue;
     }
-    row = row.From(length);
-    n -= length;
-  } while (n >= c_nBlockPairs);
-  if (n == 0) return;
-  // The rest is the end of the row's last block, the other pairs of which are counted already.
-  Block const last = row.From(n - c_nBlockPairs).template Load<Block, Bytes>();
-  if (last == last.Run()) {
-    tables[0][last.First()] += static_cast<std::uint32_t>(n);
-  } else {
-    CountLast(last, static_cast<std::size_t>(n), tables, AllOfBlock());
+    if (indices[k] != cell) tables.even[cell] += std::exchange(length, 0U);
+    cell = indices[k];
+    length += c_nRun;
   }
+  tables.even[cell] += length;
+}
+
+// Whether runs are likely, from a look at a few places. Single indices are read: a wider word may
+// span two stores that the processor has yet to bring together.
+bool HasRuns(Indices indices) noexcept {
+  bool any = false;
+  for (std::size_t k = 0; k + c_nRun <= indices.size(); k += 4 * c_nUnrolled)
+    any |= (indices[k] == indices[k + c_nRun / 2]) & (indices[k] == indices[k + c_nRun - 1]);
+  return any;
 }
 
 // The counters of one call. A batch of pairs goes into 32-bit tables that cannot overflow within
 // it; only a second batch makes 64-bit totals necessary.
 class CPairCounters {
 public:
-  CPairCounters(std::span<std::uint32_t, c_nCells> counts, StPairScratch& scratch, bool twoTables,
-                std::uint32_t batch)
-      : m_Counts(counts), m_Scratch(scratch), m_Batch(batch), m_Room(batch) {
+  CPairCounters(std::span<std::uint32_t, c_nCells> counts, StPairScratch& scratch,
+                StPairOptions const& options)
+      : m_Counts(counts), m_Scratch(scratch), m_Batch(options.batch), m_Room(options.batch),
+        m_TwoTablesFrom(options.twoTablesFrom) {
     std::ranges::fill(m_Counts, 0U);
-    m_Odd = twoTables ? OddTable() : m_Counts;
-    if (twoTables) std::ranges::fill(m_Odd, 0U);
   }
 
-  [[nodiscard]] Tables EvenAndOdd() const noexcept { return {m_Counts.data(), m_Odd.data()}; }
-
-  // Returns how many of `pairs` more pairs may be counted now: at least one.
+  // Returns how many of `pairs` more pairs may be counted now: at least one, at most c_nMostAtOnce.
+  static constexpr std::int64_t c_nMostAtOnce = 256;
   [[nodiscard]] std::int64_t Take(std::int64_t pairs) {
-    if (m_Room == 0) EmptyIntoTotals();
-    std::int64_t const taken = std::min(pairs, m_Room);
+    if (m_Room == 0) [[unlikely]]
+      EmptyIntoTotals();
+    std::int64_t const taken = std::min({pairs, m_Room, c_nMostAtOnce});
     m_Room -= taken;
     return taken;
   }
 
+  // Pairs wait here as indices until there are enough of them, so that the counting knows no ends
+  // of rows. Write those that may be counted at Waiting(), then say how many.
+  [[nodiscard]] Index* Waiting() noexcept { return m_Waiting.data() + m_nWaiting; }
+  void Added(std::int64_t n) {
+    m_nWaiting += static_cast<std::size_t>(n);
+    if (m_nWaiting >= c_nEnough) CountWaiting();
+  }
+
   // Brings the counts together; false when one needs more than 32 bits.
   [[nodiscard]] bool Finish() {
+    CountRest();
     if (m_HasTotals) {
       EmptyIntoTotals();
       return NarrowTotals();
     }
-    if (m_Odd.data() != m_Counts.data())
+    if (HasTwoTables())
       for (std::size_t k = 0; k < c_nCells; ++k) m_Counts[k] += m_Odd[k];
     return true;
   }
 
 private:
   using Table = std::span<std::uint32_t, c_nCells>;
+  static constexpr std::size_t c_nEnough = 256;
+  static constexpr std::int64_t c_nSample = 64; // one of so many fillings is looked at
+
+  [[nodiscard]] bool HasTwoTables() const noexcept { return m_Odd.data() != m_Counts.data(); }
+
+  [[gnu::noinline]] void CountWaiting() {
+    if (!HasTwoTables() && m_nFilled++ % c_nSample == 0) ConsiderTwoTables();
+    std::size_t const whole = m_nWaiting / c_nUnrolled * c_nUnrolled;
+    Indices const indices(m_Waiting.data(), whole);
+    StTables const tables{m_Counts.data(), m_Odd.data()};
+    HasRuns(indices) ? CountRuns(indices, tables) : CountEach(indices, tables);
+    m_nWaiting -= whole;
+    std::copy_n(m_Waiting.begin() + static_cast<std::ptrdiff_t>(whole), c_nUnrolled,
+                m_Waiting.begin());
+  }
+
+  void CountRest() noexcept {
+    for (std::size_t k = 0; k < m_nWaiting; ++k) ++m_Counts[m_Waiting[k]];
+    m_nWaiting = 0;
+  }
+
+  // An increment waits for the store of the one before it where neighboring pairs are equal, but
+  // for tables of their own. Clearing and merging the second table has to be worth it.
+  void ConsiderTwoTables() {
+    std::int64_t equal = 0;
+    for (std::size_t k = 1; k < c_nEnough; ++k) equal += m_Waiting[k] == m_Waiting[k - 1] ? 1 : 0;
+    m_nEqual += equal * c_nSample;
+    if (m_nEqual < m_TwoTablesFrom) return;
+    m_Odd = OddTable();
+    std::ranges::fill(m_Odd, 0U);
+  }
 
   // Places the odd table so that its cells fall into other cache sets than the same cells of the
   // even one: tables a multiple of 4096 bytes apart would evict each other.
@@ -137,11 +158,11 @@ private:
   }
 
   void EmptyIntoTotals() {
+    CountRest();
     if (!m_HasTotals) m_Scratch.totals.assign(c_nCells, 0U);
     m_HasTotals = true;
-    bool const twoTables = m_Odd.data() != m_Counts.data();
     for (std::size_t k = 0; k < c_nCells; ++k)
-      m_Scratch.totals[k] += std::uint64_t{m_Counts[k]} + (twoTables ? m_Odd[k] : 0U);
+      m_Scratch.totals[k] += std::uint64_t{m_Counts[k]} + (HasTwoTables() ? m_Odd[k] : 0U);
     std::ranges::fill(m_Counts, 0U);
     std::ranges::fill(m_Odd, 0U);
     m_Room = m_Batch;
@@ -157,12 +178,63 @@ private:
   }
 
   Table m_Counts;
-  Table m_Odd = m_Counts;
+  Table m_Odd = m_Counts; // the same as long as there is one table
   StPairScratch& m_Scratch;
   std::int64_t m_Batch;
   std::int64_t m_Room; // pairs that still fit into this batch
+  std::int64_t m_TwoTablesFrom;
+  std::int64_t m_nEqual = 0;  // estimated number of equal neighbors among the pairs
+  std::int64_t m_nFilled = 0; // times that m_Waiting was filled
+  std::size_t m_nWaiting = 0; // below c_nEnough between two rows
+  std::array<Index, c_nEnough + c_nMostAtOnce + c_nUnrolled> m_Waiting;
   bool m_HasTotals = false;
 };
+
+// ---------------------------------------------------------------------------------------------
+// Rows and boxes of pairs
+
+// Two rows of voxels of which the i-th ones make a pair.
+template <class Block, int Bytes>
+struct StRowPair {
+  std::byte const* a;
+  std::byte const* b;
+  std::int64_t stride; // bytes
+
+  // Skips pairs. The stride is a constant to the compiler where the block knows it.
+  void Skip(std::int64_t pairs) noexcept {
+    std::int64_t const bytes = pairs * Block::template Stride<Bytes>(stride);
+    a += bytes;
+    b += bytes;
+  }
+
+  void WriteBlock(Index* to) const noexcept { Block::template Write<Bytes>(a, b, stride, to); }
+
+  // Writes the indices of `n` pairs; of what is more than whole blocks by a last block that
+  // overlaps the one before it.
+  void Write(std::int64_t n, Index* to) const noexcept {
+    StRowPair row = *this;
+    if (n < c_nBlockPairs) {
+      for (; n > 0; --n, row.Skip(1)) *to++ = PairIndex<Bytes>(row.a, row.b);
+      return;
+    }
+    for (; n >= c_nBlockPairs; n -= c_nBlockPairs, to += c_nBlockPairs, row.Skip(c_nBlockPairs))
+      row.WriteBlock(to);
+    if (n == 0) return;
+    row.Skip(n - c_nBlockPairs);
+    row.WriteBlock(to + n - c_nBlockPairs);
+  }
+};
+
+template <class RowPair>
+void CountRow(RowPair row, std::int64_t n, CPairCounters& counters) {
+  while (n > 0) {
+    std::int64_t const part = counters.Take(n);
+    row.Write(part, counters.Waiting());
+    counters.Added(part);
+    row.Skip(part);
+    n -= part;
+  }
+}
 
 // The pairs of a block: rows of `count[0]` pairs, of which there are `count[1]` in a plane and
 // `count[2]` planes of those; `a` and `b` are the voxels of the first pair.
@@ -175,17 +247,11 @@ struct StPairBox {
 
 template <class Block, int Bytes>
 void CountBox(StPairBox const& box, CPairCounters& counters) {
-  Tables const tables = counters.EvenAndOdd();
   for (std::int64_t z = 0; z < box.count[2]; ++z) {
     for (std::int64_t y = 0; y < box.count[1]; ++y) {
       std::int64_t const begin = y * box.stride[1] + z * box.stride[2];
-      StRowPair row{box.a + begin, box.b + begin, box.stride[0]};
-      for (std::int64_t n = box.count[0]; n > 0;) {
-        std::int64_t const part = counters.Take(n);
-        CountRow<Block, Bytes>(row, part, tables);
-        row = row.From(part);
-        n -= part;
-      }
+      StRowPair<Block, Bytes> row{box.a + begin, box.b + begin, box.stride[0]};
+      CountRow(row, box.count[0], counters);
     }
   }
 }
@@ -248,10 +314,8 @@ bool CountPairs(StGrayBlock const& block, std::array<std::int64_t, 3> const& dir
   StRange const x = PairRange(block.extent[0], direction[0]);
   StRange const y = PairRange(block.extent[1], direction[1]);
   StRange const z = PairRange(block.extent[2], direction[2]);
-  double const pairs =
-      static_cast<double>(x.count) * static_cast<double>(y.count) * static_cast<double>(z.count);
-  CPairCounters counters(counts, scratch, pairs >= options.twoTablesFrom, options.batch);
-  if (pairs == 0) return true;
+  CPairCounters counters(counts, scratch, options);
+  if (x.count == 0 || y.count == 0 || z.count == 0) return true;
 
   std::byte const* const first = block.base + Dot({x.first, y.first, z.first}, block.stride);
   StPairBox box{

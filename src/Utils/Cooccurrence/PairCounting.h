@@ -35,8 +35,8 @@ enum class EPairPath {
   Plain    ///< standard C++ only
 };
 
-/// Memory that is kept from one call to the next: 260 KiB, and 512 KiB more once an image has had
-/// more than 2^32 - 1 pairs.
+/// Memory that is kept from one call to the next: none at first, 260 KiB once an image has had many
+/// equal pairs side by side, and 512 KiB more once one has had more than 2^32 - 1 pairs.
 struct StPairScratch {
   std::vector<std::uint32_t> odd;
   std::vector<std::uint64_t> totals;
@@ -47,8 +47,9 @@ struct StPairOptions {
   EPairPath path = EPairPath::Fastest;
   /// Pairs after which the 32-bit counters are emptied into 64-bit ones: at least 1.
   std::uint32_t batch = std::numeric_limits<std::uint32_t>::max();
-  /// Pairs from which on clearing and merging a second table of counters costs less than it saves.
-  double twoTablesFrom = 3e5;
+  /// Equal neighbors among the pairs, seen so far, from which on a second table of counters is
+  /// worth the time to clear and to merge it.
+  std::int64_t twoTablesFrom = 100000;
 };
 
 /// Clears `counts`, then adds 1 to counts[a * 256 + b] for each voxel v of the block for which

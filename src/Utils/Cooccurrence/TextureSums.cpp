@@ -16,8 +16,12 @@ constexpr std::size_t c_nSums = 2 * c_nLevels - 1;
 constexpr std::size_t c_nStrip = 16; // cells that are skipped together when they are all zero
 constexpr double c_dEpsilon = std::numeric_limits<double>::epsilon();
 constexpr double c_dPerLevel = 1.0 / 256;
+// Below this, HXY2 - HXY loses too many digits as a difference.
+constexpr double c_dHardlyDependent = 1.0 / 32;
+// Products of two numbers below this fit 64 bits.
+constexpr std::uint64_t c_nProductsFit = std::uint64_t{1} << 31U;
 
-using Counts = std::span<std::uint32_t const, c_nLevels * c_nLevels>;
+__extension__ using int128 = __int128;
 using Strip = std::span<std::uint32_t const, c_nStrip>;
 
 double TimesLog(double p) noexcept { return p > 0 ? p * std::log(p) : 0; }
@@ -76,12 +80,16 @@ void AddToMarginals(StMarginals& marginals, std::size_t i, std::size_t j, Strip 
 // The terms of the counts divided by N, those seen last kept by their lowest bits.
 class CTerms {
 public:
-  CTerms(std::span<StCountTerm> terms, double N) noexcept : m_Terms(terms), m_N(N) {
+  // Counts are at most N: for few pairs a few places do.
+  CTerms(std::span<StCountTerm> terms, double N) noexcept : m_N(N) {
+    std::size_t size = 64;
+    while (size < terms.size() && static_cast<double>(size) <= N) size *= 2;
+    m_Terms = terms.first(size);
     std::ranges::fill(m_Terms, StCountTerm{}); // the term of count 0, which is right in place 0
   }
 
   StCountTerm operator()(std::uint32_t count) noexcept {
-    StCountTerm& kept = m_Terms[count % c_nTextureTerms];
+    StCountTerm& kept = m_Terms[count & (m_Terms.size() - 1)];
     if (kept.count == count) [[likely]]
       return kept;
     double const p = count / m_N;
@@ -91,19 +99,17 @@ public:
   }
 
 private:
-  std::span<StCountTerm> m_Terms;
+  std::span<StCountTerm> m_Terms; // as many as a power of 2
   double m_N;
 };
 
-// Fills p of a strip. Unrolled, so that the chains of sums stay in registers.
+// Unrolled, so that the chains of sums stay in registers.
 template <std::size_t... K>
-[[gnu::always_inline]] inline void SweepCells(Strip counts, CTerms& terms, double* p,
-                                              StCellSums& sums,
+[[gnu::always_inline]] inline void SweepCells(Strip counts, CTerms& terms, StCellSums& sums,
                                               std::index_sequence<K...>) noexcept {
   StCellSums local = sums;
   auto const sweepCell = [&](std::size_t k) {
     StCountTerm const term = terms(counts[k]);
-    p[k] = term.p;
     local.squares[k % 4] += term.p * term.p;
     local.entropy[k % 4] -= term.pLogP;
   };
@@ -111,26 +117,85 @@ template <std::size_t... K>
   sums = local;
 }
 
-void Sweep(StTextureArrays& arrays, Counts counts, double N, StMarginals& marginals) noexcept {
+// A square of cells, row by row.
+using Tile = std::array<std::array<std::uint32_t, c_nStrip>, c_nStrip>;
+
+// The cells from row i, column j on; false where all are zero.
+bool LoadTile(StTransposedCounts counts, std::size_t i, std::size_t j, Tile& tile) noexcept {
+  std::uint32_t const* const first = counts.m_Cells.data() + j * c_nLevels + i;
+  std::array<std::uint32_t, c_nStrip> any{};
+  for (std::size_t column = 0; column < c_nStrip; ++column)
+    for (std::size_t row = 0; row < c_nStrip; ++row) any[row] |= first[column * c_nLevels + row];
+  if (IsZero(any)) return false;
+  for (std::size_t row = 0; row < c_nStrip; ++row)
+    for (std::size_t column = 0; column < c_nStrip; ++column)
+      tile[row][column] = first[column * c_nLevels + row];
+  return true;
+}
+
+void Sweep(StTextureArrays& arrays, StTransposedCounts counts, double N,
+           StMarginals& marginals) noexcept {
   CTerms terms(arrays.m_Terms, N);
-  double squares = 0, entropy = 0;
-  for (std::size_t i = 0; i < c_nLevels; ++i) {
-    StCellSums sums;
-    for (std::size_t j = 0; j < c_nLevels; j += c_nStrip) {
-      Strip const strip(counts.data() + i * c_nLevels + j, c_nStrip);
-      double* const p = arrays.m_Probabilities.data() + i * c_nLevels + j;
-      if (IsZero(strip)) {
-        std::fill_n(p, c_nStrip, 0.0);
-        continue;
+  std::array<StCellSums, c_nLevels> rows{};
+  Tile tile;
+  for (std::size_t j = 0; j < c_nLevels; j += c_nStrip)
+    for (std::size_t i = 0; i < c_nLevels; i += c_nStrip) {
+      if (!LoadTile(counts, i, j, tile)) continue;
+      for (std::size_t row = 0; row < c_nStrip; ++row) {
+        Strip const strip(tile[row]);
+        if (IsZero(strip)) continue;
+        AddToMarginals(marginals, i + row, j, strip);
+        SweepCells(strip, terms, rows[i + row], std::make_index_sequence<c_nStrip>());
       }
-      AddToMarginals(marginals, i, j, strip);
-      SweepCells(strip, terms, p, sums, std::make_index_sequence<c_nStrip>());
     }
-    squares += Total(sums.squares);
-    entropy += Total(sums.entropy);
+  double squares = 0, entropy = 0;
+  for (StCellSums const& row : rows) {
+    squares += Total(row.squares);
+    entropy += Total(row.entropy);
   }
   arrays.m_SumOfSquares = squares;
   arrays.m_Entropy = entropy;
+}
+
+// 1 / (k (k - 1)) for k = 2 .. 18: the coefficients of ((1 + u) ln(1 + u) - u) / u^2 in powers of
+// -u.
+constexpr auto c_surpriseSeries = [] {
+  std::array<double, 17> series{};
+  for (std::size_t n = 0; n < series.size(); ++n)
+    series[n] = 1 / static_cast<double>((n + 2) * (n + 1));
+  return series;
+}();
+
+// (1 + u) ln(1 + u) - u for u >= -1, never negative; by its series where the difference would lose
+// digits.
+double Surprise(double u) noexcept {
+  if (std::abs(u) >= 0.125) return u > -1 ? (1 + u) * std::log1p(u) - u : 1;
+  double sum = 0;
+  for (std::size_t n = c_surpriseSeries.size(); n-- > 0;) sum = c_surpriseSeries[n] - u * sum;
+  return u * u * sum;
+}
+
+// The mutual information: sum of p ln(p / (p_x p_y)) where p adds up to 1. With
+// p = p_x p_y (1 + u) that is the sum of p_x p_y ((1 + u) ln(1 + u) - u), since u weighted by p_x
+// p_y adds up to 0: no term is negative, hence no digits are lost. u = (C N - C_x C_y) / (C_x C_y)
+// has an exact numerator, which is 0 for independent levels.
+template <class Exact>
+double MutualInformation(StTransposedCounts counts, StMarginals const& marginals,
+                         std::uint64_t N) noexcept {
+  double sum = 0;
+  for (std::size_t j = 0; j < c_nLevels; ++j) {
+    double column = 0;
+    for (std::size_t i = 0; i < c_nLevels && marginals.y[j] > 0; ++i) {
+      if (marginals.x[i] == 0) continue;
+      Exact const product = static_cast<Exact>(marginals.x[i]) * static_cast<Exact>(marginals.y[j]);
+      Exact const joint =
+          static_cast<Exact>(counts.m_Cells[j * c_nLevels + i]) * static_cast<Exact>(N);
+      auto const weight = static_cast<double>(product);
+      column += weight * Surprise(static_cast<double>(joint - product) / weight);
+    }
+    sum += column;
+  }
+  return sum / static_cast<double>(N) / static_cast<double>(N);
 }
 
 template <std::size_t Size>
@@ -160,7 +225,7 @@ Fold(std::array<std::uint64_t, c_nSums> const& signedDifference) noexcept {
 
 } // namespace
 
-void FillTextureArrays(StTextureArrays& arrays, Counts counts, double N) noexcept {
+void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, double N) noexcept {
   StMarginals marginals;
   Sweep(arrays, counts, N, marginals);
   auto const difference = Fold(marginals.difference);
@@ -181,6 +246,11 @@ void FillTextureArrays(StTextureArrays& arrays, Counts counts, double N) noexcep
   arrays.m_Total = over(total);
   arrays.m_EntropyX = EntropyOf(arrays.m_RowMarginal);
   arrays.m_EntropyY = EntropyOf(arrays.m_ColumnMarginal);
+  arrays.m_Dependence = H2(arrays) - arrays.m_Entropy;
+  if (std::abs(arrays.m_Dependence) < c_dHardlyDependent && static_cast<double>(total) == N)
+    arrays.m_Dependence = total < c_nProductsFit
+                              ? MutualInformation<std::int64_t>(counts, marginals, total)
+                              : MutualInformation<int128>(counts, marginals, total);
 }
 
 double Sigma_x(StTextureArrays const& arrays) noexcept {
@@ -246,7 +316,7 @@ double InformationMeasureOfCorrelation1(StTextureArrays const& arrays) noexcept 
 // 1 - exp(x) as -expm1(x), which keeps its digits where the voxels of a pair hardly depend on each
 // other and x is close to 0.
 double InformationMeasureOfCorrelation2(StTextureArrays const& arrays) noexcept {
-  double const square = -std::expm1(2 * (Entropy(arrays) - H2(arrays)));
+  double const square = -std::expm1(-2 * arrays.m_Dependence);
   return square > 0 ? std::sqrt(square) : 0;
 }
 

@@ -1,7 +1,7 @@
 // The distributions of a co-occurrence matrix and the texture features that follow from them.
 // Example:
 //   Impl::StTextureArrays arrays; // reused from matrix to matrix
-//   Impl::FillTextureArrays(arrays, counts, numberOfPairs);
+//   Impl::FillTextureArrays(arrays, transposedCounts, numberOfPairs);
 //   double const entropy = Impl::Entropy(arrays);
 //   double const contrast = Impl::Contrast(arrays);
 //   double const px = arrays.m_RowMarginal[17]; // probability of level 17 in the first voxel of a
@@ -23,13 +23,18 @@ struct StCountTerm {
   double pLogP = 0;
 };
 
-/// How many of them are kept, by the lowest bits of the count.
+/// How many of them are kept at most, by the lowest bits of the count.
 constexpr std::size_t c_nTextureTerms = 4096;
 
-/// Everything that the features read: the normalized matrix p, its distributions, and the sums that
-/// need the matrix itself, gathered in the one sweep that fills it. About 600 KiB.
+/// The counts of a matrix, column by column: row i, column j at j * 256 + i. That is how an output
+/// image has them in memory, and what counting in the opposite direction gives.
+struct StTransposedCounts {
+  std::span<std::uint32_t const, 65536> m_Cells;
+};
+
+/// Everything that the features read: the distributions of the normalized matrix p, and the sums
+/// that need the matrix itself, gathered in the one sweep over it. About 120 KiB.
 struct StTextureArrays {
-  std::vector<double> m_Probabilities = std::vector<double>(65536); // p(i, j) at i * 256 + j
   std::vector<double> m_SumDistribution = std::vector<double>(511); // p of the sum i + j
   std::vector<double> m_DifferenceDistribution =
       std::vector<double>(256);                                    // p of the difference |i - j|
@@ -45,14 +50,15 @@ struct StTextureArrays {
   double m_Entropy = 0;      // -sum of p ln p, like the two below in nats
   double m_EntropyX = 0;     // the same of p_x
   double m_EntropyY = 0;     // the same of p_y
+  double m_Dependence = 0;   // HXY2 - HXY: what one voxel tells about the other, at least 0
 
   std::vector<StCountTerm> m_Terms = std::vector<StCountTerm>(c_nTextureTerms);
 };
 
-/// Overwrites all arrays by those of the counts (row i, column j at i * 256 + j) divided by N, the
-/// number of pairs, which must not be 0. Allocates nothing. Cost: one pass over the counts.
-void FillTextureArrays(StTextureArrays& arrays, std::span<std::uint32_t const, 65536> counts,
-                       double N) noexcept;
+/// Overwrites all arrays by those of the counts divided by N, the number of pairs, which must not
+/// be 0. Allocates nothing. Cost: one pass over the counts; a second one where the levels of a pair
+/// hardly depend on each other.
+void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, double N) noexcept;
 
 /// Standard deviation of the rows about m_MeanX.
 [[nodiscard]] double Sigma_x(StTextureArrays const& arrays) noexcept;

@@ -1,5 +1,7 @@
 #include <SeluUtils/PlaneSection.h>
 
+#include "Utils/Exact.h"
+
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
@@ -12,7 +14,10 @@ namespace ORVA {
 
 namespace {
 
+using Impl::FloorDivided;
+using Impl::GreatestCommonDivisor;
 using Impl::int128;
+using Impl::Magnitude;
 
 constexpr char c_module[] = "src/Utils/BresenhamVisitor";
 constexpr char c_constructor[] = "ORVA::CPlaneSection::CPlaneSection";
@@ -27,14 +32,6 @@ constexpr int128 c_beyond = int128{7} << 122;
 
 constexpr std::array<int64 CTriple<int64>::*, 3> c_axes = {&CTriple<int64>::x, &CTriple<int64>::y,
                                                            &CTriple<int64>::z};
-
-int128 Magnitude(int128 value) { return value < 0 ? -value : value; }
-
-// For positive divisors.
-int128 FloorDivided(int128 value, int128 divisor) {
-  int128 const quotient = value / divisor;
-  return value % divisor < 0 ? quotient - 1 : quotient;
-}
 
 CString PointText(CTriple<int64> const& p) {
   return CString("(%1, %2, %3)").Arg(p.x).Arg(p.y).Arg(p.z);
@@ -54,17 +51,6 @@ std::array<int128, 3> Difference(CTriple<int64> const& from, CTriple<int64> cons
 bool IsShort(std::array<int128, 3> const& difference) {
   return std::ranges::all_of(
       difference, [](int128 component) { return Magnitude(component) <= int128{1} << 62; });
-}
-
-int128 GreatestCommonDivisor(int128 a, int128 b) {
-  a = Magnitude(a);
-  b = Magnitude(b);
-  while (b != 0) {
-    int128 const rest = a % b;
-    a = b;
-    b = rest;
-  }
-  return a;
 }
 
 // The double times 2^exponent as an integer, half away from zero; saturates at c_beyond.
@@ -131,10 +117,28 @@ int128 CountColumnsBelow(std::array<int64, 2> const& slopes, std::array<int64, 3
   return full * extents[0] + FloorSum(begun - full, along, across, inLast + along - 1);
 }
 
+// A 128-bit number is kept as its two halves.
+template <class Halves>
+int128 Joined(Halves const& halves) {
+  return int128{halves.high} * (int128{1} << 64) + halves.low;
+}
+
+template <class Halves>
+void Split(int128 value, Halves& halves) {
+  halves = {static_cast<uint64>(value), static_cast<int64>(value >> 64)};
+}
+
 } // namespace
 
-void Impl::RaiseNoMorePointsInSection() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CPlaneSection::NextPoint"), "No more points available");
+// normal·p = distance in integers.
+struct CPlaneSection::StPlane {
+  std::array<int128, 3> normal;
+  int128 distance;
+};
+
+void CPlaneSection::RaiseNoMorePoints() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CPlaneSection::NextPoint"),
+              "No more points available");
 }
 
 CPlaneSection::CPlaneSection(CTriple<int64> a, CTriple<int64> b, CTriple<int64> c) {
@@ -150,7 +154,7 @@ CPlaneSection::CPlaneSection(CTriple<int64> a, CTriple<int64> b, CTriple<int64> 
     component /= divisor;
     if (Magnitude(component) > c_largestNormal) RaiseBadPoints(tooFar, a, b, c);
   }
-  SetPlane(normal, normal[0] * a.x + normal[1] * a.y + normal[2] * a.z);
+  SetPlane({normal, normal[0] * a.x + normal[1] * a.y + normal[2] * a.z});
 }
 
 CPlaneSection::CPlaneSection(CTriple<double> normal, double distance) {
@@ -164,11 +168,12 @@ CPlaneSection::CPlaneSection(CTriple<double> normal, double distance) {
   int exponent = 0;
   std::frexp(largest, &exponent);
   int const scale = c_normalBits - exponent; // largest is then 2^59 to 2^60
-  SetPlane({Scaled(normal.x, scale), Scaled(normal.y, scale), Scaled(normal.z, scale)},
-           Scaled(distance, scale));
+  SetPlane({{Scaled(normal.x, scale), Scaled(normal.y, scale), Scaled(normal.z, scale)},
+            Scaled(distance, scale)});
 }
 
-void CPlaneSection::SetPlane(std::array<int128, 3> const& normal, int128 distance) {
+void CPlaneSection::SetPlane(StPlane const& plane) noexcept {
+  auto const& [normal, distance] = plane;
   std::size_t main = 0;
   for (std::size_t k = 1; k < 3; ++k)
     if (Magnitude(normal[k]) >= Magnitude(normal[main])) main = k;
@@ -180,15 +185,11 @@ void CPlaneSection::SetPlane(std::array<int128, 3> const& normal, int128 distanc
   m_Divisor = static_cast<int64>(divisor);
   m_Slopes = {static_cast<int64>(-2 * sign * normal[row]),
               static_cast<int64>(-2 * sign * normal[across])};
-  m_Offset = 2 * sign * distance + divisor / 2;
+  Split(2 * sign * distance + divisor / 2, m_Offset);
 
   m_Climb = m_Slopes[0] < 0 ? -1 : m_Slopes[0] == m_Divisor ? 1 : 0;
   m_RemainderStep = m_Slopes[0] - m_Climb * m_Divisor;
   m_CarryStep = m_RemainderStep - m_Divisor;
-}
-
-int128 CPlaneSection::RowValue(int64 v) const noexcept {
-  return m_Offset + int128{m_Slopes[1]} * v;
 }
 
 void CPlaneSection::SetImageSize(CTriple<int64> size) {
@@ -203,10 +204,11 @@ void CPlaneSection::SetImageSize(CTriple<int64> size) {
     int128 const rise = int128{m_Slopes[0]} * (extents[0] - 1);
     int128 const fall = int128{m_Slopes[1]} * (extents[1] - 1);
     int128 const limit = int128{m_Divisor} * extents[2];
-    rows = Reaching(m_Offset + std::min<int128>(rise, 0), m_Offset + std::max<int128>(rise, 0),
+    int128 const offset = Joined(m_Offset);
+    rows = Reaching(offset + std::min<int128>(rise, 0), offset + std::max<int128>(rise, 0),
                     m_Slopes[1], limit, extents[1]);
     // Mirrored to slopes >= 0, the box is crossed from the lowest column on.
-    int128 const lowest = m_Offset + std::min<int128>(rise, 0) + std::min<int128>(fall, 0);
+    int128 const lowest = offset + std::min<int128>(rise, 0) + std::min<int128>(fall, 0);
     std::array<int64, 2> const slopes = {std::abs(m_Slopes[0]), std::abs(m_Slopes[1])};
     count = CountColumnsBelow(slopes, extents, limit - lowest) -
             CountColumnsBelow(slopes, extents, -lowest);
@@ -226,18 +228,20 @@ void CPlaneSection::Reset() noexcept {
   m_LeftInRow = 0;
   m_Row = m_FirstRow;
   if (m_Steps == 0) return;
-  m_RowQuotient = FloorDivided(RowValue(m_Row), m_Divisor);
-  m_RowRemainder = static_cast<int64>(RowValue(m_Row) - m_RowQuotient * m_Divisor);
+  int128 const value = Joined(m_Offset) + int128{m_Slopes[1]} * m_Row;
+  int128 const quotient = FloorDivided(value, int128{m_Divisor});
+  Split(quotient, m_RowQuotient);
+  m_RowRemainder = static_cast<int64>(value - quotient * m_Divisor);
   EnterRow();
 }
 
 void CPlaneSection::NextRow() {
-  if (m_LeftInRow == 0) Impl::RaiseNoMorePointsInSection();
+  if (m_LeftInRow == 0) RaiseNoMorePoints();
   m_LeftInRow = 0;
   if (++m_Row == m_RowEnd) return;
   int128 const remainder = int128{m_RowRemainder} + m_Slopes[1]; // within 0 and 2^62, or negative
   int const carry = remainder < 0 ? -1 : remainder >= m_Divisor ? 1 : 0;
-  m_RowQuotient += carry;
+  Split(Joined(m_RowQuotient) + carry, m_RowQuotient);
   m_RowRemainder = static_cast<int64>(remainder - int128{carry} * m_Divisor);
   EnterRow();
 }
@@ -245,12 +249,12 @@ void CPlaneSection::NextRow() {
 // A row that enters the box after its first column does so through the lowest or highest voxel: the
 // plane climbs or falls by at most one voxel a column.
 void CPlaneSection::EnterRow() noexcept {
-  int128 const value = RowValue(m_Row);
+  int128 const value = Joined(m_Offset) + int128{m_Slopes[1]} * m_Row;
   int128 const limit = int128{m_Divisor} * m_Extents[2];
   auto const [begin, end] = Reaching(value, value, m_Slopes[0], limit, m_Extents[0]);
   m_LeftInRow = end - begin;
   m_U = begin;
-  m_W = static_cast<int64>(m_RowQuotient);
+  m_W = static_cast<int64>(Joined(m_RowQuotient));
   m_Remainder = m_RowRemainder;
   if (begin > 0) {
     m_W = m_Slopes[0] > 0 ? 0 : m_Extents[2] - 1;

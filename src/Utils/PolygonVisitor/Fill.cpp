@@ -28,7 +28,7 @@ constexpr int64 Ceil(int64 halfUnits) { return (halfUnits + 1) >> 1; }
 template <class Visit>
 void CrossColumns(CTriple<int64> const& a, CTriple<int64> const& b, Visit visit) {
   int64 const dx = b.x - a.x;
-  int64 const rise = FloorDivide(b.y - a.y, dx), restRise = b.y - a.y - rise * dx;
+  int64 const rise = FloorDivided(b.y - a.y, dx), restRise = b.y - a.y - rise * dx;
   int64 whole = a.y, rest = 0;
   for (int64 x = a.x; x <= b.x; ++x) {
     visit(x, 2 * whole + (rest != 0 ? 1 : 0));

@@ -54,13 +54,6 @@ void CheckPlane(std::span<Ring const> rings, CTriple<int64> const& normal) {
                           .Arg(p.z));
 }
 
-// Of equal ones z before y before x.
-int DominantAxis(CTriple<int64> const& normal) {
-  int64 const x = std::abs(normal.x), y = std::abs(normal.y), z = std::abs(normal.z);
-  if (z >= x && z >= y) return 2;
-  return y >= x ? 1 : 0;
-}
-
 } // namespace
 
 StPolygonPlane FlatPlane(std::span<Ring const> rings) {
@@ -82,7 +75,7 @@ StPolygonPlane ObliquePlane(std::span<Ring const> rings) {
   plane.norm = sign * seen.z / divisor;
   plane.slopeU = -sign * seen.x / divisor;
   plane.slopeV = -sign * seen.y / divisor;
-  plane.wholeV = FloorDivide(plane.slopeV, plane.norm);
+  plane.wholeV = FloorDivided(plane.slopeV, plane.norm);
   plane.remainderV = plane.slopeV - plane.wholeV * plane.norm;
   plane.carryV = plane.remainderV - plane.norm;
   return plane;

@@ -108,8 +108,8 @@ CPolygonVisitor::CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
   LookAlongDominantAxis(rings, m_Plane);
   m_Runs = Impl::FillPolygon(rings, dimension == 2 ? neighborhood : InPlane(neighborhood, m_Plane),
                              border);
-  m_Runs.shrink_to_fit();
-  for (Impl::StPolygonRun const& run : m_Runs)
+  m_Runs->shrink_to_fit();
+  for (Impl::StPolygonRun const& run : *m_Runs)
     m_Steps += static_cast<std::uint64_t>(run.high - run.low) + 1;
   Reset();
 }
@@ -127,17 +127,17 @@ void CPolygonVisitor::NextRun() noexcept {
 
 // The voxel of the run's first column: floor(w + 1/2), and what that leaves over.
 void CPolygonVisitor::BeginRun() noexcept {
-  if (m_Run >= m_Runs.size()) {
+  if (m_Run >= m_Runs->size()) {
     m_LeftInRun = 0;
     m_U = m_V = m_W = 0;
     return;
   }
   using Impl::int128;
-  Impl::StPolygonRun const& run = m_Runs[m_Run];
+  Impl::StPolygonRun const& run = (*m_Runs)[m_Run];
   int128 const norm = m_Plane.norm;
   int128 const height =
       int128{m_Plane.slopeU} * run.column + int128{m_Plane.slopeV} * run.low + norm / 2;
-  auto const w = static_cast<int64>(Impl::FloorDivide(height, norm));
+  auto const w = static_cast<int64>(Impl::FloorDivided(height, norm));
   m_Residual = static_cast<int64>(height - w * norm);
   CTriple<int64> const origin = Impl::SeenAlong(m_Plane.dominantAxis, m_Plane.origin);
   m_U = origin.x + run.column;

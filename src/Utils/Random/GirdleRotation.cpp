@@ -27,22 +27,30 @@ void CGirdleRotation::Check(int line) const {
         CString("Invalid Anisotropyparameter beta. b=%1").Arg(m_Beta));
 }
 
-CEulerRotation CGirdleRotation::operator()() {
+template <class Source>
+CEulerRotation CGirdleRotation::Draw(Source& source) const {
   constexpr double twoPi = 2 * std::numbers::pi;
-  double t = 2 * m_Uniform() - 1;
+  double t = 2 * m_Uniform(source) - 1;
   if (std::fabs(m_Beta - 1) > std::numeric_limits<double>::epsilon()) {
     double const beta2 = m_Beta * m_Beta;
     // For a large beta, rounding can take the root of t = -1 down to 0.
     t = std::clamp(t / std::sqrt(t * t - beta2 * t * t + beta2), -1.0, 1.0);
   }
   double const theta = std::acos(t);
-  double const phi = twoPi * m_Uniform();
-  double const psi = twoPi * m_Uniform();
+  double const phi = twoPi * m_Uniform(source);
+  double const psi = twoPi * m_Uniform(source);
   CEulerRotation const aboutZ(phi, theta, psi);
   if (m_Frame.IsZAxis()) return aboutZ;
   CTriple<double> const w = m_Frame.FromZ(aboutZ.getDirectionVector());
   return {CPolarCoordinates(w.x, w.y, w.z), phi};
 }
+
+CEulerRotation CGirdleRotation::operator()() {
+  Impl::CSharedSource shared;
+  return Draw(shared);
+}
+
+CEulerRotation CGirdleRotation::DrawFrom(CSourceReference source) { return Draw(source); }
 
 bool CGirdleRotation::IsValid() const { return Impl::IsPositiveNormal(m_Beta); }
 

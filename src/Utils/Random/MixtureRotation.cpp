@@ -70,14 +70,19 @@ void CMixtureRotation::Add(std::unique_ptr<IRotationGenerator>&& generator, doub
   m_Slots.push_back({std::move(generator), weight});
 }
 
-CEulerRotation CMixtureRotation::operator()() {
-  double const u = m_Uniform();
+CEulerRotation CMixtureRotation::operator()() { return Chosen(m_Uniform())(); }
+
+CEulerRotation CMixtureRotation::DrawFrom(CSourceReference source) {
+  return Chosen(m_Uniform(source))(source);
+}
+
+IRotationGenerator& CMixtureRotation::Chosen(double u) {
   double sum = 0;
   for (auto& [generator, weight] : m_Slots) {
     sum += weight;
     if (sum < u) continue;
     if (!generator) RaiseEmptySlot(m_N);
-    return (*generator)();
+    return *generator;
   }
   if (m_Slots.size() < m_N) RaiseEmptySlot(m_N);
   RaisePastTheEnd(u, sum);

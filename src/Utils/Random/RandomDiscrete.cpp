@@ -31,15 +31,23 @@ CRandomDiscrete::CRandomDiscrete(std::map<double, double> const& weightOfValue) 
   }
 }
 
-double CRandomDiscrete::operator()() const {
+template <class Source>
+double CRandomDiscrete::Draw(Source& source) const {
   if (m_Values.empty())
     Impl::Raise(
         ORVA_LOCATION("src/Utils/Random/RandomDiscrete", "ORVA::CRandomDiscrete::operator ()"),
         "There is no value to draw: the map is empty.");
-  auto const stop = std::lower_bound(m_Reach.begin(), m_Reach.end(), m_Uniform());
+  auto const stop = std::lower_bound(m_Reach.begin(), m_Reach.end(), m_Uniform(source));
   return stop == m_Reach.end() ? m_Values.back()
                                : m_Values[static_cast<std::size_t>(stop - m_Reach.begin())];
 }
+
+double CRandomDiscrete::operator()() const {
+  Impl::CSharedSource shared;
+  return Draw(shared);
+}
+
+double CRandomDiscrete::DrawFrom(CSourceReference source) const { return Draw(source); }
 
 bool CRandomDiscrete::IsValid() const { return std::fabs(1 - m_Total) < c_epsilon; }
 

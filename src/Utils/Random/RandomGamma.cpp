@@ -74,57 +74,62 @@ StHat HatOfShape(double a, double s, double s2) {
 } // namespace
 
 // With 0 the doublings below would never end.
-double CRandomGamma::PositiveUniform() const {
-  double const u = m_Uniform();
+template <class Source>
+double CRandomGamma::PositiveUniform(Source& source) const {
+  double const u = m_Uniform(source);
   return u == 0 ? 0x1p-32 : u;
 }
 
-double CRandomGamma::sexpo() const {
+template <class Source>
+double CRandomGamma::sexpo(Source& source) const {
   double const ln2 = c_expSums[0];
   double sum = 0;
-  double u = 2 * PositiveUniform();
+  double u = 2 * PositiveUniform(source);
   while (u <= 1) {
     sum += ln2;
     u += u;
   }
   u -= 1;
   if (u <= ln2) return sum + u;
-  double least = m_Uniform();
+  double least = m_Uniform(source);
   std::size_t k = 0;
   do {
-    least = std::min(least, m_Uniform());
+    least = std::min(least, m_Uniform(source));
     ++k;
   } while (u > c_expSums[k]);
   return sum + least * ln2;
 }
 
-double CRandomGamma::snorm() const {
-  double u = PositiveUniform();
+template <class Source>
+double CRandomGamma::snorm(Source& source) const {
+  double u = PositiveUniform(source);
   bool const isNegative = u > 0.5;
   u = c_intervals * (u + u - (isNegative ? 1 : 0));
   int const interval = std::min(static_cast<int>(u), c_intervals - 1);
-  double const y = interval == 0 ? NormalTail(u) : NormalCenter(u, interval);
+  double const y = interval == 0 ? NormalTail(u, source) : NormalCenter(u, interval, source);
   return isNegative ? -y : y;
 }
 
-double CRandomGamma::NormalCenter(double u, int interval) const {
+template <class Source>
+double CRandomGamma::NormalCenter(double u, int interval, Source& source) const {
   auto const i = static_cast<std::size_t>(interval);
   double const base = c_quantiles[i - 1];
-  for (double v = u - interval;; v = m_Uniform()) {
+  for (double v = u - interval;; v = m_Uniform(source)) {
     if (v > c_thresholds[i - 1]) return base + (v - c_thresholds[i - 1]) * c_slopes[i - 1];
-    double const w = m_Uniform() * (c_quantiles[i] - base);
+    double const w = m_Uniform(source) * (c_quantiles[i] - base);
     double bound = (w / 2 + base) * w;
     for (;;) {
       if (v > bound) return base + w;
-      double const next = m_Uniform();
+      double const next = m_Uniform(source);
       if (v < next) break;
       bound = next;
-      v = m_Uniform();
+      v = m_Uniform(source);
     }
   }
 }
 
-double CRandomGamma::NormalTail(double u) const {
+template <class Source>
+double CRandomGamma::NormalTail(double u, Source& source) const {
   std::size_t i = c_firstTailInterval;
   double base = c_quantiles[c_intervals - 1];
   // The smallest u is 2^-26, so i ends at 31 at most, the end of the table.
@@ -135,34 +140,36 @@ double CRandomGamma::NormalTail(double u) const {
     u += u;
   }
   u -= 1;
-  for (;; u = m_Uniform()) {
+  for (;; u = m_Uniform(source)) {
     double const w = u * c_tailWidths[i - 1];
     double bound = (w / 2 + base) * w;
     for (;;) {
-      double const v = m_Uniform();
+      double const v = m_Uniform(source);
       if (v > bound) return base + w;
-      double const next = m_Uniform();
+      double const next = m_Uniform(source);
       if (v < next) break;
       bound = next;
     }
   }
 }
 
-double CRandomGamma::sgamma(double a) const {
+template <class Source>
+double CRandomGamma::sgamma(double a, Source& source) const {
   if (!(a >= 0)) return c_nan;
-  return a >= 1 ? GammaFromOne(a) : GammaBelowOne(std::fabs(a)); // -0 would flip signs for ever
+  return a >= 1 ? GammaFromOne(a, source) : GammaBelowOne(std::fabs(a), source); // -0 would flip signs for ever
 }
 
 // Conditions are written as "reject if", so that a NaN ends the loop.
-double CRandomGamma::GammaFromOne(double a) const {
+template <class Source>
+double CRandomGamma::GammaFromOne(double a, Source& source) const {
   double const s2 = a - 0.5;
   double const s = std::sqrt(s2);
   double const d = c_sqrt32 - 12 * s;
-  double t = snorm();
+  double t = snorm(source);
   double x = s + t / 2;
   double const squeezed = x * x;
   if (t >= 0) return squeezed;
-  double u = m_Uniform();
+  double u = m_Uniform(source);
   if (d * u <= t * t * t) return squeezed;
 
   double const r = 1 / a;
@@ -176,8 +183,8 @@ double CRandomGamma::GammaFromOne(double a) const {
 
   StHat const hat = HatOfShape(a, s, s2);
   for (;;) {
-    double const e = sexpo();
-    u = m_Uniform();
+    double const e = sexpo(source);
+    u = m_Uniform(source);
     u = u + u - 1;
     t = hat.b + fsign(hat.si * e, u);
     if (t < c_tau) continue;
@@ -190,23 +197,33 @@ double CRandomGamma::GammaFromOne(double a) const {
   }
 }
 
-double CRandomGamma::GammaBelowOne(double a) const {
+template <class Source>
+double CRandomGamma::GammaBelowOne(double a, Source& source) const {
   double const b = 1 + c_invE * a;
   for (;;) {
-    double const p = b * m_Uniform();
+    double const p = b * m_Uniform(source);
     if (p >= 1) {
       double const x = -std::log((b - p) / a);
-      if (sexpo() < (1 - a) * std::log(x)) continue;
+      if (sexpo(source) < (1 - a) * std::log(x)) continue;
       return x;
     }
     double const x = std::exp(std::log(p) / a);
-    if (sexpo() < x) continue;
+    if (sexpo(source) < x) continue;
     return x;
   }
 }
 
 double CRandomGamma::fsign(double x, double y) const {
   return (y > 0 && x < 0) || (y < 0 && x > 0) ? -x : x;
+}
+
+double CRandomGamma::operator()() const {
+  Impl::CSharedSource shared;
+  return sgamma(m_Shape, shared) / m_Rate;
+}
+
+double CRandomGamma::DrawFrom(CSourceReference source) const {
+  return sgamma(m_Shape, source) / m_Rate;
 }
 
 bool CRandomGamma::IsValid() const { return std::isfinite(m_Rate) && std::isfinite(m_Shape); }

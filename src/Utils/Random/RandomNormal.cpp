@@ -15,6 +15,10 @@ double CRandomNormal::NewPair() const {
   return radius * std::cos(angle);
 }
 
+double CRandomNormal::FirstOfPair(double u1, double u2) {
+  return std::sqrt(-2 * std::log(u2)) * std::cos(2 * std::numbers::pi * u1);
+}
+
 bool CRandomNormal::IsValid() const {
   return std::isfinite(m_Mean) && Impl::IsPositiveNormal(m_Sigma);
 }

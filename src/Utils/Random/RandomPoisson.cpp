@@ -15,6 +15,9 @@ namespace {
 
 constexpr double c_meanOfEnvelope = 512;
 
+int FifteenBits(Impl::CSharedSource&) { return CRandom::Obj().Rand15(); }
+int FifteenBits(CSourceReference& source) { return static_cast<int>(source() >> 49); }
+
 // Towards zero, and to the nearest end of the range what lies beyond it.
 int64 ToCount(double x) {
   if (std::isnan(x)) return 0;
@@ -26,31 +29,43 @@ int64 ToCount(double x) {
 } // namespace
 
 int64 CRandomPoisson::operator()(double lambda) const {
-  if (lambda < c_meanOfEnvelope) return ByMultiplication(lambda);
-  return lambda >= c_meanOfEnvelope ? ByLogisticEnvelope(lambda) : 0;
+  Impl::CSharedSource shared;
+  return Draw(lambda, shared);
 }
 
-int64 CRandomPoisson::ByMultiplication(double lambda) const {
+int64 CRandomPoisson::DrawFrom(double lambda, CSourceReference source) const {
+  return Draw(lambda, source);
+}
+
+template <class Source>
+int64 CRandomPoisson::Draw(double lambda, Source& source) const {
+  if (lambda < c_meanOfEnvelope) return ByMultiplication(lambda, source);
+  return lambda >= c_meanOfEnvelope ? ByLogisticEnvelope(lambda, source) : 0;
+}
+
+template <class Source>
+int64 CRandomPoisson::ByMultiplication(double lambda, Source& source) const {
   double const limit = std::exp(-lambda);
-  double product = m_Uniform();
+  double product = m_Uniform(source);
   if (product <= limit || std::fabs(limit - 1) < std::numeric_limits<double>::epsilon()) return 0;
   int64 count = 0;
-  for (; limit < product; ++count) product *= m_Uniform();
+  for (; limit < product; ++count) product *= m_Uniform(source);
   return count;
 }
 
-int64 CRandomPoisson::ByLogisticEnvelope(double lambda) const {
+template <class Source>
+int64 CRandomPoisson::ByLogisticEnvelope(double lambda, Source& source) const {
   double const beta = std::numbers::pi / std::sqrt(3 * lambda);
   double const alpha = beta * lambda;
   for (;;) {
     double x = 0;
     double u = 0;
     do {
-      u = (CRandom::Obj().Rand15() + 1) / 32767.0;
+      u = (FifteenBits(source) + 1) / 32767.0;
       x = (alpha - std::log((1 - u) / u)) / beta;
     } while (u >= 1 || x <= -0.5);
     int64 const count = ToCount(x + 0.5);
-    double const v = m_Uniform();
+    double const v = m_Uniform(source);
     // The sum of logarithms that stands for ln(count!) begins with ln 0, so every positive count is
     // accepted; only a 0 is put to the test.
     if (count != 0) return count;

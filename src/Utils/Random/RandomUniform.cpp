@@ -34,7 +34,7 @@ double ToDouble(uint64 word) {
 }
 
 template <class T>
-void Fill(T* out, std::size_t n, double start, double width) {
+void FillUniform(T* out, std::size_t n, double start, double width) {
   constexpr std::size_t piece = c_pieceBytes / sizeof(T);
   while (n > 0) {
     std::size_t const count = std::min(n, piece);
@@ -57,11 +57,11 @@ CRandomUniform::CRandomUniform(double start, double end) : m_Start(start), m_End
 }
 
 void CRandomUniform::operator()(double* out, std::size_t n) const {
-  Fill(out, n, m_Start, m_End - m_Start);
+  FillUniform(out, n, m_Start, m_End - m_Start);
 }
 
 void CRandomUniform::operator()(float* out, std::size_t n) const {
-  Fill(out, n, m_Start, m_End - m_Start);
+  FillUniform(out, n, m_Start, m_End - m_Start);
 }
 
 } // namespace ORVA

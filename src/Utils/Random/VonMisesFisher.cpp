@@ -27,33 +27,56 @@ double HalfOfOneMinusCosine(double kappa, double u) {
 
 } // namespace
 
-CEulerRotation CVonMisesFisher::Draw(double kappa, Impl::CAxisFrame const& frame) const {
-  double const u1 = m_Uniform();
-  double const u2 = m_Uniform();
+template <class Source>
+CEulerRotation CVonMisesFisher::Draw(double kappa, Impl::CAxisFrame const& frame,
+                                     Source& source) const {
+  double const u1 = m_Uniform(source);
+  double const u2 = m_Uniform(source);
   double const sine = std::sqrt(HalfOfOneMinusCosine(kappa, u1)); // of half the angle
   double const theta = 2 * std::asin(sine > 1 ? 1 : sine);
   CPolarCoordinates const d(theta, c_twoPi * u2);
-  double const spin = c_twoPi * m_Uniform();
+  double const spin = c_twoPi * m_Uniform(source);
   if (frame.IsZAxis()) return {d, spin};
   CTriple<double> const v = frame.FromZ(d);
   return {CPolarCoordinates(v.x, v.y, v.z), spin};
 }
 
-CEulerRotation CVonMisesFisher::operator()() { return Draw(m_Kappa, m_Frame); }
+CEulerRotation CVonMisesFisher::DrawFrom(double kappa, Impl::CAxisFrame const& frame,
+                                         CSourceReference source) const {
+  return Draw(kappa, frame, source);
+}
+
+CEulerRotation CVonMisesFisher::DrawFrom(CSourceReference source) {
+  return Draw(m_Kappa, m_Frame, source);
+}
+
+CEulerRotation CVonMisesFisher::operator()() {
+  Impl::CSharedSource shared;
+  return Draw(m_Kappa, m_Frame, shared);
+}
 
 CEulerRotation CVonMisesFisher::operator()(double kappa, CPolarCoordinates const& mean) {
-  return Draw(kappa, Impl::CAxisFrame(mean));
+  Impl::CSharedSource shared;
+  return Draw(kappa, Impl::CAxisFrame(mean), shared);
 }
 
 CEulerRotation CVonMisesFisher::operator()(double kappa1, CPolarCoordinates const& mean1,
                                            double kappa2, CPolarCoordinates const& mean2) {
-  CTriple<double> const m = kappa1 * CTriple<double>(mean1) + kappa2 * CTriple<double>(mean2);
-  double const kappa = std::sqrt(m.x * m.x + m.y * m.y + m.z * m.z);
-  return (*this)(kappa, CPolarCoordinates(m.x / kappa, m.y / kappa, m.z / kappa));
+  auto const [kappa, mean] = Product(kappa1, mean1, kappa2, mean2);
+  return (*this)(kappa, mean);
 }
 
-double CVonMisesFisher::GenerateTheta(double kappa) const {
-  double const u = m_Uniform();
+CVonMisesFisher::StProduct CVonMisesFisher::Product(double kappa1, CPolarCoordinates const& mean1,
+                                                    double kappa2,
+                                                    CPolarCoordinates const& mean2) {
+  CTriple<double> const m = kappa1 * CTriple<double>(mean1) + kappa2 * CTriple<double>(mean2);
+  double const kappa = std::sqrt(m.x * m.x + m.y * m.y + m.z * m.z);
+  return {kappa, CPolarCoordinates(m.x / kappa, m.y / kappa, m.z / kappa)};
+}
+
+double CVonMisesFisher::GenerateTheta(double kappa) const { return Theta(kappa, m_Uniform()); }
+
+double CVonMisesFisher::Theta(double kappa, double u) {
   double const t = std::fabs(kappa) < c_small
                        ? 1 - 2 * HalfOfOneMinusCosine(kappa, 1 - u)
                        : std::log(1 - u * (1 - std::exp(-2 * kappa))) / kappa + 1;

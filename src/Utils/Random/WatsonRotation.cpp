@@ -43,35 +43,47 @@ double BipolarProposal(double kappa, double u) {
 CWatsonRotation::CWatsonRotation(double kappa, CPolarCoordinates const& mean)
     : m_Kappa(kappa), m_Mean(mean), m_ToMean(FromZAxisTo(mean)) {}
 
-double CWatsonRotation::BipolarCosine() const {
+template <class Source>
+double CWatsonRotation::BipolarCosine(Source& source) const {
   for (;;) {
-    double const u = m_Uniform();
-    double const v = m_Uniform();
+    double const u = m_Uniform(source);
+    double const v = m_Uniform(source);
     double const t = std::clamp(BipolarProposal(m_Kappa, u), 0.0, 1.0);
     if (std::exp(m_Kappa * t * t - m_Kappa * t) >= v) return t;
   }
 }
 
-double CWatsonRotation::GirdleCosine() const {
+template <class Source>
+double CWatsonRotation::GirdleCosine(Source& source) const {
   double const s = std::sqrt(-m_Kappa);
   double const a = std::atan(s);
   for (;;) {
-    double const u = m_Uniform();
-    double const v = m_Uniform();
+    double const u = m_Uniform(source);
+    double const v = m_Uniform(source);
     double const t = std::clamp(std::tan(u * a) / s, 0.0, 1.0);
     double const q = m_Kappa * t * t;
     if (std::exp(q) * (1 - q) >= v) return t;
   }
 }
 
+template <class Source>
+CEulerRotation CWatsonRotation::Draw(Source& source) const {
+  double const t = !IsValid() ? c_nan : m_Kappa > 0 ? BipolarCosine(source) : GirdleCosine(source);
+  double const theta = std::acos(t);
+  double const f = c_twoPi * m_Uniform(source);
+  CTriple<double> const d(std::cos(f) * std::sin(theta), std::sin(f) * std::sin(theta), t);
+  double const spin = c_twoPi * m_Uniform(source);
+  return {CPolarCoordinates(Dot(m_ToMean[0], d), Dot(m_ToMean[1], d), Dot(m_ToMean[2], d)), spin};
+}
+
 CEulerRotation CWatsonRotation::operator()() {
   if (m_Kappa == 0) return m_Isotropic();
-  double const t = !IsValid() ? c_nan : m_Kappa > 0 ? BipolarCosine() : GirdleCosine();
-  double const theta = std::acos(t);
-  double const f = c_twoPi * m_Uniform();
-  CTriple<double> const d(std::cos(f) * std::sin(theta), std::sin(f) * std::sin(theta), t);
-  double const spin = c_twoPi * m_Uniform();
-  return {CPolarCoordinates(Dot(m_ToMean[0], d), Dot(m_ToMean[1], d), Dot(m_ToMean[2], d)), spin};
+  Impl::CSharedSource shared;
+  return Draw(shared);
+}
+
+CEulerRotation CWatsonRotation::DrawFrom(CSourceReference source) {
+  return m_Kappa == 0 ? m_Isotropic(source) : Draw(source);
 }
 
 bool CWatsonRotation::IsValid() const { return std::isfinite(m_Kappa); }

@@ -184,16 +184,20 @@ public:
     for (auto const& [key, value] : m_Features)
       if (value.Type() == EnType::Map && key.IsText() && key.Text().starts_with(begin))
         m_Objects.push_back({-1, &key.Text(), &value.Map()});
-    if (m_Objects.empty()) Impl::Raise(Here(), "no objects found in object features value map!");
+    if (m_Objects.empty())
+      Impl::Raise(ORVA_LOCATION(c_module, c_function),
+                  "no objects found in object features value map!");
   }
 
   void ReadMaximumLabel() {
     CValue const& entry = m_Features.Entry("maximum label");
     m_Maximum = entry.Type() == EnType::Long ? entry.Long() : 0;
     if (m_Maximum == 0)
-      Impl::Raise(Here(), "no entry 'maximum label' found in object features value map!");
+      Impl::Raise(ORVA_LOCATION(c_module, c_function),
+                  "no entry 'maximum label' found in object features value map!");
     if (m_Maximum < 0)
-      Impl::RaiseBadParam(Here(), CString("maximum label %1 is negative").Arg(m_Maximum));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_function),
+                          CString("maximum label %1 is negative").Arg(m_Maximum));
   }
 
   // An object is read under its label padded to the digits of the maximum, and under no other key.
@@ -205,7 +209,7 @@ public:
       if (!label) continue;
       if (*label > m_Maximum)
         Impl::RaiseBadParam(
-            Here(),
+            ORVA_LOCATION(c_module, c_function),
             CString("\"%1\" lies beyond the maximum label %2").Arg(*object.key).Arg(m_Maximum));
       if (number.size() == digits) object.label = *label;
     }
@@ -230,14 +234,16 @@ public:
     auto const rows = static_cast<int64>(m_List.size()) + 1;
     auto const objects = static_cast<int64>(m_Objects.size());
     if (Columns() > c_unquestionedPixels / rows && Columns() / c_columnsPerObject > objects)
-      Impl::RaiseBadParam(Here(), CString("maximum label %1 is out of proportion to %2 objects")
-                                      .Arg(m_Maximum)
-                                      .Arg(objects));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_function),
+                          CString("maximum label %1 is out of proportion to %2 objects")
+                              .Arg(m_Maximum)
+                              .Arg(objects));
     try {
       m_Image.Resize(CSize(Columns(), rows), CSize(0, 0, 0));
     } catch (std::bad_alloc const&) {
       CString message("no memory for a feature image of %1 labels and %2 features");
-      Impl::RaiseBadParam(Here(), message.Arg(Columns()).Arg(rows - 1));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_function),
+                          message.Arg(Columns()).Arg(rows - 1));
     }
   }
 
@@ -277,8 +283,6 @@ public:
   }
 
 private:
-  static Impl::StExLocation Here() { return ORVA_LOCATION(c_module, c_function); }
-
   [[nodiscard]] int64 Columns() const { return m_Maximum + 1; }
   [[nodiscard]] float* Row(std::size_t feature) const {
     return m_Pixels + static_cast<int64>(feature + 1) * Columns();
@@ -331,7 +335,8 @@ private:
   [[noreturn]] static void RaiseMixture(StObject const& object, StFeature const& feature,
                                         CValue const& value) {
     CString message("\"%1/%2\" is a %3, unlike the same feature of the first object");
-    Impl::RaiseBadParam(Here(), message.Arg(*object.key).Arg(feature.path).Arg(value.TypeName()));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_function),
+                        message.Arg(*object.key).Arg(feature.path).Arg(value.TypeName()));
   }
 
   CValueMap const& m_Features;

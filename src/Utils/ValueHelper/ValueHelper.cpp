@@ -28,44 +28,87 @@ CValueMap const* FindSubMap(CValueMap const& map, std::string const& begin) {
   return nullptr;
 }
 
-// Walks a value tree and lists its leaves.
+// Walks a value tree and lists its leaves; without recursion, as trees may be deep.
 class CKeyLister {
 public:
-  CKeyLister(std::vector<std::string>& keys, int mode, std::vector<std::string> const& excluded)
-      : m_Keys(keys), m_Mode(mode), m_Excluded(excluded.begin(), excluded.end()) {}
+  CKeyLister(std::string path, std::vector<std::string>& keys, int mode,
+             std::vector<std::string> const& excluded)
+      : m_Path(std::move(path)), m_Keys(keys), m_Mode(mode),
+        m_Excluded(excluded.begin(), excluded.end()) {}
 
-  void List(CValue const& value, std::string const& path) {
-    if (value.Type() == EnType::Map) return List(value.Map(), path);
-    if (m_Excluded.contains(path)) return;
-    if (value.Type() == EnType::Vector) return ListVector(value.Vector(), path);
-    if (IsListed(value.Type())) m_Keys.push_back(path.starts_with('/') ? path.substr(1) : path);
+  void List(CValue const& root) {
+    Enter(root);
+    Go();
   }
-
-  void List(CValueMap const& map, std::string const& path) {
-    if (m_Excluded.contains(path)) return;
-    if (map.IsEmpty()) return ListEmpty(path);
-    for (auto const& [key, value] : map)
-      if (value.IsValid())
-        List(value, Below(path, key.ToString()));
-      else
-        std::cerr << "Error: could not get the iterator item!\n";
+  void List(CValueMap const& root) {
+    Open(root);
+    Go();
   }
 
 private:
-  void ListVector(CValueVector const& vector, std::string const& path) {
-    if (vector.IsEmpty()) return ListEmpty(path);
-    std::size_t index = 0;
-    for (auto const& value : vector) {
-      if (value.IsValid())
-        List(value, Below(path, std::to_string(index)));
+  // A container on the way down; one of the two is null.
+  struct StOpen {
+    CValueMap const* map;
+    CValueMap::const_iterator next;
+    CValueVector const* vector;
+    std::size_t index;
+    std::size_t pathLength; // of the container's own path
+  };
+
+  void Go() {
+    while (!m_Open.empty()) {
+      StOpen& open = m_Open.back();
+      m_Path.resize(open.pathLength);
+      if (open.map != nullptr)
+        NextEntry(open);
       else
-        std::cerr << "Error: could not instantiate the ORVA::CValueVector::item!\n";
-      ++index;
+        NextItem(open);
     }
   }
 
-  void ListEmpty(std::string const& path) {
-    if (m_Mode == 3 && !path.empty() && path != "/") m_Keys.push_back(path);
+  void NextEntry(StOpen& open) {
+    if (open.next == open.map->end()) return m_Open.pop_back();
+    auto const entry = open.next++;
+    if (!entry.Value().IsValid()) return Report("Error: could not get the iterator item!\n");
+    Append(entry.Key().ToString());
+    Enter(entry.Value());
+  }
+
+  void NextItem(StOpen& open) {
+    if (open.index == open.vector->Size()) return m_Open.pop_back();
+    CValue const* const item = open.vector->Find(static_cast<int64>(open.index));
+    std::size_t const index = open.index++;
+    if (!item->IsValid())
+      return Report("Error: could not instantiate the ORVA::CValueVector::item!\n");
+    Append(std::to_string(index));
+    Enter(*item);
+  }
+
+  void Enter(CValue const& value) {
+    if (value.Type() == EnType::Map) return Open(value.Map());
+    if (IsExcluded()) return;
+    if (value.Type() == EnType::Vector) return Open(value.Vector());
+    if (IsListed(value.Type())) m_Keys.push_back(m_Path.substr(m_Path.starts_with('/') ? 1 : 0));
+  }
+
+  void Open(CValueMap const& map) {
+    if (IsExcluded()) return;
+    if (map.IsEmpty()) return ListEmpty();
+    m_Open.push_back({&map, map.begin(), nullptr, 0, m_Path.size()});
+  }
+
+  void Open(CValueVector const& vector) {
+    if (vector.IsEmpty()) return ListEmpty();
+    m_Open.push_back({nullptr, {}, &vector, 0, m_Path.size()});
+  }
+
+  void ListEmpty() {
+    if (m_Mode == 3 && !m_Path.empty() && m_Path != "/") m_Keys.push_back(m_Path);
+  }
+
+  // Most callers exclude nothing: a long path is then not hashed.
+  [[nodiscard]] bool IsExcluded() const {
+    return !m_Excluded.empty() && m_Excluded.contains(m_Path);
   }
 
   [[nodiscard]] bool IsListed(EnType type) const {
@@ -74,10 +117,15 @@ private:
     return isNumber || (m_Mode == 2 && type == EnType::String);
   }
 
-  static std::string Below(std::string const& path, std::string const& key) {
-    return path.empty() ? key : path + '/' + key;
+  void Append(std::string const& key) {
+    if (!m_Path.empty()) m_Path += '/';
+    m_Path += key;
   }
 
+  static void Report(char const* error) { std::cerr << error; }
+
+  std::string m_Path; // of the value at hand
+  std::vector<StOpen> m_Open;
   std::vector<std::string>& m_Keys;
   int m_Mode;
   std::unordered_set<std::string> m_Excluded; // copies: the list may be the one appended to
@@ -87,7 +135,7 @@ private:
 template <class Root>
 void ListKeys(Root const& root, std::string path, std::vector<std::string>& keys, int mode,
               std::vector<std::string> const& excluded) {
-  CKeyLister(keys, mode, excluded).List(root, path);
+  CKeyLister(std::move(path), keys, mode, excluded).List(root);
 }
 
 std::vector<double> Readings(CValueMap const& map, std::vector<std::string> const& keys) {
@@ -95,6 +143,35 @@ std::vector<double> Readings(CValueMap const& map, std::vector<std::string> cons
   readings.reserve(keys.size());
   for (auto const& key : keys) readings.push_back(Impl::NumericReading(map.Entry(key)));
   return readings;
+}
+
+// The entries, or nothing where one is missing or no number: setting that one may fail, and may
+// take the place of another away.
+std::vector<CValue*> Numbers(CValueMap& map, std::vector<std::string> const& keys) {
+  std::vector<CValue*> places;
+  places.reserve(keys.size());
+  for (auto const& key : keys) {
+    CValue* const place = map.Find(key);
+    if (place == nullptr || place->GenericType() != CValue::EnGenericType::Number) return {};
+    places.push_back(place);
+  }
+  return places;
+}
+
+// Sets every listed entry k to changed(its reading, k), or none where that fails.
+template <class Change>
+void ChangeNumbers(CValueMap& map, std::vector<std::string> const& keys, Change changed) {
+  if (keys.empty()) return;
+  std::vector<CValue*> const places = Numbers(map, keys);
+  for (std::size_t k = 0; k < places.size(); ++k)
+    *places[k] = CValueDouble(changed(Impl::NumericReading(*places[k]), k));
+  if (!places.empty()) return;
+  CValueMap copy = map;
+  for (std::size_t k = 0; k < keys.size(); ++k) {
+    double const reading = Impl::NumericReading(copy.Entry(keys[k], true));
+    copy.SetEntry(keys[k], CValueDouble(changed(reading, k)));
+  }
+  map = std::move(copy);
 }
 
 } // namespace
@@ -119,10 +196,10 @@ bool IsGrayvalueBasedFeaturesMap(CValueMap const& map, std::string const& prefix
 }
 
 void CopyMapEntries(CValueMap& target, CValueMap const& source, std::string const& prefix) {
-  std::vector<std::pair<std::string, CValue>> copies; // the source may be or lie in the target
+  std::vector<std::pair<CValue_Key, CValue>> copies; // the source may be or lie in the target
   for (auto const& [key, value] : source)
     if (value.Type() != EnType::Map) copies.emplace_back(prefix + key.ToString(), value);
-  for (auto& [key, value] : copies) target.SetEntry(std::move(key), std::move(value));
+  target.SetEntries(std::move(copies));
 }
 
 void CreateKeyListRecursivly(CValue const& value, std::string const& path,
@@ -157,16 +234,14 @@ CValueMapWithOperators::~CValueMapWithOperators() = default;
 CValueMapWithOperators& CValueMapWithOperators::operator+=(CValueMap const& other) {
   // Read in full before the first entry changes: the other map may lie in this one.
   auto const summands = Readings(other, m_Keys);
-  for (std::size_t k = 0; k < m_Keys.size(); ++k) {
-    double const sum = Impl::NumericReading(Entry(m_Keys[k], true)) + summands[k];
-    SetEntry(m_Keys[k], CValueDouble(sum));
-  }
+  ChangeNumbers(*this, m_Keys,
+                [&](double reading, std::size_t k) { return reading + summands[k]; });
   return *this;
 }
 
 CValueMapWithOperators& CValueMapWithOperators::operator/=(double divisor) {
-  for (auto const& key : m_Keys)
-    SetEntry(key, CValueDouble(Impl::NumericReading(Entry(key, true)) / divisor));
+  ChangeNumbers(*this, m_Keys,
+                [divisor](double reading, std::size_t) { return reading / divisor; });
   return *this;
 }
 

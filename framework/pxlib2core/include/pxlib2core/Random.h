@@ -8,34 +8,24 @@
 #pragma once
 
 #include <pxlib2core/Export.h>
+#include <pxlib2core/RandomSource.h>
 #include <pxlib2core/Types.h>
 
 #include <atomic>
-#include <bit>
 #include <cstddef>
+#include <limits>
 
 namespace ORVA {
 
 namespace Impl {
 
-/// One thread's stream: the generator xoshiro256++ (Blackman and Vigna, "Scrambled linear
-/// pseudorandom number generators", ACM TOMS 47, 2021), period 2^256 - 1.
+/// One thread's stream.
 struct StRandomStream {
   uint64 state[4];
   uint64 rand15;     // state of the small generator behind Rand15
   uint64 generation; // which Seed call this stream belongs to; 0: none yet
 
-  uint64 Next() noexcept {
-    uint64 const result = std::rotl(state[0] + state[3], 23) + state[0];
-    uint64 const shifted = state[1] << 17;
-    state[2] ^= state[0];
-    state[3] ^= state[1];
-    state[1] ^= state[2];
-    state[0] ^= state[3];
-    state[2] ^= shifted;
-    state[3] = std::rotl(state[3], 45);
-    return result;
-  }
+  uint64 Next() noexcept { return NextWord(state); }
 };
 
 // Constant-initialized and of the fixed TLS model, so that a draw reaches its stream by one load.
@@ -43,12 +33,18 @@ struct StRandomStream {
     "initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream t_randomStream;
 extern PXLIB2CORE_EXPORT constinit std::atomic<uint64> g_randomGeneration;
 
+class CSharedSource;
+class CBorrowedStream;
+
 } // namespace Impl
 
 /// Random bits for every thread at once: each thread draws from a stream of its own, so draws never
 /// wait and never race. The thread that calls Seed gets stream 0 of that seed; each other thread
 /// gets the next stream at its first draw after that. Unseeded, the streams start from the
 /// operating system's entropy. A draw costs about a nanosecond.
+///
+/// Which stream a thread gets hangs on who draws first. Where the same numbers have to come back from
+/// many threads, give each piece of work a CRandomSource of its own.
 class PXLIB2CORE_EXPORT CRandom {
 public:
   [[nodiscard]] static CRandom& Obj() noexcept { return s_object; }
@@ -71,6 +67,9 @@ public:
   static constexpr int c_rand15Max = 32767;
 
 private:
+  friend class Impl::CSharedSource;
+  friend class Impl::CBorrowedStream;
+
   constexpr CRandom() = default;
   [[nodiscard]] static Impl::StRandomStream& Stream() {
     Impl::StRandomStream& stream = Impl::t_randomStream;
@@ -82,5 +81,40 @@ private:
 
   static CRandom s_object;
 };
+
+namespace Impl {
+
+/// The calling thread's stream of CRandom::Obj() as a source for one draw or one array: it looks
+/// only once whether the streams have been restarted.
+class CSharedSource {
+public:
+  using result_type = uint64;
+
+  CSharedSource() : m_Stream(&CRandom::Stream()) {}
+
+  uint64 operator()() noexcept { return m_Stream->Next(); }
+  [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
+  [[nodiscard]] static constexpr uint64 max() noexcept {
+    return std::numeric_limits<uint64>::max();
+  }
+
+private:
+  StRandomStream* m_Stream;
+};
+
+/// While it lives, the calling thread's stream of CRandom::Obj() is one begun with five words of the
+/// given source. So a generator that knows only the shared source can draw from another one.
+class PXLIB2CORE_EXPORT CBorrowedStream {
+public:
+  explicit CBorrowedStream(CSourceReference source);
+  CBorrowedStream(CBorrowedStream const&) = delete;
+  CBorrowedStream& operator=(CBorrowedStream const&) = delete;
+  ~CBorrowedStream();
+
+private:
+  StRandomStream m_Own;
+};
+
+} // namespace Impl
 
 } // namespace ORVA

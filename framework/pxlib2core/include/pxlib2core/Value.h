@@ -13,14 +13,18 @@
 
 #include <concepts>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace ORVA {
 
+class CValue;
+class CValue_Key;
 class CValueMap;
 class CValueVector;
 
@@ -76,6 +80,12 @@ struct StReferredObject final : StObject {
 
 /// A value with deep copies and a kind that only assignment, Copy and Move change. The typed
 /// accessors throw CException when the value is of another kind; nothing is converted.
+///
+/// A tree of maps and vectors may be as deep as memory allows: it is copied, compared and destroyed
+/// without recursion. (What an owned object does when it is copied is its own business.)
+///
+/// The invalid value that a map gives for a missing entry belongs to no map: writing to it by
+/// assignment, Copy, Move, swap or Meta throws CExBadParam.
 class PXLIB2CORE_EXPORT CValue {
 public:
   enum class EnType { Invalid, Bool, Long, Double, String, Map, Vector, Pointer };
@@ -87,7 +97,7 @@ public:
   CValue(CValue const& other);
   CValue(CValue&& other) noexcept; ///< leaves the other invalid
   CValue& operator=(CValue const& other);
-  CValue& operator=(CValue&& other) noexcept;
+  CValue& operator=(CValue&& other); ///< throws for the place of a missing entry alone
   ~CValue();
 
   [[nodiscard]] EnType Type() const noexcept;
@@ -127,7 +137,9 @@ public:
   /// Takes over a deep copy of the other value; on failure this one is unchanged.
   void Copy(CValue const& other) { *this = other; }
   /// Takes over the other value's content and leaves it invalid.
-  void Move(CValue& other) noexcept { *this = std::move(other); }
+  void Move(CValue& other) { *this = std::move(other); }
+  /// Both keep what they hold where one is the place of a missing entry.
+  friend PXLIB2CORE_EXPORT void swap(CValue& a, CValue& b);
   /// Same kind and same content, compared in depth; two NaN are not equal, objects compare by ==
   /// where they are owned and have it, else by address.
   [[nodiscard]] bool Equal(CValue const& other) const;
@@ -145,7 +157,21 @@ private:
   using Content = std::variant<std::monostate, bool, std::int32_t, double, std::unique_ptr<CString>,
                                std::unique_ptr<CValueMap>, std::unique_ptr<CValueVector>,
                                std::unique_ptr<Impl::StObject>>;
-  [[nodiscard]] static Content CloneContent(Content const& content);
+  friend CValueMap;
+  class CCopier;
+  class CComparison;
+  // What stands for an entry that is missing; never written.
+  [[nodiscard]] static CValue& Missing() noexcept;
+  void RefuseIfMissing(char const* function) const;
+  [[nodiscard]] Content TakeContent() noexcept;
+  // For the end of deep trees; the values of a container that has any, else null.
+  [[nodiscard]] std::map<CValue_Key, CValue>* MapEntries() noexcept;
+  [[nodiscard]] std::vector<CValue>* VectorValues() noexcept;
+  [[nodiscard]] CValue* First() noexcept;
+  void TakeApart() noexcept;
+  void GiveNext(CValue& next) noexcept;
+  void TakeOver(CValue& other) noexcept;
+
   [[nodiscard]] void* ObjectAddress(std::type_info const& type) noexcept;
   template <EnType kind>
   auto& Get();
@@ -162,17 +188,30 @@ struct CValueBool : CValue {
   explicit CValueBool(bool value = false) : CValue(value) {}
 };
 
-struct CValueLong : CValue {
+struct PXLIB2CORE_EXPORT CValueLong : CValue {
   explicit CValueLong(std::int32_t value = 0) : CValue(value) {}
+  /// From a wider number; throws CExBadParam for one that 32 bits cannot hold.
+  template <std::integral T>
+  requires(sizeof(T) > 4 || (sizeof(T) == 4 && std::is_unsigned_v<T>)) explicit CValueLong(T value)
+      : CValueLong(Narrow(std::is_signed_v<T> && value < T{0}, static_cast<uint64>(value))) {}
+  /// The whole part of a real number; throws CExBadParam where 32 bits cannot hold that.
+  template <std::floating_point T>
+  explicit CValueLong(T value) : CValueLong(WholePart(static_cast<double>(value))) {}
+
+private:
+  // A number of up to 64 bits, whose bits alone do not say whether it is negative.
+  [[nodiscard]] static std::int32_t Narrow(bool isNegative, uint64 bits);
+  [[nodiscard]] static std::int32_t WholePart(double value);
 };
 
 struct CValueDouble : CValue {
   explicit CValueDouble(double value = 0) : CValue(value) {}
 };
 
-struct CValueString : CValue {
+struct PXLIB2CORE_EXPORT CValueString : CValue {
   explicit CValueString(CString text = {}) : CValue(std::move(text)) {}
-  CValueString(char const* text, std::size_t length) : CValue(CString(std::string(text, length))) {}
+  /// Throws CExBadParam for a null pointer, unless the length is 0.
+  CValueString(char const* text, std::size_t length);
 };
 
 /// An object in a value: owned (moved in, copied with the value) or referred to by address.

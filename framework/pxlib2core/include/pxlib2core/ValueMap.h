@@ -62,10 +62,10 @@ public:
   [[nodiscard]] std::vector<CValue_Key> Keys() const;
 
   /// The entry. A missing one is created as an invalid value, with the sub-maps on the way, if
-  /// `create` is set; otherwise the result is an invalid value outside the map, good until the next
-  /// such call on the same thread. Creating throws CExBadParam where a part of the path before the
-  /// last is neither a map nor a vector, an index lies beyond a vector's end, or a path has more
-  /// than 1000 parts.
+  /// `create` is set; otherwise the result is an invalid value that belongs to no map: it can be
+  /// read, and throws CExBadParam where it is written to. Creating throws CExBadParam where a part
+  /// of the path before the last is neither a map nor a vector, or an index lies beyond a vector's
+  /// end.
   CValue& Entry(CValue_Key const& key, bool create = false);
   /// The entry, or an invalid value where there is none: a const map creates nothing.
   [[nodiscard]] CValue const& Entry(CValue_Key const& key, bool create = false) const;
@@ -78,6 +78,9 @@ public:
   [[nodiscard]] CValue const* Find(CValue_Key const& key) const;
   /// Whether there was such an entry. Entries behind it in a vector move up.
   bool RemoveEntry(CValue_Key const& key);
+  /// Sets all these entries in their order or, where one fails, none. O(log entries) a part, and a
+  /// copy of the entry of this map that a path leads through.
+  void SetEntries(std::vector<std::pair<CValue_Key, CValue>> entries);
   /// Takes the entry out of the map; invalid where there is none.
   CValue Detach(CValue_Key const& key);
   void Clear() noexcept { m_Entries.clear(); }
@@ -89,6 +92,7 @@ public:
   }
 
 private:
+  friend CValue;
   [[nodiscard]] Entries::const_iterator FindHere(CValue_Key const& key) const;
 
   Entries m_Entries;

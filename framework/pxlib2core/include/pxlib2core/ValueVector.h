@@ -47,6 +47,8 @@ public:
   }
 
 private:
+  friend CValue;
+
   std::vector<CValue> m_Values;
 };
 

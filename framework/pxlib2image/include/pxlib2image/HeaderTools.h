@@ -3,9 +3,8 @@
 //   #include <iostream>
 //   CImage image(IMAGE_GREY_8, CSize(4, 4));
 //   CSeluHeaderTools::SetMetaInfo(image, "depth", CValueLong(12));
-//   CValue value;
-//   if (CSeluHeaderTools::GetMetaInfo(image, "depth", value))
-//     std::cout << value.Long();                // prints 12
+//   if (CValue const* const depth = CSeluHeaderTools::FindMetaInfo(image, "depth"))
+//     std::cout << depth->Long();               // prints 12
 #pragma once
 
 #include <pxlib2core/Value.h>
@@ -22,8 +21,12 @@ struct PXLIB2IMAGE_EXPORT CSeluHeaderTools {
   /// Key of the pair (smallest, largest) pixel value.
   static constexpr char c_sMetaMinMax[] = "minmax";
 
+  /// The information in its place, or null where there is none: for what is to be looked at and may
+  /// be large. Good until the information or the image goes. Throws CExBadParam for a null key; a
+  /// key with "/" is a path (see CValueMap).
+  [[nodiscard]] static CValue const* FindMetaInfo(IImage const& image, char const* key);
   /// Copies the information into `value` and returns true, or returns false and leaves it alone.
-  /// Both operations throw CExBadParam for a null key; a key with "/" is a path (see CValueMap).
+  /// Throws as FindMetaInfo does.
   [[nodiscard]] static bool GetMetaInfo(IImage const& image, char const* key, CValue& value);
   /// Stores a copy, replacing earlier information under the key; throws CExBadParam, and changes
   /// nothing, where the attribute "Header" is no map.

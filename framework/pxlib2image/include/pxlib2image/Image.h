@@ -3,27 +3,74 @@
 //   #include <iostream>
 //   CImage image(IMAGE_GREY_8, CSize(64, 64, 32));
 //   CImageAccess const access = image.CreateAccess(true);
-//   int64 const x = 3, y = 2, z = 1;
-//   access.WritableBase()[z * access.Stride(2) + y * access.Stride(1) + x] = std::byte(200);
+//   access.As<std::uint8_t>()(3, 2, 1) = 200;                              // x, y, z
 //   std::cout << static_cast<int>(access.Base()[64 * 64 + 2 * 64 + 3]);    // prints 200
 #pragma once
 
 #include <pxlib2core/Types.h>
 #include <pxlib2core/ValueMap.h>
 #include <pxlib2image/Export.h>
+#include <pxlib2image/Pixels.h>
 #include <pxlib2image/Size.h>
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <type_traits>
 
 namespace ORVA {
+
+/// A pixel type; the constants below are the ones there are.
+class PXLIB2IMAGE_EXPORT CPixelType {
+public:
+  enum class EnId : std::uint8_t {
+    None,
+    Bool,
+    BinaryFg,
+    Grey8,
+    Grey16,
+    Grey32,
+    GreyF,
+    Signed8,
+    Signed16,
+    Signed32,
+    Double
+  };
+  constexpr CPixelType() noexcept = default;
+  /// Throws CExBadParam for a number that is none of the above.
+  constexpr explicit CPixelType(EnId id) : m_Id(id) {
+    if (id > EnId::Double) RaiseId(id);
+  }
+  [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
+  /// Bytes of one pixel; 0 for no type.
+  [[nodiscard]] int64 Bytes() const noexcept;
+  /// The name of the constant, such as "IMAGE_GREY_8".
+  [[nodiscard]] char const* ToString() const noexcept;
+  friend constexpr bool operator==(CPixelType const&, CPixelType const&) noexcept = default;
+
+private:
+  [[noreturn]] static void RaiseId(EnId id);
+  EnId m_Id = EnId::None;
+};
 
 /// Read or write access to the voxels of a box of an image. The access shares the pixel block, so
 /// its addresses stay good while it lives, whatever becomes of the image; an image that is resized
 /// or assigned to meanwhile gets a block of its own. Released at the end of its life.
 class PXLIB2IMAGE_EXPORT CImageAccess {
 public:
+  /// For whoever implements IImage himself: access to `extents` voxels of a type, whose first one
+  /// stands at `base` and whose neighbors along x, y, z are `strides` bytes away. `owner` keeps the
+  /// pixels alive. The caller answers for the addresses; CExBadParam for a negative extent, and for
+  /// a null address where there are voxels.
+  [[nodiscard]] static CImageAccess ForWriting(CPixelType type, std::byte* base,
+                                               std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
+  [[nodiscard]] static CImageAccess ForReading(CPixelType type, std::byte const* base,
+                                               std::array<int64, 3> const& extents,
+                                               std::array<int64, 3> const& strides,
+                                               std::shared_ptr<void const> owner = {});
   CImageAccess(CImageAccess const&) = default;
   CImageAccess& operator=(CImageAccess const&) = default;
   CImageAccess(CImageAccess&& other) noexcept; ///< leaves the other released
@@ -41,6 +88,20 @@ public:
   /// CExBadParam for another axis.
   [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
+  /// The pixels as numbers of type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
+  /// IMAGE_GREY_8, and what its name says for each other type. A T that is not const
+  /// writes. Throws CExBadParam where the pixels are of another type, T is not const and the access
+  /// was not opened for writing, or the access was released.
+  template <class T>
+  [[nodiscard]] CPixels<T> As() const {
+    static_assert(std::is_arithmetic_v<T> && !std::is_same_v<std::remove_const_t<T>, bool>,
+                  "pixels are numbers, std::uint8_t in an IMAGE_BOOL");
+    CheckPixels(sizeof(T), std::is_signed_v<T>, std::is_floating_point_v<T>);
+    if constexpr (std::is_const_v<T>)
+      return {m_Owner, Base(), m_Extent, m_Stride};
+    else
+      return {m_Owner, WritableBase(), m_Extent, m_Stride};
+  }
   /// Lets go of the pixels before the end of the access's life: no address, no extents.
   void Release() noexcept;
 
@@ -53,33 +114,21 @@ private:
     return static_cast<std::size_t>(axis);
   }
   [[noreturn]] static void RaiseAxis(int axis);
+  /// Throws CExBadParam unless the pixels are such numbers.
+  void CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const;
 
-  std::shared_ptr<std::byte> m_Block;
+  std::shared_ptr<void const> m_Owner;
   std::byte* m_Base = nullptr;
   std::array<int64, 3> m_Extent{};
   std::array<int64, 3> m_Stride{};
   bool m_Writable = false;
+  CPixelType m_Type; // none after a release
 };
 
 /// What the algorithms need of an image.
 class PXLIB2IMAGE_EXPORT IImage {
 public:
-  /// A pixel type; the constants below are the ones there are.
-  class PXLIB2IMAGE_EXPORT CType {
-  public:
-    enum class EnId : std::uint8_t { None, Bool, BinaryFg, Grey8, Grey16, Grey32, GreyF };
-    constexpr CType() noexcept = default;
-    constexpr explicit CType(EnId id) noexcept : m_Id(id) {}
-    [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
-    /// Bytes of one pixel; 0 for no type.
-    [[nodiscard]] int64 Bytes() const noexcept;
-    /// The name of the constant, such as "IMAGE_GREY_8".
-    [[nodiscard]] char const* ToString() const noexcept;
-    friend constexpr bool operator==(CType const&, CType const&) noexcept = default;
-
-  private:
-    EnId m_Id = EnId::None;
-  };
+  using CType = CPixelType;
 
   virtual ~IImage();
   [[nodiscard]] virtual CSize Size() const noexcept = 0;
@@ -103,6 +152,10 @@ inline constexpr IImage::CType IMAGE_GREY_8{IImage::CType::EnId::Grey8};       /
 inline constexpr IImage::CType IMAGE_GREY_16{IImage::CType::EnId::Grey16};     ///< unsigned
 inline constexpr IImage::CType IMAGE_GREY_32{IImage::CType::EnId::Grey32};     ///< unsigned
 inline constexpr IImage::CType IMAGE_GREY_F{IImage::CType::EnId::GreyF};       ///< float
+inline constexpr IImage::CType IMAGE_SIGNED_8{IImage::CType::EnId::Signed8};   ///< two's complement
+inline constexpr IImage::CType IMAGE_SIGNED_16{IImage::CType::EnId::Signed16}; ///< the same
+inline constexpr IImage::CType IMAGE_SIGNED_32{IImage::CType::EnId::Signed32}; ///< the same
+inline constexpr IImage::CType IMAGE_DOUBLE{IImage::CType::EnId::Double};      ///< double
 
 /// An image that owns its pixels: x fastest, then y, then z, without gaps. A value: copies are
 /// deep, a moved-from image is empty. New pixels are 0.

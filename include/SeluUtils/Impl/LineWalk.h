@@ -1,0 +1,90 @@
+// What a walk along a digital line knows and never changes: its moves, from a cursor or a list.
+//
+//   Impl::StLine const line = Impl::LineBetween({0, 0, 0}, {9, 4, 2}, 3, NEIGHBORHOOD_26, true);
+//   Impl::StLineCursor cursor = line.start;
+//   for (int64 i = 0; i < line.steps; ++i) line.Advance(cursor, i);   // to (9, 4, 2)
+#pragma once
+
+#include <SeluBase/Neighborhood.h>
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/LineCursor.h>
+#include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+
+#include <utility>
+
+namespace ORVA::Impl {
+
+class CBresenhamVisitor3D;
+
+/// The moves of a line whose axes do not step evenly, in one list that all copies share; none by
+/// default and once moved from. A copy takes no memory. Threads may hold copies of one list.
+class SELUUTILS_EXPORT CSharedMoves {
+public:
+  CSharedMoves() noexcept = default;
+  explicit CSharedMoves(CBresenhamVisitor3D const& line);
+  CSharedMoves(CSharedMoves const& other) noexcept
+      : m_Shared(other.m_Shared), m_Moves(other.m_Moves) {
+    if (m_Shared != nullptr) Acquire(*m_Shared);
+  }
+  CSharedMoves(CSharedMoves&& other) noexcept
+      : m_Shared(std::exchange(other.m_Shared, nullptr)),
+        m_Moves(std::exchange(other.m_Moves, nullptr)) {}
+  CSharedMoves& operator=(CSharedMoves other) noexcept {
+    std::swap(m_Shared, other.m_Shared);
+    std::swap(m_Moves, other.m_Moves);
+    return *this;
+  }
+  ~CSharedMoves() {
+    if (m_Shared != nullptr) Release(*m_Shared);
+  }
+
+  [[nodiscard]] bool IsEmpty() const noexcept { return m_Moves == nullptr; }
+  /// Move i, 0 <= i < their number.
+  [[nodiscard]] CTriple<int64> const& operator[](int64 i) const noexcept { return m_Moves[i]; }
+
+private:
+  struct StShared;
+  // They see the list alone and never the walker that holds it, which can so stay in registers.
+  static void Acquire(StShared& shared) noexcept;
+  static void Release(StShared& shared) noexcept;
+
+  StShared* m_Shared = nullptr;
+  CTriple<int64> const* m_Moves = nullptr;
+};
+
+/// A line and the state at its start.
+struct StLine {
+  CTriple<int64> difference;
+  int64 dimension = 0;
+  int64 neighborhood = 0;
+  int64 diagonal = -1; // the mask of diagonal moves where it was given in place of a neighborhood
+  int64 firstStep = 0; // 0 with end points, 1 without
+  CSharedMoves list;   // of a line whose axes do not step evenly; those of the cursor are at rest
+  CUntilMoved<int64> steps;
+  StLineCursor start;
+
+  /// Move i, 0 <= i < steps.
+  [[nodiscard]] CTriple<int64> Move(int64 i) const noexcept {
+    return list.IsEmpty() ? start.Move(i) : list[i];
+  }
+  /// Takes a cursor that stands before move i >= 0 behind it. Past the last move a line of even
+  /// steps goes on, another one stays.
+  void Advance(StLineCursor& cursor, int64 i) const noexcept {
+    if (list.IsEmpty()) {
+      cursor.Advance();
+    } else if (i < steps) {
+      cursor.MoveBy(list[i]);
+    }
+  }
+};
+
+/// What the constructors of CBresenhamVisitor of the same parameters build.
+SELUUTILS_EXPORT StLine LineBetween(CTriple<int64> from, CTriple<int64> to, int64 dimension,
+                                    int64 neighborhood, bool withEndPoints);
+SELUUTILS_EXPORT StLine LineAlong(CTriple<int64> start, CTriple<double> direction, double length,
+                                  int64 dimension, int64 neighborhood, bool withEndPoints);
+SELUUTILS_EXPORT StLine LineUnderMask(CTriple<int64> difference, int64 diagonal);
+
+} // namespace ORVA::Impl

@@ -1,0 +1,62 @@
+// Walks all voxels of an image along parallel lines of any direction that wrap around at its
+// border.
+//
+//   CParallelLineVisitor lines(CTriple<double>(0.8, -0.5, 0.3));
+//   lines.SetImageSize({64, 64, 32});
+//   int64 sum = 0;
+//   while (lines.MorePoints()) sum += lines.NextPoint().x;
+#pragma once
+
+#include <SeluUtils/DeltaVisitor.h>
+#include <SeluUtils/Export.h>
+#include <SeluUtils/Triple.h>
+#include <pxlib2core/Types.h>
+#include <pxlib2image/Size.h>
+
+namespace ORVA {
+
+/// Covers the whole image with parallel digital lines like CDeltaVisitor, and always: every voxel
+/// once, for every direction other than (0, 0, 0) and every image, each line running the way that
+/// the direction points. Only the direction counts, not its length.
+///
+/// O(1) a point. Setting the image or the direction takes O(extent along the main axis) time and
+/// memory.
+class SELUUTILS_EXPORT CParallelLineVisitor {
+public:
+  /// No points before SetImageSize. CExBadParam for the null direction and for a component that is
+  /// not finite.
+  explicit CParallelLineVisitor(CTriple<double> direction);
+
+  /// Starts anew in an image of these extents; no points where one is 0 or negative.
+  void SetImageSize(CTriple<int64> extents);
+  template <class = void>
+  void SetImageSize(CSize size) {
+    SetImageSize(CTriple<int64>(size.x, size.y, size.z));
+  }
+  /// Starts anew in another direction; errors as for the constructor.
+  void SetDirection(CTriple<double> direction);
+
+  [[nodiscard]] bool MorePoints() const noexcept { return m_Lines.MorePoints(); }
+  /// CException "No more Points" after the last one.
+  CTriple<int64> NextPoint() {
+    CTriple<int64> const p = m_Origin + m_Lines.NextPoint() * m_Signs;
+    if (m_Axis == 1) return {p.y, p.x, p.z};
+    if (m_Axis == 2) return {p.y, p.z, p.x};
+    return p;
+  }
+  /// Whether the point last handed out began a line or followed a wrap across the border.
+  [[nodiscard]] bool BorderPoint() const noexcept { return m_Lines.BorderPoint(); }
+  /// Number of points: the product of the three extents, modulo 2^64.
+  [[nodiscard]] uint64 Steps() const noexcept { return m_Lines.Steps(); }
+  [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
+
+private:
+  // The walk itself: in line axes, and mirrored so that no component of the direction is negative.
+  CDeltaVisitor m_Lines{CTriple<double>(1, 0, 0)};
+  int64 m_Axis = 0;
+  CTriple<int64> m_Signs{1, 1, 1}; // of the direction, in line axes
+  CTriple<int64> m_Origin;         // where the first line starts, in line axes
+  CTriple<int64> m_ImageSize;
+};
+
+} // namespace ORVA
