@@ -143,12 +143,19 @@ void Register(std::string const& row, StJob const& job, bool hasPeers) {
   add("SeluUtils", Maps);
   if (!hasPeers) return;
   add("cut-outs", CutOuts)->UseManualTime()->Iterations(1);
-  add("scikit-image, 6 features", ScikitImage)->UseManualTime()->Iterations(1);
+  add("scikit-image", ScikitImage)->UseManualTime()->Iterations(1);
 }
 
 void RegisterAll() {
   std::vector<EnTextureFeature> const all(c_ibsiFeatures.begin(), c_ibsiFeatures.end());
   std::vector<EnTextureFeature> const without(c_ibsiFeatures.begin() + 1, c_ibsiFeatures.end());
+  // Those of scikit-image; its energy is the root of the angular second moment.
+  std::vector<EnTextureFeature> const six = {Contrast, Dissimilarity, InverseDifferenceMoment,
+                                             Correlation, AngularSecondMoment};
+  for (int const levels : {8, 32, 256})
+    Register("512^2, window 15, the 6 of scikit-image, " + std::to_string(levels) +
+                 " levels, noise",
+             {512, 15, levels, false, six}, true);
   for (int const levels : {8, 32, 256})
     for (bool const isSmooth : {true, false})
       Register("512^2, window 15, 24 features, " + std::to_string(levels) + " levels, " +

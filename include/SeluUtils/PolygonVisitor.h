@@ -24,6 +24,7 @@ namespace ORVA {
 
 /// A simple polygon, given by its corners in either orientation, each once or closed by the first;
 /// repeated and collinear corners are allowed. Holes are simple polygons inside the outline.
+/// Corners between the pixels are for CRealPolygonVisitor.
 ///
 /// With border the walk visits every lattice point inside or on the outline and the digital border
 /// line of each edge; without, the points strictly inside that are not on the border line. Each

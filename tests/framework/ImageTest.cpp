@@ -43,9 +43,11 @@ struct StType {
 };
 
 std::vector<StType> const c_types = {
-    {IMAGE_BOOL, 1, "IMAGE_BOOL"},       {IMAGE_BINARY_FG, 1, "IMAGE_BINARY_FG"},
-    {IMAGE_GREY_8, 1, "IMAGE_GREY_8"},   {IMAGE_GREY_16, 2, "IMAGE_GREY_16"},
-    {IMAGE_GREY_32, 4, "IMAGE_GREY_32"}, {IMAGE_GREY_F, 4, "IMAGE_GREY_F"},
+    {IMAGE_BOOL, 1, "IMAGE_BOOL"},           {IMAGE_BINARY_FG, 1, "IMAGE_BINARY_FG"},
+    {IMAGE_GREY_8, 1, "IMAGE_GREY_8"},       {IMAGE_GREY_16, 2, "IMAGE_GREY_16"},
+    {IMAGE_GREY_32, 4, "IMAGE_GREY_32"},     {IMAGE_GREY_F, 4, "IMAGE_GREY_F"},
+    {IMAGE_SIGNED_8, 1, "IMAGE_SIGNED_8"},   {IMAGE_SIGNED_16, 2, "IMAGE_SIGNED_16"},
+    {IMAGE_SIGNED_32, 4, "IMAGE_SIGNED_32"}, {IMAGE_DOUBLE, 8, "IMAGE_DOUBLE"},
 };
 
 // Gray values 1, 2, 3, ... in the order of the pixel block.

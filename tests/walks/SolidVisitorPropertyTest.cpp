@@ -71,7 +71,7 @@ void ExpectExactWalks(StSolid const& solid, EnWinding rule, Int unit,
   }
 }
 
-constexpr int c_perKind = 300;
+constexpr int c_perKind = 200;
 constexpr Int c_mostReach = 6;
 
 template <class Check>

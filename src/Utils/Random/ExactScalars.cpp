@@ -104,10 +104,10 @@ double Impl::LogRest(double y) {
 }
 
 CExactPressedDirections::CExactPressedDirections(double pressingFactor) : m_Factor(pressingFactor) {
-  Impl::RequireParameter(
-      IsNotNegative(pressingFactor),
-      ORVA_LOCATION(c_module, "ORVA::CExactPressedDirections::CExactPressedDirections"),
-      "pressing factor has to be finite and at least 0", pressingFactor);
+  auto const location =
+      ORVA_LOCATION(c_module, "ORVA::CExactPressedDirections::CExactPressedDirections");
+  Impl::RequireParameter(IsNotNegative(pressingFactor), location,
+                         "pressing factor has to be finite and at least 0", pressingFactor);
 }
 
 } // namespace ORVA

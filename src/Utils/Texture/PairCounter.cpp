@@ -115,8 +115,8 @@ private:
 void CountDense(StPairs const& pairs, int bytesPerVoxel, std::size_t side,
                 std::vector<uint64>& table) {
   int64 const n = pairs.box.extent[0], stride = pairs.box.stride[0][0];
-  std::size_t const tables = side <= 65 ? 4 : 2;
-  if (pairs.count < 4 * tables * table.size()) { // not worth tables of its own
+  std::size_t const tables = side <= 65 ? 4 : side <= 300 ? 2 : 1;
+  if (pairs.count < 16 * tables * table.size()) { // not worth tables of its own
     Impl::StLevelTables<uint64> const view{{table.data(), table.data(), table.data(), table.data()},
                                            side};
     auto const countRow = RowCounterOf<uint64>(bytesPerVoxel);

@@ -59,18 +59,21 @@ void Clip(StPairBox& box, Vector const& extent) noexcept {
   }
 }
 
-// The axes in the order in which windows are visited: along the first axis they move, which is x,
-// or where x has too few windows to make up for the start of a line, the one with the most.
+// Columns that come or go for each voxel of a window and window, where windows move along an axis:
+// all of them at the start of a line, then a few.
+double CostAlong(StWindowBand const& band, std::size_t axis) noexcept {
+  auto const windows = static_cast<double>(band.count[axis]);
+  auto const side = static_cast<double>(Impl::LargestSide(band, axis));
+  return (side + (windows - 1) * std::min(side, static_cast<double>(band.step[axis]))) /
+         (windows * side);
+}
+
+// The axes in the order in which windows are visited: along x, unless another axis costs less than
+// half.
 std::array<std::size_t, 3> OrderOf(StWindowBand const& band) noexcept {
   std::array<std::size_t, 3> order{0, 1, 2};
-  auto const perSide = [&](std::size_t k) {
-    return static_cast<double>(band.count[k]) * static_cast<double>(band.step[k]) /
-           static_cast<double>(Impl::LargestSide(band, k));
-  };
-  std::size_t best = 0;
-  for (std::size_t k = 1; k < 3; ++k)
-    if (perSide(k) > perSide(best)) best = k;
-  if (perSide(0) < 4) std::swap(order[0], order[best]);
+  std::size_t const other = CostAlong(band, 1) <= CostAlong(band, 2) ? 1 : 2;
+  if (2 * CostAlong(band, other) < CostAlong(band, 0)) std::swap(order[0], order[other]);
   return order;
 }
 
