@@ -28,8 +28,11 @@ namespace ORVA {
 /// closed surface's solid without a miss.
 ///
 /// Every slice between the solid's ends needs border points: a slice without any ends the walk.
-/// With border the digital lines between a slice's hull corners belong to it, so that a point can
-/// lie half a voxel outside; without, they and the first and the last slice are left out.
+/// With border the digital lines between a slice's hull corners belong to it; without, they and
+/// the first and the last slice are left out. Measured on 6000 random tetrahedra of up to 16 voxels
+/// along each axis: with border points lie up to 1.1 voxels outside in NEIGHBORHOOD_26 and up
+/// to 1.5 in NEIGHBORHOOD_6, and 2.5 % and 0.3 % of the walks miss a point strictly inside.
+/// CSolidVisitor <SeluUtils/SolidVisitor.h> walks every solid exactly.
 ///
 /// Coordinates x must lie in 0 to 2^31 - 1, as slices are numbered by them, and two points joined
 /// by a line at most 2^31 - 1 apart along each axis, else CExBadParam. Building takes O(n log n)

@@ -49,10 +49,12 @@ struct StAreaLists {
 /// side of greater y, so that edges of rising x are its upper side.
 ///
 /// With border every point inside or on a convex outline is visited; without, those strictly inside
-/// that are not on the digital border line; in NEIGHBORHOOD_4, _6_1 and _6_2 also points on the
-/// outline where its border line has several points in one column. Outlines whose edges are all no
-/// steeper than 45 degrees are exact too. Concave outlines and vertical edges within the upper or
-/// lower side can lose points or be refused: CPolygonVisitor serves any outline.
+/// that are not on the digital border line, and what a border line with several points in a column
+/// leaves of them: of random convex outlines in a box of side 20 between 95 % (NEIGHBORHOOD_8) and
+/// all (_4) of the walks without border hold points of the border line, and 40 % to 69 % one
+/// outside the outline. Outlines whose edges are all no steeper than 45 degrees are exact too.
+/// Concave outlines and vertical edges within the upper or lower side can lose points or be
+/// refused: CPolygonVisitor serves any outline.
 ///
 /// Corners may lie up to 2147483647 apart along each axis, else CExBadParam; corners of different z
 /// throw CException. Building takes O(n log n) time for n border points, a point O(1).
@@ -126,8 +128,12 @@ private:
 /// each column (value of x), and the run between them is a 3D digital line.
 ///
 /// Only one of a path's two orientations can be paired: for the other the constructor throws.
-/// Thin corners, where the digital borders of the two sides cross, can lose columns; concave
-/// outlines can lose voxels or be refused: CPolygonVisitor serves any outline.
+/// Where the plane's normal is largest along x, each column (value of x) is a narrow strip and
+/// holds one run: of random convex outlines 40 % of the voxel columns along x are then lost, along
+/// y 0.4 %, along z 0.1 %, and up to 11 % of the outlines are refused. Without border 88 %
+/// (NEIGHBORHOOD_26) to 98 % (_14_1) of the walks hold points of the border line, and most one
+/// outside the outline. Concave outlines can lose voxels or be refused. CPolygonVisitor serves any
+/// outline exactly.
 ///
 /// Without border the outermost columns and the two ends of each run are left out. Corners may lie
 /// up to 2147483647 apart along each axis, else CExBadParam. Building takes O(n log n + p) time for
