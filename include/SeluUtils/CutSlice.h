@@ -24,6 +24,10 @@ namespace ORVA {
 /// its corners by two digital lines along its edges: each voxel is a point of the first line plus
 /// an offset of the second, row by row; those outside the box are skipped.
 ///
+/// Corners within 1e-9 of a face (relative to the extent) are put onto it before it is asked whether
+/// they lie in the box. The corner is the first with an angle of at most 90 degrees, else the first
+/// of the sharpest; angles whose cosines are within 1e-12 of each other are equal.
+///
 /// On oblique planes such a lattice can repeat or miss single voxels; and as its corner and edges
 /// are rounded to voxels it strays from the plane by up to two, and a strip can be missing where it
 /// so leaves the box. Planes along two axes are exact; CPlaneSection is for every plane.

@@ -36,9 +36,10 @@ public:
 
   /// Starts anew in an image of these extents, none where one is 0 or negative. A y extent of 0
   /// sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a component
-  /// that is not finite, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
+  /// that is infinite or NaN, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
   /// component| * diagonal) + 1 is less than the extent along the main axis: a direction shorter
-  /// than 1, or an oblique one in an elongated image. The walk has no points then.
+  /// than 1, or an oblique one in an elongated image. After an error, std::bad_alloc included, the
+  /// walk has no points: Steps() is 0. The extents stay for the next direction.
   void SetImageSize(CTriple<int64> extents);
   template <class = void>
   void SetImageSize(CSize size) {
@@ -66,7 +67,7 @@ public:
   }
   /// Whether the point last handed out began a line or followed a wrap across the border.
   [[nodiscard]] bool BorderPoint() const noexcept { return m_IsBorder; }
-  /// The product of the three extents, modulo 2^64.
+  /// The product of the three extents, modulo 2^64; 0 where the walk has no points.
   [[nodiscard]] uint64 Steps() const noexcept;
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 

@@ -27,7 +27,8 @@ public:
   /// not finite.
   explicit CParallelLineVisitor(CTriple<double> direction);
 
-  /// Starts anew in an image of these extents; no points where one is 0 or negative.
+  /// Starts anew in an image of these extents; no points where one is 0 or negative, and after an
+  /// error (std::bad_alloc).
   void SetImageSize(CTriple<int64> extents);
   template <class = void>
   void SetImageSize(CSize size) {

@@ -24,6 +24,7 @@ namespace ORVA {
 
 /// A simple polygon, given by its corners in either orientation, each once or closed by the first;
 /// repeated and collinear corners are allowed. Holes are simple polygons inside the outline.
+/// Corners between the pixels are for CRealPolygonVisitor.
 ///
 /// With border the walk visits every lattice point inside or on the outline and the digital border
 /// line of each edge; without, the points strictly inside that are not on the border line. Each
@@ -44,8 +45,9 @@ namespace ORVA {
 ///
 /// The arithmetic is exact. CExBadParam for corners more than 2147483647 apart along an axis or
 /// beyond ±2^62, for corners off the common plane, a hole outside the outline's box, an unknown
-/// dimension or neighborhood. Building takes O(b) time and memory for b border points plus columns
-/// (O(b log c) where c edges cross one column), a point O(1); the points themselves take none.
+/// dimension or neighborhood. Building takes O(n) time and memory for the n columns of all edges,
+/// however high these are (O(n log c) where c edges cross one column), a point O(1); the points
+/// themselves take none.
 class SELUUTILS_EXPORT CPolygonVisitor {
 public:
   /// A walk without points.

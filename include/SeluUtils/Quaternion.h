@@ -1,5 +1,6 @@
 // A rotation of space as a unit quaternion: four numbers instead of a matrix.
 //
+//   #include <SeluUtils/EulerRotation.h>
 //   CQuaternion const q(0.5, 0.5, 0.5, 0.5);              // w, x, y, z
 //   CTriple<double> const v = q.Rotate({1.0, 0.0, 0.0});  // (0, 1, 0)
 //   CEulerRotation const r = q.ToRotation();              // r.rotateVector is q.Rotate

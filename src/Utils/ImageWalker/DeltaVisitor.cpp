@@ -15,6 +15,8 @@ namespace ORVA {
 namespace {
 
 constexpr char c_module[] = "src/Utils/ImageWalker";
+constexpr char c_initialize[] = "ORVA::CDeltaVisitor::Initialize";
+constexpr char c_invalidLine[] = "Invalid Calculation of Line in CDeltaVisitor";
 
 } // namespace
 
@@ -34,14 +36,14 @@ void CDeltaVisitor::SetDirection(CTriple<double> direction) {
 }
 
 uint64 CDeltaVisitor::Steps() const noexcept {
+  if (m_Length == 0) return 0; // no line stands
   return static_cast<uint64>(m_ImageSize.x) * static_cast<uint64>(m_ImageSize.y) *
          static_cast<uint64>(m_ImageSize.z);
 }
 
 int64 CDeltaVisitor::MainAxis() const {
   if (!Impl::IsFinite(m_Direction))
-    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDeltaVisitor::Initialize"),
-                "Invalid Direction given to CDeltaVisitor");
+    Impl::Raise(ORVA_LOCATION(c_module, c_initialize), "Invalid Direction given to CDeltaVisitor");
   return Impl::LargestAxis(m_Direction);
 }
 
@@ -68,16 +70,14 @@ void CDeltaVisitor::BuildLine() {
   bool const isFlat = m_ImageSize.z == 1;
   CBresenhamVisitor line(start, direction, std::sqrt(nx * nx + ny * ny + nz * nz), isFlat ? 2 : 3,
                          isFlat ? NEIGHBORHOOD_8 : NEIGHBORHOOD_26, true);
-  auto const raise = [] {
-    Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CDeltaVisitor::Initialize"),
-                "Invalid Calculation of Line in CDeltaVisitor");
-  };
-  if (line.Steps() < extents.x - 1) raise();
+  if (line.Steps() < extents.x - 1)
+    Impl::Raise(ORVA_LOCATION(c_module, c_initialize), c_invalidLine);
   std::vector<CTriple<int64>> points;
   points.reserve(static_cast<std::size_t>(extents.x));
   for (int64 i = 0; i < extents.x; ++i) points.push_back(line.NextPoint() - start);
   // Of a length beyond 32 bits so little can be left that another axis drives the line.
-  if (std::abs(points.back().x) != extents.x - 1) raise();
+  if (std::abs(points.back().x) != extents.x - 1)
+    Impl::Raise(ORVA_LOCATION(c_module, c_initialize), c_invalidLine);
   m_Line = std::move(points);
   m_Start = m_Offset = start;
   m_Length = extents.x;

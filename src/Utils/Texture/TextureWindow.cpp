@@ -127,14 +127,14 @@ CTextureWindow::~CTextureWindow() = default;
 // What is asked for
 
 void CTextureWindow::SetSides(CSize const& sides) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides");
   Vector const side = AsVector(sides);
   for (int64 const s : side)
     if (s < 1 || s % 2 == 0)
-      Impl::RaiseBadParam(location,
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides"),
                           CString("the sides of a window are odd, not %1").Arg(Text(side)));
   if (std::ranges::max(side) > c_mostVoxels || Product(side) > c_mostVoxels)
-    Impl::RaiseBadParam(location, CString("a window of %1 voxels is too large").Arg(Text(side)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides"),
+                        CString("a window of %1 voxels is too large").Arg(Text(side)));
   m_Sides = sides;
 }
 
@@ -146,15 +146,17 @@ void CTextureWindow::SetDisplacements(std::span<CTriple<int64> const> displaceme
 }
 
 void CTextureWindow::SetFeatures(std::span<EnTextureFeature const> features) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures");
-  if (features.empty()) Impl::RaiseBadParam(location, "no feature");
+  if (features.empty())
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"), "no feature");
   for (EnTextureFeature const feature : features) {
     auto const number = static_cast<std::size_t>(feature);
     if (number >= c_nTextureFeatures)
-      Impl::RaiseBadParam(location, CString("no feature has the number %1").Arg(number));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"),
+                          CString("no feature has the number %1").Arg(number));
     if (Impl::Finisher(feature) == nullptr)
-      Impl::RaiseBadParam(location, CString("the feature %1 has no moving window")
-                                        .Arg(CString(std::string(FeatureName(feature)))));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"),
+                          CString("the feature %1 has no moving window")
+                              .Arg(CString(std::string(FeatureName(feature)))));
   }
   m_Features.assign(features.begin(), features.end());
 }
@@ -214,30 +216,30 @@ StRowRange CTextureWindow::InputRows(CSize const& image, StRowRange const& rows)
 // Checks
 
 void CTextureWindow::CheckLevels(int levels) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels");
   Vector const side = AsVector(m_Sides);
   if (levels > c_mostLevels)
-    Impl::RaiseBadParam(location, CString("%1 levels in a moving window").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
+                        CString("%1 levels in a moving window").Arg(levels));
   if (levels * Product(side) > c_mostVoxelsTimesLevels)
-    Impl::RaiseBadParam(location,
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
                         CString("%1 levels in a window of %2").Arg(levels).Arg(Text(side)));
   if (levels > Impl::c_mostProminenceLevels &&
       std::ranges::find(m_Features, EnTextureFeature::ClusterProminence) != m_Features.end())
-    Impl::RaiseBadParam(location, CString("%1 levels with the cluster prominence").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
+                        CString("%1 levels with the cluster prominence").Arg(levels));
 }
 
 void CTextureWindow::CheckSize(CSize const& image) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize");
   Vector const side = AsVector(m_Sides);
   for (auto k = static_cast<std::size_t>(image.Dim()); k < 3; ++k)
     if (side[k] != 1)
       Impl::RaiseBadParam(
-          location,
+          ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize"),
           CString("a window of %1 in an image of dimension %2").Arg(Text(side)).Arg(image.Dim()));
   for (auto const& d : m_Displacements)
     for (std::size_t k = 0; k < 3; ++k)
       if (AsVector(d)[k] <= -side[k] || AsVector(d)[k] >= side[k])
-        Impl::RaiseBadParam(location,
+        Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize"),
                             CString("displacement (%1, %2, %3) leaves no pair in a window of %4")
                                 .Arg(d.x)
                                 .Arg(d.y)
@@ -248,22 +250,22 @@ void CTextureWindow::CheckSize(CSize const& image) const {
 // What is given must be the part of the image that the rows need, and leave room for their values.
 void CTextureWindow::CheckPart(CLevelImage const& levels, int64 first, CSize const& image,
                                StRowRange const& rows) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart");
   auto const axis = LastAxis(image);
   StRowRange const needed = InputRows(image, rows);
   Vector const extent = AsVector(image), held = levels.Extents();
   bool const isThere = needed.low == needed.high ||
                        (first <= needed.low && first >= 0 && needed.high - first <= held[axis]);
   if (!isThere)
-    Impl::RaiseBadParam(location, CString("%1 rows from %2 on where those from %3 to %4 are needed")
-                                      .Arg(held[axis])
-                                      .Arg(first)
-                                      .Arg(needed.low)
-                                      .Arg(needed.high));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart"),
+                        CString("%1 rows from %2 on where those from %3 to %4 are needed")
+                            .Arg(held[axis])
+                            .Arg(first)
+                            .Arg(needed.low)
+                            .Arg(needed.high));
   for (std::size_t k = 0; k < 3; ++k)
     if (k != axis && held[k] != extent[k])
       Impl::RaiseBadParam(
-          location,
+          ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart"),
           CString("levels of %1 voxels of an image of %2").Arg(Text(held)).Arg(Text(extent)));
 }
 
