@@ -21,7 +21,7 @@ struct StWalkOptions {
   bool withoutBorder = false, edges = false;
   std::string normal, distance, method, low, high, direction, size;
   // What is done with it.
-  std::string image, paint, output, picture, format, range;
+  std::string image, series, paint, output, picture, format, range;
   bool profile = false;
 };
 
