@@ -62,6 +62,8 @@ void RefuseOverwritingInputs(std::string const& output, StJob const& job) {
   if (job.opened) RefuseOverwriting(output, *job.opened);
   if (!job.given.corners.empty()) RefuseSameFile(output, job.given.corners);
   for (auto const& hole : job.given.holes) RefuseSameFile(output, hole);
+  for (auto const& input : {job.given.facesFile, job.given.mesh})
+    if (!input.empty()) RefuseSameFile(output, input);
 }
 
 void OpenPictureOf(StJob& job) {
