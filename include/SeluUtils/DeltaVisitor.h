@@ -27,7 +27,7 @@ namespace ORVA {
 /// axes rotated, x holding the image's y, y its z and z its x. CParallelLineVisitor has neither
 /// limit.
 ///
-/// O(1) a point. Setting the image or the direction takes O(extent along the main axis) time and
+/// O(1) per point. Setting the image or the direction takes O(extent along the main axis) time and
 /// memory (std::bad_alloc where that is too much).
 class SELUUTILS_EXPORT CDeltaVisitor {
 public:

@@ -22,7 +22,7 @@ namespace ORVA {
 
 /// Covers a box with straight lines along a unit direction: a line starts at every voxel of the
 /// faces through which the direction enters the box, and ends where it leaves the box. Every voxel
-/// is handed out once. O(1) a point, no memory beyond six faces.
+/// is handed out once. O(1) per point, no memory beyond six faces.
 ///
 /// Two things surprise. The constructor does not prepare the walk, SetImageSize or SetDirection
 /// does; until then it hands out a line from the origin. And where the first face has a single

@@ -1,4 +1,4 @@
-// Walks the voxels of a digital line, one point a call, in 1, 2 or 3 dimensions.
+// Walks the voxels of a digital line, one point per call, in 1, 2 or 3 dimensions.
 //
 //   CBresenhamVisitor line({0, 0, 0}, {9, 4, 2}, 3, NEIGHBORHOOD_26, true);
 //   int64 sum = 0;

@@ -19,7 +19,7 @@ namespace ORVA {
 /// once, for every direction other than (0, 0, 0) and every image, each line running the way that
 /// the direction points. Only the direction counts, not its length.
 ///
-/// O(1) a point. Setting the image or the direction takes O(extent along the main axis) time and
+/// O(1) per point. Setting the image or the direction takes O(extent along the main axis) time and
 /// memory.
 class SELUUTILS_EXPORT CParallelLineVisitor {
 public:

@@ -15,7 +15,7 @@
 namespace ORVA {
 
 /// Every voxel of the box from low to high, both included, in raster order: x fastest, then y, then
-/// z. O(1) a point, no memory. A box with a low above its high has no points.
+/// z. O(1) per point, no memory. A box with a low above its high has no points.
 ///
 /// All of a walk is inline, so that a window that lives in one function walks in registers.
 class SELUUTILS_EXPORT CWindowVisitor {

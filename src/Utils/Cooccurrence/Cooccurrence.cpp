@@ -234,18 +234,16 @@ void CCooccurrence::DataToImage(IImage& out, int slice) const {
                 "Images must be 2d or 3d.");
   CImageAccess const access = out.CreateAccess(true);
   std::byte* const first = access.WritableBase() + slice * access.Stride(0);
-  constexpr auto c_nBytes = static_cast<int64>(sizeof(std::uint32_t));
-  constexpr auto c_nColumn = static_cast<std::size_t>(m_cGreyLevels);
-  std::uint32_t const* column = m_Arrays->m_Counts.data();
-  for (int64 j = 0; j < m_cGreyLevels; ++j, column += c_nColumn) {
-    std::byte* const to = first + j * access.Stride(2);
-    if (access.Stride(1) == c_nBytes) {
-      std::memcpy(to, column, c_nColumn * sizeof *column);
-    } else {
-      for (std::size_t i = 0; i < c_nColumn; ++i)
-        std::memcpy(to + static_cast<int64>(i) * access.Stride(1), column + i, sizeof *column);
-    }
+  auto const& counts = m_Arrays->m_Counts;
+  constexpr auto c_nCell = static_cast<int64>(sizeof(std::uint32_t));
+  if (access.Stride(1) == c_nCell && access.Stride(2) == m_cGreyLevels * c_nCell) {
+    std::memcpy(first, counts.data(), counts.size() * sizeof(std::uint32_t));
+    return;
   }
+  auto count = counts.begin();
+  for (int64 j = 0; j < m_cGreyLevels; ++j)
+    for (int64 i = 0; i < m_cGreyLevels; ++i, ++count)
+      std::memcpy(first + i * access.Stride(1) + j * access.Stride(2), &*count, sizeof *count);
 }
 
 void CCooccurrence::PrepareArrays(double N) {
@@ -255,16 +253,15 @@ void CCooccurrence::PrepareArrays(double N) {
   Impl::FillTextureArrays(m_Arrays->texture, {m_Arrays->Counts()}, N);
 }
 
-// Into a copy of the map first: where memory runs out, the map stays as it was.
 CCooccurrence::CFeatures CCooccurrence::ProcessMap(CValueMap* map) const {
   CFeatures features{};
   for (std::size_t k = 0; k < c_features.size(); ++k)
     features[k] = c_features[k](m_Arrays->texture);
   if (map == nullptr) return features;
-  CValueMap all(*map);
+  std::vector<std::pair<CValue_Key, CValue>> entries;
   for (std::size_t k = 0; k < features.size(); ++k)
-    all.SetEntry(m_cFeatureNames[k], CValueDouble(features[k]));
-  *map = std::move(all);
+    entries.emplace_back(m_cFeatureNames[k], CValueDouble(features[k]));
+  map->SetEntries(std::move(entries)); // all of them or, where memory runs out, none
   return features;
 }
 

@@ -92,8 +92,7 @@ double Impl::LogRest(double y) {
   return -square * square * sum;
 }
 
-CExactPressedDirections::CExactPressedDirections(double pressingFactor)
-    : m_Factor(pressingFactor) {
+CExactPressedDirections::CExactPressedDirections(double pressingFactor) : m_Factor(pressingFactor) {
   auto const location =
       ORVA_LOCATION(c_module, "ORVA::CExactPressedDirections::CExactPressedDirections");
   Impl::RequireParameter(IsNotNegative(pressingFactor), location,

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Times the draws of NumPy's Generator that bench/ExactDrawsBench.cpp times beside it.
+"""Times one of the draws of NumPy's Generator that bench/ExactDrawsBench.cpp times beside it.
 
-Usage: numpy_draws.py [SECONDS]
+Usage: numpy_draws.py ROW [SECONDS]
 
-Prints a line "row<tab>nanoseconds per draw" for each row, the fastest of many repetitions that take
-SECONDS (default 0.5) in all. A single draw is a call from Python, so only arrays are timed. Rows are
-called as in the benchmark, and arrays have as many elements.
+Prints the nanoseconds per draw, the fastest of many repetitions that take SECONDS (default 0.5) in
+all. A single draw is a call from Python, so only arrays are timed. Rows are called as in the
+benchmark, and arrays have as many elements.
 """
 import sys
 import time
@@ -49,13 +49,12 @@ def nanoseconds(draw, seconds):
 
 
 def main():
-    if any(argument in ("-h", "--help") for argument in sys.argv[1:]):
-        print(__doc__)
-        return
-    seconds = float(sys.argv[1]) if len(sys.argv) > 1 else 0.5
-    print(f"# NumPy {np.__version__}, PCG64")
+    seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 0.5
     for row, draw in rows(np.random.default_rng(1)):
-        print(f"{row}\t{nanoseconds(draw, seconds):.3f}")
+        if row == sys.argv[1]:
+            print(f"{nanoseconds(draw, seconds):.3f}")
+            return
+    sys.exit(f"no row {sys.argv[1]}")
 
 
 main()
