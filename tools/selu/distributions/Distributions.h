@@ -50,8 +50,8 @@ struct StScalarTheory {
   std::function<double(double)> cdf;
   std::function<double(double)> density; ///< none for discrete and constant values
   std::string noTest;                    ///< why there is no Kolmogorov-Smirnov test, or empty
-  /// Upper borders of the cells for a chi-square test, ascending, the last one infinite; empty where
-  /// there is none.
+  /// Upper borders of the cells for a chi-square test, ascending, the last one infinite; empty
+  /// where there is none.
   std::vector<double> cells = {};
 };
 

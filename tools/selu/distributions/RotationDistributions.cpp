@@ -111,10 +111,9 @@ StPart MakeVonMisesFisher(CParameters& given) {
   CPolarCoordinates const mean = Axis(given, 0);
   double const first =
       kappa < 0.01 ? kappa / 3 * (1 - kappa * kappa / 15) : 1 / std::tanh(kappa) - 1 / kappa;
-  StRotationTheory const theory =
-      AboutAxis(mean, first, 1 - 2 * first / kappa, [kappa](double s) {
-        return 1 - std::expm1(-kappa * s) / std::expm1(-2 * kappa);
-      });
+  StRotationTheory const theory = AboutAxis(mean, first, 1 - 2 * first / kappa, [kappa](double s) {
+    return 1 - std::expm1(-kappa * s) / std::expm1(-2 * kappa);
+  });
   return EitherOf<ORVA::CVonMisesFisher, ORVA::CExactVonMisesFisher>(given, theory, kappa, mean);
 }
 

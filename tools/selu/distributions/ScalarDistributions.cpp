@@ -44,11 +44,10 @@ constexpr char const* c_isConstant = "all values are the same";
 
 template <class Generator>
 StScalar Drawing(Generator const& generator, StScalarTheory theory) {
-  return {[generator] { return static_cast<double>(generator()); },
-          [generator](ORVA::CRandomSource& source) {
-            return static_cast<double>(generator(source));
-          },
-          false, std::move(theory)};
+  return {
+      [generator] { return static_cast<double>(generator()); },
+      [generator](ORVA::CRandomSource& source) { return static_cast<double>(generator(source)); },
+      false, std::move(theory)};
 }
 
 // The last guard before the first draw; the bounds of the parameters should have said it better.
@@ -373,8 +372,8 @@ StScalar MakeDiscrete(CParameters& given) {
     given.Refuse("needs weights whose sum is positive and finite, not " + Shortest(total));
   // The given distribution demands that values and weights add up to 1, so dice take the exact one.
   ORVA::CRandomDiscrete const generator(weights);
-  bool const isExact = IsExact(given.Distribution()) || !generator.IsValid() ||
-                       std::abs(total - 1) > 1e-9;
+  bool const isExact =
+      IsExact(given.Distribution()) || !generator.IsValid() || std::abs(total - 1) > 1e-9;
   return isExact ? ExactDiscrete(given, weights)
                  : ScalarOf(given, generator, DiscreteTheory(weights));
 }

@@ -24,9 +24,9 @@ double LargeGammaShare(double shape, double x) {
   double const first = std::abs(eta) < 0.01
                            ? -1.0 / 3 + eta * (1.0 / 12 - eta * (2.0 / 135 - eta / 864))
                            : 1 / off - 1 / eta;
-  double const share = std::erfc(-eta * std::sqrt(shape / 2)) / 2 -
-                       std::exp(-shape * eta * eta / 2) /
-                           std::sqrt(2 * std::numbers::pi * shape) * first;
+  double const share =
+      std::erfc(-eta * std::sqrt(shape / 2)) / 2 -
+      std::exp(-shape * eta * eta / 2) / std::sqrt(2 * std::numbers::pi * shape) * first;
   return std::clamp(share, 0.0, 1.0);
 }
 
