@@ -1,4 +1,4 @@
-# How every target of the house is built: language level, warnings, reproducible arithmetic,
+# How every target is built: language level, warnings, reproducible arithmetic,
 # sanitizers, and for the libraries hidden symbols, an export header, version and SONAME.
 
 include(GenerateExportHeader)

@@ -94,9 +94,21 @@ private:
   std::map<std::string, std::map<std::string, StTime>> m_Times;
 };
 
+// The compiler as one names it, such as "GCC 12.2.0": the results say what built them.
+std::string Compiler() {
+#ifdef __clang__
+  return "Clang " + std::to_string(__clang_major__) + "." + std::to_string(__clang_minor__) + "." +
+         std::to_string(__clang_patchlevel__);
+#else
+  return "GCC " + std::to_string(__GNUC__) + "." + std::to_string(__GNUC_MINOR__) + "." +
+         std::to_string(__GNUC_PATCHLEVEL__);
+#endif
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+  benchmark::AddCustomContext("compiler", Compiler());
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   CRatioTable table;

@@ -1,5 +1,6 @@
 // A rotation of space as a unit quaternion: four numbers instead of a matrix.
 //
+//   #include <SeluUtils/EulerRotation.h>
 //   CQuaternion const q(0.5, 0.5, 0.5, 0.5);              // w, x, y, z
 //   CTriple<double> const v = q.Rotate({1.0, 0.0, 0.0});  // (0, 1, 0)
 //   CEulerRotation const r = q.ToRotation();              // r.rotateVector is q.Rotate
@@ -28,9 +29,8 @@ struct SELUUTILS_EXPORT CQuaternion {
   [[nodiscard]] constexpr std::array<double, 9> Matrix() const {
     double const xx = x * x, yy = y * y, zz = z * z;
     double const xy = x * y, xz = x * z, yz = y * z, wx = w * x, wy = w * y, wz = w * z;
-    return {1 - 2 * (yy + zz), 2 * (xy - wz),     2 * (xz + wy),
-            2 * (xy + wz),     1 - 2 * (xx + zz), 2 * (yz - wx),
-            2 * (xz - wy),     2 * (yz + wx),     1 - 2 * (xx + yy)};
+    return {1 - 2 * (yy + zz), 2 * (xy - wz), 2 * (xz + wy), 2 * (xy + wz),    1 - 2 * (xx + zz),
+            2 * (yz - wx),     2 * (xz - wy), 2 * (yz + wx), 1 - 2 * (xx + yy)};
   }
   [[nodiscard]] CEulerRotation ToRotation() const;
   [[nodiscard]] constexpr CTriple<double> Rotate(CTriple<double> const& v) const {

@@ -117,7 +117,7 @@ SELUUTILS_EXPORT void
 ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName,
                                            CValueMap const& features, std::string const& idKey,
                                            CImage& image, std::vector<std::string> const& excluded);
-/// The same without the copy of the map, which for many objects is as dear as the rest: the
+/// The same without the copy of the map, which for many objects takes as long as the rest: the
 /// features move into the image's attributes. An error leaves them in place.
 SELUUTILS_EXPORT void
 ConvertObjectBasedFeaturesIntoFeatureImage(std::string const& featureName, CValueMap&& features,

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -197,6 +198,39 @@ TEST_F(Cooccurrence, OutputTypeIsCheckedBeforeItsSizeAndBothBeforeTheInput) {
               "output image size does not match");
 }
 
+// What is wrong with the arguments of ComputeMatrixAndFeatures, mended one by one in the order in
+// which it is looked at.
+TEST_F(Cooccurrence, MatrixAndFeaturesCheckTheirArgumentsInOrder) {
+  CImage wrongType(IMAGE_GREY_8, CSize(7, 7)), wrongSize(IMAGE_GREY_32, CSize(7, 7));
+  CImage const none, line(IMAGE_GREY_8, CSize(5)), plane(IMAGE_GREY_F, CSize(3, 3));
+  CTriple<long> outOfPlane(1, 0, 1);
+  struct {
+    CImage& out;
+    CImage const& in;
+    CTriple<long>* direction;
+    CValueMap* features;
+    std::string message;
+  } const cases[] = {
+      {wrongType, none, nullptr, nullptr, "direction is null"},
+      {wrongType, none, &outOfPlane, nullptr, "feature map is null"},
+      {wrongType, none, &outOfPlane, &features, "output image type does not match"},
+      {wrongSize, none, &outOfPlane, &features, "output image size does not match"},
+      {out, none, &outOfPlane, &features, "image dimension does not match"},
+      {out, plane, &outOfPlane, &features, "direction with dz = 1 leads out of a 2d image"},
+      {out, line, &right, &features, "Images must be 2d or 3d."},
+      {out, plane, &right, &features, "input image type does not match"},
+  };
+  for (auto const& [output, input, direction, map, message] : cases) {
+    auto const call = [&] { texture.ComputeMatrixAndFeatures(output, input, direction, map); };
+    if (message.starts_with("direction") || message.starts_with("feature map")) {
+      ExpectError<CExBadParam>(call, message);
+    } else {
+      ExpectError(call, message);
+    }
+  }
+  EXPECT_TRUE(features.IsEmpty());
+}
+
 TEST_F(Cooccurrence, RefusesAnImageWithoutDimension) {
   CImage const none;
   char const message[] = "image dimension does not match";
@@ -219,6 +253,18 @@ TEST_F(Cooccurrence, LineImageIsRefusedByTheCountingStep) {
   ExpectError([&] { texture.ComputeFeatures(line, &right, &features); }, message, where, c_source);
   ExpectError([&] { texture.ComputeMatrixAndFeatures(out, line, &right, &features); }, message,
               where, c_source);
+}
+
+TEST_F(Cooccurrence, EachErrorHasALineOfItsOwn) {
+  CImage const flat = SmallPlane(), line(IMAGE_GREY_8, CSize(3)), real(IMAGE_GREY_F, CSize(3, 3));
+  CImage wrongType(IMAGE_GREY_8, CSize(1, 256, 256)), wrongSize(IMAGE_GREY_32, CSize(1, 256, 255));
+  CTriple<long> deep(0, 0, 1);
+  auto const compute = [&](CImage& matrix, CImage const& image, CTriple<long>* direction) {
+    return [=, this, &matrix, &image] { texture.ComputeMatrix(matrix, image, direction); };
+  };
+  test::ExpectLinesOfTheirOwn({compute(out, flat, nullptr), compute(wrongType, flat, &right),
+                               compute(wrongSize, flat, &right), compute(out, line, &right),
+                               compute(out, flat, &deep), compute(out, real, &right)});
 }
 
 TEST_F(Cooccurrence, RefusesPixelsThatAreNoGrayLevels) {
@@ -313,6 +359,66 @@ TEST_F(Cooccurrence, OutputMayBeTheInput) {
   CTriple<long> down(0, 1, 0);
   texture.ComputeMatrix(image, image, &down);
   EXPECT_EQ(Cells(test::ReadMatrix(image)), (CellList{{0, 0, 255 * 256}}));
+}
+
+// The direction by value, the features as an array.
+
+TEST_F(Cooccurrence, DirectionByValueGivesTheSameMatrix) {
+  CImage byValue = Output();
+  for (CTriple<long> direction : CCooccurrence::m_cDirections) {
+    texture.ComputeMatrix(out, SmallVolume(), &direction);
+    texture.ComputeMatrix(byValue, SmallVolume(), direction);
+    EXPECT_TRUE(byValue == out);
+  }
+  texture.ComputeMatrix(out, SmallPlane(), {1, 0, 0});
+  EXPECT_EQ(Cells(test::ReadMatrix(out)), (CellList{{1, 2, 1}, {2, 3, 1}, {4, 5, 1}, {5, 6, 1}}));
+}
+
+TEST_F(Cooccurrence, FeaturesAsAnArrayAreThoseOfTheMap) {
+  CImage both = Output();
+  texture.ComputeMatrix(out, SmallPlane(), &right);
+  texture.ComputeFeatures(SmallPlane(), &right, &features);
+  auto const array = texture.ComputeFeatures(SmallPlane(), right);
+  EXPECT_EQ(texture.ComputeMatrixAndFeatures(both, SmallPlane(), right), array);
+  EXPECT_TRUE(both == out);
+  for (std::size_t k = 0; k < array.size(); ++k)
+    EXPECT_EQ(array[k], features.Entry(CCooccurrence::m_cFeatureNames[k]).Double()) << k;
+}
+
+TEST_F(Cooccurrence, DirectionByValueIsCheckedAlike) {
+  CTriple<long> const outOfPlane(1, 0, 1), full(3, 0, 0);
+  char const message[] = "direction with dz = 1 leads out of a 2d image";
+  ExpectError<CExBadParam>([&] { texture.ComputeMatrix(out, SmallPlane(), outOfPlane); }, message,
+                           "ORVA::CCooccurrence::ComputeMatrix", c_source);
+  ExpectError<CExBadParam>(
+      [&] { static_cast<void>(texture.ComputeFeatures(SmallPlane(), outOfPlane)); }, message,
+      "ORVA::CCooccurrence::ComputeFeatures", c_source);
+  ExpectError<CExBadParam>([&] { texture.ComputeMatrixAndFeatures(out, SmallPlane(), outOfPlane); },
+                           message, "ORVA::CCooccurrence::ComputeMatrixAndFeatures", c_source);
+  ExpectError([&] { static_cast<void>(texture.ComputeFeatures(SmallPlane(), full)); },
+              "Cooccurrence::PrepareArrays: division by null/epsilon!");
+}
+
+// More pairs of one kind than a count holds: an image of 4 GiB, of which the system keeps no page
+// as long as nothing is written.
+
+TEST_F(Cooccurrence, CountAbove32BitsIsAnError) {
+  CImage black;
+  try {
+    black = CImage(IMAGE_GREY_8, CSize(65536, 65536 + 1));
+  } catch (std::bad_alloc const&) {
+    GTEST_SKIP() << "no 4 GiB of addresses for one image here";
+  }
+  texture.ComputeMatrix(out, SmallPlane(), &right);
+  CImage const before = out;
+  CTriple<long> none(0, 0, 0), left(-1, 0, 0);
+  ExpectError([&] { texture.ComputeMatrixAndFeatures(out, black, &none, &features); },
+              "a co-occurrence count exceeds 4294967295", "ORVA::CCooccurrence::ProcessMatrix",
+              c_source);
+  EXPECT_TRUE(out == before);
+  EXPECT_TRUE(features.IsEmpty());
+  texture.ComputeMatrix(out, black, &left); // 65535 * 65537 = 2^32 - 1
+  EXPECT_EQ(Cells(test::ReadMatrix(out)), (CellList{{0, 0, 4294967295U}}));
 }
 
 // Copies.

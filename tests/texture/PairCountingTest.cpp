@@ -115,7 +115,7 @@ void ExpectExactly(Counts counts, StGrayBlock const& block, Triple d) {
   static Counts const zero(c_nCells);
   EXPECT_TRUE(counts == zero) << "extent " << block.extent[0] << ' ' << block.extent[1] << ' '
                               << block.extent[2] << ", direction " << d[0] << ' ' << d[1] << ' '
-                              << d[2] << ", " << block.bytesPerVoxel << " bytes a voxel";
+                              << d[2] << ", " << block.bytesPerVoxel << " bytes per voxel";
 }
 
 // Each implementation, with one table and with two, in one batch and in several.
@@ -186,6 +186,54 @@ TEST(PairCounting, EveryWidthAndAlignment) {
     Triple const d{random.Between<std::int64_t>(-3, 3), random.Between<std::int64_t>(-1, 1), 1};
     ExpectExactlyInEveryWay(image.block, d, scratch);
   }
+}
+
+// The voxels of a pair in every order of the axes: each direction to a neighbor, and its opposite.
+std::vector<Triple> NeighborDirections() {
+  std::vector<Triple> all;
+  for (std::int64_t dz = -1; dz <= 1; ++dz)
+    for (std::int64_t dy = -1; dy <= 1; ++dy)
+      for (std::int64_t dx = -1; dx <= 1; ++dx)
+        if (dx != 0 || dy != 0 || dz != 0) all.push_back({dx, dy, dz});
+  return all;
+}
+
+TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
+  test::CRandomNumbers random;
+  StPairScratch scratch;
+  Counts counts(c_nCells);
+  std::vector<Triple> const directions = NeighborDirections();
+  for (int const bytes : {1, 2, 4})
+    for (std::int64_t width = 1; width <= 300; ++width) {
+      StImage const image = MakeNoise(c_layouts[2], {width, 3, 2}, bytes, random);
+      // Every sixth direction, beginning elsewhere at each length.
+      for (auto k = static_cast<std::size_t>(width) % 6; k < directions.size(); k += 6) {
+        Triple const& d = directions[k];
+        EPairPath const path = random.Between(0, 9) == 0 ? EPairPath::Plain : EPairPath::Fastest;
+        ASSERT_TRUE(CountPairs(image.block, d, AsSpan(counts), scratch, {.path = path}));
+        ExpectExactly(counts, image.block, d);
+        if (HasFailure()) return;
+      }
+    }
+}
+
+// Few levels, so that equal pairs are side by side and runs begin and end at every place.
+TEST(PairCounting, RunsOfEveryLength) {
+  test::CRandomNumbers random;
+  StPairScratch scratch;
+  for (int const bytes : {1, 2, 4})
+    for (std::int64_t longest : {2, 9, 20, 70, 600}) {
+      StImage image = MakeImage(c_layouts[0], {331, 12, 3}, bytes);
+      auto voxel = image.memory.begin();
+      while (voxel != image.memory.end()) {
+        auto const level = static_cast<std::byte>(random.Between(0, 3) * 85);
+        auto const length = std::min<std::ptrdiff_t>(
+            image.memory.end() - voxel, random.Between<std::int64_t>(1, longest) * bytes);
+        voxel = std::fill_n(voxel, length, level);
+      }
+      for (Triple const& d : {Triple{1, 0, 0}, Triple{-1, -1, 1}, Triple{0, 0, -1}})
+        ExpectExactlyInEveryWay(image.block, d, scratch);
+    }
 }
 
 // One stretch of another level, in every place and of every length, in front of constant ground.

@@ -142,6 +142,23 @@ TEST(TextureFeatures, DisplacementOfTheFullWidthLeavesNoPair) {
   }
 }
 
+// The probabilities add up to 1 whatever the signs of the direction: its components count by their
+// length.
+TEST(TextureFeatures, EveryDirectionHasItsNumberOfPairs) {
+  auto const volume = Constant(3, CSize(6, 5, 4));
+  for (long dz = -3; dz <= 3; ++dz)
+    for (long dy = -4; dy <= 4; ++dy)
+      for (long dx = -5; dx <= 5; ++dx)
+        ASSERT_EQ(Feature(volume, "Second Angular Moment", {dx, dy, dz}), 1)
+            << dx << ' ' << dy << ' ' << dz;
+}
+
+TEST(TextureFeatures, IndependentLevelsHaveNoInformationInCommon) {
+  // Both levels stand right of both levels once: 0 0 1 1 0.
+  auto const image = MakeGrey8(CSize(5, 1), {10, 10, 70, 70, 10});
+  EXPECT_EQ(Feature(image, "Information Measure of Correlation 2"), 0);
+}
+
 // One step farther the number of pairs is no longer 0 but negative; the matrix is empty all the
 // same.
 TEST(TextureFeatures, LongerDisplacementGivesZeros) {

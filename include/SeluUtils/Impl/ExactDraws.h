@@ -1,4 +1,5 @@
-// What the exact distributions share: draws from the shared source, from a given one, and of arrays.
+// What the exact distributions share: draws from the shared source, from a given one, and of
+// arrays.
 //
 //   #include <SeluUtils/Random/ExactNormal.h>
 //   CExactNormal const noise(0.0, 2.5);

@@ -94,8 +94,8 @@ private:
 }
 
 /// A rotation is the direction's quaternion with a uniform spin about it. Distributions are
-/// immutable and their constructors refuse bad parameters, so they are always valid and may be drawn
-/// from on many threads at once, each with a source of its own.
+/// immutable and their constructors refuse bad parameters, so they are always valid and may be
+/// drawn from on many threads at once, each with a source of its own.
 template <class Distribution>
 class CExactRotations : public IRotationGenerator {
 public:

@@ -64,8 +64,8 @@ private:
 /// digital plotter", IBM Systems Journal 4 (1965) 25-30). The longer axis drives, x on a tie. With
 /// diagonals a tie between two pixels takes the diagonal; without, the side step comes first.
 ///
-/// Components beyond 32 bits are clamped to them. Building takes O(moves) time and 8 bytes a move;
-/// a line longer than memory can hold throws std::bad_alloc and leaves the object as it was.
+/// Components beyond 32 bits are clamped to them. Building takes O(moves) time and 8 bytes per
+/// move; a line longer than memory can hold throws std::bad_alloc and leaves the object as it was.
 class SELUUTILS_EXPORT CBresenhamVisitor2D {
 public:
   CBresenhamVisitor2D() = default;
@@ -92,7 +92,7 @@ public:
   }
   /// Number of moves.
   [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Nabla->size()); }
-  /// Prints the moves to standard output, one a line.
+  /// Prints the moves to standard output, one per line.
   void PrintSteps() const;
 
   /// One value a move; where it is negative the move is along the driving axis, else the second.
@@ -125,8 +125,8 @@ private:
 /// 6 (1,1,1), (0,1,1), (1,1,0); 4 (1,1,1), (1,1,0); 2 and 5 (1,1,1); 7 all.
 ///
 /// Only the low 32 bits of a component give its length. Building takes O(moves) time and about 40
-/// bytes a move; a line longer than memory can hold throws std::bad_alloc and leaves the object as
-/// it was.
+/// bytes per move; a line longer than memory can hold throws std::bad_alloc and leaves the object
+/// as it was.
 class SELUUTILS_EXPORT CBresenhamVisitor3D {
 public:
   CBresenhamVisitor3D() = default;

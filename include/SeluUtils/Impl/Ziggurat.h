@@ -91,8 +91,7 @@ template <RandomSource Source>
     if (StepsOf(word) < layer.inside) return WithSign(x, word);
     if (i == 0) {
       double beyond = 0;
-      do
-        beyond = StandardExponential(source) / c_normalTail;
+      do beyond = StandardExponential(source) / c_normalTail;
       while (2 * StandardExponential(source) <= beyond * beyond);
       return WithSign(c_normalTail + beyond, word);
     }

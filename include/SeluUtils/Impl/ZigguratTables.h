@@ -1,5 +1,8 @@
-// The layers of the ziggurats for normal and exponential draws; written by
-// scripts/ziggurat-tables.
+// The layers of the ziggurats for normal and exponential draws; written by scripts/ziggurat-tables.
+//
+//   Impl::StZigguratLayer const& layer = Impl::c_normalLayers[7];
+//   double const edge = layer.step * 0x1p53;        // where the layer ends
+//   double const height = Impl::c_normalHeights[6];   // of the density there
 #pragma once
 
 #include <pxlib2core/Types.h>

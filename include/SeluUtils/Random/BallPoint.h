@@ -14,10 +14,11 @@
 
 namespace ORVA {
 
-/// Three of five coordinates of a uniform point of the sphere in five dimensions: three exact normal
-/// numbers and an exponential one, which is half the square of the other two together (F. Barthe, O.
-/// Guedon, S. Mendelson and A. Naor, "A Probabilistic Approach to the Geometry of the l_p^n-Ball",
-/// Annals of Probability 33 (2005) 480-513). Nothing is rejected; about 4.1 words a point.
+/// Three of five coordinates of a uniform point of the sphere in five dimensions: three exact
+/// normal numbers and an exponential one, which is half the square of the other two together (F.
+/// Barthe, O. Guedon, S. Mendelson and A. Naor, "A Probabilistic Approach to the Geometry of the
+/// l_p^n-Ball", Annals of Probability 33 (2005) 480-513). Nothing is rejected; about 4.1 words a
+/// point.
 class SELUUTILS_EXPORT CBallPoint final : public Impl::CDraws<CBallPoint, CTriple<double>> {
 public:
   CBallPoint() = default; ///< radius 1 about the origin

@@ -16,8 +16,8 @@
 
 namespace ORVA {
 
-/// Values are drawn in proportion to their weights, whatever those add up to, by CAliasTable. A draw
-/// gives a reference to the value in the object.
+/// Values are drawn in proportion to their weights, whatever those add up to, by CAliasTable. A
+/// draw gives a reference to the value in the object.
 template <class T>
 class CExactDiscrete {
 public:

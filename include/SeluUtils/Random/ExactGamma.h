@@ -29,8 +29,8 @@ namespace Impl {
 /// propose. Their test is written so that it keeps its digits for any shape: tested are shapes from
 /// 0.001 to 10^15, 1000 equally likely cells and four moments each, and the tails at 10^8 draws.
 ///
-/// For tiny shapes nearly all numbers are so small that they round to 0. About 2.1 words a draw, 3.2
-/// below shape 1.
+/// For tiny shapes nearly all numbers are so small that they round to 0. About 2.1 words a
+/// draw, 3.2 below shape 1.
 class SELUUTILS_EXPORT CExactGamma final : public Impl::CExactDraws<CExactGamma, double> {
 public:
   /// Throws CExBadParam unless both are finite and positive, and the mean shape / rate is finite.

@@ -16,11 +16,11 @@
 namespace ORVA {
 
 /// The directions of a uniform sphere stretched across the axis by beta: 1 is isotropic, below 1
-/// they gather near the axis, both ways, above 1 near the plane across it. The cosine t of the angle
-/// to the axis has density beta / (2 (1 + (beta^2 - 1) t^2)^(3/2)) on [-1, 1]: the angular central
-/// Gaussian distribution of D. E. Tyler, "Statistical Analysis for the Angular Central Gaussian
-/// Distribution on the Sphere", Biometrika 74 (1987) 579-589. Drawn as it is defined, from three
-/// exact normal numbers. About 5.1 words a rotation, 3.1 a direction.
+/// they gather near the axis, both ways, above 1 near the plane across it. The cosine t of the
+/// angle to the axis has density beta / (2 (1 + (beta^2 - 1) t^2)^(3/2)) on [-1, 1]: the angular
+/// central Gaussian distribution of D. E. Tyler, "Statistical Analysis for the Angular Central
+/// Gaussian Distribution on the Sphere", Biometrika 74 (1987) 579-589. Drawn as it is defined, from
+/// three exact normal numbers. About 5.1 words a rotation, 3.1 a direction.
 class SELUUTILS_EXPORT CExactGirdleRotation final
     : public Impl::CExactRotations<CExactGirdleRotation> {
 public:

@@ -14,7 +14,8 @@
 
 namespace ORVA {
 
-/// exp(mu + sigma z) with an exact standard normal z. 1.02 words a draw and an exponential function.
+/// exp(mu + sigma z) with an exact standard normal z. 1.02 words a draw and an exponential
+/// function.
 class SELUUTILS_EXPORT CExactLogNormal final : public Impl::CExactDraws<CExactLogNormal, double> {
 public:
   CExactLogNormal() = default; ///< mu = 0, sigma = 1

@@ -18,13 +18,14 @@ namespace ORVA {
 
 /// Density proportional to exp(kappa cos(angle to the mean)). What is drawn is 1 - cosine, an
 /// exponential number of rate kappa that is at most 2 (R. Fisher, "Dispersion on a Sphere",
-/// Proceedings of the Royal Society A 217 (1953) 295-305), and the direction is made from it without
-/// an angle: so neither huge concentrations lose digits, nor tiny ones; 0 is isotropic. Tested are
-/// concentrations from 10^-300 to 10^15. About 5.1 words a rotation, 3.1 a direction.
+/// Proceedings of the Royal Society A 217 (1953) 295-305), and the direction is made from it
+/// without an angle: so neither huge concentrations lose digits, nor tiny ones; 0 is isotropic.
+/// Tested are concentrations from 10^-300 to 10^15. About 5.1 words a rotation, 3.1 a direction.
 class SELUUTILS_EXPORT CExactVonMisesFisher final
     : public Impl::CExactRotations<CExactVonMisesFisher> {
 public:
-  /// Throws CExBadParam unless kappa is finite and at least 0 and both angles of the mean are finite.
+  /// Throws CExBadParam unless kappa is finite and at least 0 and both angles of the mean are
+  /// finite.
   CExactVonMisesFisher(double kappa, CPolarCoordinates const& mean);
 
 private:

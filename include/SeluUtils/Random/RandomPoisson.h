@@ -13,13 +13,12 @@
 
 namespace ORVA {
 
-/// Below a mean of 512 exact, by multiplying uniform numbers: O(mean) a draw (D. E. Knuth, The Art
-/// of Computer Programming 2, 3.4.1). From 512 on a rounded logistic variable of mean
-/// mean and about the Poisson distribution's spread, at most 2^31 - 1: the envelope of A. C.
-/// Atkinson, "The Computer Generation of Poisson Random Variables", Applied Statistics 28 (1979)
-/// 29-35, whose rejection step is without effect here, as stored results demand. Its bits come from
-/// CRandom's 15-bit generator, so it has fewer than 32767 different values. A mean of NaN or below
-/// 0 gives 0.
+/// Below a mean of 512 exact, by multiplying uniform numbers: O(mean) per draw (D. E. Knuth, The
+/// Art of Computer Programming 2, 3.4.1). From 512 on a rounded logistic variable of mean mean and
+/// about the Poisson distribution's spread, at most 2^31 - 1: the envelope of A. C. Atkinson, "The
+/// Computer Generation of Poisson Random Variables", Applied Statistics 28 (1979) 29-35, whose
+/// rejection step is without effect here, as stored results demand. Its bits come from CRandom's
+/// 15-bit generator, so it has fewer than 32767 different values. A mean of NaN or below 0 gives 0.
 class SELUUTILS_EXPORT CRandomPoisson : public IRandomGenerator<int64> {
 public:
   CRandomPoisson() = default; ///< mean 1

@@ -1,6 +1,7 @@
 #include <SeluUtils/Cooccurrence.h>
 
 #include "Utils/Cooccurrence/PairCounting.h"
+#include "Utils/Cooccurrence/Strides.h"
 #include "Utils/Cooccurrence/TextureSums.h"
 
 #include <pxlib2core/Exception.h>
@@ -23,35 +24,39 @@ constexpr char c_busy[] = "Busy...";
 
 // The checks below take the location of the public operation that they guard.
 
-void CheckDirection(CTriple<long> const* direction, Impl::StExLocation const& where) {
-  if (direction == nullptr) Impl::RaiseBadParam(where, "direction is null");
+void CheckDirection(CTriple<long> const* direction, char const* function) {
+  if (direction == nullptr)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function), "direction is null");
   for (long const component : {direction->x, direction->y, direction->z})
     if (component < std::numeric_limits<std::int32_t>::min() ||
         component > std::numeric_limits<std::int32_t>::max())
-      Impl::RaiseBadParam(where, CString("direction component %1 does not fit 32 bits")
-                                     .Arg(static_cast<int64>(component)));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                          CString("direction component %1 does not fit 32 bits")
+                              .Arg(static_cast<int64>(component)));
 }
 
-void CheckFeatures(CValueMap const* features, Impl::StExLocation const& where) {
-  if (features == nullptr) Impl::RaiseBadParam(where, "feature map is null");
+void CheckFeatures(CValueMap const* features, char const* function) {
+  if (features == nullptr)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function), "feature map is null");
 }
 
-void CheckOutput(IImage const& out, int64 directions, Impl::StExLocation const& where) {
-  if (out.Type() != IMAGE_GREY_32) Impl::Raise(where, "output image type does not match");
+void CheckOutput(IImage const& out, int64 directions, char const* function) {
+  if (out.Type() != IMAGE_GREY_32)
+    Impl::Raise(ORVA_LOCATION(c_module, function), "output image type does not match");
   if (out.Size() != CSize(directions, CCooccurrence::m_cGreyLevels, CCooccurrence::m_cGreyLevels))
-    Impl::Raise(where, "output image size does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, function), "output image size does not match");
 }
 
-void CheckDimension(IImage const& in, Impl::StExLocation const& where) {
+void CheckDimension(IImage const& in, char const* function) {
   if (CCooccurrence::NumberOfDirections(in.Size().Dim()) == 0)
-    Impl::Raise(where, "image dimension does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, function), "image dimension does not match");
 }
 
-void CheckInPlane(IImage const& in, CTriple<long> const& direction,
-                  Impl::StExLocation const& where) {
+void CheckInPlane(IImage const& in, CTriple<long> const& direction, char const* function) {
   if (in.Size().Dim() == 2 && direction.z != 0)
-    Impl::RaiseBadParam(where, CString("direction with dz = %1 leads out of a 2d image")
-                                   .Arg(static_cast<int64>(direction.z)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("direction with dz = %1 leads out of a 2d image")
+                            .Arg(static_cast<int64>(direction.z)));
 }
 
 int64 SaturatingProduct(int64 a, int64 b) {
@@ -114,11 +119,11 @@ CCooccurrence& CCooccurrence::operator=(CCooccurrence const& other) {
 CCooccurrence::~CCooccurrence() = default;
 
 void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrix");
-  CheckDirection(direction, where);
-  CheckOutput(out, 1, where);
-  CheckDimension(in, where);
-  CheckInPlane(in, *direction, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrix";
+  CheckDirection(direction, c_function);
+  CheckOutput(out, 1, c_function);
+  CheckDimension(in, c_function);
+  CheckInPlane(in, *direction, c_function);
   CProgress progress(*this, 2, c_busy);
   ProcessMatrix(in, *direction);
   progress.Advance();
@@ -127,12 +132,12 @@ void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* 
 }
 
 void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAllDirections");
-  CheckDimension(in, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAllDirections";
+  CheckDimension(in, c_function);
   int64 const directions = NumberOfDirections(in.Size().Dim());
   if (in.Type() != IMAGE_GREY_8 && in.Type() != IMAGE_GREY_16)
-    Impl::Raise(where, "input image type not supported");
-  CheckOutput(out, directions, where);
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "input image type not supported");
+  CheckOutput(out, directions, c_function);
   CProgress progress(*this, directions, c_busy);
   for (int slice = 0; slice < directions; ++slice) {
     ProcessMatrix(in, m_cDirections[static_cast<std::size_t>(slice)]);
@@ -144,18 +149,18 @@ void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
 
 void CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long>* direction,
                                     CValueMap* features) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
-  CheckDirection(direction, where);
-  CheckFeatures(features, where);
-  CountFeatures(in, *direction, features, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeFeatures";
+  CheckDirection(direction, c_function);
+  CheckFeatures(features, c_function);
+  CountFeatures(in, *direction, features, c_function);
 }
 
 void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
                                              CTriple<long>* direction, CValueMap* features) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
-  CheckDirection(direction, where);
-  CheckFeatures(features, where);
-  CountMatrixAndFeatures(out, in, *direction, features, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAndFeatures";
+  CheckDirection(direction, c_function);
+  CheckFeatures(features, c_function);
+  CountMatrixAndFeatures(out, in, *direction, features, c_function);
 }
 
 void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long> direction) {
@@ -163,23 +168,22 @@ void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long> d
 }
 
 CCooccurrence::CFeatures CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
-  CheckDirection(&direction, where);
-  return CountFeatures(in, direction, nullptr, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeFeatures";
+  CheckDirection(&direction, c_function);
+  return CountFeatures(in, direction, nullptr, c_function);
 }
 
 CCooccurrence::CFeatures CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
                                                                  CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
-  CheckDirection(&direction, where);
-  return CountMatrixAndFeatures(out, in, direction, nullptr, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAndFeatures";
+  CheckDirection(&direction, c_function);
+  return CountMatrixAndFeatures(out, in, direction, nullptr, c_function);
 }
 
 CCooccurrence::CFeatures CCooccurrence::CountFeatures(IImage const& in, CTriple<long> direction,
-                                                      CValueMap* map,
-                                                      Impl::StExLocation const& where) {
-  CheckDimension(in, where);
-  CheckInPlane(in, direction, where);
+                                                      CValueMap* map, char const* function) {
+  CheckDimension(in, function);
+  CheckInPlane(in, direction, function);
   CProgress progress(*this, 3, c_busy);
   ProcessMatrix(in, direction);
   progress.Advance();
@@ -193,10 +197,10 @@ CCooccurrence::CFeatures CCooccurrence::CountFeatures(IImage const& in, CTriple<
 CCooccurrence::CFeatures CCooccurrence::CountMatrixAndFeatures(IImage& out, IImage const& in,
                                                                CTriple<long> direction,
                                                                CValueMap* map,
-                                                               Impl::StExLocation const& where) {
-  CheckOutput(out, 1, where);
-  CheckDimension(in, where);
-  CheckInPlane(in, direction, where);
+                                                               char const* function) {
+  CheckOutput(out, 1, function);
+  CheckDimension(in, function);
+  CheckInPlane(in, direction, function);
   CProgress progress(*this, 4, c_busy);
   ProcessMatrix(in, direction);
   progress.Advance();
@@ -210,19 +214,21 @@ CCooccurrence::CFeatures CCooccurrence::CountMatrixAndFeatures(IImage& out, IIma
 }
 
 void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ProcessMatrix");
-  if (in.Size().Dim() != 3 && in.Size().Dim() != 2) Impl::Raise(where, "Images must be 2d or 3d.");
+  constexpr char c_function[] = "ORVA::CCooccurrence::ProcessMatrix";
+  if (in.Size().Dim() != 3 && in.Size().Dim() != 2)
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "Images must be 2d or 3d.");
   auto const type = in.Type();
   if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
-    Impl::Raise(where, "input image type does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "input image type does not match");
   CImageAccess const access = in.CreateAccess(false);
-  Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
-                                static_cast<int>(type.Bytes())};
+  Impl::StGrayBlock block{access.Base(), access.Extents(), access.Strides(),
+                          static_cast<int>(type.Bytes())};
   // The opposite direction counts the transposed matrix.
-  if (!Impl::CountPairs(block, {-direction.x, -direction.y, -direction.z}, m_Arrays->Counts(),
-                        m_Arrays->scratch)) {
+  std::array<int64, 3> opposite{-direction.x, -direction.y, -direction.z};
+  Impl::SortAxes(block, opposite);
+  if (!Impl::CountPairs(block, opposite, m_Arrays->Counts(), m_Arrays->scratch)) {
     std::ranges::fill(m_Arrays->m_Counts, 0u);
-    Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "a co-occurrence count exceeds 4294967295");
   }
 }
 
@@ -234,18 +240,16 @@ void CCooccurrence::DataToImage(IImage& out, int slice) const {
                 "Images must be 2d or 3d.");
   CImageAccess const access = out.CreateAccess(true);
   std::byte* const first = access.WritableBase() + slice * access.Stride(0);
-  constexpr auto c_nBytes = static_cast<int64>(sizeof(std::uint32_t));
-  constexpr auto c_nColumn = static_cast<std::size_t>(m_cGreyLevels);
-  std::uint32_t const* column = m_Arrays->m_Counts.data();
-  for (int64 j = 0; j < m_cGreyLevels; ++j, column += c_nColumn) {
-    std::byte* const to = first + j * access.Stride(2);
-    if (access.Stride(1) == c_nBytes) {
-      std::memcpy(to, column, c_nColumn * sizeof *column);
-    } else {
-      for (std::size_t i = 0; i < c_nColumn; ++i)
-        std::memcpy(to + static_cast<int64>(i) * access.Stride(1), column + i, sizeof *column);
-    }
+  auto const& counts = m_Arrays->m_Counts;
+  constexpr auto c_nCell = static_cast<int64>(sizeof(std::uint32_t));
+  if (access.Stride(1) == c_nCell && access.Stride(2) == m_cGreyLevels * c_nCell) {
+    std::memcpy(first, counts.data(), counts.size() * sizeof(std::uint32_t));
+    return;
   }
+  auto count = counts.begin();
+  for (int64 j = 0; j < m_cGreyLevels; ++j)
+    for (int64 i = 0; i < m_cGreyLevels; ++i, ++count)
+      std::memcpy(first + i * access.Stride(1) + j * access.Stride(2), &*count, sizeof *count);
 }
 
 void CCooccurrence::PrepareArrays(double N) {
@@ -255,16 +259,15 @@ void CCooccurrence::PrepareArrays(double N) {
   Impl::FillTextureArrays(m_Arrays->texture, {m_Arrays->Counts()}, N);
 }
 
-// Into a copy of the map first: where memory runs out, the map stays as it was.
 CCooccurrence::CFeatures CCooccurrence::ProcessMap(CValueMap* map) const {
   CFeatures features{};
   for (std::size_t k = 0; k < c_features.size(); ++k)
     features[k] = c_features[k](m_Arrays->texture);
   if (map == nullptr) return features;
-  CValueMap all(*map);
+  std::vector<std::pair<CValue_Key, CValue>> entries;
   for (std::size_t k = 0; k < features.size(); ++k)
-    all.SetEntry(m_cFeatureNames[k], CValueDouble(features[k]));
-  *map = std::move(all);
+    entries.emplace_back(m_cFeatureNames[k], CValueDouble(features[k]));
+  map->SetEntries(std::move(entries)); // all of them or, where memory runs out, none
   return features;
 }
 

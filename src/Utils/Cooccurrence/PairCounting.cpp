@@ -66,9 +66,17 @@ std::uint64_t Word(Index const* indices) noexcept {
 // span two stores that the processor has yet to bring together.
 bool HasRuns(Indices indices) noexcept {
   bool any = false;
-  for (std::size_t k = 0; k + c_nRun <= indices.size(); k += 4 * c_nUnrolled)
-    any |= (indices[k] == indices[k + c_nRun / 2]) & (indices[k] == indices[k + c_nRun - 1]);
+  for (std::size_t k = 0; k + c_nRun <= indices.size(); k += 4 * c_nUnrolled) {
+    int const middle = indices[k] ^ indices[k + c_nRun / 2];
+    int const last = indices[k] ^ indices[k + c_nRun - 1];
+    any |= (middle | last) == 0;
+  }
   return any;
+}
+
+// Says that the tables do not overlap, so that compilers use vectors without a question.
+void AddTable(std::uint32_t* __restrict to, std::uint32_t const* __restrict from) noexcept {
+  for (std::size_t k = 0; k < c_nCells; ++k) to[k] += from[k];
 }
 
 // The counters of one call. A batch of pairs goes into 32-bit tables that cannot overflow within
@@ -107,8 +115,7 @@ public:
       EmptyIntoTotals();
       return NarrowTotals();
     }
-    if (HasTwoTables())
-      for (std::size_t k = 0; k < c_nCells; ++k) m_Counts[k] += m_Odd[k];
+    if (HasTwoTables()) AddTable(m_Counts.data(), m_Odd.data());
     return true;
   }
 
@@ -186,7 +193,7 @@ private:
   std::int64_t m_nEqual = 0;  // estimated number of equal neighbors among the pairs
   std::int64_t m_nFilled = 0; // times that m_Waiting was filled
   std::size_t m_nWaiting = 0; // below c_nEnough between two rows
-  std::array<Index, c_nEnough + c_nMostAtOnce + c_nUnrolled> m_Waiting;
+  std::array<Index, c_nEnough + c_nMostAtOnce + c_nUnrolled> m_Waiting{};
   bool m_HasTotals = false;
 };
 

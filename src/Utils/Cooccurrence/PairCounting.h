@@ -49,7 +49,7 @@ struct StPairOptions {
   std::uint32_t batch = std::numeric_limits<std::uint32_t>::max();
   /// Equal neighbors among the pairs, seen so far, from which on a second table of counters is
   /// worth the time to clear and to merge it.
-  std::int64_t twoTablesFrom = 100000;
+  std::int64_t twoTablesFrom = 30000;
 };
 
 /// Clears `counts`, then adds 1 to counts[a * 256 + b] for each voxel v of the block for which

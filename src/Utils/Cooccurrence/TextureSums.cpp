@@ -1,9 +1,12 @@
 #include "Utils/Cooccurrence/TextureSums.h"
 
+#include <SeluUtils/Impl/Int128.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -21,7 +24,6 @@ constexpr double c_dHardlyDependent = 1.0 / 32;
 // Products of two numbers below this fit 64 bits.
 constexpr std::uint64_t c_nProductsFit = std::uint64_t{1} << 31U;
 
-__extension__ using int128 = __int128;
 using Strip = std::span<std::uint32_t const, c_nStrip>;
 
 double TimesLog(double p) noexcept { return p > 0 ? p * std::log(p) : 0; }
@@ -123,10 +125,13 @@ using Tile = std::array<std::array<std::uint32_t, c_nStrip>, c_nStrip>;
 // The cells from row i, column j on; false where all are zero.
 bool LoadTile(StTransposedCounts counts, std::size_t i, std::size_t j, Tile& tile) noexcept {
   std::uint32_t const* const first = counts.m_Cells.data() + j * c_nLevels + i;
-  std::array<std::uint32_t, c_nStrip> any{};
-  for (std::size_t column = 0; column < c_nStrip; ++column)
-    for (std::size_t row = 0; row < c_nStrip; ++row) any[row] |= first[column * c_nLevels + row];
-  if (IsZero(any)) return false;
+  std::uint64_t any = 0;
+  for (std::size_t column = 0; column < c_nStrip; ++column) {
+    std::array<std::uint64_t, c_nStrip / 2> words; // two cells each
+    std::memcpy(words.data(), first + column * c_nLevels, sizeof words);
+    for (std::uint64_t const word : words) any |= word;
+  }
+  if (any == 0) return false;
   for (std::size_t row = 0; row < c_nStrip; ++row)
     for (std::size_t column = 0; column < c_nStrip; ++column)
       tile[row][column] = first[column * c_nLevels + row];
@@ -201,7 +206,9 @@ double MutualInformation(StTransposedCounts counts, StMarginals const& marginals
 template <std::size_t Size>
 void Normalize(std::span<double> p, std::array<std::uint64_t, Size> const& counts,
                double N) noexcept {
-  for (std::size_t k = 0; k < Size; ++k) p[k] = static_cast<double>(counts[k]) / N;
+  // Signed numbers, of which a sum of counts is one, are converted by one instruction.
+  for (std::size_t k = 0; k < Size; ++k)
+    p[k] = static_cast<double>(static_cast<std::int64_t>(counts[k])) / N;
 }
 
 // Sum of k^Power counts(k).

@@ -16,10 +16,9 @@ void CheckWeights(std::span<double const> weights) {
   if (weights.empty()) Impl::RaiseBadParam(c_location, "There is no weight.");
   for (std::size_t i = 0; i < weights.size(); ++i)
     if (!(std::isfinite(weights[i]) && weights[i] >= 0))
-      Impl::RaiseBadParam(c_location,
-                          CString("Weight %1 has to be finite and at least 0, not %2.")
-                              .Arg(CString(std::to_string(i)))
-                              .Arg(weights[i]));
+      Impl::RaiseBadParam(c_location, CString("Weight %1 has to be finite and at least 0, not %2.")
+                                          .Arg(CString(std::to_string(i)))
+                                          .Arg(weights[i]));
 }
 
 // The weights so scaled that their mean is 1.
@@ -43,8 +42,7 @@ CAliasTable::CAliasTable(std::span<double const> weights) {
   CheckWeights(weights);
   std::vector<double> shares = Shares(weights);
   m_Entries.resize(shares.size());
-  auto const heaviest =
-      static_cast<std::size_t>(std::ranges::max_element(shares) - shares.begin());
+  auto const heaviest = static_cast<std::size_t>(std::ranges::max_element(shares) - shares.begin());
   // A number below 1 times 2^64 is a number of 64 bits.
   auto const place = [](double share) { return static_cast<uint64>(share * 0x1p64); };
   std::vector<std::size_t> light, heavy;

@@ -35,17 +35,16 @@ double Deviance(double k, double mean, double difference) {
 // For a large mean, where a count below 16 has no chance worth a digit.
 double LogProbability(double k, double mean, double difference) {
   if (k < 16) return k * std::log(mean) - mean - Impl::c_logFactorials[static_cast<std::size_t>(k)];
-  return -std::log(2 * std::numbers::pi * k) / 2 - StirlingError(k) -
-         Deviance(k, mean, difference);
+  return -std::log(2 * std::numbers::pi * k) / 2 - StirlingError(k) - Deviance(k, mean, difference);
 }
 
 } // namespace
 
 CExactPoisson::CExactPoisson(double mean) : m_Mean(mean) {
-  Impl::RequireParameter(mean >= 0 && mean <= 0x1p62,
-                         ORVA_LOCATION("src/Utils/Random/ExactPoisson",
-                                       "ORVA::CExactPoisson::CExactPoisson"),
-                         "mean has to be from 0 to 2^62", mean);
+  Impl::RequireParameter(
+      mean >= 0 && mean <= 0x1p62,
+      ORVA_LOCATION("src/Utils/Random/ExactPoisson", "ORVA::CExactPoisson::CExactPoisson"),
+      "mean has to be from 0 to 2^62", mean);
   if (mean < c_rejection) {
     m_Limit = std::exp(-mean);
     return;

@@ -156,7 +156,8 @@ double CRandomGamma::NormalTail(double u, Source& source) const {
 template <class Source>
 double CRandomGamma::sgamma(double a, Source& source) const {
   if (!(a >= 0)) return c_nan;
-  return a >= 1 ? GammaFromOne(a, source) : GammaBelowOne(std::fabs(a), source); // -0 would flip signs for ever
+  return a >= 1 ? GammaFromOne(a, source)
+                : GammaBelowOne(std::fabs(a), source); // -0 would flip signs without end
 }
 
 // Conditions are written as "reject if", so that a NaN ends the loop.

@@ -67,8 +67,7 @@ CEulerRotation CVonMisesFisher::operator()(double kappa1, CPolarCoordinates cons
 }
 
 CVonMisesFisher::StProduct CVonMisesFisher::Product(double kappa1, CPolarCoordinates const& mean1,
-                                                    double kappa2,
-                                                    CPolarCoordinates const& mean2) {
+                                                    double kappa2, CPolarCoordinates const& mean2) {
   CTriple<double> const m = kappa1 * CTriple<double>(mean1) + kappa2 * CTriple<double>(mean2);
   double const kappa = std::sqrt(m.x * m.x + m.y * m.y + m.z * m.z);
   return {kappa, CPolarCoordinates(m.x / kappa, m.y / kappa, m.z / kappa)};

@@ -225,8 +225,8 @@ constexpr char c_outputHelp[] =
 (unless said otherwise below) and, without -o, takes the place of the points: voxels as squares in
 the colors of their order, a 3D walk as three projections, and over them the ideal lines where a
 square is larger than a pixel. Points outside the image are left out, and a note counts them. JSON
-has neither NaN nor infinity: such a value is null there. --paint keeps the pixel type; voxel
-spacing and position in space are not carried over.
+has neither NaN nor infinity: such a value is null there. --paint keeps the pixel type, and the
+spacing, origin and orientation of the image.
 
 )";
 
@@ -245,7 +245,7 @@ void AddKind(CLI::App& walk, StKind const& kind) {
   command->add_option(
       "-o,--output", options->output,
       "file for the points, standard output without it; with --paint an image ending "
-      "in\n.nrrd, .mha, .nii, .nii.gz, .tif or .png");
+      "in .nrrd, .mha, .nii, .nii.gz, .tif or .png");
   command->add_option("--picture", options->picture, "file ending in .png or .svg");
   command->footer(std::string(c_outputHelp) + kind.help);
   command->callback([&kind, options] { RunWalk(kind.kind, *options); });

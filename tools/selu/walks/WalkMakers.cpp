@@ -58,7 +58,7 @@ void RefuseFarApart(std::vector<Point> const& points, std::string const& what) {
 }
 
 // The digital lines from each point to the next must fit into memory, twice while they are walked.
-void RefuseLongLines(std::vector<Point> const& points, bool isClosed, double bytesAMove,
+void RefuseLongLines(std::vector<Point> const& points, bool isClosed, double bytesPerMove,
                      std::string const& what) {
   double moves = 0;
   for (std::size_t i = 0; i + (isClosed ? 0 : 1) < points.size(); ++i) {
@@ -66,7 +66,7 @@ void RefuseLongLines(std::vector<Point> const& points, bool isClosed, double byt
     moves += std::abs(static_cast<double>(step.x)) + std::abs(static_cast<double>(step.y)) +
              std::abs(static_cast<double>(step.z));
   }
-  RefuseBeyondMemory(2 * moves * bytesAMove, what);
+  RefuseBeyondMemory(2 * moves * bytesPerMove, what);
 }
 
 // A walk in two dimensions has no place in a volume.
@@ -112,14 +112,14 @@ StWalk MakeLine(StWalkOptions const& given, MaybeSize const& size) {
           .ideal = {Chain(ends.points, false)}};
 }
 
-constexpr double c_bytesABorderPoint = 100; // at the peak, while it is sorted
+constexpr double c_bytesPerBorderPoint = 100; // at the peak, while it is sorted
 
 // Corners with what every outline must fulfil.
 StPoints Outline(StWalkOptions const& given, MaybeSize const& size, std::string const& kind) {
   StPoints corners = Corners(given);
   CheckDimension(corners.dimension, size, "the " + kind);
   RefuseFarApart(corners.points, "the " + kind);
-  RefuseLongLines(corners.points, true, c_bytesABorderPoint, "the " + kind);
+  RefuseLongLines(corners.points, true, c_bytesPerBorderPoint, "the " + kind);
   return corners;
 }
 
@@ -147,7 +147,7 @@ StWalk MakePolygon(StWalkOptions const& given, MaybeSize const& size) {
       throw CAppError("the hole " + Quoted(path) + " is " + std::to_string(hole.dimension) +
                       "D, but the outline " + std::to_string(dimension) + "D");
     RefuseFarApart(hole.points, "the hole " + Quoted(path));
-    RefuseLongLines(hole.points, true, c_bytesABorderPoint, "the hole " + Quoted(path));
+    RefuseLongLines(hole.points, true, c_bytesPerBorderPoint, "the hole " + Quoted(path));
     ideal.push_back(Chain(hole.points, true));
     holes.push_back(std::move(hole.points));
   }

@@ -27,8 +27,8 @@ inline constexpr ORVA::int64 c_farthest = ORVA::int64{1} << 61;
 [[nodiscard]] StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& name);
 [[nodiscard]] StPoints ParsePoint(std::string const& text, std::string const& name);
 
-/// A CSV file with a point a line; its first line may name the columns, empty lines and such begun
-/// with # are left out. Throws CAppError, naming the line.
+/// A CSV file with one point per line; its first line may name the columns, empty lines and such
+/// begun with # are left out. Throws CAppError, naming the line.
 [[nodiscard]] StPoints ReadPoints(std::string const& path);
 
 /// Points of any finite numbers.

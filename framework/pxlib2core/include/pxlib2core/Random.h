@@ -43,8 +43,13 @@ class CBorrowedStream;
 /// gets the next stream at its first draw after that. Unseeded, the streams start from the
 /// operating system's entropy. A draw costs about a nanosecond.
 ///
-/// Which stream a thread gets hangs on who draws first. Where the same numbers have to come back from
-/// many threads, give each piece of work a CRandomSource of its own.
+/// Which stream a thread gets hangs on who draws first. Where the same numbers have to come back
+/// from many threads, give each piece of work a CRandomSource of its own.
+///
+/// A child made by fork() draws other numbers than its parent. After Seed they are the same in
+/// every run: the k-th child since then gets a seed made of the parent's and k, and its first
+/// thread that draws stream 0 of that. Unseeded, the child starts from the operating system's
+/// entropy.
 class PXLIB2CORE_EXPORT CRandom {
 public:
   [[nodiscard]] static CRandom& Obj() noexcept { return s_object; }
@@ -102,8 +107,8 @@ private:
   StRandomStream* m_Stream;
 };
 
-/// While it lives, the calling thread's stream of CRandom::Obj() is one begun with five words of the
-/// given source. So a generator that knows only the shared source can draw from another one.
+/// While it lives, the calling thread's stream of CRandom::Obj() is one begun with five words of
+/// the given source. So a generator that knows only the shared source can draw from another one.
 class PXLIB2CORE_EXPORT CBorrowedStream {
 public:
   explicit CBorrowedStream(CSourceReference source);

@@ -44,8 +44,8 @@ inline uint64 NextWord(uint64 (&state)[4]) noexcept {
 /// have all 64 bits, such as CRandomSource or std::mt19937_64.
 template <class Source>
 concept RandomSource = std::invocable<Source&> &&
-    std::unsigned_integral<std::invoke_result_t<Source&>> && Source::min() == 0 &&
-    Source::max() == std::numeric_limits<uint64>::max();
+    std::unsigned_integral<std::invoke_result_t<Source&>> && Source::min()
+== 0 && Source::max() == std::numeric_limits<uint64>::max();
 
 /// A value of 32 bytes: a copy draws what its original draws. A word costs less than a nanosecond
 /// and no call. One source is not for two threads at once; two sources share nothing.
@@ -104,8 +104,8 @@ public:
   using result_type = uint64;
 
   template <RandomSource Source>
-    requires(!std::is_same_v<Source, CSourceReference>)
-  CSourceReference(Source& source) noexcept : m_Source(&source) {
+  requires(!std::is_same_v<Source, CSourceReference>) CSourceReference(Source& source)
+  noexcept : m_Source(&source) {
     if constexpr (!std::is_same_v<Source, CRandomSource>)
       m_Next = [](void* any) -> uint64 { return (*static_cast<Source*>(any))(); };
   }

@@ -25,7 +25,7 @@ namespace ORVA {
 /// one of a vector; empty parts are passed over. A part that is the decimal form of a number also
 /// finds the entry with that number as its key where no text entry has that name; only SetEntry
 /// takes a key that is no path to the letter. Every operation below takes paths; a failure leaves
-/// the map as it was. Cost O(log entries) a part.
+/// the map as it was. Cost O(log entries) per part.
 class PXLIB2CORE_EXPORT CValueMap {
 public:
   using Entries = std::map<CValue_Key, CValue>;
@@ -78,8 +78,8 @@ public:
   [[nodiscard]] CValue const* Find(CValue_Key const& key) const;
   /// Whether there was such an entry. Entries behind it in a vector move up.
   bool RemoveEntry(CValue_Key const& key);
-  /// Sets all these entries in their order or, where one fails, none. O(log entries) a part, and a
-  /// copy of the entry of this map that a path leads through.
+  /// Sets all these entries in their order or, where one fails, none. O(log entries) per part, and
+  /// a copy of the entry of this map that a path leads through.
   void SetEntries(std::vector<std::pair<CValue_Key, CValue>> entries);
   /// Takes the entry out of the map; invalid where there is none.
   CValue Detach(CValue_Key const& key);
