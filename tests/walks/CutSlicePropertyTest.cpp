@@ -6,9 +6,8 @@
 #include <SeluUtils/PlaneSection.h>
 #include <pxlib2core/Exception.h>
 
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -18,9 +17,7 @@
 
 using namespace ORVA;
 using test::CRandomNumbers;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 
@@ -51,7 +48,7 @@ public:
   CSurroundings(Point const& size, PointList const& points, int64 reach)
       : m_Size(size), m_Near(static_cast<std::size_t>(size.x * size.y * size.z)) {
     for (auto const& p : points)
-      for (auto const& d : test::BoxPoints({-reach, -reach, -reach}, {reach, reach, reach}))
+      for (auto const& d : BoxPoints({-reach, -reach, -reach}, {reach, reach, reach}))
         if (IsInside(p + d)) m_Near[Index(p + d)] = true;
   }
   bool Contains(Point const& p) const { return m_Near[Index(p)]; }

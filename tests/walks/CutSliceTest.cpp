@@ -3,9 +3,7 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Walker.h>
 
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +12,7 @@
 #include <vector>
 
 using namespace ORVA;
-using test::BoxPoints;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Sorted;
-using test::Walk;
+using namespace test;
 using Real = CTriple<double>;
 
 static_assert(RewindableWalker<CCutSlice>);
@@ -29,8 +22,6 @@ namespace {
 char const c_source[] = "src/Utils/BresenhamVisitor";
 char const c_constructor[] = "ORVA::CCutSlice::CCutSlice";
 char const c_computeMoves[] = "ORVA::CCutSlice::ComputeMoves";
-constexpr int64 c_max = std::numeric_limits<int64>::max();
-constexpr int64 c_min = std::numeric_limits<int64>::min();
 
 CCutSlice Slice(Real const& normal, double distance, Point const& size,
                 int64 neighborhood = NEIGHBORHOOD_26) {

@@ -1,21 +1,15 @@
 #include <SeluUtils/ImageWalker.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <new>
 #include <vector>
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 using Direction = CTriple<double>;
 
 namespace {
@@ -24,9 +18,6 @@ char const c_source[] = "src/Utils/ImageWalker";
 char const c_initialize[] = "ORVA::CDeltaVisitor::Initialize";
 char const c_invalidDirection[] = "Invalid Direction given to CDeltaVisitor";
 char const c_invalidLine[] = "Invalid Calculation of Line in CDeltaVisitor";
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_infinity = std::numeric_limits<double>::infinity();
 
 template <class Visitor = CDeltaVisitor>
 Visitor Lines(Direction const& direction, Point const& extents) {
@@ -60,7 +51,7 @@ TEST(DeltaLines, AlongXAreTheRowsOfTheImage) {
   auto lines = Lines({1, 0, 0}, {4, 3, 1});
   EXPECT_EQ(lines.Steps(), 12U);
   EXPECT_FALSE(lines.empty());
-  EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {3, 2, 0}));
+  EXPECT_EQ(Walk(lines), BoxPoints({0, 0, 0}, {3, 2, 0}));
   EXPECT_EQ(Borders(Lines({1, 0, 0}, {4, 3, 1})),
             (std::vector<bool>{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
 }
@@ -205,7 +196,7 @@ TEST(DeltaLines, EachErrorHasALineOfItsOwn) {
 TEST(DeltaLines, LineBeyond32BitsIsCutToThem) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
   EXPECT_EQ(Walk(Lines({1e300, 0, 0}, {4, 3, 1})), Walk(Lines({1, 0, 0}, {4, 3, 1})));
-  test::ExpectError(
+  ExpectError(
       [] {
         (void)Lines({1, 0, 0}, {int64{1} << 40, 1, 1});
       },
@@ -217,7 +208,7 @@ TEST(DeltaLines, NewImageOrDirectionStartsAnew) {
   auto lines = Lines({1, 0, 0}, {3, 2, 1});
   (void)lines.NextPoint();
   lines.SetImageSize(CSize(2, 2));
-  EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {1, 1, 0}));
+  EXPECT_EQ(Walk(lines), BoxPoints({0, 0, 0}, {1, 1, 0}));
   lines.SetDirection(Direction(0, 1, 0));
   EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
 }

@@ -1,6 +1,5 @@
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
@@ -16,14 +15,12 @@
 namespace {
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
+using namespace test;
 
 static_assert(RewindableWalker<CPolygonVisitor>);
 
 TEST(PolygonVisitor, KnownWalks) {
-  test::StAreaCase const cases[] = {
+  StAreaCase const cases[] = {
       {"nothing", {}, 2, NEIGHBORHOOD_8, true, {}},
       {"a point", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, true, {{4, -2, 7}}},
       {"a point without border", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, false, {}},
@@ -79,11 +76,11 @@ TEST(PolygonVisitor, KnownWalks) {
        NEIGHBORHOOD_26,
        true,
        {{0, 0, 0}, {0, 1, 0}, {1, 0, 1}, {2, 0, 1}}}};
-  for (test::StAreaCase const& c : cases) {
+  for (StAreaCase const& c : cases) {
     SCOPED_TRACE(c.name);
     CPolygonVisitor polygon(c.corners, c.dimension, c.neighborhood, c.border);
     EXPECT_EQ(polygon.Steps(), c.expected.size());
-    EXPECT_EQ(test::Walk(polygon), c.expected);
+    EXPECT_EQ(Walk(polygon), c.expected);
     EXPECT_EQ(polygon.NextPoint(), Point());
   }
 }
@@ -147,10 +144,10 @@ TEST(PolygonVisitor, TwoCornersAreTheDigitalLine) {
     for (int64 dx = 0; dx <= c_most; ++dx)
       for (int64 dy = dx == 0 ? 0 : -c_most; dy <= c_most; ++dy) {
         CBresenhamVisitor line({3, -2, 5}, {3 + dx, dy - 2, 5}, 2, neighborhood, true);
-        PointList expected = test::Walk(line);
+        PointList expected = Walk(line);
         std::ranges::sort(expected, Impl::LexicographicLess);
         CPolygonVisitor polygon({{3, -2, 5}, {3 + dx, dy - 2, 5}}, 2, neighborhood, true);
-        ASSERT_EQ(test::Walk(polygon), expected) << dx << ", " << dy << " in " << neighborhood;
+        ASSERT_EQ(Walk(polygon), expected) << dx << ", " << dy << " in " << neighborhood;
       }
 }
 

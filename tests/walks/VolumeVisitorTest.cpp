@@ -4,24 +4,17 @@
 #include <SeluUtils/Walker.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <new>
 #include <string>
 #include <vector>
 
 using namespace ORVA;
-using test::BoxPoints;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Sorted;
-using test::Walk;
+using namespace test;
 
 static_assert(RewindableWalker<CBresenhamVolumeVisitor>);
 
@@ -30,8 +23,6 @@ namespace {
 char const c_source[] = "src/Utils/BresenhamVisitor";
 char const c_constructor[] = "ORVA::CBresenhamVolumeVisitor::CBresenhamVolumeVisitor";
 char const c_convert[] = "ORVA::CBresenhamVolumeVisitor::ConvertListToPath";
-constexpr int64 c_max = std::numeric_limits<int64>::max();
-constexpr int64 c_min = std::numeric_limits<int64>::min();
 
 CBresenhamVolumeVisitor Solid(PointList path, bool border, int64 neighborhood = NEIGHBORHOOD_26) {
   return {path, neighborhood, border};
