@@ -223,7 +223,7 @@ TEST(PairCounting, RunsOfEveryLength) {
   StPairScratch scratch;
   for (int const bytes : {1, 2, 4})
     for (std::int64_t longest : {2, 9, 20, 70, 600}) {
-      StImage image = MakeImage(c_layouts[0], {331, 12, 3}, bytes);
+      StImage image = MakeImage(c_layouts[0], {331, 3, 2}, bytes);
       auto voxel = image.memory.begin();
       while (voxel != image.memory.end()) {
         auto const level = static_cast<std::byte>(random.Between(0, 3) * 85);
