@@ -55,12 +55,13 @@ class Family:
 
     def add(self, run):
         name = re.sub(r"/(iterations|repeats|min_time):[^/]*", "", run["run_name"])
-        is_manual = name.endswith("/manual_time")  # as measured elsewhere
+        # Times that a peer took of itself in a process of its own are real times.
+        clock = "real_time" if name.endswith("/manual_time") else "cpu_time"
         name = name.removesuffix("/manual_time")
         row, _, contestant = name.rpartition("/")
         if not row:
             return
-        seconds = run["real_time" if is_manual else "cpu_time"] * SECONDS[run["time_unit"]]
+        seconds = run[clock] * SECONDS[run["time_unit"]]
         items = run.get("items_per_second", 0) * seconds
         if contestant != OURS and contestant not in self.peers:
             self.peers.append(contestant)
