@@ -10,8 +10,10 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/AreaRuns.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/LineVisitor.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -84,6 +86,13 @@ public:
       RaiseDimension("ORVA::CBresenhamAreaVisitor::NextPoint");
     }
   }
+  /// The points from the next one on that lie in a row of ascending coordinates: what is left of
+  /// its column in a plane; a run of length 0 after the last point.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] std::uint64_t Remaining() const;
+  /// Back to the first point.
+  void Rewind() { Reset(); }
   /// Number of points of a full walk.
   [[nodiscard]] std::uint64_t Steps() const;
   /// Whether a full walk has no points.
@@ -121,6 +130,7 @@ private:
 
   // "No valid m_Dimension!"
   [[noreturn]] static void RaiseDimension(char const* function);
+  [[nodiscard]] StRun InSpace(StRun const& run) const noexcept;
   int64 ReduceToPlane(std::vector<CTriple<int64>>& corners, int64 neighborhood);
   void Build(std::vector<CTriple<int64>>& corners, int64 neighborhood, bool border);
   void BuildOblique(std::vector<CTriple<int64>> const& path, int64 neighborhood, bool border);

@@ -10,7 +10,9 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -73,6 +75,13 @@ public:
     ++m_HandedOut;
     return m_Lattice->rowStarts[m_Outer] + m_Lattice->rowMoves[m_Inner++];
   }
+  /// The points from the next one on that lie in a row of ascending coordinates; a run of length 0
+  /// after the last point.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept { return m_Total - m_HandedOut; }
+  /// Back to the first point.
+  void Rewind() noexcept { Reset(); }
   /// Number of points of a whole walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Total; }
   [[nodiscard]] bool empty() const noexcept { return m_Total == 0; }

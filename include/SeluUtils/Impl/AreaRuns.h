@@ -11,6 +11,7 @@
 #include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/LineMoves.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 
@@ -76,6 +77,13 @@ public:
     ++m_Actual.y;
     return m_Actual;
   }
+  /// The points from the next one on to the end of its column, along y; a run of length 0 after the
+  /// last point.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] std::uint64_t Remaining() const noexcept {
+    return m_Later + static_cast<std::uint64_t>(static_cast<int64>(m_LeftBeforeEnd));
+  }
   /// Number of points of a full walk.
   [[nodiscard]] std::uint64_t Steps() const noexcept { return m_Steps; }
   /// Back to the first point.
@@ -121,6 +129,7 @@ private:
   CUntilMoved<int64, 2> m_Status; // 0 nothing handed out yet, 1 walking, 2 finished
   // Points between the last one and the run's end; 0 once limits change.
   CUntilMoved<int64> m_LeftBeforeEnd;
+  CUntilMoved<std::uint64_t> m_Later; // points to come besides
   CUntilMoved<std::uint64_t> m_Steps;
 };
 
@@ -163,6 +172,13 @@ public:
     }
     m_Actual = point;
     return point;
+  }
+  /// The points from the next one on that lie in a row of ascending coordinates; a run of length 0
+  /// after the last point.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] std::uint64_t Remaining() const noexcept {
+    return m_Status == 2 ? 0 : m_Later + static_cast<std::uint64_t>(m_LastStep - m_StepIndex) + 1;
   }
   /// Number of points of a full walk.
   [[nodiscard]] std::uint64_t Steps() const noexcept { return m_Steps; }
@@ -215,8 +231,9 @@ private:
   CUntilMoved<int64, 2> m_Status; // as in the 2D case
   CUntilMoved<std::uint64_t> m_Steps;
   bool m_IsPairedByColumn = true;
-  int64 m_StepIndex = 0; // next step of the run being walked
-  int64 m_LastStep = 0;  // how many of its steps are taken
+  CUntilMoved<std::uint64_t> m_Later; // points of the runs behind this one
+  int64 m_StepIndex = 0;              // next step of the run being walked
+  int64 m_LastStep = 0;               // how many of its steps are taken
   CTriple<int64> m_Next;
 };
 
