@@ -262,7 +262,7 @@ void RegisterJob(std::string const& row, StJob const& job, Function itk) {
   };
   add("SeluUtils", Counting);
   add("naive loop", CountingNaive);
-  if (itk != nullptr) add("ITK", itk)->Iterations(1);
+  if (itk != nullptr) add("ITK", itk)->Iterations(1)->Repetitions(1); // takes its time
 }
 
 void RegisterCounting() {
@@ -301,9 +301,12 @@ void RegisterFeatures() {
   } const contestants[] = {
       {"SeluUtils", Features}, {"formulas one by one", FeaturesByFormula}, {"ITK", FeaturesItk}};
   auto const add = [&](std::string const& row, Extent const& extent, EContent content) {
-    for (auto const& [contestant, function] : contestants)
-      benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), function, extent, content)
-          ->Unit(benchmark::kMillisecond);
+    for (auto const& [contestant, function] : contestants) {
+      auto* const run =
+          benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), function, extent, content)
+              ->Unit(benchmark::kMillisecond);
+      if (function == FeaturesItk) run->Iterations(1)->Repetitions(1);
+    }
   };
   add("matrix and features of 8 voxels", {2, 2, 2}, EContent::Noise);
   for (EContent const content : {EContent::Smooth, EContent::Noise})

@@ -22,10 +22,6 @@
 
 namespace ORVA {
 
-namespace Impl {
-struct StExLocation;
-}
-
 /// Gray-level co-occurrence: how often gray level j stands a given displacement away from gray
 /// level i. The matrix C is not symmetrized: a direction and its opposite give transposed matrices.
 ///
@@ -129,9 +125,9 @@ private:
   struct StArrays;
 
   CFeatures CountFeatures(IImage const& in, CTriple<long> direction, CValueMap* map,
-                          Impl::StExLocation const& where);
+                          char const* function);
   CFeatures CountMatrixAndFeatures(IImage& out, IImage const& in, CTriple<long> direction,
-                                   CValueMap* map, Impl::StExLocation const& where);
+                                   CValueMap* map, char const* function);
   void ProcessMatrix(IImage const& in, CTriple<long> direction);
   void DataToImage(IImage& out) const;
   void DataToImage(IImage& out, int slice) const;

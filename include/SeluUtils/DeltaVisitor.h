@@ -9,7 +9,9 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -36,9 +38,10 @@ public:
 
   /// Starts anew in an image of these extents, none where one is 0 or negative. A y extent of 0
   /// sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a component
-  /// that is not finite, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
+  /// that is infinite or NaN, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
   /// component| * diagonal) + 1 is less than the extent along the main axis: a direction shorter
-  /// than 1, or an oblique one in an elongated image. The walk has no points then.
+  /// than 1, or an oblique one in an elongated image. After an error, std::bad_alloc included, the
+  /// walk has no points: Steps() is 0. The extents stay for the next direction.
   void SetImageSize(CTriple<int64> extents);
   template <class = void>
   void SetImageSize(CSize size) {
@@ -64,9 +67,16 @@ public:
     if (MorePoints()) WrapNextPoint();
     return point;
   }
+  /// The points from the next one on that lie in a row of ascending coordinates on the same line
+  /// and the same side of a wrap; a run of length 0 after the last point.
+  StRun NextRun();
+  /// Number of points still to come, modulo 2^64.
+  [[nodiscard]] uint64 Remaining() const noexcept;
+  /// Back to the first point.
+  void Rewind() noexcept;
   /// Whether the point last handed out began a line or followed a wrap across the border.
   [[nodiscard]] bool BorderPoint() const noexcept { return m_IsBorder; }
-  /// The product of the three extents, modulo 2^64.
+  /// The product of the three extents, modulo 2^64; 0 where the walk has no points.
   [[nodiscard]] uint64 Steps() const noexcept;
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
@@ -76,6 +86,7 @@ private:
   [[nodiscard]] int64 MainAxis() const;
   void BuildLine();
   void NextLine() noexcept;
+  [[nodiscard]] CTriple<int64> FirstStart() const noexcept;
 
   [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {
     if (m_Axis == 1) return {p.y, p.x, p.z};

@@ -57,10 +57,6 @@ private:
   std::size_t m_Size = 0;
 };
 
-[[noreturn]] SELUUTILS_EXPORT void RaiseMatrixIndex(bool readOnly, uint64 row, uint64 col,
-                                                    uint64 rows, uint64 cols);
-[[noreturn]] SELUUTILS_EXPORT void RaiseMatrixProduct();
-
 } // namespace Impl
 
 /// The dense, row-major matrix: element (r, c) stands at index r * Cols() + c of Elements(). Up to
@@ -80,9 +76,9 @@ public:
         m_Cols(std::exchange(other.m_Cols, 0)), m_Data(std::move(other.m_Data)) {}
   ~CMatrix() override = default;
 
-  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows agree
-  /// and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a narrower
-  /// product, and a narrower one throws. Assign takes the other's shape.
+  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows
+  /// agree and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a
+  /// narrower product, and a narrower one throws. Assign takes the other's shape.
   CMatrix& operator=(CMatrix const& other) {
     if (m_Rows == other.m_Rows && m_Cols != other.m_Cols) {
       IMatrix<T>::operator=(other);
@@ -115,12 +111,12 @@ public:
 
   [[nodiscard]] T& operator()(uint64 row, uint64 col) final {
     if (row >= m_Rows || col >= m_Cols) [[unlikely]]
-      Impl::RaiseMatrixIndex(false, row, col, m_Rows, m_Cols);
+      RaiseIndex(false, row, col);
     return m_Data.Data()[row * m_Cols + col];
   }
   [[nodiscard]] T operator()(uint64 row, uint64 col) const final {
     if (row >= m_Rows || col >= m_Cols) [[unlikely]]
-      Impl::RaiseMatrixIndex(true, row, col, m_Rows, m_Cols);
+      RaiseIndex(true, row, col);
     return m_Data.Data()[row * m_Cols + col];
   }
 
@@ -128,7 +124,7 @@ public:
 
   /// The product as a new matrix; throws CException unless Cols() == other.Rows().
   [[nodiscard]] CMatrix operator*(IMatrix<T> const& other) const {
-    if (m_Cols != other.Rows()) Impl::RaiseMatrixProduct();
+    if (m_Cols != other.Rows()) RaiseProduct();
     CMatrix result(*this);
     result *= other;
     return result;
@@ -141,6 +137,9 @@ public:
   }
 
 private:
+  [[noreturn]] void RaiseIndex(bool readOnly, uint64 row, uint64 col) const;
+  [[noreturn]] static void RaiseProduct();
+
   uint64 m_Rows = 0;
   uint64 m_Cols = 0;
   Impl::CMatrixElements m_Data; // m_Rows * m_Cols elements

@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -42,9 +43,11 @@ struct StType {
 };
 
 std::vector<StType> const c_types = {
-    {IMAGE_BOOL, 1, "IMAGE_BOOL"},       {IMAGE_BINARY_FG, 1, "IMAGE_BINARY_FG"},
-    {IMAGE_GREY_8, 1, "IMAGE_GREY_8"},   {IMAGE_GREY_16, 2, "IMAGE_GREY_16"},
-    {IMAGE_GREY_32, 4, "IMAGE_GREY_32"}, {IMAGE_GREY_F, 4, "IMAGE_GREY_F"},
+    {IMAGE_BOOL, 1, "IMAGE_BOOL"},           {IMAGE_BINARY_FG, 1, "IMAGE_BINARY_FG"},
+    {IMAGE_GREY_8, 1, "IMAGE_GREY_8"},       {IMAGE_GREY_16, 2, "IMAGE_GREY_16"},
+    {IMAGE_GREY_32, 4, "IMAGE_GREY_32"},     {IMAGE_GREY_F, 4, "IMAGE_GREY_F"},
+    {IMAGE_SIGNED_8, 1, "IMAGE_SIGNED_8"},   {IMAGE_SIGNED_16, 2, "IMAGE_SIGNED_16"},
+    {IMAGE_SIGNED_32, 4, "IMAGE_SIGNED_32"}, {IMAGE_DOUBLE, 8, "IMAGE_DOUBLE"},
 };
 
 // Gray values 1, 2, 3, ... in the order of the pixel block.
@@ -127,12 +130,11 @@ TEST(Pos, HasTwoOrThreeCoordinates) {
 
 TEST(ImageType, AnUnknownNumberIsRefused) {
   using EnId = IImage::CType::EnId;
-  for (int const id : {7, 8, 200, 255}) {
-    if (id <= static_cast<int>(c_types.back().type.Id())) continue;
+  int const last = static_cast<int>(EnId::Double);
+  for (int const id : {last + 1, last + 2, 200, 255})
     test::ExpectError<CExBadParam>([&] { (void)IImage::CType(EnId(id)); },
                                    "there is no pixel type " + std::to_string(id),
                                    "ORVA::IImage::CType::CType", c_module);
-  }
   for (auto const& c : c_types) EXPECT_EQ(IImage::CType(c.type.Id()), c.type);
   EXPECT_EQ(IImage::CType(EnId::None), IImage::CType());
 }
@@ -450,6 +452,31 @@ TEST(Pixels, StayWhenTheImageGoes) {
   image.reset();
   pixels(1, 1) = 7;
   EXPECT_EQ(pixels.Row(1)[1], 7);
+}
+
+TEST(Pixels, OfAForeignLayoutKeepToIt) {
+  std::array<std::uint16_t, 12> numbers{};
+  std::iota(numbers.begin(), numbers.end(), std::uint16_t{0});
+  auto const view = [&](std::array<int64, 3> const& extents, std::array<int64, 3> const& strides,
+                        int64 from) {
+    auto* const base = reinterpret_cast<std::byte*>(numbers.data()) + from;
+    return CImageAccess::ForWriting(IMAGE_GREY_16, base, extents, strides);
+  };
+  auto const turned = view({3, 4, 1}, {8, 2, 0}, 0).As<std::uint16_t>(); // rows and columns swapped
+  EXPECT_EQ(turned(2, 3), 11);
+  test::ExpectError<CExBadParam>([&] { (void)turned.Row(1); },
+                                 "the pixels of a row are 8 bytes apart", "ORVA::CPixels::Row",
+                                 c_module);
+  auto const mirrored = view({4, 3, 1}, {-2, 8, 0}, 6).As<std::uint16_t const>();
+  EXPECT_EQ(mirrored(0, 1), 7);
+  EXPECT_EQ(mirrored(3, 0), 0);
+  EXPECT_THROW((void)mirrored.Row(0), CExBadParam);
+  EXPECT_EQ((view({1, 3, 1}, {0, 8, 0}, 2).As<std::uint16_t>().Row(2)[0]), 9);
+  for (auto const& access : {view({2, 2, 1}, {2, 8, 0}, 1), view({2, 2, 1}, {2, 7, 0}, 0),
+                             view({2, 1, 1}, {3, 0, 0}, 0)})
+    test::ExpectError<CExBadParam>([&] { (void)access.As<std::uint16_t>(); },
+                                   "the pixels are not aligned for numbers of 2 bytes",
+                                   "ORVA::CImageAccess::As", c_module);
 }
 
 TEST(Pixels, OfAnEmptyImageAreNone) {

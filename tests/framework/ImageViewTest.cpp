@@ -259,6 +259,19 @@ TEST(ImageAccess, OfOnesOwnRefusesWhatCannotBe) {
   EXPECT_EQ(CImageAccess::ForReading(IMAGE_GREY_8, nullptr, {0, 1, 1}, {1, 1, 1}).Base(), nullptr);
 }
 
+TEST(ImageAccess, PixelsOfAViewAreCheckedForTypeAndAlignment) {
+  alignas(8) std::array<std::int16_t, 8> numbers = {1, 2, 3, 4, 5, 6, 7, 8};
+  CImageView const columns(IMAGE_SIGNED_16, CSize(2, 4), numbers.data(), {8, 2, 0});
+  auto const access = columns.CreateAccess(false);
+  EXPECT_EQ(access.As<std::int16_t const>()(1, 2), 7);
+  ExpectError<CExBadParam>([&] { (void)access.As<std::int16_t const>().Row(0); },
+                           "the pixels of a row are 8 bytes apart");
+  auto const* const odd = reinterpret_cast<std::byte const*>(numbers.data()) + 1;
+  CImageView const shifted(IMAGE_SIGNED_16, CSize(2), static_cast<void const*>(odd));
+  ExpectError<CExBadParam>([&] { (void)shifted.CreateAccess(false).As<std::int16_t const>(); },
+                           "the pixels are not aligned for numbers of 2 bytes");
+}
+
 TEST(ImageTypes, SignedAndDoublePixelsAreTypes) {
   EXPECT_EQ(IMAGE_SIGNED_8.Bytes(), 1);
   EXPECT_EQ(IMAGE_SIGNED_16.Bytes(), 2);

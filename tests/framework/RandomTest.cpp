@@ -63,8 +63,8 @@ private:
   uint64 m_Counter = 0;
 };
 
-// The first word of this process and of another, both drawn before any test could seed the source.
-std::vector<uint64> FirstWordsOfTwoProcesses() {
+// The next word of this process and of a child, drawn before any test could seed the source.
+std::vector<uint64> NextWordsOfTwoProcesses() {
   int ends[2];
   if (pipe(ends) != 0) return {};
   pid_t const child = fork();
@@ -80,7 +80,29 @@ std::vector<uint64> FirstWordsOfTwoProcesses() {
   return complete ? std::vector{word, Source().Rand64()} : std::vector<uint64>{};
 }
 
-std::vector<uint64> const c_unseeded = FirstWordsOfTwoProcesses();
+std::vector<uint64> const c_unseeded = NextWordsOfTwoProcesses(); // the first ones
+std::vector<uint64> const c_unseededLater = NextWordsOfTwoProcesses();
+
+// What a forked child draws, or a child of that child.
+std::vector<uint64> WordsOfAChild(bool isGrandchild = false) {
+  std::vector<uint64> words(8);
+  std::size_t const bytes = words.size() * sizeof words[0];
+  int ends[2];
+  if (pipe(ends) != 0) return {};
+  pid_t const child = fork();
+  if (child == 0) {
+    words = isGrandchild ? WordsOfAChild() : words;
+    if (!isGrandchild)
+      for (uint64& word : words) word = Source().Rand64();
+    _exit(write(ends[1], words.data(), bytes) == static_cast<ssize_t>(bytes) ? 0 : 1);
+  }
+  close(ends[1]);
+  bool const complete =
+      child > 0 && read(ends[0], words.data(), bytes) == static_cast<ssize_t>(bytes);
+  close(ends[0]);
+  if (child > 0) waitpid(child, nullptr, 0);
+  return complete ? words : std::vector<uint64>{};
+}
 
 std::vector<uint64> Words(std::size_t count) {
   std::vector<uint64> words(count);
@@ -97,8 +119,34 @@ std::vector<uint64> WordsOfAnotherThread(std::size_t count) {
 } // namespace
 
 TEST(Random, UnseededProcessesDrawDifferentWords) {
-  ASSERT_EQ(c_unseeded.size(), 2u) << "the second process could not be started";
-  EXPECT_NE(c_unseeded[0], c_unseeded[1]);
+  for (auto const& words : {c_unseeded, c_unseededLater}) {
+    ASSERT_EQ(words.size(), 2u) << "the second process could not be started";
+    EXPECT_NE(words[0], words[1]);
+  }
+}
+
+TEST(Random, AForkedChildDrawsNumbersOfItsOwn) {
+  Source().Seed(42);
+  (void)Words(3);
+  auto const first = WordsOfAChild(), second = WordsOfAChild(), grandchild = WordsOfAChild(true);
+  auto const own = Words(8);
+  ASSERT_EQ(first.size(), 8u);
+  std::set<std::vector<uint64>> const all = {first, second, grandchild, own};
+  EXPECT_EQ(all.size(), 4u);
+  Source().Seed(42); // not even the numbers at the start
+  EXPECT_NE(Words(8), first);
+  EXPECT_NE(Words(8), grandchild);
+}
+
+TEST(Random, ASeedGivesForkedChildrenTheSameNumbersAgain) {
+  Source().Seed(42);
+  auto const first = WordsOfAChild(), second = WordsOfAChild(), grandchild = WordsOfAChild(true);
+  Source().Seed(42);
+  EXPECT_EQ(WordsOfAChild(), first);
+  EXPECT_EQ(WordsOfAChild(), second);
+  EXPECT_EQ(WordsOfAChild(true), grandchild);
+  Source().Seed(43);
+  EXPECT_NE(WordsOfAChild(), first);
 }
 
 TEST(Random, FollowsThePublishedAlgorithm) {

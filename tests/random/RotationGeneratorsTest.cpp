@@ -258,6 +258,20 @@ TEST(VonMisesFisherRotation, FollowsItsFormula) {
   }
 }
 
+TEST(VonMisesFisherRotation, AtTheEndsOfItsParameter) {
+  double const infinity = std::numeric_limits<double>::infinity();
+  CPolarCoordinates const mean(1.0, 0.5);
+  CTriple<double> const axis = mean;
+  CVonMisesFisher endless(infinity, mean);
+  EXPECT_FALSE(endless.IsValid());
+  for (int i = 0; i < 100; ++i) {
+    CTriple<double> const d = endless().getDirectionVector();
+    EXPECT_NEAR(d.x * axis.x + d.y * axis.y + d.z * axis.z, 1, 1e-15);
+  }
+  for (double const kappa : {0.0, -infinity, std::numeric_limits<double>::quiet_NaN()})
+    EXPECT_THROW(CVonMisesFisher(kappa, mean)(), CException) << kappa;
+}
+
 TEST(VonMisesFisherRotation, ParametersOfOneDraw) {
   CPolarCoordinates const mean(1.0, 2.5), other(2.0, 0.5);
   CVonMisesFisher generator(1, CVonMisesFisher::zaxis);

@@ -595,6 +595,7 @@ TEST_F(SeluSample, AFullDiskLeavesNothingBehind) {
 }
 
 TEST_F(SeluSample, ATerminalSeesABar) {
+  if (!test::HasTerminals()) GTEST_SKIP() << "no terminal is to be had here";
   auto const result =
       Selu({"sample", "normal", "-n", "1000000", "-o", "a.csv"}, {.terminal = true});
   EXPECT_EQ(result.code, 0);

@@ -1,9 +1,9 @@
-#include "support/Errors.h"
-#include "support/WalkChecks.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>
 #include <SeluUtils/Walker.h>
+
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +15,7 @@ namespace {
 using namespace ORVA;
 using Impl::CBresenhamAreaVisitor2D;
 using Impl::CBresenhamAreaVisitor3D;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
+using namespace test;
 
 static_assert(RewindableWalker<CBresenhamAreaVisitor>);
 
@@ -26,14 +24,14 @@ constexpr char c_module[] = "src/Utils/BresenhamVisitor";
 
 PointList WalkArea(PointList corners, int64 dimension, int64 neighborhood, bool border) {
   CBresenhamAreaVisitor area(corners, dimension, neighborhood, border);
-  PointList const points = test::Walk(area);
+  PointList const points = Walk(area);
   EXPECT_EQ(area.Steps(), points.size());
   EXPECT_EQ(area.empty(), points.empty());
   return points;
 }
 
 TEST(AreaVisitor, KnownWalks) {
-  test::StAreaCase const cases[] = {
+  StAreaCase const cases[] = {
       {"a point", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, true, {{4, -2, 7}}},
       {"a point in the plane", {{4, -2, 0}}, 2, NEIGHBORHOOD_8, true, {{4, -2, 0}}},
       {"a point without border", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, false, {}},
@@ -111,7 +109,7 @@ TEST(AreaVisitor, KnownWalks) {
        NEIGHBORHOOD_26,
        false,
        {{1, 1, 1}, {1, 2, 1}, {2, 1, 2}, {2, 2, 2}}}};
-  for (test::StAreaCase const& c : cases) {
+  for (StAreaCase const& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(WalkArea(c.corners, c.dimension, c.neighborhood, c.border), c.expected);
   }
@@ -325,14 +323,14 @@ TEST(AreaVisitor2D, WalksAClosedPathAndThenStaysAtNothing) {
   CBresenhamAreaVisitor2D area(path, NEIGHBORHOOD_8, true);
   EXPECT_EQ(area.GetCurrentStartPoint(), Point(0, 0, 0));
   EXPECT_EQ(area.GetCurrentEndPoint(), Point(0, 2, 0));
-  EXPECT_EQ(test::Walk(area).size(), 6u);
+  EXPECT_EQ(Walk(area).size(), 6u);
   EXPECT_EQ(area.NextPoint(), Point());
   ExpectError([&] { static_cast<void>(area.GetCurrentStartPoint()); }, "index not valid",
               "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentStartPoint", c_implModule);
   ExpectError([&] { static_cast<void>(area.GetCurrentEndPoint()); }, "index not valid",
               "ORVA::Impl::CBresenhamAreaVisitor2D::GetCurrentEndPoint", c_implModule);
   area.SignBorder();
-  EXPECT_EQ(test::Walk(area).size(), 6u);
+  EXPECT_EQ(Walk(area).size(), 6u);
 }
 
 TEST(AreaVisitor2D, APathTheWrongWayRoundDoesNotPair) {
@@ -349,7 +347,7 @@ TEST(AreaVisitor3D, OneOrientationPairsAndTheOtherDoesNot) {
   PointList const path{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}};
   CBresenhamAreaVisitor3D area(PointList(path), NEIGHBORHOOD_26, true);
   EXPECT_TRUE(area.IsPairedByColumn());
-  EXPECT_EQ(test::Walk(area).size(), 15u);
+  EXPECT_EQ(Walk(area).size(), 15u);
   EXPECT_EQ(area.NextPoint(), Point());
   ExpectError([&] { static_cast<void>(area.GetCurrentStartPoint()); }, "index not valid",
               "ORVA::Impl::CBresenhamAreaVisitor3D::GetCurrentStartPoint", c_implModule);
@@ -371,7 +369,7 @@ TEST(AreaVisitor2D, LimitsWithoutAPartnerAreNoRuns) {
   area.SignStartPoints({20, 0, 0}, edge);
   area.CountSteps();
   EXPECT_EQ(area.Steps(), 15u);
-  EXPECT_EQ(test::Walk(area).size(), 15u);
+  EXPECT_EQ(Walk(area).size(), 15u);
   area.EraseBorderPoints();
   area.CountSteps();
   EXPECT_EQ(area.Steps(), 3u); // two of the second column and one of the third
@@ -387,11 +385,11 @@ TEST(AreaVisitor3D, LimitsWithoutAPartnerAreNoRuns) {
   Impl::CBresenhamVisitor3D const edge(Point(9, 2, 1), NEIGHBORHOOD_26);
   CBresenhamAreaVisitor3D area(PointList{{0, 0, 0}, {0, 4, 4}, {4, 0, 4}, {0, 0, 0}},
                                NEIGHBORHOOD_26, true);
-  PointList const all = test::Walk(CBresenhamAreaVisitor3D(area));
+  PointList const all = Walk(CBresenhamAreaVisitor3D(area));
   area.SignStartPoints({20, 0, 0}, edge);
   area.CountSteps();
   EXPECT_EQ(area.Steps(), all.size());
-  EXPECT_EQ(test::Walk(area), all);
+  EXPECT_EQ(Walk(area), all);
   CBresenhamAreaVisitor3D unpaired;
   unpaired.SignStartPoints({0, 0, 0}, edge);
   unpaired.CountSteps();

@@ -7,7 +7,7 @@
 #include <SeluUtils/Walker.h>
 
 #include "support/FailingAllocation.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -15,10 +15,7 @@
 
 using namespace ORVA;
 using test::FailEveryAllocation;
-using test::From;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 

@@ -4,10 +4,10 @@
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/PlaneSection.h>
+#include <pxlib2core/Exception.h>
 
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +17,7 @@
 
 using namespace ORVA;
 using test::CRandomNumbers;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 
@@ -50,7 +48,7 @@ public:
   CSurroundings(Point const& size, PointList const& points, int64 reach)
       : m_Size(size), m_Near(static_cast<std::size_t>(size.x * size.y * size.z)) {
     for (auto const& p : points)
-      for (auto const& d : test::BoxPoints({-reach, -reach, -reach}, {reach, reach, reach}))
+      for (auto const& d : BoxPoints({-reach, -reach, -reach}, {reach, reach, reach}))
         if (IsInside(p + d)) m_Near[Index(p + d)] = true;
   }
   bool Contains(Point const& p) const { return m_Near[Index(p)]; }
@@ -90,6 +88,37 @@ StPlane RandomPlane(CRandomNumbers& random, Point const& size) {
 }
 
 } // namespace
+
+// A plane times a number is the same plane; what rounding makes of its corners must not count.
+TEST(CutSliceProperty, RoundingDoesNotChooseTheCorner) {
+  CRandomNumbers random;
+  int cut = 0;
+  for (int k = 0; k < 3000; ++k) {
+    Point const size(random.Between(2, 9), random.Between(2, 9), random.Between(2, 9));
+    // Corners at thirds, never halfway between two voxels, where rounding has to choose.
+    auto const component = [&] {
+      return std::array{-3.0, -1.0, 0.0, 1.0, 3.0}[random.Between<std::size_t>(0, 4)];
+    };
+    CTriple<double> normal;
+    while (normal == CTriple<double>()) normal = {component(), component(), component()};
+    auto const distance = static_cast<double>(random.Between(-10, 30));
+    auto const walk = [&](double factor) {
+      CCutSlice slice(normal * factor, distance * factor, NEIGHBORHOOD_26);
+      try {
+        slice.SetImageSize(size);
+      } catch (CException const&) {
+        return PointList();
+      }
+      return Walk(slice);
+    };
+    auto const expected = walk(1);
+    if (!expected.empty()) ++cut;
+    for (double const factor : {0.1, 1.0 / 3, 1.0 / 7, 1e-3, 1.1})
+      ASSERT_EQ(walk(factor), expected) << testing::PrintToString(normal) << ' ' << distance << ' '
+                                        << testing::PrintToString(size) << " times " << factor;
+  }
+  EXPECT_GT(cut, 1000);
+}
 
 TEST(CutSliceProperty, KeepsToItsPlaneAndCoversIt) {
   // An origin, two edges and two lines, each rounded by up to half a voxel on an axis, could add up

@@ -3,9 +3,7 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Walker.h>
 
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +12,7 @@
 #include <vector>
 
 using namespace ORVA;
-using test::BoxPoints;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Sorted;
-using test::Walk;
+using namespace test;
 using Real = CTriple<double>;
 
 static_assert(RewindableWalker<CCutSlice>);
@@ -29,8 +22,6 @@ namespace {
 char const c_source[] = "src/Utils/BresenhamVisitor";
 char const c_constructor[] = "ORVA::CCutSlice::CCutSlice";
 char const c_computeMoves[] = "ORVA::CCutSlice::ComputeMoves";
-constexpr int64 c_max = std::numeric_limits<int64>::max();
-constexpr int64 c_min = std::numeric_limits<int64>::min();
 
 CCutSlice Slice(Real const& normal, double distance, Point const& size,
                 int64 neighborhood = NEIGHBORHOOD_26) {
@@ -159,11 +150,11 @@ TEST(CutSlice, OriginIsTheFirstCornerWithAnAngleOfAtMost90DegreesElseTheSharpest
        2,
        {{2, 0, 0}, {0, 2, 0}, {0, 0, 2}},
        {{0, 2, 0}, {0, -2, 2}, {2, -2, 0}}},
-      {"six times 120 degrees: the last of equals, edges lengthened from 2 voxels to 4",
+      {"six times 120 degrees: the first of equals, edges lengthened from 2 voxels to 4",
        {1, 1, 1},
        6,
        {{4, 2, 0}, {2, 4, 0}, {0, 4, 2}, {0, 2, 4}, {2, 0, 4}, {4, 0, 2}},
-       {{4, 2, 0}, {-4, 4, 0}, {0, -4, 4}}},
+       {{2, 4, 0}, {-4, 0, 4}, {4, -4, 0}}},
       {"corner", {1, 1, 1}, 0, {{0, 0, 0}}, {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}},
       {"edge", {1, 0, 1}, 0, {{0, 4, 0}, {0, 0, 0}}, {{0, 4, 0}, {0, -4, 0}, {0, 0, 0}}},
   };

@@ -1,21 +1,15 @@
 #include <SeluUtils/ImageWalker.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <new>
 #include <vector>
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 using Direction = CTriple<double>;
 
 namespace {
@@ -24,9 +18,6 @@ char const c_source[] = "src/Utils/ImageWalker";
 char const c_initialize[] = "ORVA::CDeltaVisitor::Initialize";
 char const c_invalidDirection[] = "Invalid Direction given to CDeltaVisitor";
 char const c_invalidLine[] = "Invalid Calculation of Line in CDeltaVisitor";
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double c_infinity = std::numeric_limits<double>::infinity();
 
 template <class Visitor = CDeltaVisitor>
 Visitor Lines(Direction const& direction, Point const& extents) {
@@ -45,13 +36,22 @@ std::vector<bool> Borders(Visitor lines) {
   return borders;
 }
 
+// After a failure there are no points, and every way of asking says so.
+template <class Visitor>
+void ExpectNothingLeft(Visitor lines) {
+  EXPECT_FALSE(lines.MorePoints());
+  EXPECT_EQ(lines.Steps(), 0U);
+  EXPECT_TRUE(lines.empty());
+  EXPECT_THROW((void)lines.NextPoint(), CException);
+}
+
 } // namespace
 
 TEST(DeltaLines, AlongXAreTheRowsOfTheImage) {
   auto lines = Lines({1, 0, 0}, {4, 3, 1});
   EXPECT_EQ(lines.Steps(), 12U);
   EXPECT_FALSE(lines.empty());
-  EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {3, 2, 0}));
+  EXPECT_EQ(Walk(lines), BoxPoints({0, 0, 0}, {3, 2, 0}));
   EXPECT_EQ(Borders(Lines({1, 0, 0}, {4, 3, 1})),
             (std::vector<bool>{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
 }
@@ -110,6 +110,8 @@ TEST(DeltaLines, ImageWithoutExtentHasNoPoints) {
                                  Point(-4, 3, 3), Point(3, c_min, 3)}) {
       auto lines = Lines(direction, extents);
       EXPECT_FALSE(lines.MorePoints());
+      EXPECT_EQ(lines.Steps(), 0U);
+      EXPECT_TRUE(lines.empty());
     }
 }
 
@@ -153,7 +155,7 @@ TEST(DeltaLines, LineShorterThanTheMainAxisIsRefused) {
     CDeltaVisitor lines(c.direction);
     if (c.isRefused) {
       ExpectError([&] { lines.SetImageSize(c.extents); }, c_invalidLine, c_initialize, c_source);
-      EXPECT_FALSE(lines.MorePoints());
+      ExpectNothingLeft(lines);
     } else {
       lines.SetImageSize(c.extents);
       EXPECT_EQ(Walk(lines).size(), lines.Steps());
@@ -165,13 +167,36 @@ TEST(DeltaLines, LineLongerThanMemoryFailsAndLeavesNoPoints) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
   auto lines = Lines({1, 0, 0}, {4, 3, 1});
   EXPECT_THROW(lines.SetImageSize(CSize(2147483647, 1)), std::bad_alloc);
-  EXPECT_FALSE(lines.MorePoints());
+  ExpectNothingLeft(lines);
+}
+
+TEST(DeltaLines, AnErrorLeavesTheExtentsForTheNextDirection) {
+  auto lines = Lines({0.5, 0, 0}, {4, 3, 1});
+  EXPECT_EQ(lines.Steps(), 12U);
+  EXPECT_THROW(lines.SetImageSize(CSize(9, 9)), CException);
+  ExpectNothingLeft(lines);
+  EXPECT_THROW(lines.SetDirection({c_nan, 0, 0}), CException);
+  ExpectNothingLeft(lines);
+  lines.SetDirection({1, 0, 0});
+  EXPECT_EQ(Walk(lines).size(), 81U);
+}
+
+TEST(DeltaLines, EachErrorHasALineOfItsOwn) {
+  test::ExpectLinesOfTheirOwn({[] {
+                                 (void)Lines({c_nan, 0, 0}, {4, 4, 4});
+                               },
+                               [] {
+                                 (void)Lines({0.1, 0, 0}, {10, 1, 1});
+                               },
+                               [] {
+                                 (void)Lines({1e19, 2, 0}, {4, 4, 4});
+                               }});
 }
 
 TEST(DeltaLines, LineBeyond32BitsIsCutToThem) {
   test::CAllocationLimit const limit(std::size_t{1} << 24);
   EXPECT_EQ(Walk(Lines({1e300, 0, 0}, {4, 3, 1})), Walk(Lines({1, 0, 0}, {4, 3, 1})));
-  test::ExpectError(
+  ExpectError(
       [] {
         (void)Lines({1, 0, 0}, {int64{1} << 40, 1, 1});
       },
@@ -183,9 +208,22 @@ TEST(DeltaLines, NewImageOrDirectionStartsAnew) {
   auto lines = Lines({1, 0, 0}, {3, 2, 1});
   (void)lines.NextPoint();
   lines.SetImageSize(CSize(2, 2));
-  EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {1, 1, 0}));
+  EXPECT_EQ(Walk(lines), BoxPoints({0, 0, 0}, {1, 1, 0}));
   lines.SetDirection(Direction(0, 1, 0));
   EXPECT_EQ(Walk(lines), (PointList{{0, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}}));
+}
+
+TEST(ParallelLines, LinesLongerThanMemoryFailAndLeaveNoPoints) {
+  test::CAllocationLimit const limit(std::size_t{1} << 24);
+  auto lines = Lines<CParallelLineVisitor>({1, 0.5, 0}, {4, 3, 1});
+  EXPECT_THROW(lines.SetImageSize(CSize(2147483647, 3)), std::bad_alloc);
+  ExpectNothingLeft(lines);
+  EXPECT_THROW(lines.SetDirection({2, 1, 0}), std::bad_alloc); // in the same image
+  ExpectNothingLeft(lines);
+  lines.SetDirection({0, 1, 0});
+  EXPECT_EQ(lines.Steps(), uint64{3} * 2147483647);
+  lines.SetImageSize(CSize(4, 3));
+  EXPECT_EQ(Walk(lines).size(), 12U);
 }
 
 TEST(ParallelLines, RunTheWayTheDirectionPoints) {

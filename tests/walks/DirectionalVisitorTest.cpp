@@ -1,24 +1,16 @@
 #include <SeluUtils/ImageWalker.h>
 
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <stdexcept>
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr int64 c_max = std::numeric_limits<int64>::max();
 char const c_message[] = "Invalid Direction given to CDirectionalIterator";
 
 CDirectionalVisitor Lines(Point const& high, Point const& direction) {
@@ -33,7 +25,7 @@ TEST(DirectionalLines, RunThroughTheBoxOneAfterTheOther) {
   auto lines = Lines({2, 2, 0}, {1, 0, 0});
   EXPECT_EQ(lines.Steps(), 9U);
   EXPECT_FALSE(lines.empty());
-  EXPECT_EQ(Walk(lines), test::BoxPoints({0, 0, 0}, {2, 2, 0}));
+  EXPECT_EQ(Walk(lines), BoxPoints({0, 0, 0}, {2, 2, 0}));
   EXPECT_FALSE(lines.MorePoints());
 }
 
@@ -153,5 +145,5 @@ TEST(DirectionalLines, WithoutBoundsCoverTheWholeImage) {
   CDirectionalVisitor lines(Point(c_min, c_min, c_min), Point(c_max, c_max, c_max),
                             Point(-1, 1, -1));
   lines.SetImageSize(CSize(3, 4, 5));
-  EXPECT_EQ(test::Sorted(Walk(lines, 1000)), test::BoxPoints({0, 0, 0}, {2, 3, 4}));
+  EXPECT_EQ(Sorted(Walk(lines, 1000)), BoxPoints({0, 0, 0}, {2, 3, 4}));
 }

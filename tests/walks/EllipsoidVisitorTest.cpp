@@ -1,8 +1,6 @@
 // Balls, ellipsoids and boxes by their inequalities.
-#include "support/Errors.h"
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluUtils/EllipsoidVisitor.h>
 #include <SeluUtils/RealWindow.h>
@@ -17,8 +15,7 @@
 namespace {
 
 using namespace ORVA;
-using test::Point;
-using test::PointList;
+using namespace test;
 using Real = CTriple<double>;
 
 static_assert(RewindableWalker<CEllipsoidVisitor>);
@@ -54,7 +51,7 @@ TEST(EllipsoidVisitor, HandsOutPointsInRasterOrder) {
     SCOPED_TRACE(c.name);
     CEllipsoidVisitor walk(c.center, c.semiAxes, c.border);
     EXPECT_EQ(walk.Steps(), c.expected.size());
-    EXPECT_EQ(test::Walk(walk), c.expected);
+    EXPECT_EQ(Walk(walk), c.expected);
   }
 }
 
@@ -93,13 +90,13 @@ void ExpectExact(Real const& center, Real const& semiAxes, int bits = 100) {
                                   << ", " << semiAxes.x << ' ' << semiAxes.y << ' ' << semiAxes.z);
   CInequality const inequality(center, semiAxes, bits);
   PointList closed, open;
-  for (Point const& p : test::BoxPoints({-7, -7, -7}, {7, 7, 7})) {
+  for (Point const& p : BoxPoints({-7, -7, -7}, {7, 7, 7})) {
     int const side = inequality.Side(p);
     if (side <= 0) closed.push_back(p);
     if (side < 0) open.push_back(p);
   }
-  EXPECT_EQ(test::Walk(CEllipsoidVisitor(center, semiAxes)), closed);
-  EXPECT_EQ(test::Walk(CEllipsoidVisitor(center, semiAxes, false)), open);
+  EXPECT_EQ(Walk(CEllipsoidVisitor(center, semiAxes)), closed);
+  EXPECT_EQ(Walk(CEllipsoidVisitor(center, semiAxes, false)), open);
 }
 
 TEST(EllipsoidVisitorProperty, EveryPointIsDecidedExactly) {
@@ -152,9 +149,9 @@ TEST(EllipsoidVisitor, BadParametersAreRefusedByName) {
       {{0, 0, 0}, {1, -1, 1}, "semi-axis -1 is not from 2^-30 to 2^30"},
       {{0, 0, 0}, {std::nan(""), 1, 1}, "semi-axis nan is not from 2^-30 to 2^30"}};
   for (auto const& c : cases)
-    test::ExpectError<CExBadParam>([&] { CEllipsoidVisitor walk(c.center, c.semiAxes); }, c.message,
-                                   "ORVA::CEllipsoidVisitor::CEllipsoidVisitor",
-                                   "src/Utils/EllipsoidVisitor");
+    ExpectError<CExBadParam>([&] { CEllipsoidVisitor walk(c.center, c.semiAxes); }, c.message,
+                             "ORVA::CEllipsoidVisitor::CEllipsoidVisitor",
+                             "src/Utils/EllipsoidVisitor");
 }
 
 TEST(EllipsoidVisitor, CopiesWalkIndependentlyAndResetRewindsAnywhere) {
@@ -174,7 +171,7 @@ TEST(RealWindow, HasThePointsBetweenItsSides) {
       {"open", {-1, 2, 3.5}, {1, 4, 5}, EnBoundary::Open, {0, 3, 4}, {0, 3, 4}}};
   for (auto const& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(test::Walk(RealWindow(c.low, c.high, c.boundary)), test::BoxPoints(c.first, c.last));
+    EXPECT_EQ(Walk(RealWindow(c.low, c.high, c.boundary)), BoxPoints(c.first, c.last));
   }
   for (EnBoundary const boundary : {EnBoundary::Open, EnBoundary::HalfOpen, EnBoundary::Closed}) {
     CWindowVisitor const none = RealWindow({0.25, 0, 0}, {0.75, 9, 9}, boundary);
@@ -184,13 +181,13 @@ TEST(RealWindow, HasThePointsBetweenItsSides) {
 }
 
 TEST(RealWindow, RefusesWhatIsNoNumberByName) {
-  test::ExpectError<CExBadParam>(
+  ExpectError<CExBadParam>(
       [] {
         static_cast<void>(RealWindow({0, 0, 0}, {1, 1e30, 1}));
       },
       "box coordinate 1e+30 is not from -2^62 to 2^62", "ORVA::RealWindow",
       "src/Utils/ImageWalker");
-  test::ExpectError<CExBadParam>(
+  ExpectError<CExBadParam>(
       [] {
         static_cast<void>(RealWindow({0, std::nan(""), 0}, {1, 1, 1}));
       },

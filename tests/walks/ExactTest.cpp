@@ -2,8 +2,7 @@
 
 #include <SeluUtils/Impl/PlaneColumns.h>
 
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +10,7 @@
 
 using namespace ORVA;
 using Impl::int128;
-using test::Point;
+using namespace test;
 
 TEST(Exact, DivisionRoundsDown) {
   struct StCase {

@@ -3,12 +3,10 @@
 #include <SeluBase/Neighborhood.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/Printers.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <new>
 #include <string>
 #include <vector>
@@ -17,7 +15,7 @@ using namespace ORVA;
 using Impl::CBresenhamVisitor1D;
 using Impl::CBresenhamVisitor2D;
 using Impl::CBresenhamVisitor3D;
-using test::ExpectError;
+using namespace test;
 using Triple = CTriple<int64>;
 using Moves = std::vector<Triple>;
 
@@ -26,8 +24,6 @@ namespace {
 char const c_source[] = "src/Utils/BresenhamVisitorImpl";
 char const c_invalid2D[] = "invalid neighborhood behavior, only 4, 6.1, 6.2 and 8 valid";
 char const c_invalid3D[] = "invalid neighborhood behavior, only 6, 14.1, 14.2 and 26 valid";
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr int64 c_max = std::numeric_limits<int64>::max();
 
 template <class Line>
 Moves MovesOf(Line const& line) {

@@ -3,30 +3,20 @@
 #include <SeluBase/Neighborhood.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <new>
 #include <string>
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 
 char const c_source[] = "src/Utils/BresenhamVisitor";
 char const c_constructor[] = "ORVA::CBresenhamVisitor::CBresenhamVisitor";
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr int64 c_max = std::numeric_limits<int64>::max();
-constexpr double c_infinity = std::numeric_limits<double>::infinity();
-constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
 
 CBresenhamVisitor Plane(Point const& from, Point const& to, bool withEndPoints = true) {
   return {from, to, 2, NEIGHBORHOOD_8, withEndPoints};

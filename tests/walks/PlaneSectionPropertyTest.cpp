@@ -1,9 +1,8 @@
 // Plane sections against every voxel of the box asked in exact integers whether it belongs.
 #include <SeluUtils/PlaneSection.h>
 
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +13,7 @@
 
 using namespace ORVA;
 using test::CRandomNumbers;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 
@@ -55,7 +52,7 @@ bool Belongs(StPlane const& plane, std::size_t axis, Point const& p) {
 PointList ExactSection(StPlane const& plane, Point const& size) {
   std::size_t const axis = DominantAxis(plane);
   PointList points;
-  for (auto const& p : test::BoxPoints({0, 0, 0}, size + Point(-1, -1, -1)))
+  for (auto const& p : BoxPoints({0, 0, 0}, size + Point(-1, -1, -1)))
     if (Belongs(plane, axis, p)) points.push_back(p);
   std::ranges::sort(points, {}, [axis](Point const& p) {
     return axis == 0 ? std::pair(p.z, p.y) : axis == 1 ? std::pair(p.z, p.x) : std::pair(p.y, p.x);
@@ -179,7 +176,7 @@ TEST(PlaneSectionProperty, AnyDoubles) {
     std::set<std::tuple<int64, int64, int64>> walked;
     for (auto const& p : points) ASSERT_TRUE(walked.insert(key(p)).second);
     double const length = std::max({std::abs(normal.x), std::abs(normal.y), std::abs(normal.z)});
-    for (auto const& p : test::BoxPoints({0, 0, 0}, size + Point(-1, -1, -1))) {
+    for (auto const& p : BoxPoints({0, 0, 0}, size + Point(-1, -1, -1))) {
       double const excess =
           std::abs(normal.x / length * static_cast<double>(p.x) +
                    normal.y / length * static_cast<double>(p.y) +

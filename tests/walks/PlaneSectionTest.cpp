@@ -3,19 +3,14 @@
 #include <SeluUtils/Walker.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 using Normal = CTriple<double>;
 
 static_assert(RewindableWalker<CPlaneSection>);
@@ -24,10 +19,6 @@ namespace {
 
 char const c_source[] = "src/Utils/BresenhamVisitor";
 char const c_constructor[] = "ORVA::CPlaneSection::CPlaneSection";
-constexpr int64 c_max = std::numeric_limits<int64>::max();
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr double c_infinity = std::numeric_limits<double>::infinity();
-constexpr double c_nan = std::numeric_limits<double>::quiet_NaN();
 
 CPlaneSection Section(CPlaneSection section, Point const& size) {
   section.SetImageSize(size);

@@ -1,6 +1,6 @@
 // The polygon walk against an exact point-in-polygon test, on random polygons of many kinds.
 #include "support/Polygons.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/PolygonVisitor.h>
@@ -12,11 +12,11 @@ namespace {
 using namespace ORVA;
 using test::c_flat;
 using test::Int;
-using test::Point;
+using namespace test;
 using test::PointSet;
 using test::Polygon;
 
-test::PointList Expected(std::vector<Polygon> const& rings, int64 neighborhood, bool border) {
+PointList Expected(std::vector<Polygon> const& rings, int64 neighborhood, bool border) {
   PointSet points = test::LatticePoints(rings, border);
   for (Point const& p : test::BorderLine(rings, neighborhood)) {
     if (border) {
@@ -28,12 +28,12 @@ test::PointList Expected(std::vector<Polygon> const& rings, int64 neighborhood, 
   return {points.begin(), points.end()};
 }
 
-void ExpectWalk(CPolygonVisitor polygon, test::PointList const& expected) {
+void ExpectWalk(CPolygonVisitor polygon, PointList const& expected) {
   EXPECT_EQ(polygon.Steps(), expected.size());
   EXPECT_EQ(polygon.empty(), expected.empty());
-  EXPECT_EQ(test::Walk(polygon), expected);
+  EXPECT_EQ(Walk(polygon), expected);
   polygon.Reset();
-  EXPECT_EQ(test::Walk(polygon), expected);
+  EXPECT_EQ(Walk(polygon), expected);
 }
 
 TEST(PolygonVisitorProperty, EveryKindIsFilledExactly) {
@@ -140,7 +140,7 @@ TEST(PolygonVisitorProperty, ObliquePolygonsHoldOneVoxelAColumn) {
     for (auto const& [space, xy, xz, yz] : c_neighborhoods) {
       int64 const flat = axis == 2 ? xy : axis == 1 ? xz : yz;
       for (bool const border : {true, false}) {
-        test::PointList expected = Expected({seen}, flat, border);
+        PointList expected = Expected({seen}, flat, border);
         for (Point& p : expected)
           p = OnPlane(WithComponent(WithComponent({}, u, p.x), v, p.y), axis, normal,
                       polygon.front());

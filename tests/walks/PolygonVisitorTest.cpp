@@ -1,26 +1,26 @@
-#include "support/Errors.h"
-#include "support/WalkChecks.h"
+#include "support/AllocationLimit.h"
+#include "support/WalkTest.h"
 
 #include <SeluBase/Neighborhood.h>
+#include <SeluUtils/BresenhamVisitor.h>
 #include <SeluUtils/PolygonVisitor.h>
 #include <SeluUtils/Walker.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
 namespace {
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
+using namespace test;
 
 static_assert(RewindableWalker<CPolygonVisitor>);
 
 TEST(PolygonVisitor, KnownWalks) {
-  test::StAreaCase const cases[] = {
+  StAreaCase const cases[] = {
       {"nothing", {}, 2, NEIGHBORHOOD_8, true, {}},
       {"a point", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, true, {{4, -2, 7}}},
       {"a point without border", {{4, -2, 7}}, 3, NEIGHBORHOOD_26, false, {}},
@@ -76,11 +76,11 @@ TEST(PolygonVisitor, KnownWalks) {
        NEIGHBORHOOD_26,
        true,
        {{0, 0, 0}, {0, 1, 0}, {1, 0, 1}, {2, 0, 1}}}};
-  for (test::StAreaCase const& c : cases) {
+  for (StAreaCase const& c : cases) {
     SCOPED_TRACE(c.name);
     CPolygonVisitor polygon(c.corners, c.dimension, c.neighborhood, c.border);
     EXPECT_EQ(polygon.Steps(), c.expected.size());
-    EXPECT_EQ(test::Walk(polygon), c.expected);
+    EXPECT_EQ(Walk(polygon), c.expected);
     EXPECT_EQ(polygon.NextPoint(), Point());
   }
 }
@@ -134,6 +134,53 @@ TEST(PolygonVisitor, BadArgumentsAreRefusedByName) {
                         NEIGHBORHOOD_8, true);
       },
       "hole corner coordinate 10 lies outside the outline's 0 to 9");
+}
+
+// Against the moves of the line itself, for every small edge.
+TEST(PolygonVisitor, TwoCornersAreTheDigitalLine) {
+  constexpr int64 c_most = 13;
+  for (int64 const neighborhood :
+       {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8})
+    for (int64 dx = 0; dx <= c_most; ++dx)
+      for (int64 dy = dx == 0 ? 0 : -c_most; dy <= c_most; ++dy) {
+        CBresenhamVisitor line({3, -2, 5}, {3 + dx, dy - 2, 5}, 2, neighborhood, true);
+        PointList expected = Walk(line);
+        std::ranges::sort(expected, Impl::LexicographicLess);
+        CPolygonVisitor polygon({{3, -2, 5}, {3 + dx, dy - 2, 5}}, 2, neighborhood, true);
+        ASSERT_EQ(Walk(polygon), expected) << dx << ", " << dy << " in " << neighborhood;
+      }
+}
+
+TEST(PolygonVisitor, HighEdgesTakeNoMemory) {
+  constexpr int64 c_high = 2147483647;
+  test::CAllocationLimit const limit(4096);
+  for (int64 const neighborhood :
+       {NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8}) {
+    CPolygonVisitor const box({{0, 0, 0}, {9, 0, 0}, {9, c_high, 0}, {0, c_high, 0}}, 2,
+                              neighborhood, true);
+    EXPECT_EQ(box.Steps(), uint64{10} << 31);
+    CPolygonVisitor const inner({{0, 0, 0}, {9, 0, 0}, {9, c_high, 0}, {0, c_high, 0}}, 2,
+                                neighborhood, false);
+    EXPECT_EQ(inner.Steps(), uint64{8} * (c_high - 1));
+    CPolygonVisitor steep({{0, 0, 0}, {2, c_high, 0}}, 2, neighborhood, true);
+    bool const isDiagonal = neighborhood == NEIGHBORHOOD_8 || neighborhood == NEIGHBORHOOD_6_1;
+    EXPECT_EQ(steep.Steps(), uint64{c_high} + (isDiagonal ? 1 : 3));
+  }
+}
+
+TEST(PolygonVisitor, EachErrorHasALineOfItsOwn) {
+  using Corners = PointList;
+  auto const make = [](Corners const& outline, Corners const& hole, int64 dimension, int64 code) {
+    return [=] { CPolygonVisitor(outline, {hole}, dimension, code, true); };
+  };
+  Corners const corners{{0, 0, 0}, {9, 0, 0}, {0, 9, 0}};
+  constexpr int64 c_far = std::numeric_limits<int64>::max();
+  test::ExpectLinesOfTheirOwn(
+      {make(corners, {}, 4, NEIGHBORHOOD_8), make(corners, {}, 2, NEIGHBORHOOD_26),
+       make(corners, {}, 3, NEIGHBORHOOD_8), make({{c_far, 0, 0}}, {}, 2, NEIGHBORHOOD_8),
+       make({{0, 0, 0}, {int64{1} << 32, 0, 0}}, {}, 2, NEIGHBORHOOD_8),
+       make(corners, {{-1, 0, 0}}, 2, NEIGHBORHOOD_8),
+       make({{0, 0, 0}, {9, 0, 0}, {0, 9, 1}}, {}, 2, NEIGHBORHOOD_8)});
 }
 
 TEST(PolygonVisitor, FarCoordinatesAreExact) {

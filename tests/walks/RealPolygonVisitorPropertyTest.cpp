@@ -1,8 +1,7 @@
 // Polygons with real corners against a winding test in whole numbers of any length, at every
 // lattice point.
 #include "support/Polygons.h"
-#include "support/Printers.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluUtils/RealPolygonVisitor.h>
 
@@ -16,7 +15,7 @@ namespace {
 
 using namespace ORVA;
 using test::Int;
-using test::Point;
+using namespace test;
 using Corner = CTriple<double>;
 using Outline = CRealPolygonVisitor::Outline;
 using Integer = boost::multiprecision::cpp_int;
@@ -92,16 +91,16 @@ std::string Text(std::vector<Outline> const& outlines) {
   return text.str();
 }
 
-void ExpectWalk(CRealPolygonVisitor polygon, test::PointList const& expected) {
+void ExpectWalk(CRealPolygonVisitor polygon, PointList const& expected) {
   EXPECT_EQ(polygon.Steps(), expected.size());
   EXPECT_EQ(polygon.Remaining(), expected.size());
-  EXPECT_EQ(test::Walk(polygon), expected);
+  EXPECT_EQ(Walk(polygon), expected);
 }
 
 constexpr Int c_reach = 4;
 
 struct StExpected {
-  test::PointList open, halfOpen, closed;
+  PointList open, halfOpen, closed;
 };
 
 void ExpectExactWalks(std::vector<Outline> const& outlines, int smallest) {
@@ -111,7 +110,7 @@ void ExpectExactWalks(std::vector<Outline> const& outlines, int smallest) {
   for (Outline const& outline : outlines)
     for (exact.emplace_back(); Corner const& p : outline) exact.back().push_back(plane.At(p));
   StExpected expected[2];
-  for (Point const& p : test::BoxPoints({-c_reach, -c_reach, 0}, {c_reach, c_reach, 0})) {
+  for (Point const& p : BoxPoints({-c_reach, -c_reach, 0}, {c_reach, c_reach, 0})) {
     auto const at = plane.At({static_cast<double>(p.x), static_cast<double>(p.y), 0});
     auto const [winding, isOnOutline] = PlaceOf(exact, at, plane.Beyond(at));
     for (EnWinding const rule : {EnWinding::EvenOdd, EnWinding::NonZero}) {
@@ -205,14 +204,14 @@ TEST(RealPolygonVisitorProperty, TrianglesThatTileASquareCoverEachPointOnce) {
     Corner const middle(middleX, kind.make(random), 0);
     double const onSide = kind.make(random);
     Outline const ring{{-4, -4, 0}, {onSide, -4, 0}, {4, -4, 0}, {4, 4, 0}, {-4, 4, 0}};
-    test::PointList all;
+    PointList all;
     for (std::size_t i = 0; i < ring.size(); ++i) {
       Outline part{ring[i], ring[(i + 1) % ring.size()], middle};
       if (random.Between(0, 1) == 0) std::ranges::reverse(part);
-      auto const points = test::Walk(CRealPolygonVisitor(part, EnBoundary::HalfOpen));
+      auto const points = Walk(CRealPolygonVisitor(part, EnBoundary::HalfOpen));
       all.insert(all.end(), points.begin(), points.end());
     }
-    EXPECT_EQ(test::Sorted(all), test::BoxPoints({-4, -4, 0}, {3, 3, 0}))
+    EXPECT_EQ(Sorted(all), BoxPoints({-4, -4, 0}, {3, 3, 0}))
         << middle.x << ' ' << middle.y << ' ' << onSide;
   }
 }
@@ -229,7 +228,7 @@ TEST(RealPolygonVisitorProperty, LargePolygonsOfWholeCornersAreExact) {
       for (bool const isClosed : {true, false}) {
         auto const points = test::LatticePoints({polygon}, isClosed);
         ExpectWalk(CRealPolygonVisitor(outline, isClosed ? EnBoundary::Closed : EnBoundary::Open),
-                   test::Sorted({points.begin(), points.end()}));
+                   Sorted({points.begin(), points.end()}));
       }
     }
 }

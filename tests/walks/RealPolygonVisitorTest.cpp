@@ -1,9 +1,8 @@
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/WalkChecks.h"
 
 #include <SeluUtils/RealPolygonVisitor.h>
 #include <SeluUtils/Walker.h>
+
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +12,7 @@
 namespace {
 
 using namespace ORVA;
-using test::Point;
-using test::PointList;
+using namespace test;
 using Outline = CRealPolygonVisitor::Outline;
 
 static_assert(RewindableWalker<CRealPolygonVisitor>);
@@ -48,7 +46,7 @@ TEST(RealPolygonVisitor, HandsOutPointsInRasterOrder) {
     CRealPolygonVisitor polygon(c.outline, c.boundary);
     EXPECT_EQ(polygon.Steps(), c.expected.size());
     EXPECT_EQ(polygon.empty(), c.expected.empty());
-    EXPECT_EQ(test::Walk(polygon), c.expected);
+    EXPECT_EQ(Walk(polygon), c.expected);
     EXPECT_EQ(polygon.NextPoint(), Point());
   }
 }
@@ -70,7 +68,7 @@ TEST(RealPolygonVisitor, TheWindingRuleSaysWhatOverlapsMean) {
 TEST(RealPolygonVisitor, OneBitOfACornerDecides) {
   auto const has = [](double y) {
     CRealPolygonVisitor polygon(Outline{{0, 0, 0}, {1.5, y, 0}, {2, 0, 0}});
-    return std::ranges::count(test::Walk(polygon), Point(1, 1, 0)) == 1;
+    return std::ranges::count(Walk(polygon), Point(1, 1, 0)) == 1;
   };
   EXPECT_TRUE(has(1.5));
   EXPECT_TRUE(has(std::nextafter(1.5, 2)));
@@ -81,7 +79,7 @@ TEST(RealPolygonVisitor, FarCornersAreExact) {
   constexpr double far = 0x1p30;
   constexpr auto last = static_cast<int64>(far);
   Outline const sliver{{-far, -1, 0}, {far, 1, 0}, {far, std::nextafter(1.0, 2.0), 0}};
-  EXPECT_EQ(test::Walk(CRealPolygonVisitor(sliver)),
+  EXPECT_EQ(Walk(CRealPolygonVisitor(sliver)),
             (PointList{{-last, -1, 0}, {0, 0, 0}, {last, 1, 0}}));
   Outline const row{{-far, 0, 0}, {far, 0, 0}};
   EXPECT_EQ(CRealPolygonVisitor(row).Steps(), (uint64{1} << 31) + 1);
@@ -102,9 +100,9 @@ TEST(RealPolygonVisitor, BadCornersAreRefusedByName) {
       {{{0, 0, inf}}, "corner coordinate z inf is no slice"},
       {{{0, 0, 3}, {1, 0, 4}}, "corners lie in slices 3 and 4 at once"}};
   for (auto const& c : cases)
-    test::ExpectError<CExBadParam>([&] { CRealPolygonVisitor polygon(c.outline); }, c.message,
-                                   "ORVA::CRealPolygonVisitor::CRealPolygonVisitor",
-                                   "src/Utils/RealPolygonVisitor");
+    ExpectError<CExBadParam>([&] { CRealPolygonVisitor polygon(c.outline); }, c.message,
+                             "ORVA::CRealPolygonVisitor::CRealPolygonVisitor",
+                             "src/Utils/RealPolygonVisitor");
 }
 
 TEST(RealPolygonVisitor, CopiesWalkIndependentlyAndResetRewindsAnywhere) {

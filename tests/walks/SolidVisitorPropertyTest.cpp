@@ -1,7 +1,6 @@
 // The solid walk against an exact winding test of every point, on random solids of many kinds.
-#include "support/Printers.h"
 #include "support/Solids.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/PolygonVisitor.h>
@@ -13,12 +12,12 @@ namespace {
 
 using namespace ORVA;
 using test::Int;
-using test::Point;
+using namespace test;
 using test::StSolid;
 
 // What of the points around a solid belongs to it, in raster order.
 struct StExpected {
-  test::PointList open, halfOpen, closed;
+  PointList open, halfOpen, closed;
 };
 
 bool IsInside(int winding, EnWinding rule) {
@@ -37,7 +36,7 @@ StExpected Expect(StSolid const& solid, EnWinding rule, Int unit, test::CRandomN
   auto const toward = [unit](Point const& p) {
     return Point(p.x / unit, p.y / unit, p.z / unit); // toward 0: none are lost
   };
-  for (Point const& p : test::BoxPoints(toward(low), toward(high))) {
+  for (Point const& p : BoxPoints(toward(low), toward(high))) {
     bool const isIn = IsInside(places.Winding(p * unit, random), rule);
     bool const isOn = places.IsOnSurface(p * unit);
     if (isIn) expected.halfOpen.push_back(p);
@@ -47,11 +46,11 @@ StExpected Expect(StSolid const& solid, EnWinding rule, Int unit, test::CRandomN
   return expected;
 }
 
-void ExpectWalk(CSolidVisitor solid, test::PointList const& expected) {
+void ExpectWalk(CSolidVisitor solid, PointList const& expected) {
   EXPECT_EQ(solid.Steps(), expected.size());
   EXPECT_EQ(solid.Remaining(), expected.size());
   EXPECT_EQ(solid.empty(), expected.empty());
-  EXPECT_EQ(test::Walk(solid), expected);
+  EXPECT_EQ(Walk(solid), expected);
   EXPECT_EQ(solid.Remaining(), 0U);
 }
 
@@ -61,7 +60,7 @@ void ExpectExactWalks(StSolid const& solid, EnWinding rule, Int unit,
   struct {
     char const* name;
     EnBoundary boundary;
-    test::PointList const& points;
+    PointList const& points;
   } const cases[] = {{"open", EnBoundary::Open, expected.open},
                      {"half-open", EnBoundary::HalfOpen, expected.halfOpen},
                      {"closed", EnBoundary::Closed, expected.closed}};
@@ -71,7 +70,7 @@ void ExpectExactWalks(StSolid const& solid, EnWinding rule, Int unit,
   }
 }
 
-constexpr int c_perKind = 300;
+constexpr int c_perKind = 200;
 constexpr Int c_mostReach = 6;
 
 template <class Check>
@@ -108,17 +107,16 @@ TEST(SolidVisitorProperty, CornersBetweenTheVoxelsAreExactToo) {
 
 TEST(SolidVisitorProperty, DigitalFacesAreThePolygonWalksOfTheFaces) {
   ForEachSolid([](StSolid const& solid, test::CRandomNumbers& random) {
-    auto const inner = test::Walk(CSolidVisitor(solid.corners, solid.faces, EnBoundary::Open));
+    auto const inner = Walk(CSolidVisitor(solid.corners, solid.faces, EnBoundary::Open));
     for (int64 const neighborhood :
          {NEIGHBORHOOD_6, NEIGHBORHOOD_14_1, NEIGHBORHOOD_14_2, NEIGHBORHOOD_26}) {
       test::PointSet points(inner.begin(), inner.end());
       for (auto const& face : solid.faces)
-        for (Point const& p :
-             test::Walk(CPolygonVisitor(solid.Corners(face), 3, neighborhood, true)))
+        for (Point const& p : Walk(CPolygonVisitor(solid.Corners(face), 3, neighborhood, true)))
           points.insert(p);
       StSolid const shuffled = test::Shuffled(random, solid, true);
       ExpectWalk(CSolidVisitor(solid.corners, solid.faces, neighborhood, true),
-                 test::Sorted({points.begin(), points.end()}));
+                 Sorted({points.begin(), points.end()}));
       ExpectWalk(CSolidVisitor(shuffled.corners, shuffled.faces, neighborhood, false), inner);
     }
   });
@@ -137,24 +135,23 @@ TEST(SolidVisitorProperty, TetrahedraThatTileABoxCoverEachPointOnce) {
     };
     constexpr int c_squares[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4},
                                      {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
-    test::PointList all;
+    PointList all;
     for (auto const& square : c_squares)
       for (int half = 0; half < 2; ++half) {
         StSolid part = test::Tetrahedron(random, 1);
         part.corners = {at(square[0]), at(square[half + 1]), at(square[half + 2]), middle};
-        auto const points =
-            test::Walk(CSolidVisitor(part.corners, part.faces, EnBoundary::HalfOpen));
+        auto const points = Walk(CSolidVisitor(part.corners, part.faces, EnBoundary::HalfOpen));
         all.insert(all.end(), points.begin(), points.end());
       }
-    EXPECT_EQ(test::Sorted(all), test::BoxPoints({}, high - Point(1, 1, 1)));
+    EXPECT_EQ(Sorted(all), BoxPoints({}, high - Point(1, 1, 1)));
   }
 }
 
 TEST(SolidVisitorProperty, RunsAndPointsInTurnsAreTheWalk) {
   ForEachSolid([](StSolid const& solid, test::CRandomNumbers& random) {
     CSolidVisitor walk(solid.corners, solid.faces, NEIGHBORHOOD_26, true);
-    test::PointList const all = test::Walk(CSolidVisitor(walk));
-    test::PointList taken;
+    PointList const all = Walk(CSolidVisitor(walk));
+    PointList taken;
     while (walk.MorePoints()) {
       EXPECT_EQ(walk.Remaining(), all.size() - taken.size());
       if (random.Between(0, 2) > 0) {
@@ -176,8 +173,8 @@ TEST(SolidVisitorProperty, AnImageCutsOffWhatLiesOutside) {
   ForEachSolid([](StSolid const& solid, test::CRandomNumbers& random) {
     CSolidVisitor walk(solid.corners, solid.faces, EnBoundary::Closed);
     Point const size = test::RandomCorner(random, c_mostReach);
-    test::PointList expected;
-    for (Point const& p : test::Walk(CSolidVisitor(walk)))
+    PointList expected;
+    for (Point const& p : Walk(CSolidVisitor(walk)))
       if (p.x >= 0 && p.y >= 0 && p.z >= 0 && p.x < size.x && p.y < size.y && p.z < size.z)
         expected.push_back(p);
     if (walk.MorePoints()) walk.NextPoint();

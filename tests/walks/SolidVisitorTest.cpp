@@ -1,7 +1,5 @@
-#include "support/Errors.h"
 #include "support/FailingAllocation.h"
-#include "support/Printers.h"
-#include "support/WalkChecks.h"
+#include "support/WalkTest.h"
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/SolidVisitor.h>
@@ -16,9 +14,7 @@
 namespace {
 
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
+using namespace test;
 using Face = CSolidVisitor::Face;
 using Faces = std::vector<Face>;
 using Triangles = std::vector<CSolidVisitor::Triangle>;
@@ -46,12 +42,12 @@ uint64 Binomial3(uint64 n) { return n * (n - 1) / 2 * (n - 2) / 3; }
 
 TEST(SolidVisitor, ABoxHasItsPointsWithAndWithoutBorder) {
   PointList const corners = BoxCorners({-2, 5, 0}, {1, 7, 2});
-  EXPECT_EQ(test::Walk(CSolidVisitor(corners, c_boxFaces, NEIGHBORHOOD_26, true)),
-            test::BoxPoints({-2, 5, 0}, {1, 7, 2}));
-  EXPECT_EQ(test::Walk(CSolidVisitor(corners, c_boxFaces, NEIGHBORHOOD_26, false)),
-            test::BoxPoints({-1, 6, 1}, {0, 6, 1}));
-  EXPECT_EQ(test::Walk(CSolidVisitor(corners, c_boxFaces, EnBoundary::HalfOpen)),
-            test::BoxPoints({-2, 5, 0}, {0, 6, 1}));
+  EXPECT_EQ(Walk(CSolidVisitor(corners, c_boxFaces, NEIGHBORHOOD_26, true)),
+            BoxPoints({-2, 5, 0}, {1, 7, 2}));
+  EXPECT_EQ(Walk(CSolidVisitor(corners, c_boxFaces, NEIGHBORHOOD_26, false)),
+            BoxPoints({-1, 6, 1}, {0, 6, 1}));
+  EXPECT_EQ(Walk(CSolidVisitor(corners, c_boxFaces, EnBoundary::HalfOpen)),
+            BoxPoints({-2, 5, 0}, {0, 6, 1}));
 }
 
 TEST(SolidVisitor, WithoutFacesThereIsNothing) {
@@ -140,7 +136,7 @@ TEST(SolidVisitor, TheLargestDistancesAreExact) {
 TEST(SolidVisitor, CornersMayLieBetweenTheVoxels) {
   PointList const corners = BoxCorners({-5, 5, 15}, {15, 24, 20}); // in tenths
   CSolidVisitor const box(corners, c_boxFaces, EnBoundary::Closed, EnWinding::EvenOdd, 10);
-  EXPECT_EQ(test::Walk(CSolidVisitor(box)), test::BoxPoints({0, 1, 2}, {1, 2, 2}));
+  EXPECT_EQ(Walk(CSolidVisitor(box)), BoxPoints({0, 1, 2}, {1, 2, 2}));
 }
 
 TEST(SolidVisitor, RunsCanBeTakenInTurnsWithPoints) {
@@ -215,18 +211,18 @@ TEST(SolidVisitor, AssignmentIsWholeOrNotAtAll) {
   CSolidVisitor const other(SimplexCorners({}, 9, 9, 9), c_tetrahedron, NEIGHBORHOOD_26, true);
   CSolidVisitor walk(SimplexCorners({}, 4, 4, 4), c_tetrahedron, NEIGHBORHOOD_26, true);
   walk.NextPoint();
-  PointList const rest = test::Walk(CSolidVisitor(walk));
+  PointList const rest = Walk(CSolidVisitor(walk));
   EXPECT_GT(test::FailEveryAllocation([&] { walk = other; },
-                                      [&] { ASSERT_EQ(test::Walk(CSolidVisitor(walk)), rest); }),
+                                      [&] { ASSERT_EQ(Walk(CSolidVisitor(walk)), rest); }),
             0);
-  EXPECT_EQ(test::Walk(walk), test::Walk(CSolidVisitor(other)));
+  EXPECT_EQ(Walk(walk), Walk(CSolidVisitor(other)));
 }
 
 TEST(SolidVisitor, ThatWasMovedFromHasNoPoints) {
   CSolidVisitor walk(SimplexCorners({}, 4, 4, 4), c_tetrahedron, NEIGHBORHOOD_26, true);
-  PointList const all = test::Walk(CSolidVisitor(walk));
+  PointList const all = Walk(CSolidVisitor(walk));
   CSolidVisitor moved = std::move(walk);
-  EXPECT_EQ(test::Walk(moved), all);
+  EXPECT_EQ(Walk(moved), all);
   // NOLINTBEGIN(bugprone-use-after-move): what it does then is what is tested
   EXPECT_FALSE(walk.MorePoints());
   EXPECT_EQ(walk.Remaining(), 0U);

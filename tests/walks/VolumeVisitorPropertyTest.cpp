@@ -3,9 +3,8 @@
 
 #include <SeluBase/Neighborhood.h>
 
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -17,11 +16,8 @@
 #include <vector>
 
 using namespace ORVA;
-using test::BoxPoints;
+using namespace test;
 using test::CRandomNumbers;
-using test::Point;
-using test::PointList;
-using test::Walk;
 
 namespace {
 

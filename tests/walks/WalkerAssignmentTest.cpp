@@ -7,8 +7,7 @@
 #include <SeluUtils/Walker.h>
 
 #include "support/FailingAllocation.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +16,7 @@
 
 using namespace ORVA;
 using test::FailEveryAllocation;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 

@@ -4,17 +4,14 @@
 #include <SeluUtils/PlaneSection.h>
 #include <SeluUtils/PolygonVisitor.h>
 
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
 #include <concepts>
 
 using namespace ORVA;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 

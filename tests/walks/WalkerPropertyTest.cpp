@@ -5,9 +5,8 @@
 #include <SeluUtils/BresenhamVisitor.h>
 #include <SeluUtils/ImageWalker.h>
 
-#include "support/Printers.h"
 #include "support/Random.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -20,11 +19,7 @@
 #include <tuple>
 
 using namespace ORVA;
-using test::BoxPoints;
-using test::Point;
-using test::PointList;
-using test::Sorted;
-using test::Walk;
+using namespace test;
 
 namespace {
 

@@ -5,9 +5,7 @@
 #include <SeluUtils/ImageWalker.h>
 
 #include "support/AllocationLimit.h"
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
@@ -19,9 +17,7 @@
 #include <vector>
 
 using namespace ORVA;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
 

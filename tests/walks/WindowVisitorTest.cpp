@@ -1,22 +1,13 @@
 #include <SeluUtils/ImageWalker.h>
 
-#include "support/Errors.h"
-#include "support/Printers.h"
-#include "support/Walks.h"
+#include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 using namespace ORVA;
-using test::ExpectError;
-using test::Point;
-using test::PointList;
-using test::Walk;
+using namespace test;
 
 namespace {
-constexpr int64 c_min = std::numeric_limits<int64>::min();
-constexpr int64 c_max = std::numeric_limits<int64>::max();
 
 void ExpectOver(CWindowVisitor& window) {
   EXPECT_FALSE(window.MorePoints());
@@ -37,7 +28,7 @@ TEST(Window, IsWalkedInRasterOrder) {
 TEST(Window, MayLieAnywhere) {
   CWindowVisitor window(Point(-2, 3, -5), Point(-1, 5, -4));
   EXPECT_EQ(window.Steps(), 12U);
-  EXPECT_EQ(Walk(window), test::BoxPoints({-2, 3, -5}, {-1, 5, -4}));
+  EXPECT_EQ(Walk(window), BoxPoints({-2, 3, -5}, {-1, 5, -4}));
 }
 
 TEST(Window, ByDefaultIsAnOriginAlreadyWalked) {
@@ -55,9 +46,9 @@ TEST(Window, IsClippedToTheImageAndStartsAnew) {
   EXPECT_EQ(window.Low(), Point(0, 1, 0));
   EXPECT_EQ(window.High(), Point(2, 2, 0));
   EXPECT_EQ(window.Steps(), 6U);
-  EXPECT_EQ(Walk(window), test::BoxPoints({0, 1, 0}, {2, 2, 0}));
+  EXPECT_EQ(Walk(window), BoxPoints({0, 1, 0}, {2, 2, 0}));
   window.SetImageSize(Point(2, 9, 9));
-  EXPECT_EQ(Walk(window), test::BoxPoints({0, 1, 0}, {1, 2, 0}));
+  EXPECT_EQ(Walk(window), BoxPoints({0, 1, 0}, {1, 2, 0}));
 }
 
 TEST(Window, LowAboveHighHasNoPoints) {
@@ -98,5 +89,5 @@ TEST(Window, ReachesToTheEndsOfTheRange) {
 TEST(Window, WithoutBoundsIsTheWholeImage) {
   CWindowVisitor window(Point(c_min, c_min, c_min), Point(c_max, c_max, c_max));
   window.SetImageSize(CSize(3, 2, 2));
-  EXPECT_EQ(Walk(window), test::BoxPoints({0, 0, 0}, {2, 1, 1}));
+  EXPECT_EQ(Walk(window), BoxPoints({0, 0, 0}, {2, 1, 1}));
 }

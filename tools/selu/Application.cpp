@@ -1,6 +1,7 @@
 #include "Application.h"
 
 #include "Commands.h"
+#include "HelpPages.h"
 #include "base/Errors.h"
 #include "base/Output.h"
 #include "base/Signals.h"
@@ -9,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -34,12 +36,39 @@ void RefuseEmptyValues(CLI::App& app) {
   for (CLI::App* const command : app.get_subcommands({})) RefuseEmptyValues(*command);
 }
 
+// The command that these words name, one below the other; null where there is none.
+CLI::App* FindCommand(CLI::App& app, std::vector<std::string> const& words) {
+  CLI::App* command = &app;
+  for (auto const& word : words) {
+    command = command->get_subcommand_no_throw(word);
+    if (command == nullptr) return nullptr;
+  }
+  return command;
+}
+
+void AddHelpCommand(CLI::App& app) {
+  auto const words = std::make_shared<std::vector<std::string>>();
+  CLI::App* const help = app.add_subcommand("help", "The help page of a command");
+  help->add_option("COMMAND", *words, "such as texture, or walk line; without it this overview");
+  help->footer("Example:\n  selu help walk line");
+  help->callback([&app, words] {
+    CLI::App* const command = FindCommand(app, *words);
+    if (command == nullptr)
+      throw CUsageError("there is no command " + Quoted(words->back()) + " (see selu --help)");
+    std::string name = "selu";
+    for (std::size_t i = 0; i + 1 < words->size(); ++i) name += " " + (*words)[i];
+    PrintOut(command->help(words->empty() ? "" : name));
+  });
+}
+
 void AddCommands(CLI::App& app) {
   app.name("selu");
   app.set_version_flag("--version", "selu " SELU_VERSION);
   app.require_subcommand(1);
-  app.footer("Example:\n  selu texture brick.png --picture brick-texture.png\n\n"
-             "Each command has a help page of its own: selu texture --help");
+  app.footer(R"(Example:
+  selu texture brick.png --picture brick-texture.png
+
+Each command has a help page of its own: selu help texture)");
   AddInfoCommand(app);
   AddTextureCommand(app);
   AddSampleCommand(app);
@@ -48,7 +77,9 @@ void AddCommands(CLI::App& app) {
   AddMaskCommand(app);
   AddRegionsCommand(app);
   AddFeatureImageCommand(app);
+  AddHelpCommand(app);
   RefuseEmptyValues(app);
+  FinishHelpPages(app);
 }
 
 // The first argument that should name a command and does not, or an empty text.
@@ -64,9 +95,23 @@ std::string UnknownCommand(CLI::App const& app, int argc, char const* const* arg
   return {};
 }
 
+// "see selu walk line --help", for the command that the arguments begin with.
+std::string Hint(CLI::App const& app, int argc, char const* const* argv) {
+  std::string text = "see selu";
+  CLI::App const* command = &app;
+  for (int i = 1; i < argc; ++i) {
+    auto const below =
+        command->get_subcommands([&](CLI::App const* one) { return one->check_name(argv[i]); });
+    if (below.empty()) break;
+    command = below.front();
+    text += " " + command->get_name();
+  }
+  return text + " --help";
+}
+
 // Help and version come as exceptions, too, with exit code 0.
-int AnswerParseError(CLI::App const& app, CLI::ParseError const& error) {
-  if (error.get_exit_code() != 0) throw CUsageError(OneLine(error.what()) + " (see selu --help)");
+int AnswerParseError(CLI::App const& app, CLI::ParseError const& error, std::string const& hint) {
+  if (error.get_exit_code() != 0) throw CUsageError(OneLine(error.what()) + " (" + hint + ")");
   std::ostringstream out;
   (void)app.exit(error, out, out);
   PrintOut(out.str());
@@ -80,10 +125,11 @@ int Run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (CLI::RequiredError const& error) {
     std::string const unknown = UnknownCommand(app, argc, argv);
-    if (unknown.empty()) return AnswerParseError(app, error);
-    throw CUsageError("there is no command or option " + Quoted(unknown) + " (see selu --help)");
+    std::string const hint = Hint(app, argc, argv);
+    if (unknown.empty()) return AnswerParseError(app, error, hint);
+    throw CUsageError("there is no command or option " + Quoted(unknown) + " (" + hint + ")");
   } catch (CLI::ParseError const& error) {
-    return AnswerParseError(app, error);
+    return AnswerParseError(app, error, Hint(app, argc, argv));
   }
   return 0;
 }

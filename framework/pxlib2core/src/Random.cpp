@@ -7,6 +7,10 @@
 #include <optional>
 #include <random>
 
+#if defined(__unix__) || defined(__APPLE__)
+#include <pthread.h>
+#endif
+
 namespace ORVA {
 
 namespace Impl {
@@ -22,15 +26,47 @@ namespace {
 
 // What Seed left for the streams that start later; guarded by the mutex.
 struct StSeed {
+  StSeed();
+
   std::mutex mutex;
   std::optional<uint64> seed;
   uint64 nextStream = 0;
+  bool isGiven = false; // by Seed, else from the system's entropy
+  uint64 forks = 0;     // since Seed
 };
 
 StSeed& Seeding() {
   static StSeed seeding;
   return seeding;
 }
+
+// A forked child would go on with copies of its parent's streams. It starts its own: from a seed
+// made of the parent's and the number of the fork or, unseeded, from the system's entropy.
+#if defined(__unix__) || defined(__APPLE__)
+void BeforeFork() {
+  Seeding().mutex.lock();
+  ++Seeding().forks;
+}
+
+void AfterForkInParent() { Seeding().mutex.unlock(); }
+
+void AfterForkInChild() {
+  StSeed& seeding = Seeding();
+  if (seeding.isGiven)
+    // Mixed again: a child's child is not to fall back to the first seed.
+    seeding.seed = Impl::CMixer(*seeding.seed ^ Impl::CMixer(~seeding.forks).Next()).Next();
+  else
+    seeding.seed.reset();
+  seeding.nextStream = 0;
+  seeding.forks = 0;
+  ++Impl::g_randomGeneration;
+  seeding.mutex.unlock();
+}
+
+StSeed::StSeed() { pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild); }
+#else
+StSeed::StSeed() = default;
+#endif
 
 uint64 Entropy() {
   std::random_device device;
@@ -51,7 +87,9 @@ void CRandom::Seed(uint64 seed) {
   StSeed& seeding = Seeding();
   std::scoped_lock const lock(seeding.mutex);
   seeding.seed = seed;
+  seeding.isGiven = true;
   seeding.nextStream = 1;
+  seeding.forks = 0;
   FillStream(Impl::t_randomStream, seed, 0);
   Impl::t_randomStream.generation = ++Impl::g_randomGeneration;
 }

@@ -114,12 +114,29 @@ void Impl::RaiseRow(int64 y, int64 z, std::array<int64, 3> const& extents) {
                 message.Arg(y).Arg(z).Arg(Text(extents[0], extents[1], extents[2])));
 }
 
+void Impl::RaiseRowStride(int64 stride) {
+  RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPixels::Row"),
+                CString("the pixels of a row are %1 bytes apart").Arg(stride));
+}
+
+bool CImageAccess::IsAligned(int64 bytes) const noexcept {
+  if (reinterpret_cast<std::uintptr_t>(m_Base) % static_cast<std::uintptr_t>(bytes) != 0)
+    return false;
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    if (m_Extent[axis] > 1 && m_Stride[axis] % bytes != 0) return false;
+  return true;
+}
+
 void CImageAccess::CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const {
   StPixelType const& type = c_types[static_cast<std::size_t>(m_Type.Id())];
   EnNumber const number = isReal     ? EnNumber::Real
                           : isSigned ? EnNumber::Signed
                                      : EnNumber::Unsigned;
-  if (static_cast<std::size_t>(type.bytes) == bytes && type.number == number) return;
+  if (static_cast<std::size_t>(type.bytes) == bytes && type.number == number) {
+    if (IsAligned(type.bytes)) return;
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::As"),
+                        CString("the pixels are not aligned for numbers of %1 bytes").Arg(bytes));
+  }
   constexpr std::array<char const*, 3> c_numbers = {"unsigned integers", "signed integers",
                                                     "real numbers"};
   CString message("the pixels are of type %1, not %2 of %3 bytes");
@@ -132,15 +149,16 @@ CImageAccess CImageAccess::ForWriting(CPixelType type, std::byte* base,
                                       std::array<int64, 3> const& extents,
                                       std::array<int64, 3> const& strides,
                                       std::shared_ptr<void const> owner) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting");
   bool isEmpty = false;
   for (int64 const extent : extents) {
     if (extent < 0)
-      Impl::RaiseBadParam(where, CString("an extent of %1 voxels is negative").Arg(extent));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting"),
+                          CString("an extent of %1 voxels is negative").Arg(extent));
     isEmpty |= extent == 0;
   }
   if (!isEmpty && base == nullptr)
-    Impl::RaiseBadParam(where, "an access to voxels needs their address");
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CImageAccess::ForWriting"),
+                        "an access to voxels needs their address");
   CImageAccess access;
   access.m_Extent = extents;
   access.m_Writable = true;

@@ -38,7 +38,6 @@ struct StReach {
 
 void CheckReach(IImage::CType type, CSize const& size, std::byte const* base,
                 std::array<int64, 3> const& strides) {
-  auto const where = ORVA_LOCATION(c_module, c_constructor);
   auto const extents = Extents(size);
   auto const address = static_cast<uint64>(reinterpret_cast<std::uintptr_t>(base));
   constexpr auto most = static_cast<uint64>(std::numeric_limits<std::uintptr_t>::max());
@@ -51,9 +50,10 @@ void CheckReach(IImage::CType type, CSize const& size, std::byte const* base,
   isGood = isGood && reach.down <= half && reach.up <= half - bytes && reach.down <= address &&
            reach.up <= most - bytes && address <= most - bytes - reach.up;
   if (!isGood)
-    Impl::RaiseBadParam(where, CString("a view of size %1 with strides %2 leads out of memory")
-                                   .Arg(Text(size.x, size.y, size.z))
-                                   .Arg(Text(strides[0], strides[1], strides[2])));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        CString("a view of size %1 with strides %2 leads out of memory")
+                            .Arg(Text(size.x, size.y, size.z))
+                            .Arg(Text(strides[0], strides[1], strides[2])));
 }
 
 // Along the axes in ascending order of their strides, no stride may be shorter than what the axes
@@ -77,16 +77,19 @@ void CheckOverlap(IImage::CType type, CSize const& size, std::array<int64, 3> co
 }
 
 void CheckSize(IImage::CType type, CSize const& size, char const* function) {
-  auto const where = ORVA_LOCATION(c_module, function);
   auto const text = Text(size.x, size.y, size.z);
   if (type.Bytes() == 0)
-    Impl::RaiseBadParam(where, CString("a view of size %1 needs a pixel type").Arg(text));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("a view of size %1 needs a pixel type").Arg(text));
   if (size.Dim() == 0)
-    Impl::RaiseBadParam(where, CString("view size %1 has no dimension").Arg(text));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("view size %1 has no dimension").Arg(text));
   if (size.x < 0 || size.y < 0 || size.z < 0)
-    Impl::RaiseBadParam(where, CString("view size %1 is negative").Arg(text));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("view size %1 is negative").Arg(text));
   if ((size.Dim() < 3 && size.z != 1) || (size.Dim() < 2 && size.y != 1))
-    Impl::RaiseBadParam(where, CString("view size %1 extends beyond its dimension").Arg(text));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("view size %1 extends beyond its dimension").Arg(text));
 }
 
 } // namespace

@@ -143,8 +143,10 @@ struct StPairCount {
 /// A matrix gives the same values to the last bit in whatever form it comes.
 class SELUUTILS_EXPORT CTextureFeatures {
 public:
+  /// IBSI's 25.
+  CTextureFeatures() : CTextureFeatures(std::span(c_ibsiFeatures)) {}
   /// Throws CExBadParam for a number that is no feature.
-  explicit CTextureFeatures(std::span<EnTextureFeature const> features = c_ibsiFeatures);
+  explicit CTextureFeatures(std::span<EnTextureFeature const> features);
   CTextureFeatures(std::initializer_list<EnTextureFeature> features);
 
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept { return m_Features; }

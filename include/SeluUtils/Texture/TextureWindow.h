@@ -1,12 +1,16 @@
 // Maps of texture: the features of the window around every pixel or voxel of an image.
 //
-//   CImage pixels(IMAGE_GREY_8, CSize(64, 48));       // filled with levels 0 .. 8 by the caller
-//   CLevelImage const levels(pixels, 8);              // or made by a CQuantizer
+//   #include <SeluUtils/Texture/PairCounter.h>
+//   #include <array>
+//   #include <iostream>
+//   CImage const pixels(IMAGE_GREY_8, CSize(64, 48));  // levels from 0, outside, to 8
+//   CLevelImage const levels(pixels, 8);               // or made by a CQuantizer
 //   CTextureWindow window("texture map", nullptr);
 //   window.SetSides(CSize(15, 15));
 //   window.SetDisplacements(NeighborDisplacements(2)); // the mean over four directions
 //   window.SetFeatures(std::array{EnTextureFeature::Contrast, EnTextureFeature::JointEntropy});
-//   std::vector<CImage> const maps = window.Maps(levels); // two of 64 x 48 floats
+//   std::vector<CImage> const maps = window.Maps(levels);
+//   std::cout << maps.size() << " maps, " << maps[0].Size().x; // prints 2 maps, 64
 #pragma once
 
 #include <SeluBase/Algorithm.h>
@@ -40,18 +44,21 @@ struct StRowRange {
 /// of level 0 are in none. Of several displacements the value is the mean of those that have a pair
 /// in the window; NaN where none has.
 ///
-/// From one window to the next a column of pairs leaves and one enters. Features that are sums over
-/// pairs cost the same for a window of any height, entropies and the like one step for each pair
-/// that comes or goes. The number of levels hardly matters. All that is carried on are integers,
-/// logarithms in fixed point: a value does not depend on the way to its window, and it is that of
-/// At(), which counts the window's pairs afresh, bit for bit. CTextureFeatures of the window's
-/// matrix gives the same but for rounding, at most some 1e-12 of the value or of 1; a mutual
-/// information of 0 is exactly 0 here.
+/// From one window to the next along a line a column of pairs leaves and one enters. Features that
+/// are sums over pairs cost the same for windows of any size; entropies, energy, information
+/// measures and the joint maximum cost a step for each pair that comes or goes. The number of
+/// levels hardly matters. All that is carried on are integers, logarithms in fixed point: a value
+/// does not depend on the way to its window. It is that of At(), which counts the window's pairs
+/// afresh, bit for bit, and that of CTextureFeatures for the window's matrix but for rounding: some
+/// 1e-13 of it for windows of thousands of voxels, some 1e-10 for the largest. A mutual information
+/// of 0 is exactly 0.
 ///
-/// Limits: windows of up to 2^20 voxels, levels up to 4096 and their product up to 2^28; the
-/// cluster prominence takes up to 2048 levels. Maximal correlation coefficients are not offered.
-/// What exceeds them is refused with CExBadParam. A table of 4 n^2 bytes counts pairs, rows of
-/// pairs take 4 bytes times the height and depth of the window for each column and displacement.
+/// Limits, beyond which CExBadParam is thrown: windows of 2^20 voxels, 4096 levels, the product of
+/// both 2^28; 2048 levels for the cluster prominence. Maximal correlation coefficients are not
+/// offered: no sums give them. Memory of each call that runs, for n levels: at most 8 n^2 bytes,
+/// and for each displacement 4 bytes for each voxel of the window's cross section, and 128, or in
+/// space 10 KiB and more for tall windows, times 1000 columns or, where that is more, five times
+/// the window's width.
 ///
 /// The functions that compute do not change the object; any number of threads may call them, each
 /// for other rows, if there is no observer or one that allows for it. Steps of progress are lines.

@@ -2,6 +2,7 @@
 
 #include "Utils/Exact.h"
 
+#include <SeluUtils/Impl/AxisMove.h>
 #include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
@@ -24,6 +25,8 @@ constexpr char c_computeMoves[] = "ORVA::CCutSlice::ComputeMoves";
 constexpr int64 c_largestExtent = int64{1} << 30;
 // Corners this near a face, in parts of the extent, lie on it.
 constexpr double c_snap = 1e-9;
+// Angles are equal where their cosines differ by no more.
+constexpr double c_equalAngles = 1e-12;
 
 using Real = CTriple<double>;
 using Corners = std::vector<Real>;
@@ -134,19 +137,20 @@ struct StSpan {
   Real origin, first, second;
 };
 
-// The first corner with an angle of at most 90 degrees, else the sharpest.
+// The first corner with an angle of at most 90 degrees, else the first of the sharpest. What differs
+// by less than rounding can make is equal: opposite corners of six always are.
 StSpan ChooseOrigin(Corners const& corners) {
   std::size_t const count = corners.size();
   StSpan chosen;
-  double best = -1;
+  double best = -2; // below every cosine
   for (std::size_t k = 0; k < count; ++k) {
     Real const origin = corners[(k + 1) % count];
     Real const first = corners[(k + 2) % count] - origin, second = corners[k] - origin;
     double const cosine = Dot(first, second) / std::sqrt(Dot(first, first) * Dot(second, second));
-    if (!(cosine >= best)) continue;
+    if (!(cosine > best + c_equalAngles)) continue;
     best = cosine;
     chosen = {origin, first, second};
-    if (best >= 0) break;
+    if (best >= -c_equalAngles) break;
   }
   return chosen;
 }
@@ -324,6 +328,18 @@ void CCutSlice::Reset() noexcept {
   // The origin corner, row start 0 plus row move 0, lies inside.
   if (m_Total > 0)
     m_InnerEnd = InsideRange(m_Lattice->rowStarts[0], m_Lattice->rowMoves, m_ImageSize).second;
+}
+
+StRun CCutSlice::NextRun() {
+  if (!MorePoints()) return {};
+  StRun run{NextPoint(), 0, 1};
+  auto const& moves = m_Lattice->rowMoves;
+  auto const axisAt = [&](std::size_t k) { return Impl::AxisOfMove(moves[k] - moves[k - 1]); };
+  if (m_Inner == m_InnerEnd || axisAt(m_Inner) < 0) return run;
+  run.axis = axisAt(m_Inner);
+  for (; m_Inner != m_InnerEnd && axisAt(m_Inner) == run.axis; ++m_Inner) ++run.length;
+  m_HandedOut = m_HandedOut + static_cast<uint64>(run.length - 1);
+  return run;
 }
 
 void CCutSlice::NextRow() {

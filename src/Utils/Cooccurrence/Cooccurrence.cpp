@@ -1,6 +1,7 @@
 #include <SeluUtils/Cooccurrence.h>
 
 #include "Utils/Cooccurrence/PairCounting.h"
+#include "Utils/Cooccurrence/Strides.h"
 #include "Utils/Cooccurrence/TextureSums.h"
 
 #include <pxlib2core/Exception.h>
@@ -23,35 +24,39 @@ constexpr char c_busy[] = "Busy...";
 
 // The checks below take the location of the public operation that they guard.
 
-void CheckDirection(CTriple<long> const* direction, Impl::StExLocation const& where) {
-  if (direction == nullptr) Impl::RaiseBadParam(where, "direction is null");
+void CheckDirection(CTriple<long> const* direction, char const* function) {
+  if (direction == nullptr)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function), "direction is null");
   for (long const component : {direction->x, direction->y, direction->z})
     if (component < std::numeric_limits<std::int32_t>::min() ||
         component > std::numeric_limits<std::int32_t>::max())
-      Impl::RaiseBadParam(where, CString("direction component %1 does not fit 32 bits")
-                                     .Arg(static_cast<int64>(component)));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                          CString("direction component %1 does not fit 32 bits")
+                              .Arg(static_cast<int64>(component)));
 }
 
-void CheckFeatures(CValueMap const* features, Impl::StExLocation const& where) {
-  if (features == nullptr) Impl::RaiseBadParam(where, "feature map is null");
+void CheckFeatures(CValueMap const* features, char const* function) {
+  if (features == nullptr)
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function), "feature map is null");
 }
 
-void CheckOutput(IImage const& out, int64 directions, Impl::StExLocation const& where) {
-  if (out.Type() != IMAGE_GREY_32) Impl::Raise(where, "output image type does not match");
+void CheckOutput(IImage const& out, int64 directions, char const* function) {
+  if (out.Type() != IMAGE_GREY_32)
+    Impl::Raise(ORVA_LOCATION(c_module, function), "output image type does not match");
   if (out.Size() != CSize(directions, CCooccurrence::m_cGreyLevels, CCooccurrence::m_cGreyLevels))
-    Impl::Raise(where, "output image size does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, function), "output image size does not match");
 }
 
-void CheckDimension(IImage const& in, Impl::StExLocation const& where) {
+void CheckDimension(IImage const& in, char const* function) {
   if (CCooccurrence::NumberOfDirections(in.Size().Dim()) == 0)
-    Impl::Raise(where, "image dimension does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, function), "image dimension does not match");
 }
 
-void CheckInPlane(IImage const& in, CTriple<long> const& direction,
-                  Impl::StExLocation const& where) {
+void CheckInPlane(IImage const& in, CTriple<long> const& direction, char const* function) {
   if (in.Size().Dim() == 2 && direction.z != 0)
-    Impl::RaiseBadParam(where, CString("direction with dz = %1 leads out of a 2d image")
-                                   .Arg(static_cast<int64>(direction.z)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("direction with dz = %1 leads out of a 2d image")
+                            .Arg(static_cast<int64>(direction.z)));
 }
 
 int64 SaturatingProduct(int64 a, int64 b) {
@@ -114,11 +119,11 @@ CCooccurrence& CCooccurrence::operator=(CCooccurrence const& other) {
 CCooccurrence::~CCooccurrence() = default;
 
 void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrix");
-  CheckDirection(direction, where);
-  CheckOutput(out, 1, where);
-  CheckDimension(in, where);
-  CheckInPlane(in, *direction, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrix";
+  CheckDirection(direction, c_function);
+  CheckOutput(out, 1, c_function);
+  CheckDimension(in, c_function);
+  CheckInPlane(in, *direction, c_function);
   CProgress progress(*this, 2, c_busy);
   ProcessMatrix(in, *direction);
   progress.Advance();
@@ -127,12 +132,12 @@ void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long>* 
 }
 
 void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAllDirections");
-  CheckDimension(in, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAllDirections";
+  CheckDimension(in, c_function);
   int64 const directions = NumberOfDirections(in.Size().Dim());
   if (in.Type() != IMAGE_GREY_8 && in.Type() != IMAGE_GREY_16)
-    Impl::Raise(where, "input image type not supported");
-  CheckOutput(out, directions, where);
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "input image type not supported");
+  CheckOutput(out, directions, c_function);
   CProgress progress(*this, directions, c_busy);
   for (int slice = 0; slice < directions; ++slice) {
     ProcessMatrix(in, m_cDirections[static_cast<std::size_t>(slice)]);
@@ -144,18 +149,18 @@ void CCooccurrence::ComputeMatrixAllDirections(IImage& out, IImage const& in) {
 
 void CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long>* direction,
                                     CValueMap* features) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
-  CheckDirection(direction, where);
-  CheckFeatures(features, where);
-  CountFeatures(in, *direction, features, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeFeatures";
+  CheckDirection(direction, c_function);
+  CheckFeatures(features, c_function);
+  CountFeatures(in, *direction, features, c_function);
 }
 
 void CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
                                              CTriple<long>* direction, CValueMap* features) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
-  CheckDirection(direction, where);
-  CheckFeatures(features, where);
-  CountMatrixAndFeatures(out, in, *direction, features, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAndFeatures";
+  CheckDirection(direction, c_function);
+  CheckFeatures(features, c_function);
+  CountMatrixAndFeatures(out, in, *direction, features, c_function);
 }
 
 void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long> direction) {
@@ -163,23 +168,22 @@ void CCooccurrence::ComputeMatrix(IImage& out, IImage const& in, CTriple<long> d
 }
 
 CCooccurrence::CFeatures CCooccurrence::ComputeFeatures(IImage const& in, CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeFeatures");
-  CheckDirection(&direction, where);
-  return CountFeatures(in, direction, nullptr, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeFeatures";
+  CheckDirection(&direction, c_function);
+  return CountFeatures(in, direction, nullptr, c_function);
 }
 
 CCooccurrence::CFeatures CCooccurrence::ComputeMatrixAndFeatures(IImage& out, IImage const& in,
                                                                  CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ComputeMatrixAndFeatures");
-  CheckDirection(&direction, where);
-  return CountMatrixAndFeatures(out, in, direction, nullptr, where);
+  constexpr char c_function[] = "ORVA::CCooccurrence::ComputeMatrixAndFeatures";
+  CheckDirection(&direction, c_function);
+  return CountMatrixAndFeatures(out, in, direction, nullptr, c_function);
 }
 
 CCooccurrence::CFeatures CCooccurrence::CountFeatures(IImage const& in, CTriple<long> direction,
-                                                      CValueMap* map,
-                                                      Impl::StExLocation const& where) {
-  CheckDimension(in, where);
-  CheckInPlane(in, direction, where);
+                                                      CValueMap* map, char const* function) {
+  CheckDimension(in, function);
+  CheckInPlane(in, direction, function);
   CProgress progress(*this, 3, c_busy);
   ProcessMatrix(in, direction);
   progress.Advance();
@@ -193,10 +197,10 @@ CCooccurrence::CFeatures CCooccurrence::CountFeatures(IImage const& in, CTriple<
 CCooccurrence::CFeatures CCooccurrence::CountMatrixAndFeatures(IImage& out, IImage const& in,
                                                                CTriple<long> direction,
                                                                CValueMap* map,
-                                                               Impl::StExLocation const& where) {
-  CheckOutput(out, 1, where);
-  CheckDimension(in, where);
-  CheckInPlane(in, direction, where);
+                                                               char const* function) {
+  CheckOutput(out, 1, function);
+  CheckDimension(in, function);
+  CheckInPlane(in, direction, function);
   CProgress progress(*this, 4, c_busy);
   ProcessMatrix(in, direction);
   progress.Advance();
@@ -210,19 +214,21 @@ CCooccurrence::CFeatures CCooccurrence::CountMatrixAndFeatures(IImage& out, IIma
 }
 
 void CCooccurrence::ProcessMatrix(IImage const& in, CTriple<long> direction) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CCooccurrence::ProcessMatrix");
-  if (in.Size().Dim() != 3 && in.Size().Dim() != 2) Impl::Raise(where, "Images must be 2d or 3d.");
+  constexpr char c_function[] = "ORVA::CCooccurrence::ProcessMatrix";
+  if (in.Size().Dim() != 3 && in.Size().Dim() != 2)
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "Images must be 2d or 3d.");
   auto const type = in.Type();
   if (type != IMAGE_GREY_8 && type != IMAGE_GREY_16 && type != IMAGE_GREY_32)
-    Impl::Raise(where, "input image type does not match");
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "input image type does not match");
   CImageAccess const access = in.CreateAccess(false);
-  Impl::StGrayBlock const block{access.Base(), access.Extents(), access.Strides(),
-                                static_cast<int>(type.Bytes())};
+  Impl::StGrayBlock block{access.Base(), access.Extents(), access.Strides(),
+                          static_cast<int>(type.Bytes())};
   // The opposite direction counts the transposed matrix.
-  if (!Impl::CountPairs(block, {-direction.x, -direction.y, -direction.z}, m_Arrays->Counts(),
-                        m_Arrays->scratch)) {
+  std::array<int64, 3> opposite{-direction.x, -direction.y, -direction.z};
+  Impl::SortAxes(block, opposite);
+  if (!Impl::CountPairs(block, opposite, m_Arrays->Counts(), m_Arrays->scratch)) {
     std::ranges::fill(m_Arrays->m_Counts, 0u);
-    Impl::Raise(where, "a co-occurrence count exceeds 4294967295");
+    Impl::Raise(ORVA_LOCATION(c_module, c_function), "a co-occurrence count exceeds 4294967295");
   }
 }
 

@@ -94,4 +94,29 @@ private:
   }
 };
 
+/// Renames the axes of a block of voxels (base, extent, stride), and those of a displacement alike,
+/// so that rows run upward along the shortest stride: the pairs of voxels stay the same.
+template <class Block>
+void SortAxes(Block& block, std::array<std::int64_t, 3>& displacement) noexcept {
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    if (block.extent[axis] <= 0) return;
+    if (block.stride[axis] >= 0 || block.extent[axis] == 1) continue;
+    block.base += (block.extent[axis] - 1) * block.stride[axis];
+    block.stride[axis] = -block.stride[axis];
+    displacement[axis] = -displacement[axis];
+  }
+  auto const sortPair = [&](std::size_t a, std::size_t b) {
+    bool const isLess = block.extent[a] == 1 || block.extent[b] == 1
+                            ? block.extent[a] != 1
+                            : block.stride[a] <= block.stride[b];
+    if (isLess) return;
+    std::swap(block.extent[a], block.extent[b]);
+    std::swap(block.stride[a], block.stride[b]);
+    std::swap(displacement[a], displacement[b]);
+  };
+  sortPair(0, 1);
+  sortPair(1, 2);
+  sortPair(0, 1);
+}
+
 } // namespace ORVA::Impl

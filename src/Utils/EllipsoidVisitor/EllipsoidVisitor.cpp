@@ -17,13 +17,13 @@ constexpr char c_module[] = "src/Utils/EllipsoidVisitor";
 constexpr char c_constructor[] = "ORVA::CEllipsoidVisitor::CEllipsoidVisitor";
 
 void CheckAxis(double center, double semiAxis) {
-  auto const location = ORVA_LOCATION(c_module, c_constructor);
   if (!(std::abs(center) <= 0x1p30))
     Impl::RaiseBadParam(
-        location,
+        ORVA_LOCATION(c_module, c_constructor),
         CString("center coordinate %1 is not from -1073741824 to 1073741824").Arg(center));
   if (!(semiAxis >= 0x1p-30 && semiAxis <= 0x1p30))
-    Impl::RaiseBadParam(location, CString("semi-axis %1 is not from 2^-30 to 2^30").Arg(semiAxis));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        CString("semi-axis %1 is not from 2^-30 to 2^30").Arg(semiAxis));
 }
 
 double Square(double value) { return value * value; }

@@ -20,8 +20,8 @@ CParallelLineVisitor::CParallelLineVisitor(CTriple<double> direction) { SetDirec
 
 void CParallelLineVisitor::SetImageSize(CTriple<int64> extents) {
   auto const lineExtents = Impl::MainAxisFirst(m_Axis, extents);
+  m_ImageSize = extents; // for the next direction, whatever becomes of the lines
   m_Lines.SetImageSize(lineExtents);
-  m_ImageSize = extents;
   auto const last = [](int64 sign, int64 extent) {
     return sign < 0 && extent > 0 ? extent - 1 : 0;
   };

@@ -1,9 +1,10 @@
 #include "Utils/PolygonVisitor/Polygon.h"
 
-#include <SeluUtils/BresenhamVisitorImpl.h>
+#include <SeluBase/Neighborhood.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <functional>
 #include <numeric>
 #include <vector>
@@ -38,6 +39,71 @@ void CrossColumns(CTriple<int64> const& a, CTriple<int64> const& b, Visit visit)
       rest -= dx;
       ++whole;
     }
+  }
+}
+
+// floor((start + k * numerator) / denominator) for k = 0, 1, 2, ..., by additions alone.
+class CQuotients {
+public:
+  CQuotients(int64 start, int64 numerator, int64 denominator)
+      : m_Denominator(denominator), m_Rise(numerator / denominator),
+        m_RestRise(numerator % denominator), m_Whole(start / denominator),
+        m_Rest(start % denominator) {}
+
+  [[nodiscard]] int64 Get() const { return m_Whole; }
+  [[nodiscard]] bool IsExact() const { return m_Rest == 0; }
+  void Advance() {
+    m_Whole += m_Rise;
+    m_Rest += m_RestRise;
+    if (m_Rest < m_Denominator) return;
+    m_Rest -= m_Denominator;
+    ++m_Whole;
+  }
+
+private:
+  int64 m_Denominator, m_Rise, m_RestRise, m_Whole, m_Rest;
+};
+
+// Whether a line that rises or falls steps in both axes at once.
+bool HasDiagonal(int64 neighborhood, bool falls) {
+  if (neighborhood == NEIGHBORHOOD_6_1) return !falls;
+  if (neighborhood == NEIGHBORHOOD_6_2) return falls;
+  return neighborhood == NEIGHBORHOOD_8;
+}
+
+// Calls visit(run) for each column of the digital line from a to b, a.x <= b.x, without its moves:
+// after k of n moves the axis that steps s times has taken floor(k s / n + 1/2) steps.
+template <class Visit>
+void CrossLineColumns(CTriple<int64> const& a, CTriple<int64> const& b, int64 neighborhood,
+                      Visit visit) {
+  int64 const dx = b.x - a.x, dy = std::abs(b.y - a.y);
+  bool const falls = b.y < a.y;
+  auto const visitColumn = [&](int64 column, int64 low, int64 high) {
+    if (falls)
+      visit(StPolygonRun{a.x + column, a.y - high, a.y - low});
+    else
+      visit(StPolygonRun{a.x + column, a.y + low, a.y + high});
+  };
+  bool const isDiagonal = HasDiagonal(neighborhood, falls);
+  if (dx == 0) return visitColumn(0, 0, dy);
+  if (isDiagonal && dx >= dy) {
+    CQuotients height(dx, 2 * dy, 2 * dx);
+    for (int64 column = 0; column <= dx; ++column, height.Advance())
+      visitColumn(column, height.Get(), height.Get());
+    return;
+  }
+  // Column c is reached after (2c - 1) n / 2dx moves, rounded up; where x steps whenever y does not
+  // and is the longer one, ties of y come first.
+  int64 const moves = isDiagonal ? dy : dx + dy;
+  bool const tiesAreLate = !isDiagonal && dx >= dy;
+  CQuotients reached(moves, 2 * moves, 2 * dx);
+  int64 first = 0;
+  for (int64 column = 0; column <= dx; ++column, reached.Advance()) {
+    bool const isLate = !reached.IsExact() || tiesAreLate;
+    int64 const next = column < dx ? reached.Get() + (isLate ? 1 : 0) : moves + 1;
+    int64 const beside = isDiagonal ? 0 : column; // moves along x, which leave y
+    visitColumn(column, first - beside, next - 1 - beside);
+    first = next;
   }
 }
 
@@ -158,22 +224,11 @@ std::vector<StPolygonRun> ClosedRegion(std::span<Ring const> rings) {
   return runs;
 }
 
-// The points of the digital lines of all edges. Each line meets a column in one run.
+// The points of the digital lines of all edges.
 std::vector<StPolygonRun> BorderLine(std::span<Ring const> rings, int64 neighborhood) {
   std::vector<StPolygonRun> runs;
   ForEachEdge(rings, [&](CTriple<int64> const& a, CTriple<int64> const& b) {
-    CBresenhamVisitor2D const line(b - a, neighborhood);
-    CTriple<int64> p = a;
-    runs.push_back({p.x, p.y, p.y});
-    for (int64 i = 0, steps = line.LastStep(); i < steps; ++i) {
-      p += line.Step(i);
-      if (p.x != runs.back().column) {
-        runs.push_back({p.x, p.y, p.y});
-      } else {
-        runs.back().low = std::min(runs.back().low, p.y);
-        runs.back().high = std::max(runs.back().high, p.y);
-      }
-    }
+    CrossLineColumns(a, b, neighborhood, [&](StPolygonRun const& run) { runs.push_back(run); });
   });
   SortColumns(runs, RunLess);
   JoinRuns(runs);

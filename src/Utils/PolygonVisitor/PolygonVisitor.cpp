@@ -26,22 +26,22 @@ std::vector<Ring> Rings(Ring const& outline, std::vector<Ring> const& holes) {
 
 // The outline's box holds all corners; its sides are no longer than a digital line can be.
 void CheckAxis(std::vector<Ring> const& rings, int64 CTriple<int64>::*axis) {
-  auto const location = ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor);
   auto const [lowest, highest] = std::ranges::minmax(rings.front(), {}, axis);
   int64 const low = lowest.*axis, high = highest.*axis;
   if (low < -c_farthest || high > c_farthest)
     Impl::RaiseBadParam(
-        location,
+        ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor),
         CString("corner coordinate %1 lies beyond 2^62").Arg(low < -c_farthest ? low : high));
   if (high - low > INT32_MAX)
-    Impl::RaiseBadParam(location, CString("corner coordinates from %1 to %2 lie more than "
-                                          "2147483647 apart")
-                                      .Arg(low)
-                                      .Arg(high));
+    Impl::RaiseBadParam(ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor),
+                        CString("corner coordinates from %1 to %2 lie more than "
+                                "2147483647 apart")
+                            .Arg(low)
+                            .Arg(high));
   for (Ring const& ring : rings)
     for (CTriple<int64> const& corner : ring)
       if (corner.*axis < low || corner.*axis > high)
-        Impl::RaiseBadParam(location,
+        Impl::RaiseBadParam(ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor),
                             CString("hole corner coordinate %1 lies outside the outline's %2 to %3")
                                 .Arg(corner.*axis)
                                 .Arg(low)
@@ -67,9 +67,9 @@ int64 InPlane(int64 neighborhood, Impl::StPolygonPlane const& plane) {
 }
 
 void CheckArguments(int64 dimension, int64 neighborhood) {
-  auto const location = ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor);
   if (dimension != 2 && dimension != 3)
-    Impl::RaiseBadParam(location, CString("dimension %1 is neither 2 nor 3").Arg(dimension));
+    Impl::RaiseBadParam(ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor),
+                        CString("dimension %1 is neither 2 nor 3").Arg(dimension));
   if (dimension == 3) {
     static_cast<void>(InPlane(neighborhood, {}));
     return;
@@ -77,7 +77,7 @@ void CheckArguments(int64 dimension, int64 neighborhood) {
   constexpr std::array flat{NEIGHBORHOOD_4, NEIGHBORHOOD_6_1, NEIGHBORHOOD_6_2, NEIGHBORHOOD_8};
   if (std::ranges::find(flat, neighborhood) == flat.end())
     Impl::RaiseBadParam(
-        location,
+        ORVA_LOCATION(Impl::c_polygonModule, Impl::c_polygonConstructor),
         CString("neighborhood %1 is none of 4, 6.1, 6.2 and 8 (0, 3, 6, 9)").Arg(neighborhood));
 }
 
@@ -116,17 +116,29 @@ CPolygonVisitor::CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
 
 void CPolygonVisitor::Reset() noexcept {
   m_Run = 0;
-  BeginRun();
+  m_Later = m_Steps;
+  BeginColumn();
 }
 
-void CPolygonVisitor::NextRun() noexcept {
+void CPolygonVisitor::NextColumn() noexcept {
   if (m_LeftInRun == 0) return;
   ++m_Run;
-  BeginRun();
+  BeginColumn();
+}
+
+int64 CPolygonVisitor::LevelLength() noexcept {
+  int64 const height = m_W;
+  int64 length = 0;
+  for (int64 left = m_LeftInRun; left > 0 && m_W == height; --left) {
+    NextPoint();
+    ++length;
+    if (left == 1) break; // what comes next lies in another column
+  }
+  return length;
 }
 
 // The voxel of the run's first column: floor(w + 1/2), and what that leaves over.
-void CPolygonVisitor::BeginRun() noexcept {
+void CPolygonVisitor::BeginColumn() noexcept {
   if (m_Run >= m_Runs->size()) {
     m_LeftInRun = 0;
     m_U = m_V = m_W = 0;
@@ -144,6 +156,7 @@ void CPolygonVisitor::BeginRun() noexcept {
   m_V = origin.y + run.low;
   m_W = origin.z + w;
   m_LeftInRun = run.high - run.low + 1;
+  m_Later = m_Later - static_cast<std::uint64_t>(static_cast<int64>(m_LeftInRun));
 }
 
 } // namespace ORVA

@@ -17,11 +17,10 @@ namespace {
 constexpr char c_module[] = "src/Utils/Random/ExactRotations";
 
 void CheckCircle(CTriple<double> const& center, double radius, char const* function) {
-  auto const location = ORVA_LOCATION(c_module, function);
   for (double const coordinate : {center.x, center.y, center.z})
-    Impl::RequireParameter(std::isfinite(coordinate), location,
+    Impl::RequireParameter(std::isfinite(coordinate), ORVA_LOCATION(c_module, function),
                            "coordinates of the center have to be finite", coordinate);
-  Impl::RequireParameter(std::isfinite(radius) && radius >= 0, location,
+  Impl::RequireParameter(std::isfinite(radius) && radius >= 0, ORVA_LOCATION(c_module, function),
                          "radius has to be finite and at least 0", radius);
 }
 

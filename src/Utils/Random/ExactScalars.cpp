@@ -25,44 +25,53 @@ bool IsNotNegative(double x) { return std::isfinite(x) && x >= 0; }
 CExactUniform::CExactUniform(double low, double high)
     : m_Low(low), m_Width(high - low),
       m_Last(std::nextafter(high, -std::numeric_limits<double>::infinity())) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactUniform::CExactUniform");
-  Impl::RequireParameter(std::isfinite(low), location, "lower end has to be finite", low);
-  Impl::RequireParameter(std::isfinite(high) && high > low, location,
+  Impl::RequireParameter(std::isfinite(low),
+                         ORVA_LOCATION(c_module, "ORVA::CExactUniform::CExactUniform"),
+                         "lower end has to be finite", low);
+  Impl::RequireParameter(std::isfinite(high) && high > low,
+                         ORVA_LOCATION(c_module, "ORVA::CExactUniform::CExactUniform"),
                          "upper end has to be finite and above the lower one", high);
-  Impl::RequireParameter(std::isfinite(m_Width), location,
+  Impl::RequireParameter(std::isfinite(m_Width),
+                         ORVA_LOCATION(c_module, "ORVA::CExactUniform::CExactUniform"),
                          "difference of the ends has to be finite", m_Width);
 }
 
 CExactNormal::CExactNormal(double mean, double sigma) : m_Mean(mean), m_Sigma(sigma) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactNormal::CExactNormal");
-  Impl::RequireParameter(std::isfinite(mean), location, "mean has to be finite", mean);
-  Impl::RequireParameter(IsNotNegative(sigma), location,
+  Impl::RequireParameter(std::isfinite(mean),
+                         ORVA_LOCATION(c_module, "ORVA::CExactNormal::CExactNormal"),
+                         "mean has to be finite", mean);
+  Impl::RequireParameter(IsNotNegative(sigma),
+                         ORVA_LOCATION(c_module, "ORVA::CExactNormal::CExactNormal"),
                          "standard deviation has to be finite and at least 0", sigma);
 }
 
 CExactExponential::CExactExponential(double rate) : m_Mean(1 / rate) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactExponential::CExactExponential");
-  Impl::RequireParameter(IsPositive(rate) && std::isfinite(m_Mean), location,
+  Impl::RequireParameter(IsPositive(rate) && std::isfinite(m_Mean),
+                         ORVA_LOCATION(c_module, "ORVA::CExactExponential::CExactExponential"),
                          "rate has to be finite and positive, with a finite reciprocal", rate);
 }
 
 CExactRayleigh::CExactRayleigh(double sigma) : m_Sigma(sigma) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactRayleigh::CExactRayleigh");
-  Impl::RequireParameter(IsPositive(sigma), location, "scale has to be finite and positive", sigma);
+  Impl::RequireParameter(IsPositive(sigma),
+                         ORVA_LOCATION(c_module, "ORVA::CExactRayleigh::CExactRayleigh"),
+                         "scale has to be finite and positive", sigma);
 }
 
 CExactLogNormal::CExactLogNormal(double mu, double sigma) : m_Mu(mu), m_Sigma(sigma) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::CExactLogNormal");
-  Impl::RequireParameter(std::isfinite(mu), location, "mean of the logarithm has to be finite", mu);
-  Impl::RequireParameter(IsNotNegative(sigma), location,
-                         "standard deviation of the logarithm has to be finite and at least 0",
-                         sigma);
+  Impl::RequireParameter(std::isfinite(mu),
+                         ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::CExactLogNormal"),
+                         "mean of the logarithm has to be finite", mu);
+  Impl::RequireParameter(
+      IsNotNegative(sigma), ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::CExactLogNormal"),
+      "standard deviation of the logarithm has to be finite and at least 0", sigma);
 }
 
 CExactLogNormal CExactLogNormal::FromMeanAndDeviation(double mean, double deviation) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::FromMeanAndDeviation");
-  Impl::RequireParameter(IsPositive(mean), location, "mean has to be finite and positive", mean);
-  Impl::RequireParameter(IsNotNegative(deviation), location,
+  Impl::RequireParameter(IsPositive(mean),
+                         ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::FromMeanAndDeviation"),
+                         "mean has to be finite and positive", mean);
+  Impl::RequireParameter(IsNotNegative(deviation),
+                         ORVA_LOCATION(c_module, "ORVA::CExactLogNormal::FromMeanAndDeviation"),
                          "standard deviation has to be finite and at least 0", deviation);
   double const ratio = deviation / mean;
   constexpr double huge = 1e150; // whose square, let alone 1 more, has no digits left for the 1
@@ -74,9 +83,11 @@ CExactLogNormal CExactLogNormal::FromMeanAndDeviation(double mean, double deviat
 CExactGamma::CExactGamma(double shape, double rate)
     : m_Shape(shape), m_IsBelowOne(shape < 1), m_D((m_IsBelowOne ? shape + 1 : shape) - 1.0 / 3),
       m_C(1 / (3 * std::sqrt(m_D))), m_Scale(m_D / rate) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CExactGamma::CExactGamma");
-  Impl::RequireParameter(IsPositive(shape), location, "shape has to be finite and positive", shape);
-  Impl::RequireParameter(IsPositive(rate) && std::isfinite(m_Scale), location,
+  Impl::RequireParameter(IsPositive(shape),
+                         ORVA_LOCATION(c_module, "ORVA::CExactGamma::CExactGamma"),
+                         "shape has to be finite and positive", shape);
+  Impl::RequireParameter(IsPositive(rate) && std::isfinite(m_Scale),
+                         ORVA_LOCATION(c_module, "ORVA::CExactGamma::CExactGamma"),
                          "rate has to be finite and positive, with a finite quotient of the shape",
                          rate);
 }

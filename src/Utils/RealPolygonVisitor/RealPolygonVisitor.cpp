@@ -29,18 +29,18 @@ void CheckCoordinate(double value) {
 
 // The slice of all corners; 0 without any.
 int64 CheckedSlice(std::vector<Outline> const& outlines) {
-  auto const location = ORVA_LOCATION(c_module, c_constructor);
   Corner const* first = nullptr;
   for (Outline const& outline : outlines)
     for (Corner const& corner : outline) {
       CheckCoordinate(corner.x);
       CheckCoordinate(corner.y);
       if (!(std::abs(corner.z) <= 0x1p53 && std::trunc(corner.z) == corner.z))
-        Impl::RaiseBadParam(location, CString("corner coordinate z %1 is no slice").Arg(corner.z));
+        Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                            CString("corner coordinate z %1 is no slice").Arg(corner.z));
       if (first == nullptr) first = &corner;
       if (corner.z != first->z)
         Impl::RaiseBadParam(
-            location,
+            ORVA_LOCATION(c_module, c_constructor),
             CString("corners lie in slices %1 and %2 at once").Arg(first->z).Arg(corner.z));
     }
   return first == nullptr ? 0 : static_cast<int64>(first->z);

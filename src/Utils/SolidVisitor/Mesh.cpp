@@ -22,7 +22,6 @@ int128 Dot(CTriple<int64> const& a, CTriple<int64> const& b) {
 // The least coordinate of the corners that faces name.
 int64 CheckedLeast(std::span<CTriple<int64> const> corners, std::span<std::uint32_t const> named,
                    int64 CTriple<int64>::*axis) {
-  auto const location = ORVA_LOCATION(c_solidModule, c_solidConstructor);
   int64 low = std::numeric_limits<int64>::max(), high = std::numeric_limits<int64>::min();
   for (std::uint32_t const corner : named) {
     low = std::min(low, corners[corner].*axis);
@@ -30,10 +29,10 @@ int64 CheckedLeast(std::span<CTriple<int64> const> corners, std::span<std::uint3
   }
   if (low < -c_farthest || high > c_farthest)
     RaiseBadParam(
-        location,
+        ORVA_LOCATION(c_solidModule, c_solidConstructor),
         CString("corner coordinate %1 lies beyond 2^62").Arg(low < -c_farthest ? low : high));
   if (high - low > INT32_MAX)
-    RaiseBadParam(location,
+    RaiseBadParam(ORVA_LOCATION(c_solidModule, c_solidConstructor),
                   CString("corner coordinates from %1 to %2 lie more than 2147483647 apart")
                       .Arg(low)
                       .Arg(high));

@@ -52,14 +52,16 @@ private:
 };
 
 void CheckDisplacements(EnAggregation way, std::span<CTriple<int64> const> displacements) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CAggregatedTexture::CAggregatedTexture");
   for (auto const& d : displacements) {
-    if (d == CTriple<int64>()) Impl::RaiseBadParam(where, "a displacement is (0, 0, 0)");
+    if (d == CTriple<int64>())
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CAggregatedTexture::CAggregatedTexture"),
+                          "a displacement is (0, 0, 0)");
     if (d.z != 0 && !IsInSpace(way))
-      Impl::RaiseBadParam(where, CString("the displacement (%1, %2, %3) leads out of the slice")
-                                     .Arg(d.x)
-                                     .Arg(d.y)
-                                     .Arg(d.z));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CAggregatedTexture::CAggregatedTexture"),
+                          CString("the displacement (%1, %2, %3) leads out of the slice")
+                              .Arg(d.x)
+                              .Arg(d.y)
+                              .Arg(d.z));
   }
 }
 

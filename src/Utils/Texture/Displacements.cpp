@@ -15,11 +15,12 @@ namespace {
 constexpr char c_module[] = "src/Utils/Texture";
 
 void CheckArguments(int dimension, int64 distance, int64 most, char const* function) {
-  auto const where = ORVA_LOCATION(c_module, function);
   if (dimension < 1 || dimension > 3)
-    Impl::RaiseBadParam(where, CString("dimension %1 is not 1, 2 or 3").Arg(dimension));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("dimension %1 is not 1, 2 or 3").Arg(dimension));
   if (distance < 1 || distance > most)
-    Impl::RaiseBadParam(where, CString("distance %1 is not from 1 to %2").Arg(distance).Arg(most));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("distance %1 is not from 1 to %2").Arg(distance).Arg(most));
 }
 
 // Whether the first component that is not 0 is positive: true for one of each opposite pair.

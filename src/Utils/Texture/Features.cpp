@@ -83,14 +83,16 @@ void CheckLevels(int levels) {
 }
 
 void CheckWeights(std::span<double const> weights) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CTextureFeatures::Of");
   double total = 0;
   for (double const weight : weights) {
     if (!(weight >= 0 && std::isfinite(weight)))
-      Impl::RaiseBadParam(where, CString("a matrix holds the weight %1").Arg(weight));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureFeatures::Of"),
+                          CString("a matrix holds the weight %1").Arg(weight));
     total += weight;
   }
-  if (!std::isfinite(total)) Impl::RaiseBadParam(where, "the weights of a matrix sum to infinity");
+  if (!std::isfinite(total))
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureFeatures::Of"),
+                        "the weights of a matrix sum to infinity");
 }
 
 } // namespace

@@ -62,11 +62,11 @@ CLevelImage::CLevelImage(IImage const& pixels) : CLevelImage(pixels, 1, StUnchec
 }
 
 CLevelImage::CLevelImage(IImage const& pixels, int levels) : CLevelImage(pixels) {
-  auto const where = ORVA_LOCATION(c_module, c_constructor);
   if (levels < 1 || levels > c_mostLevels)
-    Impl::RaiseBadParam(where, CString("%1 levels are not from 1 to 65535").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        CString("%1 levels are not from 1 to 65535").Arg(levels));
   if (m_Levels > levels)
-    Impl::RaiseBadParam(where,
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
                         CString("the image has the level %1, above %2").Arg(m_Levels).Arg(levels));
   m_Levels = levels;
 }

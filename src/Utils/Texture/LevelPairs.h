@@ -21,61 +21,53 @@ struct StLevelTables {
   std::size_t side;
 };
 
-/// Reads eight levels as words of a byte order that does not matter as long as it is the same for
-/// both rows.
+/// The cell of pair `k` of two rows.
 template <class Level>
-struct StEightLevels {
-  static constexpr std::size_t c_nWords = sizeof(Level);
-  static constexpr unsigned c_nBits = 8 * sizeof(Level);
-  std::array<std::uint64_t, c_nWords> words;
+[[nodiscard]] inline std::size_t LevelCell(std::byte const* a, std::byte const* b, std::int64_t k,
+                                           std::int64_t stride, std::size_t side) noexcept {
+  Level x, y;
+  std::memcpy(&x, a + k * stride, sizeof x);
+  std::memcpy(&y, b + k * stride, sizeof y);
+  return x * side + y;
+}
 
-  explicit StEightLevels(std::byte const* first) noexcept {
-    std::memcpy(words.data(), first, sizeof words);
-  }
-  template <std::size_t I>
-  [[nodiscard]] std::size_t At() const noexcept {
-    constexpr std::size_t perWord = 8 / sizeof(Level);
-    return words[I / perWord] >> (I % perWord * c_nBits) & ((std::uint64_t{1} << c_nBits) - 1);
-  }
-  /// 0 where all eight levels are equal.
-  [[nodiscard]] std::uint64_t Differences() const noexcept {
-    std::uint64_t differences = words[0] ^ std::rotl(words[0], static_cast<int>(c_nBits));
-    if constexpr (c_nWords == 2) differences |= words[0] ^ words[1];
-    return differences;
-  }
-};
+/// Whether eight levels that follow each other are equal.
+template <class Level>
+[[nodiscard]] inline bool IsRunOfEight(std::byte const* first) noexcept {
+  std::array<std::uint64_t, sizeof(Level)> words;
+  std::memcpy(words.data(), first, sizeof words);
+  std::uint64_t differences = words[0] ^ std::rotl(words[0], 8 * static_cast<int>(sizeof(Level)));
+  if constexpr (sizeof(Level) == 2) differences |= words[0] ^ words[1];
+  return differences == 0;
+}
 
+/// Counts n pairs of rows whose levels are `stride` bytes apart.
 template <class Level, class Cell>
 void CountLevelRow(StLevelTables<Cell> const& tables, std::byte const* a, std::byte const* b,
                    std::int64_t n, std::int64_t stride) noexcept {
   auto const [t0, t1, t2, t3] = tables.table;
   std::size_t const side = tables.side;
-  std::int64_t i = 0;
-  if (stride == static_cast<std::int64_t>(sizeof(Level))) {
-    constexpr auto block = static_cast<std::int64_t>(8 * sizeof(Level));
-    for (; i + 8 <= n; i += 8, a += block, b += block) {
-      StEightLevels<Level> const x(a), y(b);
-      std::size_t const first = x.template At<0>() * side + y.template At<0>();
-      if ((x.Differences() | y.Differences()) == 0) {
-        t0[first] += 8;
-        continue;
-      }
-      ++t0[first];
-      ++t1[x.template At<1>() * side + y.template At<1>()];
-      ++t2[x.template At<2>() * side + y.template At<2>()];
-      ++t3[x.template At<3>() * side + y.template At<3>()];
-      ++t0[x.template At<4>() * side + y.template At<4>()];
-      ++t1[x.template At<5>() * side + y.template At<5>()];
-      ++t2[x.template At<6>() * side + y.template At<6>()];
-      ++t3[x.template At<7>() * side + y.template At<7>()];
+  bool const isDense = stride == static_cast<std::int64_t>(sizeof(Level));
+  for (; n >= 8; n -= 8, a += 8 * stride, b += 8 * stride) {
+    std::size_t const first = LevelCell<Level>(a, b, 0, stride, side);
+    if (isDense && IsRunOfEight<Level>(a) && IsRunOfEight<Level>(b)) {
+      t0[first] += 8;
+      continue;
     }
+    ++t0[first];
+    ++t1[LevelCell<Level>(a, b, 1, stride, side)];
+    ++t2[LevelCell<Level>(a, b, 2, stride, side)];
+    ++t3[LevelCell<Level>(a, b, 3, stride, side)];
+    ++t0[LevelCell<Level>(a, b, 4, stride, side)];
+    ++t1[LevelCell<Level>(a, b, 5, stride, side)];
+    ++t2[LevelCell<Level>(a, b, 6, stride, side)];
+    ++t3[LevelCell<Level>(a, b, 7, stride, side)];
   }
-  for (; i < n; ++i, a += stride, b += stride) {
-    Level x, y;
-    std::memcpy(&x, a, sizeof x);
-    std::memcpy(&y, b, sizeof y);
-    ++tables.table[static_cast<std::size_t>(i & 3)][x * side + y];
+  for (; n >= 2; n -= 2, a += 2 * stride, b += 2 * stride) {
+    ++t0[LevelCell<Level>(a, b, 0, stride, side)];
+    ++t1[LevelCell<Level>(a, b, 1, stride, side)];
   }
+  if (n == 1) ++t0[LevelCell<Level>(a, b, 0, stride, side)];
 }
 
 } // namespace ORVA::Impl

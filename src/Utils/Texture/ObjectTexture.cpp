@@ -69,12 +69,13 @@ CObjectTexture::CObjectTexture(CLevelImage levels, IImage const& labels,
                                StObjectTextureOptions options)
     : m_Levels(std::move(levels)), m_Labels(labels.CreateAccess(false)), m_LabelType(labels.Type()),
       m_Options(std::move(options)) {
-  auto const where = ORVA_LOCATION(c_module, c_constructor);
   if (Impl::MaskLoaderOf(m_LabelType) == nullptr)
-    Impl::RaiseBadParam(where, CString("an image of the type %1 has no integer labels")
-                                   .Arg(CString(m_LabelType.ToString())));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        CString("an image of the type %1 has no integer labels")
+                            .Arg(CString(m_LabelType.ToString())));
   if (m_Labels.Extents() != m_Levels.Extents())
-    Impl::RaiseBadParam(where, "labels and levels have different extents");
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, c_constructor),
+                        "labels and levels have different extents");
   CTextureFeatures const check(m_Options.features); // refuses what is no feature
   TakeDisplacements();
   FindRuns();
@@ -194,16 +195,16 @@ std::vector<double> CObjectTexture::Compute() const {
 }
 
 void CObjectTexture::Compute(std::size_t first, std::size_t last, std::span<double> values) const {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CObjectTexture::Compute");
   std::size_t const features = Features().size();
   if (first > last || last > m_Objects.size())
-    Impl::RaiseBadParam(where, CString("objects from %1 up to %2 are not among %3")
-                                   .Arg(first)
-                                   .Arg(last)
-                                   .Arg(m_Objects.size()));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CObjectTexture::Compute"),
+                        CString("objects from %1 up to %2 are not among %3")
+                            .Arg(first)
+                            .Arg(last)
+                            .Arg(m_Objects.size()));
   if (values.size() != (last - first) * features)
     Impl::RaiseBadParam(
-        where,
+        ORVA_LOCATION(c_module, "ORVA::CObjectTexture::Compute"),
         CString("%1 values are not those of %2 objects").Arg(values.size()).Arg(last - first));
   if (first == last) return;
   CWorker worker(*this);
@@ -212,17 +213,17 @@ void CObjectTexture::Compute(std::size_t first, std::size_t last, std::span<doub
 }
 
 CValueMap CObjectTexture::ToMap(std::span<double const> values, std::string const& idKey) const {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CObjectTexture::ToMap");
   constexpr int64 most = std::numeric_limits<std::int32_t>::max();
   std::size_t const features = Features().size();
   if (values.size() != m_Objects.size() * features)
     Impl::RaiseBadParam(
-        where,
+        ORVA_LOCATION(c_module, "ORVA::CObjectTexture::ToMap"),
         CString("%1 values are not those of %2 objects").Arg(values.size()).Arg(m_Objects.size()));
-  auto const toLong = [&where](int64 number) {
+  auto const toLong = [](int64 number) {
     if (number > most)
       Impl::RaiseBadParam(
-          where, CString("a map holds no number above 2147483647, such as %1").Arg(number));
+          ORVA_LOCATION(c_module, "ORVA::CObjectTexture::ToMap"),
+          CString("a map holds no number above 2147483647, such as %1").Arg(number));
     return CValueLong(static_cast<std::int32_t>(number));
   };
   CValueMap map;

@@ -115,8 +115,8 @@ private:
 void CountDense(StPairs const& pairs, int bytesPerVoxel, std::size_t side,
                 std::vector<uint64>& table) {
   int64 const n = pairs.box.extent[0], stride = pairs.box.stride[0][0];
-  std::size_t const tables = side <= 65 ? 4 : 2;
-  if (pairs.count < 4 * tables * table.size()) { // not worth tables of its own
+  std::size_t const tables = side <= 65 ? 4 : side <= 300 ? 2 : 1;
+  if (pairs.count < 16 * tables * table.size()) { // not worth tables of its own
     Impl::StLevelTables<uint64> const view{{table.data(), table.data(), table.data(), table.data()},
                                            side};
     auto const countRow = RowCounterOf<uint64>(bytesPerVoxel);
@@ -173,11 +173,12 @@ uint64 CountSparse(StPairs const& pairs, int bytesPerVoxel, Impl::CSparsePairs& 
 } // namespace
 
 CPairCounter::CPairCounter(int levels, EnForm form) : m_Levels(levels) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter");
   if (levels < 1 || levels > c_mostLevels)
-    Impl::RaiseBadParam(where, CString("%1 levels are not from 1 to 65535").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter"),
+                        CString("%1 levels are not from 1 to 65535").Arg(levels));
   if (form == EnForm::Dense && levels > c_mostTableLevels)
-    Impl::RaiseBadParam(where, CString("a table of %1 levels is too large").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CPairCounter::CPairCounter"),
+                        CString("a table of %1 levels is too large").Arg(levels));
   m_IsDense = form == EnForm::Dense || (form == EnForm::Automatic && levels <= c_mostDenseLevels);
   if (m_IsDense) m_Table.resize(Side() * Side());
 }

@@ -31,20 +31,22 @@ class CMaskedPixels {
 public:
   CMaskedPixels(IImage const& image, StMask const& mask, char const* function)
       : m_Image(image.CreateAccess(false)), m_Load(Impl::LoaderOf(image.Type())), m_Mask(mask) {
-    auto const where = ORVA_LOCATION(c_module, function);
     if (m_Load == nullptr)
-      Impl::RaiseBadParam(where, CString("an image of the type %1 has no values to quantize")
-                                     .Arg(CString(image.Type().ToString())));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                          CString("an image of the type %1 has no values to quantize")
+                              .Arg(CString(image.Type().ToString())));
     if (mask.image == nullptr) return;
     m_MaskAccess = mask.image->CreateAccess(false);
     m_LoadMask = Impl::MaskLoaderOf(mask.image->Type());
     if (m_LoadMask == nullptr)
-      Impl::RaiseBadParam(where, CString("a mask of the type %1 has no integer labels")
-                                     .Arg(CString(mask.image->Type().ToString())));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                          CString("a mask of the type %1 has no integer labels")
+                              .Arg(CString(mask.image->Type().ToString())));
     if (m_MaskAccess->Extents() != m_Image.Extents())
-      Impl::RaiseBadParam(where, CString("a mask of extents %1 does not fit an image of extents %2")
-                                     .Arg(Text(m_MaskAccess->Extents()))
-                                     .Arg(Text(m_Image.Extents())));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                          CString("a mask of extents %1 does not fit an image of extents %2")
+                              .Arg(Text(m_MaskAccess->Extents()))
+                              .Arg(Text(m_Image.Extents())));
   }
 
   [[nodiscard]] CImageAccess const& Image() const noexcept { return m_Image; }
@@ -187,17 +189,18 @@ void CQuantizer::QuantizeInto(IImage& levels, IImage const& image, StMask const&
                               StLevelReport* report) const {
   if (!m_IsFitted) return Fit(FindRange(image, mask)).QuantizeInto(levels, image, mask, report);
   char const* const function = "ORVA::CQuantizer::QuantizeInto";
-  auto const where = ORVA_LOCATION(c_module, function);
   if (levels.Type() != IMAGE_GREY_16 && (levels.Type() != IMAGE_GREY_8 || m_Levels > 255))
-    Impl::RaiseBadParam(where, CString("%1 levels do not fit an image of the type %2")
-                                   .Arg(m_Levels)
-                                   .Arg(CString(levels.Type().ToString())));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("%1 levels do not fit an image of the type %2")
+                            .Arg(m_Levels)
+                            .Arg(CString(levels.Type().ToString())));
   CMaskedPixels pixels(image, mask, function);
   CImageAccess const out = levels.CreateAccess(true);
   if (out.Extents() != pixels.Image().Extents())
-    Impl::RaiseBadParam(where, CString("levels of extents %1 do not fit an image of extents %2")
-                                   .Arg(Text(out.Extents()))
-                                   .Arg(Text(pixels.Image().Extents())));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, function),
+                        CString("levels of extents %1 do not fit an image of extents %2")
+                            .Arg(Text(out.Extents()))
+                            .Arg(Text(pixels.Image().Extents())));
   Impl::StJointBox<3> box{
       out.Extents(), {pixels.Image().Strides(), pixels.MaskStrides(), out.Strides()}, {}};
   box.Normalize();

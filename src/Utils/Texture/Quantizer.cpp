@@ -142,13 +142,14 @@ CQuantizer CQuantizer::BinWidthAtMultiple(double width) {
 }
 
 CQuantizer CQuantizer::ByEdges(std::vector<double> edges) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CQuantizer::ByEdges");
   if (edges.size() < 2 || edges.size() > std::size_t{c_mostLevels} + 1)
-    Impl::RaiseBadParam(where, CString("%1 edges are not from 2 to 65536").Arg(edges.size()));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CQuantizer::ByEdges"),
+                        CString("%1 edges are not from 2 to 65536").Arg(edges.size()));
   for (std::size_t k = 1; k < edges.size(); ++k)
     if (!(edges[k - 1] < edges[k]))
       Impl::RaiseBadParam(
-          where, CString("edge %1 does not lie below edge %2").Arg(edges[k - 1]).Arg(edges[k]));
+          ORVA_LOCATION(c_module, "ORVA::CQuantizer::ByEdges"),
+          CString("edge %1 does not lie below edge %2").Arg(edges[k - 1]).Arg(edges[k]));
   CQuantizer quantizer(EnRecipe::Edges);
   quantizer.m_Levels = static_cast<int>(edges.size()) - 1;
   quantizer.m_Edges = std::move(edges);
@@ -185,10 +186,10 @@ CQuantizer CQuantizer::Fit(StValueRange const& range) const {
 }
 
 void CQuantizer::FitWidth(StValueRange const& range) {
-  auto const where = ORVA_LOCATION(c_module, "ORVA::CQuantizer::Fit");
   if (std::max(std::abs(range.low), std::abs(range.high)) > c_greatestWidth)
     Impl::RaiseBadParam(
-        where, CString("values from %1 to %2 lead beyond 2^1000").Arg(range.low).Arg(range.high));
+        ORVA_LOCATION(c_module, "ORVA::CQuantizer::Fit"),
+        CString("values from %1 to %2 lead beyond 2^1000").Arg(range.low).Arg(range.high));
   if (m_Recipe == EnRecipe::Width) m_Low = range.low;
   if (m_Recipe == EnRecipe::WidthAtMultiple) m_Multiple = MultipleBelow(range.low, m_Width);
   m_Levels = c_mostLevels;
@@ -199,10 +200,12 @@ void CQuantizer::FitWidth(StValueRange const& range) {
       (greatest == c_mostLevels &&
        Impl::CBinning::OfWidth(m_Low, m_Multiple, m_Width, greatest + 1).Find(range.high) !=
            greatest))
-    Impl::RaiseBadParam(where, CString("bins of width %1 up to the value %2 are more than 65535")
-                                   .Arg(m_Width)
-                                   .Arg(range.high));
-  m_Levels = std::max(1, greatest); // 1 where all values lie below a given start
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CQuantizer::Fit"),
+                        CString("bins of width %1 up to the value %2 are more than 65535")
+                            .Arg(m_Width)
+                            .Arg(range.high));
+  m_Levels = std::max(1, greatest); // 1 ORVA_LOCATION(c_module, "ORVA::CQuantizer::Fit") all values
+                                    // lie below a given start
 }
 
 void CQuantizer::CheckFitted(char const* function) const {

@@ -45,10 +45,15 @@ void Append(StCellList& list, std::uint32_t key, std::uint64_t count) {
 
 StCellList ListOf(std::vector<std::uint32_t> const& sortedKeys) {
   StCellList list;
+  std::size_t cells = sortedKeys.empty() ? 0 : 1;
+  for (std::size_t k = 1; k < sortedKeys.size(); ++k) cells += sortedKeys[k] != sortedKeys[k - 1];
+  list.keys.reserve(cells);
+  list.counts.reserve(cells);
   for (std::size_t first = 0; first < sortedKeys.size();) {
     std::size_t last = first + 1;
     while (last < sortedKeys.size() && sortedKeys[last] == sortedKeys[first]) ++last;
-    Append(list, sortedKeys[first], last - first);
+    list.keys.push_back(sortedKeys[first]);
+    list.counts.push_back(last - first);
     first = last;
   }
   return list;
@@ -63,26 +68,38 @@ StCellList Sorted(StCellList const& list) {
   return sorted;
 }
 
-StCellList Merged(StCellList const& a, StCellList const& b) {
-  StCellList merged;
-  std::size_t const most = a.keys.size() + b.keys.size();
-  merged.keys.reserve(most);
-  merged.counts.reserve(most);
-  std::size_t i = 0, j = 0;
-  while (i < a.keys.size() && j < b.keys.size()) {
+// How many different keys two lists have; a pass over the keys alone costs less than room for cells
+// that there are not.
+std::size_t CellsOfBoth(StCellList const& a, StCellList const& b) {
+  std::size_t i = 0, j = 0, cells = 0;
+  for (; i < a.keys.size() && j < b.keys.size(); ++cells) {
     std::uint32_t const x = a.keys[i], y = b.keys[j];
-    merged.keys.push_back(std::min(x, y));
-    merged.counts.push_back((x <= y ? a.counts[i] : 0) + (y <= x ? b.counts[j] : 0));
     i += x <= y;
     j += y <= x;
   }
-  auto const appendRest = [&merged](StCellList const& list, std::size_t from) {
-    auto const rest = static_cast<std::ptrdiff_t>(from);
-    merged.keys.insert(merged.keys.end(), list.keys.begin() + rest, list.keys.end());
-    merged.counts.insert(merged.counts.end(), list.counts.begin() + rest, list.counts.end());
+  return cells + (a.keys.size() - i) + (b.keys.size() - j);
+}
+
+StCellList Merged(StCellList const& a, StCellList const& b) {
+  StCellList merged;
+  std::size_t const cells = CellsOfBoth(a, b);
+  merged.keys.resize(cells);
+  merged.counts.resize(cells);
+  std::size_t i = 0, j = 0, k = 0;
+  for (; i < a.keys.size() && j < b.keys.size(); ++k) { // without a branch: nobody knows what comes
+    std::uint32_t const x = a.keys[i], y = b.keys[j];
+    merged.keys[k] = std::min(x, y);
+    merged.counts[k] = (x <= y ? a.counts[i] : 0) + (y <= x ? b.counts[j] : 0);
+    i += x <= y;
+    j += y <= x;
+  }
+  auto const copyRest = [&merged, k](StCellList const& list, std::size_t from) {
+    auto const rest = static_cast<std::ptrdiff_t>(from), to = static_cast<std::ptrdiff_t>(k);
+    std::copy(list.keys.begin() + rest, list.keys.end(), merged.keys.begin() + to);
+    std::copy(list.counts.begin() + rest, list.counts.end(), merged.counts.begin() + to);
   };
-  appendRest(a, i);
-  appendRest(b, j);
+  if (i < a.keys.size()) copyRest(a, i);
+  if (j < b.keys.size()) copyRest(b, j);
   return merged;
 }
 

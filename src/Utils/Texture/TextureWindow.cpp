@@ -59,18 +59,21 @@ void Clip(StPairBox& box, Vector const& extent) noexcept {
   }
 }
 
-// The axes in the order in which windows are visited: along the first axis they move, which is x,
-// or where x has too few windows to make up for the start of a line, the one with the most.
+// Columns that come or go for each voxel of a window and window, where windows move along an axis:
+// all of them at the start of a line, then a few.
+double CostAlong(StWindowBand const& band, std::size_t axis) noexcept {
+  auto const windows = static_cast<double>(band.count[axis]);
+  auto const side = static_cast<double>(Impl::LargestSide(band, axis));
+  return (side + (windows - 1) * std::min(side, static_cast<double>(band.step[axis]))) /
+         (windows * side);
+}
+
+// The axes in the order in which windows are visited: along x, unless another axis costs less than
+// half.
 std::array<std::size_t, 3> OrderOf(StWindowBand const& band) noexcept {
   std::array<std::size_t, 3> order{0, 1, 2};
-  auto const perSide = [&](std::size_t k) {
-    return static_cast<double>(band.count[k]) * static_cast<double>(band.step[k]) /
-           static_cast<double>(Impl::LargestSide(band, k));
-  };
-  std::size_t best = 0;
-  for (std::size_t k = 1; k < 3; ++k)
-    if (perSide(k) > perSide(best)) best = k;
-  if (perSide(0) < 4) std::swap(order[0], order[best]);
+  std::size_t const other = CostAlong(band, 1) <= CostAlong(band, 2) ? 1 : 2;
+  if (2 * CostAlong(band, other) < CostAlong(band, 0)) std::swap(order[0], order[other]);
   return order;
 }
 
@@ -124,14 +127,14 @@ CTextureWindow::~CTextureWindow() = default;
 // What is asked for
 
 void CTextureWindow::SetSides(CSize const& sides) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides");
   Vector const side = AsVector(sides);
   for (int64 const s : side)
     if (s < 1 || s % 2 == 0)
-      Impl::RaiseBadParam(location,
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides"),
                           CString("the sides of a window are odd, not %1").Arg(Text(side)));
   if (std::ranges::max(side) > c_mostVoxels || Product(side) > c_mostVoxels)
-    Impl::RaiseBadParam(location, CString("a window of %1 voxels is too large").Arg(Text(side)));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetSides"),
+                        CString("a window of %1 voxels is too large").Arg(Text(side)));
   m_Sides = sides;
 }
 
@@ -143,15 +146,17 @@ void CTextureWindow::SetDisplacements(std::span<CTriple<int64> const> displaceme
 }
 
 void CTextureWindow::SetFeatures(std::span<EnTextureFeature const> features) {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures");
-  if (features.empty()) Impl::RaiseBadParam(location, "no feature");
+  if (features.empty())
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"), "no feature");
   for (EnTextureFeature const feature : features) {
     auto const number = static_cast<std::size_t>(feature);
     if (number >= c_nTextureFeatures)
-      Impl::RaiseBadParam(location, CString("no feature has the number %1").Arg(number));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"),
+                          CString("no feature has the number %1").Arg(number));
     if (Impl::Finisher(feature) == nullptr)
-      Impl::RaiseBadParam(location, CString("the feature %1 has no moving window")
-                                        .Arg(CString(std::string(FeatureName(feature)))));
+      Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::SetFeatures"),
+                          CString("the feature %1 has no moving window")
+                              .Arg(CString(std::string(FeatureName(feature)))));
   }
   m_Features.assign(features.begin(), features.end());
 }
@@ -211,30 +216,30 @@ StRowRange CTextureWindow::InputRows(CSize const& image, StRowRange const& rows)
 // Checks
 
 void CTextureWindow::CheckLevels(int levels) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels");
   Vector const side = AsVector(m_Sides);
   if (levels > c_mostLevels)
-    Impl::RaiseBadParam(location, CString("%1 levels in a moving window").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
+                        CString("%1 levels in a moving window").Arg(levels));
   if (levels * Product(side) > c_mostVoxelsTimesLevels)
-    Impl::RaiseBadParam(location,
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
                         CString("%1 levels in a window of %2").Arg(levels).Arg(Text(side)));
   if (levels > Impl::c_mostProminenceLevels &&
       std::ranges::find(m_Features, EnTextureFeature::ClusterProminence) != m_Features.end())
-    Impl::RaiseBadParam(location, CString("%1 levels with the cluster prominence").Arg(levels));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckLevels"),
+                        CString("%1 levels with the cluster prominence").Arg(levels));
 }
 
 void CTextureWindow::CheckSize(CSize const& image) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize");
   Vector const side = AsVector(m_Sides);
   for (auto k = static_cast<std::size_t>(image.Dim()); k < 3; ++k)
     if (side[k] != 1)
       Impl::RaiseBadParam(
-          location,
+          ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize"),
           CString("a window of %1 in an image of dimension %2").Arg(Text(side)).Arg(image.Dim()));
   for (auto const& d : m_Displacements)
     for (std::size_t k = 0; k < 3; ++k)
       if (AsVector(d)[k] <= -side[k] || AsVector(d)[k] >= side[k])
-        Impl::RaiseBadParam(location,
+        Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckSize"),
                             CString("displacement (%1, %2, %3) leaves no pair in a window of %4")
                                 .Arg(d.x)
                                 .Arg(d.y)
@@ -245,22 +250,22 @@ void CTextureWindow::CheckSize(CSize const& image) const {
 // What is given must be the part of the image that the rows need, and leave room for their values.
 void CTextureWindow::CheckPart(CLevelImage const& levels, int64 first, CSize const& image,
                                StRowRange const& rows) const {
-  auto const location = ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart");
   auto const axis = LastAxis(image);
   StRowRange const needed = InputRows(image, rows);
   Vector const extent = AsVector(image), held = levels.Extents();
   bool const isThere = needed.low == needed.high ||
                        (first <= needed.low && first >= 0 && needed.high - first <= held[axis]);
   if (!isThere)
-    Impl::RaiseBadParam(location, CString("%1 rows from %2 on where those from %3 to %4 are needed")
-                                      .Arg(held[axis])
-                                      .Arg(first)
-                                      .Arg(needed.low)
-                                      .Arg(needed.high));
+    Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart"),
+                        CString("%1 rows from %2 on where those from %3 to %4 are needed")
+                            .Arg(held[axis])
+                            .Arg(first)
+                            .Arg(needed.low)
+                            .Arg(needed.high));
   for (std::size_t k = 0; k < 3; ++k)
     if (k != axis && held[k] != extent[k])
       Impl::RaiseBadParam(
-          location,
+          ORVA_LOCATION(c_module, "ORVA::CTextureWindow::CheckPart"),
           CString("levels of %1 voxels of an image of %2").Arg(Text(held)).Arg(Text(extent)));
 }
 

@@ -15,12 +15,22 @@ namespace {
 // Windows of one line that are worked on together. Their columns of pairs shall stay in a cache
 // close by, and there shall be several times as many of them as a window has.
 int64 WindowsPerTile(StWindowBand const& band) noexcept {
-  constexpr int64 c_keys = int64{1} << 16, c_mostColumns = 1024;
+  constexpr int64 c_keys = int64{1} << 16, c_columns = 1024, c_mostColumns = int64{1} << 16;
   int64 const side = LargestSide(band, 0);
   if (band.step[0] >= side) return 1; // nothing is shared from one to the next
-  int64 const fitting =
-      std::min(c_mostColumns, c_keys / (LargestSide(band, 1) * LargestSide(band, 2)));
-  return std::max<int64>(1, std::max(4 * side, fitting) / band.step[0]);
+  int64 const fitting = std::min(c_columns, c_keys / (LargestSide(band, 1) * LargestSide(band, 2)));
+  return std::max<int64>(1, std::clamp(4 * side, fitting, c_mostColumns) / band.step[0]);
+}
+
+// Lines that are worked on together slice by slice: as many as some mebibytes hold the sums of, but
+// no fewer than a window has.
+int64 RowsPerBlock(StWindowBand const& band, int64 windows) noexcept {
+  constexpr int64 c_sums = int64{1} << 16;
+  int64 const side = LargestSide(band, 1);
+  if (LargestSide(band, 2) == 1) return band.count[1]; // no sums are kept
+  if (band.step[1] >= side) return 1;                  // nothing is shared from one to the next
+  int64 const fitting = c_sums / ((windows - 1) * band.step[0] + LargestSide(band, 0)) - side;
+  return std::max<int64>(1, std::max(side, fitting) / band.step[1]);
 }
 
 StPairKey KeyOf(StWindowBand const& band) noexcept {
@@ -79,22 +89,26 @@ public:
       : m_Band(band), m_Maps(maps), m_Tables(units),
         m_Histograms(units, KeyOf(band), NeedsOf(band.features)), m_Means(band, units) {
     for (StPairBox const& box : band.boxes)
-      m_Columns.emplace_back(band.pixels, box, KeyOf(band), m_Tables);
+      m_Columns.emplace_back(band.pixels, box, KeyOf(band), m_Tables, m_Histograms.AreNeeded());
   }
 
-  // `windows` of each line, from the one at `first` on.
-  void Tile(int64 first, int64 windows, std::function<void()> const& advance) {
-    auto const& [firstX, firstY, firstZ] = m_Band.first;
+  // `windows` of each line from the one at `first` on, of `rows` lines of each slice.
+  void Block(int64 first, int64 windows, int64 firstRow, int64 rows,
+             std::function<void()> const& advance) {
+    auto const& [stepX, stepY, stepZ] = m_Band.step;
+    Vector const center{m_Band.first[0] + first * stepX, m_Band.first[1] + firstRow * stepY,
+                        m_Band.first[2]};
     m_Line.resize(static_cast<std::size_t>(windows));
+    for (auto& columns : m_Columns)
+      columns.Start(center, (windows - 1) * stepX + columns.PerWindow(), (rows - 1) * stepY);
     for (int64 k = 0; k < m_Band.count[2]; ++k) {
-      for (auto& columns : m_Columns)
-        columns.Start({firstX + first * m_Band.step[0], firstY, firstZ + k * m_Band.step[2]},
-                      (windows - 1) * m_Band.step[0] + columns.PerWindow());
-      for (int64 j = 0; j < m_Band.count[1]; ++j) {
+      if (k > 0)
+        for (auto& columns : m_Columns) columns.MoveOn(stepZ);
+      for (int64 j = 0; j < rows; ++j) {
         if (j > 0)
-          for (auto& columns : m_Columns) columns.MoveDown(m_Band.step[1]);
+          for (auto& columns : m_Columns) columns.MoveDown(stepY);
         Line();
-        Write(first * m_Maps.stride[0] + j * m_Maps.stride[1] + k * m_Maps.stride[2]);
+        Write(first * m_Maps.stride[0] + (firstRow + j) * m_Maps.stride[1] + k * m_Maps.stride[2]);
         advance();
       }
     }
@@ -143,9 +157,11 @@ void ComputeBand(StWindowBand const& band, StWindowUnits const& units, StWindowM
                  std::function<void()> const& advance) {
   if (IsEmpty(band)) return;
   CBand work(band, units, maps);
-  int64 const tile = WindowsPerTile(band);
+  int64 const tile = WindowsPerTile(band), block = RowsPerBlock(band, tile);
   for (int64 first = 0; first < band.count[0]; first += tile)
-    work.Tile(first, std::min(tile, band.count[0] - first), advance);
+    for (int64 row = 0; row < band.count[1]; row += block)
+      work.Block(first, std::min(tile, band.count[0] - first), row,
+                 std::min(block, band.count[1] - row), advance);
 }
 
 } // namespace ORVA::Impl

@@ -79,20 +79,26 @@ struct StLinearTables {
 /// The greatest number of levels whose fourth powers are summed.
 inline constexpr int c_mostProminenceLevels = 2048;
 
-/// Keys of all pairs of a row of windows, those of one column side by side. Their order within a
-/// column is that of a ring, which one more row overwrites where the oldest one was. Sums over the
-/// column follow, so that their cost does not depend on the window's height.
+/// Keys of all pairs of a row of windows, those of one column side by side, and the linear sums
+/// over each column. The order of keys within a column is that of a ring, which one more row
+/// overwrites where the oldest one was. Sums follow what enters and leaves, so that their cost does
+/// not depend on the window's sides: those over a row's depth are kept for all rows of a block from
+/// slice to slice, those over a column from row to row.
 class CPairColumns {
 public:
+  /// Without `needsKeys` there may be sums alone.
   CPairColumns(StLevelPixels const& pixels, StPairBox const& box, StPairKey const& key,
-               StLinearTables const& tables);
+               StLinearTables const& tables, bool needsKeys);
 
-  /// Puts the center of the first window at a voxel and reads `count` columns.
-  void Start(Vector const& center, int64 count);
+  /// Begins a block of slices: puts the center of the first window at a voxel, for `columns`
+  /// columns and windows that will be moved down by up to `down` rows.
+  void Start(Vector const& center, int64 columns, int64 down);
+  /// Moves all windows `slices` voxels along z, and back up to the first row.
+  void MoveOn(int64 slices);
   /// Moves all windows `rows` voxels along y.
   void MoveDown(int64 rows);
 
-  /// Columns of one window, and pairs of one column.
+  /// Columns of one window, and keys of one column, 0 where there are none.
   [[nodiscard]] int64 PerWindow() const noexcept { return m_Box.side[0]; }
   [[nodiscard]] std::size_t PerColumn() const noexcept { return m_PerColumn; }
   /// Keys from a column on.
@@ -104,10 +110,18 @@ public:
   }
 
 private:
+  [[nodiscard]] bool KeepsRows() const noexcept { return m_Box.side[2] > 1; }
+  void StartSlice();
   void WriteRow(int64 y);
-  template <class Level>
-  void WriteRow(std::uint32_t* keys, int64 y, int64 z);
-  void Put(std::uint32_t& key, StLinearSums& sums, std::uint32_t next) noexcept;
+  void AddRow(int64 y);
+  void SubtractRow(int64 y);
+  void AddPlane(int64 z);
+  void SubtractPlane(int64 z);
+  [[nodiscard]] StLinearSums* Row(int64 y) noexcept;
+  template <class Visit>
+  void ForEachPair(int64 y, int64 z, Visit visit) const;
+  template <class Level, class Visit>
+  void ForEachPairOf(int64 y, int64 z, Visit visit) const;
   void Add(StLinearSums& sums, std::uint32_t key) const noexcept;
   void Subtract(StLinearSums& sums, std::uint32_t key) const noexcept;
 
@@ -117,9 +131,12 @@ private:
   StPairKey m_Key;
   std::size_t m_PerColumn;
   Vector m_First{}; // first voxel of the first pair of the first window
-  int64 m_Count = 0;
+  int64 m_Top = 0;  // its y at the start of a slice
+  int64 m_Rows = 0; // of the block
+  std::size_t m_Columns = 0;
   std::vector<std::uint32_t> m_Keys;
-  std::vector<StLinearSums> m_Linear;
+  std::vector<StLinearSums> m_Linear;  // of each column
+  std::vector<StLinearSums> m_RowSums; // of each row of the block and column, over the depth
 };
 
 } // namespace ORVA::Impl

@@ -29,6 +29,8 @@ void Symmetrize(StWindowSums& w, int64 equal, int64 one) noexcept {
 template <int Joint, bool Marginals, bool Differences, bool Sums, bool IsSymmetric>
 class CWindowHistograms::CMoving {
 public:
+  static constexpr bool c_isNeeded = Joint > 0 || Marginals || Differences || Sums;
+
   explicit CMoving(CWindowHistograms& self) noexcept
       : m_Steps(self.m_Units.logs.Steps().data()), m_Joint(self.m_Counts.joint.data()),
         m_Rows(self.m_Counts.rows.data()),
@@ -117,26 +119,28 @@ void CWindowHistograms::RunLine(CWindowHistograms& self, CPairColumns const& col
                                 std::span<StWindowSums> line) {
   int64 const perWindow = columns.PerWindow(), moved = std::min(step, perWindow);
   std::size_t const perColumn = columns.PerColumn();
+  std::size_t const inWindow = static_cast<std::size_t>(perWindow) * perColumn;
   Moving moving(self);
   StLinearSums linear;
   for (int64 c = 0; c < perWindow; ++c) linear += columns.Linear(c);
-  auto const* first = columns.Keys(0);
-  for (std::size_t k = 0; k < static_cast<std::size_t>(perWindow) * perColumn; ++k)
-    if (first[k] != StPairKey::c_none) moving.Add(first[k]);
+  if constexpr (Moving::c_isNeeded)
+    for (std::uint32_t const key : std::span(columns.Keys(0), inWindow))
+      if (key != StPairKey::c_none) moving.Add(key);
   int64 column = 0;
   for (std::size_t w = 0; w < line.size(); ++w) {
     line[w] = self.SumsOf(linear, moving.Now());
     if (w + 1 == line.size()) break;
     int64 const entering = column + step + perWindow - moved;
-    moving.Move(columns.Keys(column), columns.Keys(entering),
-                static_cast<std::size_t>(moved) * perColumn);
+    if constexpr (Moving::c_isNeeded)
+      moving.Move(columns.Keys(column), columns.Keys(entering),
+                  static_cast<std::size_t>(moved) * perColumn);
     for (int64 c = 0; c < moved; ++c) {
       linear += columns.Linear(entering + c);
       linear -= columns.Linear(column + c);
     }
     column += step;
   }
-  self.Empty({columns.Keys(column), static_cast<std::size_t>(perWindow) * perColumn});
+  if constexpr (Moving::c_isNeeded) self.Empty({columns.Keys(column), inWindow});
 }
 
 template <std::size_t... K>
@@ -147,7 +151,8 @@ CWindowHistograms::AllRuns(std::index_sequence<K...>) {
 
 CWindowHistograms::CWindowHistograms(StWindowUnits const& units, StPairKey const& key,
                                      StWindowNeeds const& needs)
-    : m_Units(units), m_Key(key) {
+    : m_Units(units), m_Key(key),
+      m_AreNeeded(needs.joint || needs.marginals || needs.differences || needs.sums) {
   constexpr auto runs = AllRuns(std::make_index_sequence<48>());
   unsigned const joint = needs.maximum ? 2 : needs.joint ? 1 : 0;
   m_Run = runs[joint << 4U | unsigned{needs.marginals} << 3U | unsigned{needs.differences} << 2U |

@@ -32,6 +32,8 @@ class CWindowHistograms {
 public:
   CWindowHistograms(StWindowUnits const& units, StPairKey const& key, StWindowNeeds const& needs);
 
+  /// Whether there is any; else only linear sums are filled in, and no keys are read.
+  [[nodiscard]] bool AreNeeded() const noexcept { return m_AreNeeded; }
   /// Fills in the sums of lines.size() windows, the first at the first column, each `step` columns
   /// further than the one before.
   void Line(CPairColumns const& columns, int64 step, std::span<StWindowSums> line);
@@ -56,6 +58,7 @@ private:
   StWindowUnits const& m_Units;
   StPairKey m_Key;
   StCounts m_Counts;
+  bool m_AreNeeded;
   Run m_Run;
 };
 

@@ -37,6 +37,10 @@ private:
   int m_Descriptor;
 };
 
+fs::path FolderOf(fs::path const& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
 // The file behind symbolic links, also where that does not exist yet.
 fs::path Resolve(fs::path path) {
   std::error_code error;
@@ -48,8 +52,21 @@ fs::path Resolve(fs::path path) {
   return path;
 }
 
-fs::path FolderOf(fs::path const& path) {
-  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+// The number of the process's own open file that a path names, of whatever links it consists.
+std::optional<int> OpenFileOf(fs::path path) {
+  std::error_code error;
+  fs::path const folder = "/proc/" + std::to_string(::getpid()) + "/fd";
+  for (int links = 0; links < 40; ++links) {
+    std::string const name = path.filename();
+    bool const isNumber = !name.empty() && name.size() < 6 &&
+                          name.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber && fs::canonical(FolderOf(path), error) == folder) return std::stoi(name);
+    if (!fs::is_symlink(fs::symlink_status(path, error))) return std::nullopt;
+    fs::path const next = fs::read_symlink(path, error);
+    if (error) return std::nullopt;
+    path = path.parent_path() / next;
+  }
+  return std::nullopt;
 }
 
 fs::path TemporaryPath(fs::path const& folder, fs::path const& target) {
@@ -77,8 +94,11 @@ private:
 
 } // namespace
 
-CAtomicFile::CAtomicFile(fs::path const& target) : m_Target(target), m_Resolved(Resolve(target)) {
+CAtomicFile::CAtomicFile(fs::path const& target)
+    : m_Target(target), m_Resolved(Resolve(target)),
+      m_Descriptor(DescriptorOf(target).value_or(-1)), m_Replaces(m_Descriptor < 0) {
   if (target.empty()) throw CAppError("the name of the output file is empty");
+  if (!m_Replaces) return MakeTemporary(fs::temp_directory_path());
   struct stat status = {};
   bool const exists = ::stat(m_Resolved.c_str(), &status) == 0;
   if (!exists && errno != ENOENT) Fail(errno);
@@ -124,45 +144,95 @@ void CAtomicFile::WriteWith(int mode, std::string_view bytes) {
   if (int const error = file.Close(); error != 0) Fail(error);
 }
 
-void CAtomicFile::Commit() {
-  if (!m_Replaces) return CopyInto(m_Resolved);
-  CDescriptor file(Temporary(), O_RDONLY);
+void CAtomicFile::Commit() { CommitAll({this}); }
+
+void CAtomicFile::Flush() const {
+  if (!m_Replaces) return;
+  CDescriptor const file(Temporary(), O_RDONLY);
   if (!file.IsOpen() || ::fsync(file.Get()) != 0) Fail(errno);
-  if (::rename(Temporary().c_str(), m_Resolved.c_str()) != 0) Fail(errno);
 }
 
-void CAtomicFile::CopyInto(fs::path const& device) const {
-  CDescriptor from(Temporary(), O_RDONLY);
-  if (!from.IsOpen()) Fail(errno);
+void CAtomicFile::CopyOut() const {
+  if (m_Replaces) return;
+  if (m_Descriptor >= 0) return CopyInto(m_Descriptor);
   // A pipe that nobody reads would keep us waiting; one that somebody reads may be full.
-  CDescriptor to(device, O_WRONLY | O_NONBLOCK);
+  CDescriptor to(m_Resolved, O_WRONLY | O_NONBLOCK);
   if (!to.IsOpen() && errno == ENXIO)
     throw CAppError("cannot write " + Quoted(m_Target) + ": nobody reads from it");
   if (!to.IsOpen() || ::fcntl(to.Get(), F_SETFL, 0) != 0) Fail(errno);
+  CopyInto(to.Get());
+  if (int const error = to.Close(); error != 0) Fail(error);
+}
+
+void CAtomicFile::CopyInto(int to) const {
+  CDescriptor const from(Temporary(), O_RDONLY);
+  if (!from.IsOpen()) Fail(errno);
   std::array<char, 1 << 16> buffer;
   while (true) {
     ssize_t const count = ::read(from.Get(), buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Fail(errno);
     if (count == 0) break;
-    int const error = WriteAll(to.Get(), {buffer.data(), static_cast<std::size_t>(count)});
+    int const error = WriteAll(to, {buffer.data(), static_cast<std::size_t>(count)});
     if (error != 0) Fail(error);
   }
-  if (int const error = to.Close(); error != 0) Fail(error);
+}
+
+// What stands under the name gets another one for the time being.
+void CAtomicFile::Rename() {
+  if (!m_Replaces) return;
+  {
+    CSignalPause const pause;
+    fs::path const old = TemporaryPath(FolderOf(m_Resolved), m_Target);
+    if (::link(m_Resolved.c_str(), old.c_str()) == 0) m_Old = std::make_unique<CTemporaryName>(old);
+  }
+  if (::rename(Temporary().c_str(), m_Resolved.c_str()) != 0) Fail(errno);
+  m_Renamed = true;
+}
+
+void CAtomicFile::TakeBack() noexcept {
+  if (!m_Renamed) return;
+  if (m_Old)
+    (void)::rename(m_Old->Path().c_str(), m_Resolved.c_str());
+  else
+    (void)::unlink(m_Resolved.c_str());
+  m_Renamed = false;
+}
+
+void CommitAll(std::vector<CAtomicFile*> const& files, std::function<void()> const& print) {
+  std::vector<CAtomicFile*> given = files;
+  std::erase(given, nullptr);
+  for (CAtomicFile const* const file : given) file->Flush();
+  for (CAtomicFile const* const file : given) file->CopyOut();
+  if (print) print();
+  try {
+    for (CAtomicFile* const file : given) file->Rename();
+  } catch (...) {
+    for (CAtomicFile* const file : given) file->TakeBack();
+    throw;
+  }
+  for (CAtomicFile* const file : given) file->m_Old.reset();
+}
+
+std::optional<int> DescriptorOf(fs::path const& path) {
+  if (path == "-") return STDOUT_FILENO;
+  return OpenFileOf(path);
 }
 
 void RefuseSameFile(fs::path const& output, fs::path const& input) {
-  std::error_code error; // a file that is missing is no other
+  if (DescriptorOf(output)) return; // whoever opened it had it so
+  std::error_code error;            // a file that is missing is no other
   if (fs::equivalent(output, input, error))
     throw CAppError("cannot write " + Quoted(output) + ": it is the input " + Quoted(input));
 }
 
 bool IsSameFile(fs::path const& a, fs::path const& b) {
+  auto const first = DescriptorOf(a), second = DescriptorOf(b);
+  if (first || second) return first == second;
   std::error_code error;
   if (fs::equivalent(a, b, error)) return !fs::is_character_file(a, error);
-  auto const first = fs::weakly_canonical(fs::absolute(a, error), error);
-  auto const second = fs::weakly_canonical(fs::absolute(b, error), error);
-  return !first.empty() && first == second;
+  auto const whole = fs::weakly_canonical(fs::absolute(a, error), error);
+  return !whole.empty() && whole == fs::weakly_canonical(fs::absolute(b, error), error);
 }
 
 int WriteAll(int descriptor, std::string_view bytes) noexcept {

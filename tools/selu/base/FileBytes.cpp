@@ -28,9 +28,10 @@ std::string EndingOf(fs::path const& path) {
 std::uint64_t SizeOfReadable(fs::path const& path, fs::path const& header) {
   struct stat status = {};
   auto const fail = [&](std::string const& why) -> std::uint64_t {
-    std::string const named = header.empty() || header == path
-                                  ? Quoted(path)
-                                  : Quoted(header) + ", whose pixels are in " + Quoted(path);
+    std::string const named =
+        header.empty() || header == path
+            ? Quoted(path)
+            : Quoted(header) + ", whose pixels are in " + QuotedPart(path.native());
     throw CAppError("cannot read " + named + ": " + why);
   };
   if (::stat(path.c_str(), &status) != 0) return fail(SystemText(errno));

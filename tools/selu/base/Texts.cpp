@@ -80,6 +80,18 @@ std::string Shown(std::filesystem::path const& path) {
 
 std::string Quoted(std::filesystem::path const& path) { return '"' + Shown(path) + '"'; }
 
+std::string QuotedPart(std::string_view text) {
+  constexpr std::size_t most = 80, head = 40, tail = 37;
+  if (text.size() <= most) return Quoted(text);
+  auto const isInside = [&](std::size_t place) { // of a character of several bytes
+    return (static_cast<unsigned char>(text[place]) & 0xc0) == 0x80;
+  };
+  std::size_t first = head, last = text.size() - tail;
+  while (first > head - 4 && isInside(first)) --first;
+  while (last < text.size() - tail + 4 && isInside(last)) ++last;
+  return Quoted(std::string(text.substr(0, first)) + "..." + std::string(text.substr(last)));
+}
+
 std::string SystemText(int error) { return std::generic_category().message(error); }
 
 } // namespace selu

@@ -35,6 +35,8 @@ namespace selu {
 [[nodiscard]] std::string Shown(std::filesystem::path const& path);
 /// A path for messages: in quotes, control characters replaced, so that it stays on one line.
 [[nodiscard]] std::string Quoted(std::filesystem::path const& path);
+/// A text from a file for messages: in quotes, on one line, at most 80 characters of it.
+[[nodiscard]] std::string QuotedPart(std::string_view text);
 /// What the system calls this error number.
 [[nodiscard]] std::string SystemText(int error);
 

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <fstream>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@
 namespace selu {
 namespace {
 
+constexpr double c_unknown = std::numeric_limits<double>::infinity();
 constexpr std::uint32_t c_undefined = 0xffffffff; // the element's end is told by a delimiter
 constexpr std::uint32_t c_syntaxTag = 0x00020010, c_bitsTag = 0x00280100, c_pixelTag = 0x7fe00010;
 
@@ -34,19 +36,20 @@ public:
       m_Place = m_Size; // elements without a preamble are left to the reader
   }
 
-  void Check(double pixels) {
+  double Walk() {
     bool plain = false, anyPixels = false, walked = false;
     std::uint32_t bits = 0;
+    double pixels = c_unknown;
     while (m_Place < m_Size) {
       walked = true;
       auto const element = Next();
-      if (!element) return; // lost: nothing can be said
-      if (element->tag == c_syntaxTag && !Begin(*element)) return;
+      if (!element) return pixels; // lost: nothing can be said
+      if (element->tag == c_syntaxTag && !Begin(*element)) return pixels;
       if (element->tag == c_bitsTag) bits = Number(element->value, 2);
       if (element->tag == c_pixelTag) {
         anyPixels = true;
         plain = element->length != c_undefined;
-        if (plain && element->length < pixels * bits / 8) Fail();
+        if (plain && bits > 0) pixels = element->length * 8.0 / bits;
       }
       // Of an element of undefined length the contents are walked through as well.
       m_Place = element->value + (element->length == c_undefined ? 0 : element->length);
@@ -54,6 +57,7 @@ public:
       m_Delimited = element->tag == 0xfffee0dd;
     }
     if (walked && (!anyPixels || (!plain && !m_Delimited))) Fail();
+    return pixels;
   }
 
 private:
@@ -115,8 +119,6 @@ private:
 
 } // namespace
 
-void CheckDicomElements(std::filesystem::path const& path, double pixels) {
-  CDicomFile(path).Check(pixels);
-}
+double WalkDicomElements(std::filesystem::path const& path) { return CDicomFile(path).Walk(); }
 
 } // namespace selu

@@ -27,6 +27,8 @@ StGivenDirection ParseDirection(std::string const& text) {
   for (auto const number : *numbers)
     if (number < INT32_MIN || number > INT32_MAX)
       throw CUsageError("--direction needs numbers of 32 bits, not \"" + text + "\"");
+  if (std::all_of(numbers->begin(), numbers->end(), [](int64 number) { return number == 0; }))
+    throw CUsageError("--direction needs a direction other than " + text);
   return {text, *numbers};
 }
 

@@ -1,9 +1,11 @@
 #include "images/FileFormat.h"
 
+#include "base/AtomicFile.h"
 #include "base/Errors.h"
 #include "base/FileBytes.h"
 #include "base/Texts.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -71,7 +73,13 @@ EnFormat FormatOf(fs::path const& path, std::string_view beginning) {
                   ": it is no PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM image");
 }
 
+bool IsImageEnding(std::string_view ending) noexcept {
+  return std::any_of(c_outputEndings.begin(), c_outputEndings.end(),
+                     [&](auto const& known) { return known.first == ending; });
+}
+
 EnFormat FormatForOutput(fs::path const& path) {
+  if (DescriptorOf(path)) return EnFormat::Nrrd;
   std::string const ending = EndingOf(path);
   for (auto const& [known, format] : c_outputEndings)
     if (ending == known) return format;

@@ -18,7 +18,10 @@ enum class EnFormat { Png, Tiff, Nrrd, Meta, Nifti, Dicom };
 /// CAppError for one of none of the formats.
 [[nodiscard]] EnFormat FormatOf(std::filesystem::path const& path, std::string_view beginning);
 
+/// Whether FormatForOutput knows the ending.
+[[nodiscard]] bool IsImageEnding(std::string_view ending) noexcept;
 /// Throws CAppError for an ending that is none of .png, .tif, .tiff, .nrrd, .mha, .nii and .nii.gz.
+/// What goes to an open file, such as "-" for standard output, is NRRD.
 [[nodiscard]] EnFormat FormatForOutput(std::filesystem::path const& path);
 
 } // namespace selu

@@ -14,6 +14,8 @@
 #include <pxlib2image/Image.h>
 
 #include <filesystem>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace selu {
@@ -54,6 +56,9 @@ private:
 /// Both at once.
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
 
+/// Keys and values that go into an image file beside the pixels.
+using ImageNotes = std::vector<std::pair<std::string, std::string>>;
+
 /// Refuses, with CAppError, an output that is one of the image's files, under whatever name.
 void RefuseOverwriting(std::filesystem::path const& output, COpenImage const& image);
 /// Refuses, with CAppError, what WriteImage could not write under this name: an unknown ending or a
@@ -61,8 +66,10 @@ void RefuseOverwriting(std::filesystem::path const& output, COpenImage const& im
 void CheckImageOutput(std::filesystem::path const& path, ORVA::IImage::CType type, int dimension);
 void CheckImageOutput(std::filesystem::path const& path, EnPixel pixel, int dimension);
 /// Writes a framework image of 8, 16 or 32-bit or floating-point pixels to the file's temporary and
-/// reads it back to be sure; the file is not committed. Formats that hold no grid leave it out.
-void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid = {});
+/// reads it back to be sure; the file is not committed. Formats that hold no grid leave it out. The
+/// notes become key-values of NRRD and MetaImage and the description of a TIFF; others hold none.
+void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid = {},
+                ImageNotes const& notes = {});
 /// The same for pixels of any type, with the image's grid.
 void WriteImage(CAtomicFile& file, CRawImage const& image);
 

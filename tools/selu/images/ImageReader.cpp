@@ -6,7 +6,7 @@
 #include "base/Texts.h"
 #include "images/DicomElements.h"
 #include "images/PixelStore.h"
-#include "images/TiffPages.h"
+#include "images/TextPixels.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,7 +25,8 @@ using ORVA::int64;
 // The extents without trailing ones beyond the second.
 std::vector<int64> UsedExtents(std::vector<int64> extents, fs::path const& path) {
   while (extents.size() > 2 && extents.back() == 1) extents.pop_back();
-  std::string const text = Joined(extents, " x ");
+  std::string text = Joined(extents, " x ");
+  if (text.size() > 80) text = text.substr(0, 77) + "...";
   if (extents.size() < 2) RefuseRead(path, "it has 1 dimension, but selu needs 2 or 3");
   if (extents.size() > 3)
     RefuseRead(path, "it has " + std::to_string(extents.size()) + " dimensions (" + text +
@@ -65,22 +66,55 @@ StGrid SoundGrid(StGrid grid) {
 
 } // namespace
 
+namespace {
+
+// Text is read as such; all else about the file says another reader.
+class CTextReader : public IImageReader {
+public:
+  CTextReader(std::unique_ptr<IImageReader> header, StPixelStore store)
+      : m_Header(std::move(header)), m_Store(std::move(store)) {}
+  StClaim Claim() override {
+    StClaim claim = m_Header->Claim();
+    m_Pixel = claim.pixel.value_or(EnPixel::UInt8);
+    return claim;
+  }
+  void Read(std::span<std::byte> pixels) override {
+    ReadTextPixels(m_Store.file, m_Store.offset, m_Pixel, pixels);
+  }
+
+private:
+  std::unique_ptr<IImageReader> m_Header;
+  StPixelStore m_Store;
+  EnPixel m_Pixel = EnPixel::UInt8;
+};
+
+std::unique_ptr<IImageReader> MakeReader(fs::path const& path, EnFormat format,
+                                         StPixelStore const& store) {
+  if (format == EnFormat::Tiff) return MakeTiffReader(path);
+  auto reader = MakeItkReader(path, format);
+  if (!store.isText) return reader;
+  return std::make_unique<CTextReader>(std::move(reader), store);
+}
+
+} // namespace
+
 StOpened OpenReader(fs::path const& path) {
   StOpened opened;
   std::string const beginning = BeginningOf(path, c_headerBytes);
   opened.format = FormatOf(path, beginning);
-  auto const store = StoreOf(path, opened.format, beginning);
+  auto store = StoreOf(path, opened.format, beginning);
   opened.files = {path};
   if (store.file != path) opened.files.push_back(store.file);
-  if (opened.format == EnFormat::Tiff) CheckTiffPages(path);
-  opened.reader = MakeItkReader(path, opened.format);
+  double const plainPixels = opened.format == EnFormat::Dicom ? WalkDicomElements(path) : INFINITY;
+  opened.reader = MakeReader(path, opened.format, store);
   StClaim const claim = opened.reader->Claim();
   auto const extents = UsedExtents(claim.extents, path);
   EnPixel const pixel = GrayPixel(claim, path);
+  if (claim.ratio > 0) store.ratio = claim.ratio;
   CheckClaim(path, store, extents, PixelBytes(pixel));
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
-  if (opened.format == EnFormat::Dicom) CheckDicomElements(path, pixels);
+  if (plainPixels < pixels) RefuseRead(path, "the file is damaged or cut off");
   opened.header = {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
                                        : ORVA::CSize(extents[0], extents[1], extents[2]),
                    pixel};

@@ -22,6 +22,8 @@ struct StClaim {
   ORVA::int64 components = 1;
   std::optional<EnPixel> pixel; ///< nothing: a type that is not read
   StGrid grid;
+  /// The most bytes of pixels that a byte of the file can become; 0: what the format says.
+  double ratio = 0;
 };
 
 class IImageReader {
@@ -38,6 +40,10 @@ public:
 /// By ITK.
 [[nodiscard]] std::unique_ptr<IImageReader> MakeItkReader(std::filesystem::path const& path,
                                                           EnFormat format);
+
+/// By libtiff: strips and tiles of integers and floating-point numbers of every width, packed in
+/// every way that it knows; the pages of one size are the planes of a volume.
+[[nodiscard]] std::unique_ptr<IImageReader> MakeTiffReader(std::filesystem::path const& path);
 
 struct StOpened {
   EnFormat format = EnFormat::Nrrd;

@@ -9,7 +9,6 @@
 #include <itkNiftiImageIO.h>
 #include <itkNrrdImageIO.h>
 #include <itkPNGImageIO.h>
-#include <itkTIFFImageIO.h>
 
 namespace selu {
 namespace {
@@ -29,8 +28,8 @@ itk::ImageIOBase::Pointer MakeItkIo(EnFormat format) {
   switch (format) {
   case EnFormat::Png:
     return itk::PNGImageIO::New().GetPointer();
-  case EnFormat::Tiff:
-    return itk::TIFFImageIO::New().GetPointer();
+  case EnFormat::Tiff: // not by ITK
+    break;
   case EnFormat::Nrrd:
     return itk::NrrdImageIO::New().GetPointer();
   case EnFormat::Meta:

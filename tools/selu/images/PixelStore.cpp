@@ -97,6 +97,8 @@ StPixelStore MetaStore(fs::path const& path, std::string_view header) {
   bool const local = !data || Lower(data->value) == "local";
   StPixelStore store = {local ? path : DataFile(path, data->value), local && data ? data->end : 0,
                         ratio};
+  auto const binary = FindField(header, '=', {"binarydata"});
+  store.isText = binary && std::string_view("tT1").find(binary->value[0]) == std::string_view::npos;
   auto const skipped = MetaHeaderSize(header, path);
   if (skipped <= 0) return store; // plain pixels then end with the file, wherever they begin
   if (static_cast<std::uint64_t>(skipped) < store.offset)
@@ -213,15 +215,17 @@ public:
 
   /// Bytes of the next piece, 0 at the end; nothing when the stream is damaged or cut off.
   std::optional<std::size_t> Next() {
-    if (m_Ended && !NextStream()) return 0;
-    if (m_Stream.avail_in == 0 && !Fill()) return std::nullopt;
-    m_Stream.next_out = m_Out.data();
-    m_Stream.avail_out = static_cast<uInt>(m_Out.size());
-    int const status = ::inflate(&m_Stream, Z_NO_FLUSH);
-    if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
-    m_Ended = status == Z_STREAM_END;
-    std::size_t const count = m_Out.size() - m_Stream.avail_out;
-    return count > 0 || m_Ended ? std::optional(count) : Next();
+    while (true) { // a stream may be empty, and so may what is read of one
+      if (m_Ended && !NextStream()) return 0;
+      if (m_Stream.avail_in == 0 && !Fill()) return std::nullopt;
+      m_Stream.next_out = m_Out.data();
+      m_Stream.avail_out = static_cast<uInt>(m_Out.size());
+      int const status = ::inflate(&m_Stream, Z_NO_FLUSH);
+      if (status == Z_MEM_ERROR) throw std::bad_alloc();
+      if (status != Z_OK && status != Z_STREAM_END && status != Z_BUF_ERROR) return std::nullopt;
+      m_Ended = status == Z_STREAM_END;
+      if (std::size_t const count = m_Out.size() - m_Stream.avail_out; count > 0) return count;
+    }
   }
 
 private:
@@ -275,13 +279,15 @@ void CheckClaim(fs::path const& path, StPixelStore const& store,
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
   std::size_t const stored = store.bytesPerPixel > 0 ? store.bytesPerPixel : bytesPerPixel;
-  double const bytes = pixels * static_cast<double>(stored);
+  // A number of a text needs a digit and, but for the last, a blank.
+  double const bytes = store.isText ? pixels * 2 - 1 : pixels * static_cast<double>(stored);
   auto const size = SizeOfReadable(store.file, path);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
   if (bytes > room * store.ratio)
     throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
                     Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
-                    " bits, but " + (store.file == path ? "the file" : Quoted(store.file)) +
+                    " bits, but " +
+                    (store.file == path ? "the file" : QuotedPart(store.file.native())) +
                     " has only " + BytesText(static_cast<double>(size)));
   RefuseBeyondMemory(pixels * static_cast<double>(bytesPerPixel), "the image " + Quoted(path));
   if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);

@@ -64,41 +64,42 @@ private:
   CSharedBuffer m_Pixels;
 };
 
-namespace Impl {
-template <class T, class Function>
-decltype(auto) CallWith(CRawImage const& image, Function&& function) {
-  auto const bytes = image.Bytes();
-  return std::forward<Function>(function)(
-      std::span<T const>(reinterpret_cast<T const*>(bytes.data()), bytes.size() / sizeof(T)));
+/// Calls the function with a zero of the type that such pixels have.
+template <class Function>
+decltype(auto) VisitType(EnPixel pixel, Function&& function) {
+  switch (pixel) {
+  case EnPixel::UInt8:
+    return function(std::uint8_t{});
+  case EnPixel::Int8:
+    return function(std::int8_t{});
+  case EnPixel::UInt16:
+    return function(std::uint16_t{});
+  case EnPixel::Int16:
+    return function(std::int16_t{});
+  case EnPixel::UInt32:
+    return function(std::uint32_t{});
+  case EnPixel::Int32:
+    return function(std::int32_t{});
+  case EnPixel::UInt64:
+    return function(std::uint64_t{});
+  case EnPixel::Int64:
+    return function(std::int64_t{});
+  case EnPixel::Float:
+    return function(float{});
+  case EnPixel::Double:
+    return function(double{});
+  }
+  throw CAppError("unknown pixel type");
 }
-} // namespace Impl
 
 /// Calls the function with the pixels as a span of their type.
 template <class Function>
 decltype(auto) VisitPixels(CRawImage const& image, Function&& function) {
-  switch (image.Pixel()) {
-  case EnPixel::UInt8:
-    return Impl::CallWith<std::uint8_t>(image, function);
-  case EnPixel::Int8:
-    return Impl::CallWith<std::int8_t>(image, function);
-  case EnPixel::UInt16:
-    return Impl::CallWith<std::uint16_t>(image, function);
-  case EnPixel::Int16:
-    return Impl::CallWith<std::int16_t>(image, function);
-  case EnPixel::UInt32:
-    return Impl::CallWith<std::uint32_t>(image, function);
-  case EnPixel::Int32:
-    return Impl::CallWith<std::int32_t>(image, function);
-  case EnPixel::UInt64:
-    return Impl::CallWith<std::uint64_t>(image, function);
-  case EnPixel::Int64:
-    return Impl::CallWith<std::int64_t>(image, function);
-  case EnPixel::Float:
-    return Impl::CallWith<float>(image, function);
-  case EnPixel::Double:
-    return Impl::CallWith<double>(image, function);
-  }
-  throw CAppError("unknown pixel type");
+  return VisitType(image.Pixel(), [&]<class T>(T) -> decltype(auto) {
+    auto const bytes = image.Bytes();
+    return function(
+        std::span<T const>(reinterpret_cast<T const*>(bytes.data()), bytes.size() / sizeof(T)));
+  });
 }
 
 } // namespace selu

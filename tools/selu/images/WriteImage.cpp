@@ -4,9 +4,12 @@
 #include "images/ImageFile.h"
 #include "images/ImageReader.h"
 #include "images/ItkImageIo.h"
+#include "images/TiffWriter.h"
 
 #include <cstring>
 #include <vector>
+
+#include <itkMetaDataObject.h>
 
 namespace selu {
 namespace fs = std::filesystem;
@@ -27,14 +30,8 @@ void Guarded(Calls calls, std::string const& sentence) {
   }
 }
 
-// What both kinds of images have in common.
-struct StPixels {
-  StHeader header;
-  StGrid grid;
-  std::span<std::byte const> bytes;
-};
-
-void WritePixels(itk::ImageIOBase& io, fs::path const& path, StPixels const& image) {
+void WriteByItk(itk::ImageIOBase& io, fs::path const& path, StPixels const& image,
+                ImageNotes const& notes) {
   ORVA::CSize const size = image.header.size;
   std::array<int64, 3> const extents = {size.x, size.y, size.z};
   io.SetNumberOfDimensions(static_cast<unsigned>(size.Dim()));
@@ -50,6 +47,8 @@ void WritePixels(itk::ImageIOBase& io, fs::path const& path, StPixels const& ima
   io.SetComponentType(ComponentOf(image.header.pixel));
   io.SetIORegion(WholeRegion(io));
   io.SetUseCompression(false);
+  for (auto const& [key, value] : notes)
+    itk::EncapsulateMetaData<std::string>(io.GetMetaDataDictionary(), key, value);
   io.SetFileName(path.string());
   io.Write(image.bytes.data());
 }
@@ -68,11 +67,18 @@ bool HoldsTheSame(fs::path const& path, StPixels const& image) {
   return reader.Ask("compare", {30 + bytes / 2e6, 1e9 + 8 * bytes}) == "same";
 }
 
-void WriteChecked(CAtomicFile& file, StPixels const& image) {
+void WritePixels(fs::path const& path, EnFormat format, StPixels const& image,
+                 ImageNotes const& notes) {
+  if (format == EnFormat::Tiff) return WriteTiff(path, image, notes);
+  auto const io = MakeItkIo(format);
+  WriteByItk(*io, path, image, notes);
+}
+
+void WriteChecked(CAtomicFile& file, StPixels const& image, ImageNotes const& notes) {
   CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
   std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
-  auto const io = MakeItkIo(FormatForOutput(file.Target()));
-  Guarded([&] { WritePixels(*io, file.Temporary(), image); }, sentence);
+  Guarded([&] { WritePixels(file.Temporary(), FormatForOutput(file.Target()), image, notes); },
+          sentence);
   // Some writers overlook a full disk.
   bool same = false;
   try {
@@ -97,20 +103,17 @@ void CheckImageOutput(fs::path const& path, EnPixel pixel, int dimension) {
   if (format == EnFormat::Png && PixelBytes(pixel) > 2)
     refuse("PNG holds no more than 16 bits per pixel");
   if (format == EnFormat::Png && !HasOwnGrayLevels(pixel)) refuse("PNG holds no signed pixels");
-  // ITK's writer has no TIFF of these.
-  if (format == EnFormat::Tiff && pixel == EnPixel::UInt32)
-    refuse("selu writes no TIFF of 32-bit counts");
-  if (format == EnFormat::Tiff && PixelBytes(pixel) > 2 && pixel != EnPixel::Float)
-    refuse(std::string("selu writes no TIFF of ") + PixelText(pixel) + " pixels");
 }
 
-void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid) {
+void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid,
+                ImageNotes const& notes) {
   auto const access = image.CreateAccess(false);
-  WriteChecked(file, {{image.Size(), PixelOf(image.Type())}, grid, {access.Base(), image.Bytes()}});
+  WriteChecked(file, {{image.Size(), PixelOf(image.Type())}, grid, {access.Base(), image.Bytes()}},
+               notes);
 }
 
 void WriteImage(CAtomicFile& file, CRawImage const& image) {
-  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Grid(), image.Bytes()});
+  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Grid(), image.Bytes()}, {});
 }
 
 } // namespace selu

@@ -15,6 +15,7 @@
 
 #include <cstring>
 #include <memory>
+#include <span>
 
 namespace selu {
 namespace {
@@ -30,17 +31,30 @@ struct StOptions {
   bool all = false;
 };
 
-std::vector<Direction> FitDirections(StOptions const& options, std::vector<StGivenDirection> given,
-                                     CSize const& size) {
-  if (given.empty() || options.all) {
-    auto const count = static_cast<std::size_t>(CCooccurrence::NumberOfDirections(size.Dim()));
-    for (std::size_t s = 0; s < count; ++s) {
-      auto const& d = CCooccurrence::m_cDirections[s];
-      given.push_back({DirectionText(d, size.Dim()), {d.x, d.y, d.z}});
-    }
+// The directions to the neighbors that fit; a note names those that do not.
+std::vector<Direction> FittingDirections(CSize const& size) {
+  std::vector<Direction> directions;
+  std::string left;
+  auto const count = static_cast<std::size_t>(CCooccurrence::NumberOfDirections(size.Dim()));
+  for (Direction const& d : std::span(CCooccurrence::m_cDirections).first(count)) {
+    if (PairsOf(size, d) > 0)
+      directions.push_back(d);
+    else
+      left += (left.empty() ? "" : " ") + DirectionText(d, size.Dim());
   }
+  if (directions.empty()) throw CAppError("the image has no two voxels that are neighbors");
+  if (!left.empty())
+    PrintNote("note: the image is one voxel thin, so these directions are left out: " + left);
+  return directions;
+}
+
+std::vector<Direction> FitDirections(StOptions const& options,
+                                     std::vector<StGivenDirection> const& given,
+                                     CSize const& size) {
   std::vector<Direction> directions;
   for (auto const& one : given) directions.push_back(FitDirection(one, size));
+  if (!given.empty() && !options.all) return directions;
+  for (Direction const& one : FittingDirections(size)) directions.push_back(one);
   return directions;
 }
 
@@ -114,18 +128,18 @@ void Run(StOptions const& options) {
   COpenImage image = OpenImage(options.image);
   texture.size = image.Header().size;
   texture.pixel = image.Header().pixel;
-  auto const directions = FitDirections(options, std::move(given), texture.size);
+  auto const directions = FitDirections(options, given, texture.size);
   auto matrix = OpenMatrix(options, image);
   auto pictures = OpenPictures(options, image);
 
   Compute(texture, ReadGray(image, texture.range), directions);
 
-  // Everything is made before the first file gets its name.
   if (matrix) WriteImage(*matrix, texture.matrices);
   for (auto& picture : pictures) picture.Write(DrawTexture(texture, EndingOf(picture.Target())));
-  if (matrix) matrix->Commit();
-  for (auto& picture : pictures) picture.Commit();
-  PrintOut(Formatted(options, texture));
+  std::string const text = Formatted(options, texture);
+  std::vector<CAtomicFile*> files = {matrix ? &*matrix : nullptr};
+  for (auto& picture : pictures) files.push_back(&picture);
+  CommitAll(files, [&] { PrintOut(text); });
 }
 
 constexpr char c_help[] =
@@ -150,7 +164,9 @@ void AddTextureCommand(CLI::App& app) {
       ->take_all()
       ->expected(1);
   command->add_flag("--all-directions", options->all,
-                    "the 13 directions to the neighbors, in 2D 4; taken when no other is given");
+                    "the 13 directions to the neighbors, in 2D 4; taken when no other is given. "
+                    "Those that lead out "
+                    "of a thin image are left out, with a note");
   command->add_option("--range", options->range,
                       "LO,HI: map these values linearly onto the gray levels 0 to 255");
   command->add_option("--format", options->format, "table, json or csv")

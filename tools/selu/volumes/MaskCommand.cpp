@@ -2,9 +2,9 @@
 #include "base/AtomicFile.h"
 #include "base/Errors.h"
 #include "base/JsonValues.h"
-#include "base/Output.h"
 #include "base/Texts.h"
 #include "images/ImageFile.h"
+#include "images/PixelValue.h"
 
 #include <SeluUtils/CylinderMask.h>
 #include <pxlib2image/HeaderTools.h>
@@ -12,7 +12,6 @@
 #include <CLI/CLI.hpp>
 
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <optional>
 
@@ -42,13 +41,6 @@ StCylinder ParseCylinder(StOptions const& options) {
   return {options.axis, (*center)[0], (*center)[1], (*radius)[0]};
 }
 
-double ParseValue(StOptions const& options) {
-  auto const value = ParseNumbers(options.value);
-  if (!value || value->size() != 1)
-    throw CUsageError("--value needs a number, not \"" + options.value + "\"");
-  return (*value)[0];
-}
-
 ORVA::IImage::CType MaskedType(EnPixel pixel, std::string const& path) {
   switch (pixel) {
   case EnPixel::UInt8:
@@ -66,21 +58,6 @@ ORVA::IImage::CType MaskedType(EnPixel pixel, std::string const& path) {
   }
 }
 
-// Refuses what no voxel can become, and warns of what voxels become another number of.
-std::string CheckValue(double value, EnPixel pixel) {
-  if (pixel == EnPixel::Float) {
-    bool const held = !std::isfinite(value) || std::abs(value) <= std::numeric_limits<float>::max();
-    return held ? "" : "warning: " + Shortest(value) + " is infinite as a 32-bit number";
-  }
-  if (!std::isfinite(value))
-    throw CAppError(Shortest(value) + " is no value for " + PixelText(pixel) + " pixels");
-  double const limit = std::ldexp(1.0, static_cast<int>(PixelBytes(pixel)) * 8);
-  bool const held = value >= 0 && value < limit && std::trunc(value) == value;
-  return held ? ""
-              : "warning: " + Shortest(value) + " does not fit " + PixelText(pixel) +
-                    " pixels, which take the low bits of its whole part";
-}
-
 std::string ParametersText(ORVA::CImage const& image) {
   ORVA::CValue parameters;
   ORVA::CValueMap map;
@@ -91,10 +68,10 @@ std::string ParametersText(ORVA::CImage const& image) {
 
 void Run(StOptions const& options) {
   StCylinder const cylinder = ParseCylinder(options);
-  double const value = ParseValue(options);
   COpenImage opened = OpenImage(options.image);
   StHeader const header = opened.Header();
   RefuseOverwriting(options.output, opened);
+  (void)ParsePixelValue(options.value, header.pixel, "--value");
   CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> parameters;
@@ -103,32 +80,27 @@ void Run(StOptions const& options) {
     parameters.emplace(options.output + ".json");
   }
 
-  auto const warning = CheckValue(value, header.pixel);
   ORVA::CImage image = opened.Read().ToGray();
-  if (!warning.empty()) PrintNote(warning);
   ORVA::CCylinderMask mask("mask", nullptr);
   mask.SetCylinderParameters(image, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);
-  mask.MaskImageWithMetaInfoCylinder(image, value);
+  mask.MaskImageWithMetaInfoCylinder(image, ParseNumbers(options.value)->front());
 
-  // Everything is made before the first file gets its name.
   WriteImage(file, image, opened.Grid());
   if (parameters) parameters->Write(ParametersText(image));
-  file.Commit();
-  if (parameters) parameters->Commit();
+  CommitAll({&file, parameters ? &*parameters : nullptr});
 }
 
 constexpr char c_help[] =
     R"(A voxel stays when its center lies nearer to the axis than the radius; one exactly on the circle
 does not. Voxel centers have whole coordinates from 0. The pixels are unsigned 8, 16 or 32-bit
-integers or 32-bit floating-point, and so are those of the output; voxel spacing and position in
-space are not carried over. Integer pixels take the low bits of the value's whole part, with a
-warning where that is another number.
+integers or 32-bit floating-point, and so are those of the output; a value that they do not hold is
+refused. The output keeps the spacing, the origin and the orientation of the image.
 
 --keep-parameters writes a JSON object with one entry, "cylinderMaskParameters", that holds
 "axis", "s", "t" and "radius".
 
 Example:
-  selu mask scan.nrrd --axis Z --center 40.5,33 --radius 30 --value 0 -o inside.nrrd --keep-parameters)";
+  selu mask scan.nrrd --axis Z --center 40.5,33 --radius 30 --value 0 -o inside.nrrd)";
 
 } // namespace
 

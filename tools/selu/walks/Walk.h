@@ -14,6 +14,8 @@
 #include <SeluUtils/ImageWalker.h>
 #include <SeluUtils/PlaneSection.h>
 #include <SeluUtils/PolygonVisitor.h>
+#include <SeluUtils/RealPolygonVisitor.h>
+#include <SeluUtils/SolidVisitor.h>
 #include <SeluUtils/VolumeVisitor.h>
 #include <pxlib2image/Size.h>
 
@@ -32,7 +34,7 @@ using AnyWalker =
     std::variant<ORVA::CBresenhamVisitor, ORVA::CBresenhamAreaVisitor, ORVA::CPolygonVisitor,
                  ORVA::CBresenhamVolumeVisitor, ORVA::CPlaneSection, ORVA::CCutSlice,
                  ORVA::CWindowVisitor, ORVA::CParallelLineVisitor, ORVA::CDeltaVisitor,
-                 ORVA::CDirectionalVisitor>;
+                 ORVA::CDirectionalVisitor, ORVA::CRealPolygonVisitor, ORVA::CSolidVisitor>;
 
 struct StWalk {
   std::string title; ///< "line from 0,0 to 10,4, neighborhood 8"
@@ -40,6 +42,7 @@ struct StWalk {
   AnyWalker walker = {};
   std::vector<std::vector<RealPoint>> ideal = {}; ///< what the walk follows, as chains of lines
   int dominantAxis = 2;                           ///< of a slice: each column along it has a voxel
+  bool isSolid = false;                           ///< its picture has a view of it
 };
 
 /// The walk that was asked for, in an image of this size where there is one. Throws CUsageError for

@@ -57,8 +57,22 @@ void AddOutlineOptions(CLI::App& command, Options const& options) {
   AddNeighborhood(command, options, c_neighborhoods);
 }
 
+// Which points count where corners or edges leave a choice.
+void AddRules(CLI::App& command, Options const& options) {
+  command
+      .add_option("--boundary", options->boundary,
+                  "points exactly on the boundary: open (none), half-open (each of one of the "
+                  "shapes that share it) or closed (all)")
+      ->check(CLI::IsMember({"open", "half-open", "closed"}));
+  command
+      .add_option("--winding", options->winding,
+                  "what is inside where outlines or surfaces cross: even-odd (default) or non-zero")
+      ->check(CLI::IsMember({"even-odd", "non-zero"}));
+}
+
 void AddPolygonOptions(CLI::App& command, Options const& options) {
   AddOutlineOptions(command, options);
+  AddRules(command, options);
   command.add_option("--hole", options->holes, "CSV file with the corners of a hole; repeatable")
       ->expected(1)
       ->allow_extra_args(false)
@@ -70,6 +84,23 @@ void AddVolumeOptions(CLI::App& command, Options const& options) {
   AddNeighborhood(command, options, "moves of the digital lines: 6 or 26 (default)");
   command.add_flag("--edges", options->edges,
                    "the corners are both ends of each edge in turn, not a path along the edges");
+}
+
+void AddSolidOptions(CLI::App& command, Options const& options) {
+  command.add_option("--mesh", options->mesh, "OFF or STL file of a closed surface");
+  command.add_option("--scale", options->scale, "voxels per unit of the mesh; 1 by default");
+  command.add_option("--shift", options->shift, "x,y,z in voxels, added to the scaled mesh");
+  AddCorners(command, options);
+  command
+      .add_option("--face", options->faces,
+                  "i,j,k,...: a face by its corners, from 0 on; repeatable")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->take_all();
+  command.add_option("--faces", options->facesFile,
+                     "CSV file with a face a line in place of --face");
+  AddNeighborhood(command, options, "moves of the digital faces: 6, 14.1, 14.2 or 26 (default)");
+  AddRules(command, options);
 }
 
 void AddSliceOptions(CLI::App& command, Options const& options) {
@@ -110,7 +141,7 @@ struct StKind {
   void (*addOptions)(CLI::App&, Options const&);
   char const* help;
 };
-constexpr std::array<StKind, 8> c_kinds = {{
+constexpr std::array<StKind, 9> c_kinds = {{
     {EnWalk::Line, "line", "A digital line from point to point", AddLineOptions,
      R"(With --profile the distance is that of the voxel's foot on the ideal line from FROM, in the
 image's voxel spacing where it has one, else in voxels.
@@ -127,10 +158,13 @@ Example:
   selu walk area 0,0 10,2 5,9 --without-border)"},
     {EnWalk::Polygon, "polygon", "The points of any simple polygon, column by column",
      AddPolygonOptions,
-     R"(The outline may be concave, have holes, and lie in any plane of a volume.
+     R"(The outline may be concave, have holes, and lie in any plane of a volume. Corners between the pixels
+are taken as they are: then, and with --boundary or --winding, the outline and the holes lie in one
+slice, the points are those exactly inside or on it, row by row, and there is no digital border.
 
 Examples:
   selu walk polygon 0,0 10,0 10,10 --picture triangle.png
+  selu walk polygon 0.5,0.25 9.1,0 4.4,7.75 --boundary half-open
   selu walk polygon --corners outline.csv --hole hole.csv --image scan.nrrd --paint 255 -o painted.nrrd)"},
     {EnWalk::Volume, "volume", "The points of a convex solid, slice by slice", AddVolumeOptions,
      R"(The corners are a path along all edges of the solid, which is closed to its first corner; an edge
@@ -139,6 +173,18 @@ convex hull of its border points.
 
 Example:
   selu walk volume --edges 0,0,0 9,0,0 0,9,0 9,0,0 0,0,9 9,0,0 --picture pyramid.png)"},
+    {EnWalk::Solid, "solid", "The points of any closed solid, row by row", AddSolidOptions,
+     R"(Triangles or flat faces, concave ones too, of any closed surface, with holes and cavities, whatever
+their orientation. With whole corners the digital faces belong to the walk, unless --without-border
+or --boundary says otherwise; other corners, which are taken to 1/65536 voxel or, of large meshes,
+less finely, have no digital faces but the points exactly on the surface. Faces that are not flat
+are taken as triangles from their first corner. The picture has a view of the solid, seen from high
+x, high y and low z.
+
+Examples:
+  selu walk solid --mesh part.stl --scale 2.5 --picture part.png
+  selu walk solid 0,0,0 9,0,0 0,9,0 0,0,9 --face 0,1,2 --face 0,1,3 --face 0,2,3 --face 1,2,3
+  selu walk solid --mesh organ.off --image scan.nrrd --paint 255 -o painted.nrrd)"},
     {EnWalk::Slice, "slice", "The voxels of a plane through a volume", AddSliceOptions,
      R"(The exact walk has one voxel for each column along the axis of the normal's largest component, in
 raster order. The lattice strays from oblique planes by up to two voxels, and can repeat or miss
@@ -179,8 +225,8 @@ constexpr char c_outputHelp[] =
 (unless said otherwise below) and, without -o, takes the place of the points: voxels as squares in
 the colors of their order, a 3D walk as three projections, and over them the ideal lines where a
 square is larger than a pixel. Points outside the image are left out, and a note counts them. JSON
-has neither NaN nor infinity: such a value is null there. --paint keeps the pixel type; voxel
-spacing and position in space are not carried over.
+has neither NaN nor infinity: such a value is null there. --paint keeps the pixel type, and the
+spacing, origin and orientation of the image.
 
 )";
 
@@ -199,7 +245,7 @@ void AddKind(CLI::App& walk, StKind const& kind) {
   command->add_option(
       "-o,--output", options->output,
       "file for the points, standard output without it; with --paint an image ending "
-      "in\n.nrrd, .mha, .nii, .nii.gz, .tif or .png");
+      "in .nrrd, .mha, .nii, .nii.gz, .tif or .png");
   command->add_option("--picture", options->picture, "file ending in .png or .svg");
   command->footer(std::string(c_outputHelp) + kind.help);
   command->callback([&kind, options] { RunWalk(kind.kind, *options); });

@@ -4,7 +4,6 @@
 #include "base/Texts.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -22,57 +21,6 @@ StPlaneAxes AxesOf(StWalk const& walk) {
   if (walk.dominantAxis == 0) return {&Point::y, &Point::z};
   if (walk.dominantAxis == 1) return {&Point::x, &Point::z};
   return {&Point::x, &Point::y};
-}
-
-template <class T>
-PixelValue ToBytes(T value) {
-  PixelValue bytes = {};
-  std::memcpy(bytes.data(), &value, sizeof value);
-  return bytes;
-}
-
-// Exactly the number that was written, or nothing.
-template <class T>
-std::optional<PixelValue> Held(std::string const& text, double number) {
-  if constexpr (std::is_integral_v<T>) {
-    T value = 0; // numbers of 64 bits, too, which a double would round
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc() && end == text.data() + text.size()) return ToBytes(value);
-    double const low = static_cast<double>(std::numeric_limits<T>::min());
-    double const beyond = std::ldexp(1.0, std::numeric_limits<T>::digits);
-    if (!(number >= low && number < beyond) || std::trunc(number) != number) return std::nullopt;
-    return ToBytes(static_cast<T>(number));
-  } else {
-    bool const fits = !std::isfinite(number) ||
-                      std::abs(number) <= static_cast<double>(std::numeric_limits<T>::max());
-    return fits ? std::optional(ToBytes(static_cast<T>(number))) : std::nullopt;
-  }
-}
-
-std::optional<PixelValue> Held(EnPixel pixel, std::string const& text, double number) {
-  switch (pixel) {
-  case EnPixel::UInt8:
-    return Held<std::uint8_t>(text, number);
-  case EnPixel::Int8:
-    return Held<std::int8_t>(text, number);
-  case EnPixel::UInt16:
-    return Held<std::uint16_t>(text, number);
-  case EnPixel::Int16:
-    return Held<std::int16_t>(text, number);
-  case EnPixel::UInt32:
-    return Held<std::uint32_t>(text, number);
-  case EnPixel::Int32:
-    return Held<std::int32_t>(text, number);
-  case EnPixel::UInt64:
-    return Held<std::uint64_t>(text, number);
-  case EnPixel::Int64:
-    return Held<std::int64_t>(text, number);
-  case EnPixel::Float:
-    return Held<float>(text, number);
-  case EnPixel::Double:
-    return Held<double>(text, number);
-  }
-  return std::nullopt;
 }
 
 template <class Function>
@@ -127,15 +75,6 @@ void MapPlane(std::span<T const> pixels, ORVA::CSize const& size, StWalk const& 
 }
 
 } // namespace
-
-PixelValue ParsePaint(std::string const& text, EnPixel pixel) {
-  auto const numbers = ParseNumbers(text);
-  if (!numbers || numbers->size() != 1)
-    throw CUsageError("--paint needs a number, not \"" + Shown(text) + "\"");
-  auto const value = Held(pixel, text, numbers->front());
-  if (!value) throw CAppError(text + " is no value for " + PixelText(pixel) + " pixels");
-  return *value;
-}
 
 void Paint(CRawImage& image, std::span<Point const> points, PixelValue const& value) {
   std::size_t const bytes = PixelBytes(image.Pixel());

@@ -1,19 +1,18 @@
 // The voxels of an image under a walk: painting them, and a plane of them as a picture.
 //
-//   auto const value = ParsePaint("255", EnPixel::UInt8);
+//   auto const value = ParsePixelValue("255", EnPixel::UInt8, "--paint");
 //   Paint(image, points, value);
 //   ORVA::CImage plane = ResamplePlane(image, walk, std::nullopt);
 #pragma once
 
+#include "images/PixelValue.h"
 #include "images/Quantize.h"
 #include "images/RawImage.h"
 #include "walks/Walk.h"
 
-#include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string>
 
 namespace selu {
 
@@ -22,11 +21,6 @@ namespace selu {
   return static_cast<std::size_t>((p.z * size.y + p.y) * size.x + p.x);
 }
 
-/// The bytes of a pixel; those beyond its size are 0.
-using PixelValue = std::array<std::byte, 8>;
-
-/// Throws CUsageError for what is no number, and CAppError for one that no such pixel holds.
-[[nodiscard]] PixelValue ParsePaint(std::string const& text, EnPixel pixel);
 /// The points must lie inside.
 void Paint(CRawImage& image, std::span<Point const> points, PixelValue const& value);
 

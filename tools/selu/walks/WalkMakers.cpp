@@ -2,6 +2,7 @@
 #include "base/Errors.h"
 #include "base/Memory.h"
 #include "base/Texts.h"
+#include "walks/RegionMakers.h"
 #include "walks/WalkIdeal.h"
 #include "walks/WalkPoints.h"
 
@@ -134,6 +135,7 @@ StWalk MakeArea(StWalkOptions const& given, MaybeSize const& size) {
 }
 
 StWalk MakePolygon(StWalkOptions const& given, MaybeSize const& size) {
+  if (AsksForRealPolygon(given)) return MakeRealPolygon(given, size);
   StPoints const corners = Outline(given, size, "polygon");
   int const dimension = corners.dimension;
   auto const code = ParseNeighborhood(given.neighborhood, dimension);
@@ -369,10 +371,11 @@ struct StMaker {
   StWalk (*make)(StWalkOptions const&, MaybeSize const&);
 };
 // Row k makes walks of kind k.
-constexpr std::array<StMaker, 8> c_makers = {{{"line", MakeLine},
+constexpr std::array<StMaker, 9> c_makers = {{{"line", MakeLine},
                                               {"area", MakeArea},
                                               {"polygon", MakePolygon},
                                               {"volume", MakeVolume},
+                                              {"solid", MakeSolid},
                                               {"slice", MakeSlice},
                                               {"window", MakeWindow},
                                               {"delta", MakeDelta},

@@ -10,7 +10,7 @@
 
 namespace selu {
 
-enum class EnWalk { Line, Area, Polygon, Volume, Slice, Window, Delta, Direction };
+enum class EnWalk { Line, Area, Polygon, Volume, Solid, Slice, Window, Delta, Direction };
 
 /// An empty text stands for an option that is not given.
 struct StWalkOptions {
@@ -19,6 +19,10 @@ struct StWalkOptions {
   std::vector<std::string> holes;  ///< files
   std::string neighborhood, ends = "both";
   bool withoutBorder = false, edges = false;
+  std::vector<std::string> faces; ///< numbers of corners
+  std::string facesFile, mesh;    ///< files
+  std::string scale, shift;       ///< of a mesh, into voxels
+  std::string boundary, winding;
   std::string normal, distance, method, low, high, direction, size;
   // What is done with it.
   std::string image, paint, output, picture, format, range;

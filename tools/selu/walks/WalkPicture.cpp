@@ -1,11 +1,13 @@
 #include "walks/WalkPicture.h"
 
 #include "drawing/Picture.h"
+#include "walks/SolidView.h"
 #include "walks/WalkIdeal.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <tuple>
 
 namespace selu {
 namespace {
@@ -17,6 +19,7 @@ using RealAxis = double RealPoint::*;
 
 constexpr double c_margin = 40;
 constexpr double c_top = 110;
+constexpr int c_solidRoom = 420; // pixels of a projection in space, and of a view
 constexpr Color c_ideal = {0.10, 0.45, 0.55};
 
 // Coordinates of all that a picture shows, both included.
@@ -69,7 +72,7 @@ struct StScale {
 
 StScale ScaleOf(StFrame const& frame, bool isFlat) {
   constexpr uint64 mostPixels = 28;
-  uint64 const room = isFlat ? 900 : 420;
+  uint64 const room = isFlat ? 900 : c_solidRoom;
   uint64 extent = std::max(frame.Extent(&Point::x), frame.Extent(&Point::y));
   if (!isFlat) extent = std::max(extent, frame.Extent(&Point::z));
   if (extent > room) return {(extent - 1) / room + 1, 1};
@@ -256,6 +259,23 @@ void DrawAxes(CPicture& picture, CProjection const& projection, StBox const& box
                {.align = EnAlign::Center});
 }
 
+// The voxels, and below them where the axes go.
+void DrawView(CPicture& picture, CSolidView const& view, std::pair<double, double> const& corner,
+              uint64 last) {
+  auto const [x, y] = corner;
+  picture.Cells({x, y, 1.0 * view.Columns(), 1.0 * view.Rows()}, view.Columns(), view.Rows(),
+                view.Colors(last));
+  constexpr double c_arm = 22;
+  double const originX = x + c_arm + 6, originY = y + view.Rows() + 22;
+  constexpr std::array<std::tuple<double, double, char const*>, 3> c_arms = {
+      {{0.866, 0.5, "x"}, {-0.866, 0.5, "y"}, {0, 1, "z"}}};
+  for (auto const& [right, down, name] : c_arms) {
+    picture.Line(originX, originY, originX + right * c_arm, originY + down * c_arm, c_faint);
+    picture.Text(originX + right * (c_arm + 9), originY + down * (c_arm + 9), name,
+                 {.size = 12, .align = EnAlign::Center, .color = c_faint});
+  }
+}
+
 std::string Plural(uint64 count, char const* one) {
   return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
 }
@@ -280,12 +300,17 @@ struct StShown {
   StScale scale = {};
   StCounts counts = {};
   std::vector<CProjection> projections = {};
+  std::optional<CSolidView> view = {};
 };
 
 StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   StShown shown;
+  StViewFrame viewed;
   shown.counts = ForEachBlock(walk, size, "measuring the picture", [&](auto points) {
-    for (auto const& p : points) shown.frame.Add(p);
+    for (auto const& p : points) {
+      shown.frame.Add(p);
+      if (walk.isSolid) viewed.Add(p);
+    }
   });
   for (auto const& chain : walk.ideal)
     for (auto const& p : chain) shown.frame.Add(Framed(p, size));
@@ -293,11 +318,13 @@ StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   shown.scale = ScaleOf(shown.frame, isFlat);
   for (std::size_t i = 0; i < (isFlat ? 1u : c_panels.size()); ++i)
     shown.projections.emplace_back(c_panels[i], shown.frame, shown.scale);
+  if (!viewed.isEmpty) shown.view.emplace(viewed, c_solidRoom);
   uint64 number = 0;
   ForEachBlock(walk, size, "drawing the picture", [&](auto points) {
     for (auto const& p : points) {
       ++number;
       for (auto& projection : shown.projections) projection.Add(p, number);
+      if (shown.view) shown.view->Add(p, number);
     }
   });
   return shown;
@@ -313,6 +340,10 @@ StPage PageOf(StShown const& shown) {
   for (auto const& projection : shown.projections) {
     width += LeftOf(projection, shown.frame) + projection.Width();
     height = std::max(height, projection.Height());
+  }
+  if (shown.view) {
+    width += c_margin + shown.view->Columns();
+    height = std::max(height, 1.0 * shown.view->Rows());
   }
   double const digits = static_cast<double>(std::to_string(shown.counts.points).size());
   double const barHeight = std::clamp(height, 80.0, 240.0);
@@ -397,6 +428,11 @@ std::string DrawWalk(StWalk const& walk, std::optional<ORVA::CSize> const& size,
     if (ShowsIdeal(shown)) DrawIdeal(picture, walk, projection, box, shown.scale.pixels);
     DrawAxes(picture, projection, box, shown.frame, shown.scale);
     left += projection.Width();
+  }
+  if (shown.view) {
+    left += c_margin;
+    DrawView(picture, *shown.view, {std::round(left), c_top}, last);
+    left += shown.view->Columns();
   }
   if (last > 1)
     picture.ColorBar({left + 36, c_top, 18, page.barHeight}, SequentialRamp,

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace selu {
 namespace {
@@ -31,6 +32,39 @@ std::optional<StGivenPoint> ToPoint(std::string const& text) {
     if (number < -c_farthest || number > c_farthest) return std::nullopt;
   auto const& n = *numbers;
   return StGivenPoint{static_cast<int>(n.size()), Point(n[0], n[1], n.size() == 3 ? n[2] : 0)};
+}
+
+struct StGivenRealPoint {
+  int dimension = 0;
+  RealPoint point;
+};
+
+std::optional<StGivenRealPoint> ToRealPoint(std::string const& text) {
+  auto const numbers = ParseNumbers(text);
+  if (!numbers || numbers->size() < 2 || numbers->size() > 3) return std::nullopt;
+  for (double const number : *numbers)
+    if (!std::isfinite(number)) return std::nullopt;
+  auto const& n = *numbers;
+  return StGivenRealPoint{static_cast<int>(n.size()),
+                          RealPoint(n[0], n[1], n.size() == 3 ? n[2] : 0)};
+}
+
+// Of points that are not whole.
+bool IsRealPoint(std::string const& text) {
+  auto const isWhole = [](double value) { return std::trunc(value) == value; };
+  auto const point = ToRealPoint(text);
+  return point && !(isWhole(point->point.x) && isWhole(point->point.y) && isWhole(point->point.z));
+}
+
+std::optional<std::vector<std::uint32_t>> ToFace(std::string const& text) {
+  auto const numbers = ParseIntegers(text);
+  if (!numbers) return std::nullopt;
+  std::vector<std::uint32_t> face;
+  for (auto const number : *numbers) {
+    if (!std::in_range<std::uint32_t>(number)) return std::nullopt;
+    face.push_back(static_cast<std::uint32_t>(number));
+  }
+  return face;
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -75,16 +109,36 @@ bool NextLine(std::istream& in, std::string& line) {
   return true;
 }
 
-} // namespace
+// Calls visit(number, line, text without blanks) for each line with something in it; the first one
+// may name the columns.
+template <class Visit>
+void ForEachLine(std::string const& path, Visit visit) {
+  std::ifstream in(path, std::ios::binary);
+  std::string line;
+  bool maybeHead = true;
+  for (std::size_t number = 1; NextLine(in, line); ++number) {
+    std::string const text = TrimmedFields(line);
+    if (text.empty() || text.front() == '#') continue;
+    bool const isHead = maybeHead && (text == "x,y" || text == "x,y,z");
+    maybeHead = false;
+    if (!isHead) visit(number, line, text);
+  }
+  if (in.bad()) throw CAppError("cannot read " + Quoted(path) + ": reading failed");
+}
 
-StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& name) {
-  StPoints all;
+constexpr char c_wholeNumbers[] = "whole numbers x,y[,z] from -2^61 to 2^61";
+constexpr char c_wholePoint[] = "no point x,y or x,y,z of whole numbers from -2^61 to 2^61";
+constexpr char c_realNumbers[] = "numbers x,y[,z]";
+constexpr char c_realPoint[] = "no point x,y or x,y,z of numbers";
+
+template <class List, class Convert>
+List ParseList(std::vector<std::string> const& texts, std::string const& name, Convert convert,
+               char const* wanted) {
+  List all;
   for (auto const& text : texts) {
-    auto const point = ToPoint(text);
+    auto const point = convert(text);
     if (!point)
-      throw CUsageError(name +
-                        " needs two or three whole numbers x,y[,z] from -2^61 to 2^61, not \"" +
-                        Shown(text) + "\"");
+      throw CUsageError(name + " needs two or three " + wanted + ", not \"" + Shown(text) + "\"");
     if (all.dimension != 0 && all.dimension != point->dimension)
       throw CUsageError(name + " needs points of one dimension, not " + texts.front() + " and " +
                         text);
@@ -94,36 +148,82 @@ StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& n
   return all;
 }
 
-StPoints ParsePoint(std::string const& text, std::string const& name) {
-  return ParsePoints({text}, name);
-}
-
-StPoints ReadPoints(std::string const& path) {
+template <class List, class Convert>
+List ReadList(std::string const& path, Convert convert, char const* refused) {
   // The shortest line, "0,0", becomes a point of 24 bytes, and vectors double as they grow.
   RefuseBeyondMemory(static_cast<double>(SizeOfReadable(path)) * 12, "the list " + Quoted(path));
-  std::ifstream in(path, std::ios::binary);
-  StPoints all;
-  std::string line;
-  bool maybeHead = true;
-  for (std::size_t number = 1; NextLine(in, line); ++number) {
-    std::string const text = TrimmedFields(line);
-    if (text.empty() || text.front() == '#') continue;
-    bool const isHead = maybeHead && (text == "x,y" || text == "x,y,z");
-    maybeHead = false;
-    if (isHead) continue;
-    auto const point = ToPoint(text);
-    if (!point)
-      RefuseLine(path, number,
-                 Beginning(line) + " is no point x,y or x,y,z of whole numbers from -2^61 to 2^61");
+  List all;
+  ForEachLine(path, [&](std::size_t number, std::string const& line, std::string const& text) {
+    auto const point = convert(text);
+    if (!point) RefuseLine(path, number, Beginning(line) + " is " + refused);
     if (all.dimension != 0 && all.dimension != point->dimension)
       RefuseLine(path, number,
                  Beginning(line) + " has not as many coordinates as the points before");
     all.dimension = point->dimension;
     all.points.push_back(point->point);
-  }
-  if (in.bad()) throw CAppError("cannot read " + Quoted(path) + ": reading failed");
+  });
   if (all.points.empty()) throw CAppError("cannot read " + Quoted(path) + ": it has no points");
   return all;
+}
+
+} // namespace
+
+StPoints ParsePoints(std::vector<std::string> const& texts, std::string const& name) {
+  return ParseList<StPoints>(texts, name, ToPoint, c_wholeNumbers);
+}
+
+StPoints ParsePoint(std::string const& text, std::string const& name) {
+  return ParsePoints({text}, name);
+}
+
+StPoints ReadPoints(std::string const& path) {
+  return ReadList<StPoints>(path, ToPoint, c_wholePoint);
+}
+
+StRealPoints ParseRealPoints(std::vector<std::string> const& texts, std::string const& name) {
+  return ParseList<StRealPoints>(texts, name, ToRealPoint, c_realNumbers);
+}
+
+StRealPoints ReadRealPoints(std::string const& path) {
+  return ReadList<StRealPoints>(path, ToRealPoint, c_realPoint);
+}
+
+bool HasRealPoint(std::vector<std::string> const& texts) {
+  return std::any_of(texts.begin(), texts.end(), IsRealPoint);
+}
+
+bool HasRealPointIn(std::string const& path) {
+  static_cast<void>(SizeOfReadable(path));
+  bool has = false;
+  ForEachLine(path, [&](std::size_t, std::string const&, std::string const& text) {
+    has = has || IsRealPoint(text);
+  });
+  return has;
+}
+
+Faces ParseFaces(std::vector<std::string> const& texts, std::string const& name) {
+  Faces faces;
+  for (auto const& text : texts) {
+    auto face = ToFace(text);
+    if (!face)
+      throw CUsageError(name + " needs numbers of corners from 0 on, such as 0,1,2, not \"" +
+                        Shown(text) + "\"");
+    faces.push_back(std::move(*face));
+  }
+  return faces;
+}
+
+Faces ReadFaces(std::string const& path) {
+  // The shortest line, "0", becomes a list of 24 bytes with 32 bytes for its number.
+  RefuseBeyondMemory(static_cast<double>(SizeOfReadable(path)) * 40, "the list " + Quoted(path));
+  Faces faces;
+  ForEachLine(path, [&](std::size_t number, std::string const& line, std::string const& text) {
+    auto face = ToFace(text);
+    if (!face) RefuseLine(path, number, Beginning(line) + " is no list of corners from 0 on");
+    faces.push_back(std::move(*face));
+  });
+  if (faces.empty()) throw CAppError("cannot read " + Quoted(path) + ": it has no faces");
+  return faces;
 }
 
 StDirection ParseRealDirection(std::string const& text, std::string const& name) {

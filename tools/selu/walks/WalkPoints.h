@@ -7,6 +7,7 @@
 
 #include "walks/Walk.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,23 @@ inline constexpr ORVA::int64 c_farthest = ORVA::int64{1} << 61;
 /// A CSV file with one point per line; its first line may name the columns, empty lines and such
 /// begun with # are left out. Throws CAppError, naming the line.
 [[nodiscard]] StPoints ReadPoints(std::string const& path);
+
+/// Points of any finite numbers.
+struct StRealPoints {
+  int dimension = 0;
+  std::vector<RealPoint> points;
+};
+[[nodiscard]] StRealPoints ParseRealPoints(std::vector<std::string> const& texts,
+                                           std::string const& name);
+[[nodiscard]] StRealPoints ReadRealPoints(std::string const& path);
+/// Whether one of the texts, or of the lines of a file, is a point that is not whole.
+[[nodiscard]] bool HasRealPoint(std::vector<std::string> const& texts);
+[[nodiscard]] bool HasRealPointIn(std::string const& path);
+
+/// Numbers of corners, one list per text or line of a file: 0 to 2^32 - 1. Throw as for points.
+using Faces = std::vector<std::vector<std::uint32_t>>;
+[[nodiscard]] Faces ParseFaces(std::vector<std::string> const& texts, std::string const& name);
+[[nodiscard]] Faces ReadFaces(std::string const& path);
 
 /// Two or three finite numbers that are not all 0; throws CUsageError. A missing z is 0.
 struct StDirection {

@@ -49,7 +49,10 @@ void CheckTogether(EnWalk kind, StWalkOptions const& given) {
   if (!given.range.empty() && !drawsPlane)
     throw CUsageError("--range is for the picture of a slice, which needs --image and --picture");
   if (!given.range.empty()) (void)ParseRange(given.range);
-  if (!given.output.empty() && given.output == given.picture)
+  if (given.paint.empty() && IsImageEnding(EndingOf(given.output)))
+    throw CUsageError("the points of a walk are CSV or JSON, and " + Quoted(given.output) +
+                      " is an image: give --paint to write one, or --picture to draw the walk");
+  if (!given.output.empty() && !given.picture.empty() && IsSameFile(given.output, given.picture))
     throw CUsageError("--output and --picture name the same file, " + Quoted(given.output));
 }
 
@@ -59,6 +62,8 @@ void RefuseOverwritingInputs(std::string const& output, StJob const& job) {
   if (job.opened) RefuseOverwriting(output, *job.opened);
   if (!job.given.corners.empty()) RefuseSameFile(output, job.given.corners);
   for (auto const& hole : job.given.holes) RefuseSameFile(output, hole);
+  for (auto const& input : {job.given.facesFile, job.given.mesh})
+    if (!input.empty()) RefuseSameFile(output, input);
 }
 
 void OpenPictureOf(StJob& job) {
@@ -117,7 +122,7 @@ StCounts WritePoints(StJob& job) {
 }
 
 StCounts PaintPoints(StJob& job) {
-  PixelValue const value = ParsePaint(job.given.paint, job.image->Pixel());
+  PixelValue const value = ParsePixelValue(job.given.paint, job.image->Pixel(), "--paint");
   return ForEachBlock(job.walk, job.size, "painting",
                       [&](auto points) { Paint(*job.image, points, value); });
 }
@@ -159,7 +164,7 @@ void Prepare(StJob& job) {
   RefuseOverwritingInputs(given.output, job);
   if (!given.paint.empty()) {
     auto const& header = job.opened->Header();
-    (void)ParsePaint(given.paint, header.pixel);
+    (void)ParsePixelValue(given.paint, header.pixel, "--paint");
     CheckImageOutput(given.output, header.pixel, header.size.Dim());
   }
   OpenPictureOf(job);
@@ -178,9 +183,7 @@ void RunWalk(EnWalk kind, StWalkOptions const& given) {
   StCounts const counts = paints ? PaintPoints(job) : WritePoints(job);
   if (job.picture && given.profile) WritePicture(job);
   if (paints) WriteImage(*job.file, *job.image);
-  // Everything is made before the first file gets its name.
-  if (job.file) job.file->Commit();
-  if (job.picture) job.picture->Commit();
+  CommitAll({job.file ? &*job.file : nullptr, job.picture ? &*job.picture : nullptr});
   NoteMissing(job, counts);
 }
 

@@ -45,6 +45,11 @@ class CBorrowedStream;
 ///
 /// Which stream a thread gets hangs on who draws first. Where the same numbers have to come back
 /// from many threads, give each piece of work a CRandomSource of its own.
+///
+/// A child made by fork() draws other numbers than its parent. After Seed they are the same in
+/// every run: the k-th child since then gets a seed made of the parent's and k, and its first
+/// thread that draws stream 0 of that. Unseeded, the child starts from the operating system's
+/// entropy.
 class PXLIB2CORE_EXPORT CRandom {
 public:
   [[nodiscard]] static CRandom& Obj() noexcept { return s_object; }

@@ -89,9 +89,9 @@ public:
   [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
   /// The pixels as numbers of type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
-  /// IMAGE_GREY_8, and what its name says for each other type. A T that is not const
-  /// writes. Throws CExBadParam where the pixels are of another type, T is not const and the access
-  /// was not opened for writing, or the access was released.
+  /// IMAGE_GREY_8, and what its name says for each other type. A T that is not const writes. Throws
+  /// CExBadParam where the pixels are of another type or, in a view of foreign pixels, not aligned
+  /// for it, where T is not const and the access was not opened for writing, and after a release.
   template <class T>
   [[nodiscard]] CPixels<T> As() const {
     static_assert(std::is_arithmetic_v<T> && !std::is_same_v<std::remove_const_t<T>, bool>,
@@ -114,6 +114,7 @@ private:
     return static_cast<std::size_t>(axis);
   }
   [[noreturn]] static void RaiseAxis(int axis);
+  [[nodiscard]] bool IsAligned(int64 bytes) const noexcept;
   /// Throws CExBadParam unless the pixels are such numbers.
   void CheckPixels(std::size_t bytes, bool isSigned, bool isReal) const;
 

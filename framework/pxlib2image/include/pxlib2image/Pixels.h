@@ -30,12 +30,13 @@ namespace Impl {
                                                 std::array<int64, 3> const& extents);
 [[noreturn]] PXLIB2IMAGE_EXPORT void RaiseRow(int64 y, int64 z,
                                               std::array<int64, 3> const& extents);
+[[noreturn]] PXLIB2IMAGE_EXPORT void RaiseRowStride(int64 stride);
 
 } // namespace Impl
 
 /// The pixels of a box, of the C++ type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
-/// IMAGE_GREY_8, std::uint16_t, std::uint32_t and float for the others; const for reading only. Got
-/// from CImageAccess::As. It shares the pixel block as the access does, so that its references and
+/// IMAGE_GREY_8, what its name says for each other type; const for reading only. Got from
+/// CImageAccess::As. It shares the pixel block as the access does, so that its references and
 /// rows stay good while it lives. A pixel costs three compares; a row costs two for all its pixels.
 template <class T>
 class CPixels {
@@ -57,11 +58,14 @@ public:
   requires requires(TPoint const& p) { p.x + p.y + p.z; }
   [[nodiscard]] T& operator()(TPoint const& p) const { return (*this)(p.x, p.y, p.z); }
 
-  /// The pixels along x; throws CExBadParam outside the box.
+  /// The pixels along x; throws CExBadParam outside the box, and where the pixels of a row do not
+  /// stand side by side, as in some views of foreign pixels.
   [[nodiscard]] std::span<T> Row(int64 y, int64 z = 0) const {
     if (!IsBelow(y, m_Extent[1]) || !IsBelow(z, m_Extent[2])) [[unlikely]]
       Impl::RaiseRow(y, z, m_Extent);
     if (m_Extent[0] == 0) return {};
+    if (m_Stride[0] != int64{sizeof(T)} && m_Extent[0] > 1) [[unlikely]]
+      Impl::RaiseRowStride(m_Stride[0]);
     return {&At(y * m_Stride[1] + z * m_Stride[2]), static_cast<std::size_t>(m_Extent[0])};
   }
 
