@@ -5,6 +5,7 @@
 #include <SeluUtils/ImageWalker.h>
 #include <SeluUtils/PlaneSection.h>
 #include <SeluUtils/PolygonVisitor.h>
+#include <SeluUtils/Voxels.h>
 #include <SeluUtils/Walker.h>
 #include <pxlib2image/Image.h>
 
@@ -22,7 +23,7 @@ static void Profile(CImage const& image) {
   CBresenhamVisitorSelect line(from, to, 3, NEIGHBORHOOD_26, true);
   line.SetImageSize(image.Size()); // from here on only what lies inside the image
   int64 sum = 0;
-  for (CTriple<int64> const& p : Points(line)) sum += pixels(p);
+  for (CTriple<int64> const& p : line) sum += pixels(p);
   std::cout << line.Steps() + 1 << " voxels, their sum " << sum << '\n';
 }
 
@@ -41,12 +42,27 @@ static void Areas(CImage const& image) {
   auto const pixels = image.CreateAccess(false).As<std::uint8_t const>();
   CPolygonVisitor area(outline, 2, NEIGHBORHOOD_8, true);
   double sum = 0;
-  for (auto const& p : Points(area)) sum += pixels(p);
+  for (auto const& p : area) sum += pixels(p);
   std::cout << "mean " << sum / static_cast<double>(area.Steps()) << '\n';
 
   CPlaneSection section(CTriple<double>(1, 2, 2), 150.0); // x + 2y + 2z = 150
   section.SetImageSize(image.Size());
   std::cout << section.Steps() << " voxels in the section\n";
+}
+
+static void VoxelsBelow(CImage const& image) {
+  std::vector<CTriple<int64>> const outline{{2, 2, 0}, {60, 2, 0}, {31, 50, 0}};
+  CPolygonVisitor area(outline, 2, NEIGHBORHOOD_8, true);
+  uint64 sum = 0;
+  ForEachVoxel(image, area, [&](auto value) { sum += static_cast<uint64>(value); });
+  std::cout << "sum " << sum << '\n';
+}
+
+static void Rows() {
+  CWindowVisitor window({10, 10, 10}, {19, 19, 12});
+  int64 rows = 0;
+  for (auto const& [first, axis, length] : Runs(window)) rows += length == 10 ? 1 : 0;
+  std::cout << rows << " rows of 10 voxels\n";
 }
 
 static void Boxes(CImage const& image) {
@@ -66,5 +82,7 @@ int main() {
   Profile(image);
   Ranges();
   Areas(image);
+  VoxelsBelow(image);
+  Rows();
   Boxes(image);
 }

@@ -10,7 +10,9 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -24,9 +26,9 @@ namespace ORVA {
 /// its corners by two digital lines along its edges: each voxel is a point of the first line plus
 /// an offset of the second, row by row; those outside the box are skipped.
 ///
-/// Corners within 1e-9 of a face (relative to the extent) are put onto it before it is asked whether
-/// they lie in the box. The corner is the first with an angle of at most 90 degrees, else the first
-/// of the sharpest; angles whose cosines are within 1e-12 of each other are equal.
+/// Corners within 1e-9 of a face (relative to the extent) are put onto it before it is asked
+/// whether they lie in the box. The corner is the first with an angle of at most 90 degrees, else
+/// the first of the sharpest; angles whose cosines are within 1e-12 of each other are equal.
 ///
 /// On oblique planes such a lattice can repeat or miss single voxels; and as its corner and edges
 /// are rounded to voxels it strays from the plane by up to two, and a strip can be missing where it
@@ -73,6 +75,13 @@ public:
     ++m_HandedOut;
     return m_Lattice->rowStarts[m_Outer] + m_Lattice->rowMoves[m_Inner++];
   }
+  /// The points from the next one on that lie in a row of ascending coordinates; a run of length 0
+  /// after the last point.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept { return m_Total - m_HandedOut; }
+  /// Back to the first point.
+  void Rewind() noexcept { Reset(); }
   /// Number of points of a whole walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Total; }
   [[nodiscard]] bool empty() const noexcept { return m_Total == 0; }

@@ -9,7 +9,9 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -65,6 +67,13 @@ public:
     if (MorePoints()) WrapNextPoint();
     return point;
   }
+  /// The points from the next one on that lie in a row of ascending coordinates on the same line
+  /// and the same side of a wrap; a run of length 0 after the last point.
+  StRun NextRun();
+  /// Number of points still to come, modulo 2^64.
+  [[nodiscard]] uint64 Remaining() const noexcept;
+  /// Back to the first point.
+  void Rewind() noexcept;
   /// Whether the point last handed out began a line or followed a wrap across the border.
   [[nodiscard]] bool BorderPoint() const noexcept { return m_IsBorder; }
   /// The product of the three extents, modulo 2^64; 0 where the walk has no points.
@@ -77,6 +86,7 @@ private:
   [[nodiscard]] int64 MainAxis() const;
   void BuildLine();
   void NextLine() noexcept;
+  [[nodiscard]] CTriple<int64> FirstStart() const noexcept;
 
   [[nodiscard]] CTriple<int64> Convert(CTriple<int64> const& p) const noexcept {
     if (m_Axis == 1) return {p.y, p.x, p.z};

@@ -10,6 +10,8 @@
 #include <SeluUtils/Impl/Box.h>
 #include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/MovingPoint.h>
+#include <SeluUtils/Impl/PointIterator.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <SeluUtils/WindowVisitor.h>
 #include <pxlib2core/Types.h>
@@ -53,6 +55,13 @@ public:
       NextLine();
     return point;
   }
+  /// What is left of the next point's line in the directions +x, +y and +z, in others the next
+  /// point; a run of length 0 after the last point.
+  StRun NextRun();
+  /// Number of points still to come, modulo 2^64. O(lines).
+  [[nodiscard]] uint64 Remaining() const noexcept;
+  /// Starts anew, as SetDirection with the same direction does.
+  void Rewind() { SetDirection(m_Direction); }
   /// As for CWindowVisitor.
   [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_Low, m_High).Steps(); }
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
@@ -65,6 +74,8 @@ private:
   [[nodiscard]] bool MoreBorderPoints() const noexcept { return m_Face.MorePoints(); }
   void TakeFace();
   void NextLine();
+  // Points of the line from p on, modulo 2^64.
+  [[nodiscard]] uint64 LengthFrom(CTriple<int64> const& p) const noexcept;
 
   [[nodiscard]] bool IsInBox(CTriple<int64> const& p) const noexcept {
     return m_Low.x <= p.x && p.x <= m_High.x && m_Low.y <= p.y && p.y <= m_High.y &&

@@ -11,7 +11,9 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/LineCursor.h>
 #include <SeluUtils/Impl/LineWalk.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -71,6 +73,27 @@ public:
     ++m_StepIndex;
     return point;
   }
+  /// The points from the next one on that lie in a row of ascending coordinates, found in O(1) but
+  /// in space without all diagonals; a run of length 0 after the last point. A line that falls
+  /// along its longest axis has no rows: its runs are single points.
+  StRun NextRun() {
+    if (!MorePoints()) return {};
+    StRun run{m_Next.Get(), 0, 1};
+    m_Line.ExtendRun(run, m_Next, m_StepIndex + m_Line.firstStep, m_LastStepBound - m_StepIndex);
+    m_StepIndex += run.length - 1;
+    Advance();
+    ++m_StepIndex;
+    return run;
+  }
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept {
+    return MorePoints() ? static_cast<uint64>(m_LastStepBound - m_StepIndex) + 1 : 0;
+  }
+  /// Back to the first point, as often as one likes: nothing is taken off the walk.
+  void Rewind() noexcept {
+    m_LastStepBound = m_Line.steps;
+    Start();
+  }
   /// What NextPoint will return, without advancing.
   [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept {
     return (IsBeyondEnd() ? m_Next.Before() : m_Next).Get();
@@ -117,6 +140,7 @@ public:
 
 private:
   friend class CBresenhamVisitorSelect;
+  friend struct Impl::StWalkAccess;
 
   explicit CBresenhamVisitor(Impl::StLine line) noexcept
       : m_Line(std::move(line)), m_LastStepBound(m_Line.steps) {
@@ -137,7 +161,7 @@ private:
       RaiseInLastStep();
     return m_Line.steps;
   }
-  void Advance() { m_Line.Advance(m_Next, m_StepIndex + m_Line.firstStep); }
+  void Advance() noexcept { m_Line.Advance(m_Next, m_StepIndex + m_Line.firstStep); }
   // The cursor goes one move beyond the end: to check for it at every point would cost more.
   [[nodiscard]] bool IsBeyondEnd() const noexcept {
     return m_StepIndex + m_Line.firstStep > m_Line.steps;
@@ -149,7 +173,7 @@ private:
     ++m_StepIndex;
     return point;
   }
-  void Start() {
+  void Start() noexcept {
     m_Next = m_Line.start;
     m_StepIndex = 0;
     if (m_Line.firstStep == 0) return;
@@ -203,6 +227,24 @@ public:
     ++m_StepIndex;
     return point;
   }
+  /// As for CBresenhamVisitor.
+  StRun NextRun() {
+    if (!MorePoints()) return {};
+    Impl::StLine const& line = m_Line.m_Line;
+    int64 const move = m_FirstSelected + m_StepIndex + line.firstStep;
+    StRun run{m_Next.Get(), 0, 1};
+    line.ExtendRun(run, m_Next, move, m_LastStepBound - m_StepIndex);
+    m_StepIndex += run.length - 1;
+    if (m_StepIndex < m_LastStepBound) line.Advance(m_Next, move + run.length - 1);
+    ++m_StepIndex;
+    return run;
+  }
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept {
+    return MorePoints() ? static_cast<uint64>(m_LastStepBound - m_StepIndex) + 1 : 0;
+  }
+  /// Back to the first selected point.
+  void Rewind() noexcept { Reset(); }
   /// What NextPoint will return, without advancing.
   [[nodiscard]] CTriple<int64> TestNextPoint() const noexcept { return m_Next.Get(); }
   /// Selected move i; the null move past the end. CException for a negative i.
@@ -224,6 +266,8 @@ public:
   void Reset() noexcept;
 
 private:
+  friend struct Impl::StWalkAccess;
+
   [[noreturn]] static void RaiseInStep();
 
   CBresenhamVisitor m_Line;
@@ -249,6 +293,13 @@ public:
     m_State = 2;
     return m_Point;
   }
+  /// The point as a run of its own; a run of length 0 on every further call.
+  constexpr StRun NextRun() noexcept {
+    int64 const length = MorePoints() ? 1 : 0;
+    return {NextPoint(), 0, length};
+  }
+  [[nodiscard]] constexpr uint64 Remaining() const noexcept { return MorePoints() ? 1 : 0; }
+  constexpr void Rewind() noexcept { m_State = 0; }
   [[nodiscard]] constexpr int64 Steps() const noexcept { return 1; }
   [[nodiscard]] constexpr bool empty() const noexcept { return false; }
   constexpr void Reset() noexcept { m_State = 0; }

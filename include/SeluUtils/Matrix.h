@@ -33,6 +33,11 @@ public:
       : m_Outside(std::move(other.m_Outside)), m_Inside(other.m_Inside),
         m_Size(std::exchange(other.m_Size, 0)) {}
   CMatrixElements& operator=(CMatrixElements const&) = default;
+  void Swap(CMatrixElements& other) noexcept {
+    m_Outside.swap(other.m_Outside);
+    m_Inside.swap(other.m_Inside);
+    std::swap(m_Size, other.m_Size);
+  }
   ~CMatrixElements() = default;
 
   [[nodiscard]] std::size_t Size() const noexcept { return m_Size; }
@@ -51,10 +56,6 @@ private:
   std::array<double, c_inside> m_Inside{};
   std::size_t m_Size = 0;
 };
-
-[[noreturn]] SELUUTILS_EXPORT void RaiseMatrixIndex(bool readOnly, uint64 row, uint64 col,
-                                                    uint64 rows, uint64 cols);
-[[noreturn]] SELUUTILS_EXPORT void RaiseMatrixProduct();
 
 } // namespace Impl
 
@@ -75,7 +76,9 @@ public:
         m_Cols(std::exchange(other.m_Cols, 0)), m_Data(std::move(other.m_Data)) {}
   ~CMatrix() override = default;
 
-  /// The same as the base's assignment, its treatment of unequal shapes included.
+  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows agree
+  /// and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a narrower
+  /// product, and a narrower one throws. Assign takes the other's shape.
   CMatrix& operator=(CMatrix const& other) {
     if (m_Rows == other.m_Rows && m_Cols != other.m_Cols) {
       IMatrix<T>::operator=(other);
@@ -87,18 +90,33 @@ public:
     return *this;
   }
   using IMatrix<T>::operator=;
+  /// Becomes the other matrix, shape and elements: a.Assign(a * b). Changes nothing where memory
+  /// fails.
+  void Assign(IMatrix<T> const& other) {
+    CMatrix copy(other.Rows(), other.Cols());
+    for (uint64 r = 0; r < copy.m_Rows; ++r)
+      for (uint64 c = 0; c < copy.m_Cols; ++c) copy(r, c) = other(r, c);
+    Swap(copy);
+  }
+  void Assign(CMatrix&& other) noexcept { Swap(other); }
+  /// Exchanges shapes and elements, whatever the shapes.
+  void Swap(CMatrix& other) noexcept {
+    std::swap(m_Rows, other.m_Rows);
+    std::swap(m_Cols, other.m_Cols);
+    m_Data.Swap(other.m_Data);
+  }
 
   [[nodiscard]] uint64 Rows() const final { return m_Rows; }
   [[nodiscard]] uint64 Cols() const final { return m_Cols; }
 
   [[nodiscard]] T& operator()(uint64 row, uint64 col) final {
     if (row >= m_Rows || col >= m_Cols) [[unlikely]]
-      Impl::RaiseMatrixIndex(false, row, col, m_Rows, m_Cols);
+      RaiseIndex(false, row, col);
     return m_Data.Data()[row * m_Cols + col];
   }
   [[nodiscard]] T operator()(uint64 row, uint64 col) const final {
     if (row >= m_Rows || col >= m_Cols) [[unlikely]]
-      Impl::RaiseMatrixIndex(true, row, col, m_Rows, m_Cols);
+      RaiseIndex(true, row, col);
     return m_Data.Data()[row * m_Cols + col];
   }
 
@@ -106,7 +124,7 @@ public:
 
   /// The product as a new matrix; throws CException unless Cols() == other.Rows().
   [[nodiscard]] CMatrix operator*(IMatrix<T> const& other) const {
-    if (m_Cols != other.Rows()) Impl::RaiseMatrixProduct();
+    if (m_Cols != other.Rows()) RaiseProduct();
     CMatrix result(*this);
     result *= other;
     return result;
@@ -119,6 +137,9 @@ public:
   }
 
 private:
+  [[noreturn]] void RaiseIndex(bool readOnly, uint64 row, uint64 col) const;
+  [[noreturn]] static void RaiseProduct();
+
   uint64 m_Rows = 0;
   uint64 m_Cols = 0;
   Impl::CMatrixElements m_Data; // m_Rows * m_Cols elements

@@ -9,6 +9,8 @@
 
 #include <SeluUtils/DeltaVisitor.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/PointIterator.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -39,12 +41,19 @@ public:
 
   [[nodiscard]] bool MorePoints() const noexcept { return m_Lines.MorePoints(); }
   /// CException "No more Points" after the last one.
-  CTriple<int64> NextPoint() {
-    CTriple<int64> const p = m_Origin + m_Lines.NextPoint() * m_Signs;
-    if (m_Axis == 1) return {p.y, p.x, p.z};
-    if (m_Axis == 2) return {p.y, p.z, p.x};
-    return p;
+  CTriple<int64> NextPoint() { return InImage(m_Lines.NextPoint()); }
+  /// The points from the next one on that lie in a row on the same line and the same side of a
+  /// wrap; a run of length 0 after the last point. Lines of falling coordinates have no rows.
+  StRun NextRun() {
+    if (m_Signs.x < 0) return MorePoints() ? StRun{NextPoint(), 0, 1} : StRun();
+    StRun const run = m_Lines.NextRun(); // none of them goes along another axis than the first
+    return run.length == 0 ? run : StRun{InImage(run.first), m_Axis, run.length};
   }
+  /// Number of points still to come, modulo 2^64.
+  [[nodiscard]] uint64 Remaining() const noexcept { return m_Lines.Remaining(); }
+  /// Back to the first point.
+  void Rewind() noexcept { m_Lines.Rewind(); }
+  void Reset() noexcept { Rewind(); }
   /// Whether the point last handed out began a line or followed a wrap across the border.
   [[nodiscard]] bool BorderPoint() const noexcept { return m_Lines.BorderPoint(); }
   /// Number of points: the product of the three extents, modulo 2^64.
@@ -52,6 +61,13 @@ public:
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:
+  [[nodiscard]] CTriple<int64> InImage(CTriple<int64> const& onLine) const noexcept {
+    CTriple<int64> const p = m_Origin + onLine * m_Signs;
+    if (m_Axis == 1) return {p.y, p.x, p.z};
+    if (m_Axis == 2) return {p.y, p.z, p.x};
+    return p;
+  }
+
   // The walk itself: in line axes, and mirrored so that no component of the direction is negative.
   CDeltaVisitor m_Lines{CTriple<double>(1, 0, 0)};
   int64 m_Axis = 0;

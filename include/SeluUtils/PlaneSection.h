@@ -9,6 +9,8 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/PlaneColumns.h>
+#include <SeluUtils/Impl/PointIterator.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -68,6 +70,23 @@ public:
     m_W += m_Climb + (carried < 0 ? 0 : 1);
     return point;
   }
+  /// The points from the next one on that lie in a row along the lower of the two axes other than
+  /// the dominant one: up to where the plane climbs. A run of length 0 after the last point.
+  StRun NextRun() noexcept {
+    StRun run{Impl::InSpace(m_Axes[2], m_U, m_Row, m_W), m_Axes[0], m_LeftInRow};
+    if (m_Slopes[0] != 0) {
+      run.length = LevelLength();
+    } else if (run.length > 0) {
+      LeaveRow();
+    }
+    return run;
+  }
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept {
+    return m_Later + static_cast<uint64>(m_LeftInRow);
+  }
+  /// Back to the first point.
+  void Rewind() noexcept { Reset(); }
   /// Number of points of a whole walk; 0 before SetImageSize.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
   [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
@@ -87,6 +106,9 @@ private:
 
   void SetPlane(StPlane const& plane) noexcept;
   void NextRow();
+  void LeaveRow() noexcept;
+  // Takes points as long as they have the same height.
+  int64 LevelLength() noexcept;
   void EnterRow() noexcept;
   [[noreturn]] static void RaiseNoMorePoints();
 
@@ -113,6 +135,7 @@ private:
   std::array<int64, 3> m_Extents = {}; // along u, v, w
   int64 m_Remainder = 0;
   uint64 m_Steps = 0;
+  uint64 m_Later = 0;    // points of the rows behind this one
   int64 m_LeftInRow = 0; // points of the row not handed out
 };
 

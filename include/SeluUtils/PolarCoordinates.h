@@ -15,14 +15,11 @@
 
 namespace ORVA {
 
-struct CPolarCoordinates;
-
 namespace Impl {
 
 [[nodiscard]] constexpr bool IsFinite(double x) noexcept {
   return x >= -std::numeric_limits<double>::max() && x <= std::numeric_limits<double>::max();
 }
-[[noreturn]] SELUUTILS_EXPORT void RaisePolarCoordinates(CPolarCoordinates const& direction);
 
 } // namespace Impl
 
@@ -34,7 +31,7 @@ struct SELUUTILS_EXPORT CPolarCoordinates {
     bool const valid =
         theta >= 0 && theta <= std::numbers::pi && phi >= 0 && phi < 2 * std::numbers::pi;
     if (!valid) [[unlikely]]
-      Impl::RaisePolarCoordinates(*this);
+      RaiseAngles();
   }
   /// The direction of a vector of any length. Unchecked: phi comes out in (-pi, pi], and both
   /// angles are NaN for the zero vector.
@@ -50,6 +47,9 @@ struct SELUUTILS_EXPORT CPolarCoordinates {
 
   double m_fTheta;
   double m_fPhi;
+
+private:
+  [[noreturn]] void RaiseAngles() const;
 };
 
 } // namespace ORVA

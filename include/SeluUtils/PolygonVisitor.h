@@ -11,7 +11,9 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/PlaneColumns.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -63,7 +65,7 @@ public:
   CTriple<int64> NextPoint() noexcept {
     CTriple<int64> const point = Impl::InSpace(m_Plane.dominantAxis, m_U, m_V, m_W);
     if (m_LeftInRun <= 1) [[unlikely]] {
-      NextRun();
+      NextColumn();
       return point;
     }
     --m_LeftInRun;
@@ -71,6 +73,25 @@ public:
     if (m_Plane.slopeV != 0) StepAcross();
     return point;
   }
+  /// The points from the next one on that lie in a row: what is left of its column where the plane
+  /// is level along it, else up to where it climbs. A run of length 0 after the last point. Columns
+  /// run along y, or along z where the plane's dominant axis is not z.
+  StRun NextRun() noexcept {
+    StRun run{Impl::InSpace(m_Plane.dominantAxis, m_U, m_V, m_W), m_Plane.dominantAxis == 2 ? 1 : 2,
+              m_LeftInRun};
+    if (m_Plane.slopeV != 0) {
+      run.length = LevelLength();
+    } else {
+      NextColumn();
+    }
+    return run;
+  }
+  /// Number of points still to come.
+  [[nodiscard]] std::uint64_t Remaining() const noexcept {
+    return m_Later + static_cast<std::uint64_t>(static_cast<int64>(m_LeftInRun));
+  }
+  /// Back to the first point.
+  void Rewind() noexcept { Reset(); }
   /// Number of points of a full walk.
   [[nodiscard]] std::uint64_t Steps() const noexcept { return m_Steps; }
   /// Whether a full walk has no points.
@@ -83,8 +104,10 @@ public:
   void SetImageSize(CSize) noexcept {}
 
 private:
-  void BeginRun() noexcept;
-  void NextRun() noexcept;
+  void BeginColumn() noexcept;
+  void NextColumn() noexcept;
+  // Takes points as long as they have the same height.
+  int64 LevelLength() noexcept;
   // Both residuals are at hand before it is known which of them counts: no branch, as no processor
   // predicts the carries of an oblique plane. The one that is too large may pass the end of 64
   // bits.
@@ -105,6 +128,7 @@ private:
   int64 m_U = 0;
   int64 m_W = 0;
   Impl::CUntilMoved<std::uint64_t> m_Steps;
+  Impl::CUntilMoved<std::uint64_t> m_Later; // points of the runs behind this one
   int64 m_Residual = 0;  // how far the plane lies above the point, in 1 / norm, plus a half
   std::size_t m_Run = 0; // the run being walked
   Impl::CUntilMoved<int64> m_LeftInRun; // points of the run to hand out

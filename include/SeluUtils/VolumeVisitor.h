@@ -10,7 +10,9 @@
 #include <SeluUtils/AreaVisitor.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
@@ -28,8 +30,11 @@ namespace ORVA {
 /// closed surface's solid without a miss.
 ///
 /// Every slice between the solid's ends needs border points: a slice without any ends the walk.
-/// With border the digital lines between a slice's hull corners belong to it, so that a point can
-/// lie half a voxel outside; without, they and the first and the last slice are left out.
+/// With border the digital lines between a slice's hull corners belong to it; without, they and
+/// the first and the last slice are left out. Measured on 6000 random tetrahedra of up to 16 voxels
+/// along each axis: with border points lie up to 1.1 voxels outside in NEIGHBORHOOD_26 and up
+/// to 1.5 in NEIGHBORHOOD_6, and 2.5 % and 0.3 % of the walks miss a point strictly inside.
+/// CSolidVisitor <SeluUtils/SolidVisitor.h> walks every solid exactly.
 ///
 /// Coordinates x must lie in 0 to 2^31 - 1, as slices are numbered by them, and two points joined
 /// by a line at most 2^31 - 1 apart along each axis, else CExBadParam. Building takes O(n log n)
@@ -63,6 +68,13 @@ public:
     CTriple<int64> const p = m_Lists->area.NextPoint();
     return {m_Slice, p.x, p.y};
   }
+  /// What is left of the next point's row along z; a run of length 0 after the last point. If
+  /// the next slice does not fit into memory the walk stays where it was.
+  StRun NextRun();
+  /// Number of points still to come.
+  [[nodiscard]] uint64 Remaining() const noexcept { return m_Later + m_LeftInSlice; }
+  /// Back to the first point.
+  void Rewind() { Reset(); }
   /// Number of points of a full walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
   [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
@@ -100,7 +112,8 @@ private:
   };
 
   void ReplaceBorder(std::vector<CTriple<int64>>&& border);
-  void Enter(StSlice&& slice);
+  void Enter(StSlice&& slice, uint64 left);
+  [[nodiscard]] StSlice NextSlice() const;
   CTriple<int64> LastOfSlice();
   [[nodiscard]] StSlice SliceFrom(std::size_t begin) const;
   [[nodiscard]] std::size_t SliceEnd(std::size_t begin) const noexcept;
@@ -120,6 +133,7 @@ private:
   Impl::CUntilMoved<uint64> m_Steps;
   // Points of the current slice to hand out; 0 after the last slice.
   Impl::CUntilMoved<uint64> m_LeftInSlice;
+  Impl::CUntilMoved<uint64> m_Later; // points of the slices behind this one
 };
 
 } // namespace ORVA

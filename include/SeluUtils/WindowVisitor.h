@@ -8,11 +8,19 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/Box.h>
+#include <SeluUtils/Impl/PointIterator.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Size.h>
 
+#include <limits>
+
 namespace ORVA {
+
+namespace Impl {
+struct StWalkAccess;
+}
 
 /// Every voxel of the box from low to high, both included, in raster order: x fastest, then y, then
 /// z. O(1) per point, no memory. A box with a low above its high has no points.
@@ -46,6 +54,30 @@ public:
     m_Current.x = Impl::WrappedSum(m_Current.x, 1);
     return point;
   }
+  /// What is left of the next point's row along x; a run of length 0 after the last point. (Of a
+  /// row of 2^63 points or more it is its first 2^63 - 1.)
+  StRun NextRun() noexcept {
+    if (m_Current.x == m_End.x) {
+      if (!MoreRows()) return {};
+      BeginRow();
+    }
+    uint64 const left = static_cast<uint64>(m_End.x) - static_cast<uint64>(m_Current.x);
+    constexpr uint64 longest = std::numeric_limits<int64>::max();
+    StRun const run{m_Current, 0, static_cast<int64>(left < longest ? left : longest)};
+    m_Current.x = Impl::WrappedSum(m_Current.x, run.length);
+    return run;
+  }
+  /// Number of points still to come, modulo 2^64.
+  [[nodiscard]] uint64 Remaining() const noexcept {
+    auto const difference = [](int64 from, int64 to) {
+      return static_cast<uint64>(to) - static_cast<uint64>(from);
+    };
+    uint64 const rows = difference(m_Current.y, m_High.y) +
+                        difference(m_Current.z, m_High.z) * (difference(m_Low.y, m_High.y) + 1);
+    return rows * difference(m_Low.x, m_End.x) + difference(m_Current.x, m_End.x);
+  }
+  /// Back to the first point.
+  constexpr void Rewind() noexcept { Start(); }
   /// The product of the three extents high - low + 1, modulo 2^64. It is taken from the corners as
   /// they stand, so a box without points may have an extent below zero and a product other than 0.
   [[nodiscard]] uint64 Steps() const noexcept {
@@ -61,12 +93,17 @@ public:
   [[nodiscard]] CTriple<int64> High() const noexcept { return m_High; }
 
 private:
+  friend struct Impl::StWalkAccess;
+
   [[noreturn]] static void RaisePointOutsideWindow();
   [[nodiscard]] bool MoreRows() const noexcept {
     return m_Current.y != m_High.y || m_Current.z != m_High.z;
   }
   void NextRow() {
     if (!MoreRows()) RaisePointOutsideWindow();
+    BeginRow();
+  }
+  void BeginRow() noexcept {
     m_Current.x = m_Low.x;
     if (m_Current.y != m_High.y) {
       ++m_Current.y;

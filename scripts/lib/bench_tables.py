@@ -54,10 +54,13 @@ class Family:
 
     def add(self, run):
         name = re.sub(r"/(iterations|repeats|min_time):[^/]*", "", run["run_name"])
+        # Times that a peer took of itself in a process of its own are real times.
+        clock = "real_time" if name.endswith("/manual_time") else "cpu_time"
+        name = name.removesuffix("/manual_time")
         row, _, contestant = name.rpartition("/")
         if not row:
             return
-        seconds = run["cpu_time"] * SECONDS[run["time_unit"]]
+        seconds = run[clock] * SECONDS[run["time_unit"]]
         items = run.get("items_per_second", 0) * seconds
         if contestant != OURS and contestant not in self.peers:
             self.peers.append(contestant)
@@ -94,7 +97,7 @@ def ratio(times, peer):
     if peer not in times:
         return ""
     value = times[OURS][0] / times[peer][0]
-    return "< 0.01" if value < 0.01 else f"{value:.2g}"
+    return f"1/{float(f'{1 / value:.2g}'):.0f}" if value < 0.01 else f"{value:.2g}"
 
 
 def write(path, families, commit):

@@ -40,21 +40,6 @@ void CMatrixElements::Resize(std::size_t size) {
   m_Size = size;
 }
 
-void RaiseMatrixIndex(bool readOnly, uint64 row, uint64 col, uint64 rows, uint64 cols) {
-  // The two accessors differ by a blank; callers compare the texts.
-  CString message(readOnly ? "Index exceeds matrix bounds. Tried to access index (%1,%2) but "
-                             "Matrix size is %3-by-%4"
-                           : "Index exceeds matrix bounds.Tried to access index (%1,%2) but "
-                             "Matrix size is %3-by-%4");
-  message.Arg(Number(row)).Arg(Number(col)).Arg(Number(rows)).Arg(Number(cols));
-  Raise(ORVA_LOCATION(c_module, "ORVA::CMatrix<double>::operator ()"), message);
-}
-
-void RaiseMatrixProduct() {
-  Raise(ORVA_LOCATION(c_module, "ORVA::CMatrix<double>::operator *").AtLine(124),
-        "Trying to multiply non-conform matrices.");
-}
-
 } // namespace Impl
 
 template <class T>
@@ -66,6 +51,23 @@ void CMatrix<T>::Resize(uint64 rows, uint64 cols) {
   m_Data.Resize(rows * cols);
   m_Rows = rows;
   m_Cols = cols;
+}
+
+template <class T>
+void CMatrix<T>::RaiseIndex(bool readOnly, uint64 row, uint64 col) const {
+  // The two accessors differ by a blank; callers compare the texts.
+  CString message(readOnly ? "Index exceeds matrix bounds. Tried to access index (%1,%2) but "
+                             "Matrix size is %3-by-%4"
+                           : "Index exceeds matrix bounds.Tried to access index (%1,%2) but "
+                             "Matrix size is %3-by-%4");
+  message.Arg(Number(row)).Arg(Number(col)).Arg(Number(m_Rows)).Arg(Number(m_Cols));
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CMatrix<double>::operator ()"), message);
+}
+
+template <class T>
+void CMatrix<T>::RaiseProduct() {
+  Impl::Raise(ORVA_LOCATION(c_module, "ORVA::CMatrix<double>::operator *").AtLine(124),
+              "Trying to multiply non-conform matrices.");
 }
 
 template class CMatrix<double>;

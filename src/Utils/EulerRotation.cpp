@@ -51,7 +51,7 @@ CEulerRotation::CEulerRotation(CPolarCoordinates const& direction, double angle)
     : CEulerRotation(angle, direction.m_fTheta, std::numbers::pi / 2 - direction.m_fPhi) {}
 
 CEulerRotation::CEulerRotation(CMatrix<double> const& matrix) : m_Matrix(matrix) {
-  if (matrix.Cols() != 3) Impl::RaiseMatrixProduct(); // no product with a 3 x 3 transpose
+  if (matrix.Cols() != 3) static_cast<void>(matrix * CMatrix<double>(3, 3)); // raises the error
   if (!IsValid())
     Impl::Raise(c_constructor.AtLine(97), "Invalid CMatrix in CEulerRotation constructor.");
 }

@@ -5,6 +5,7 @@
 //   CTriple<int64> const seen = SeenAlong(2, point);                // (u, v, w) of (x, y, z)
 #pragma once
 
+#include <SeluUtils/Impl/Int128.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 
@@ -12,8 +13,6 @@
 #include <limits>
 
 namespace ORVA::Impl {
-
-__extension__ using int128 = __int128;
 
 /// a / b rounded down, for b > 0.
 template <class Integer>

@@ -8,19 +8,14 @@
 
 namespace ORVA {
 
-namespace Impl {
-
-void RaisePolarCoordinates(CPolarCoordinates const& direction) {
+void CPolarCoordinates::RaiseAngles() const {
   auto const where =
       ORVA_LOCATION("src/Utils/PolarCoordinates", "ORVA::CPolarCoordinates::CPolarCoordinates");
-  bool const finite = IsFinite(direction.m_fTheta) && IsFinite(direction.m_fPhi);
+  bool const finite = Impl::IsFinite(m_fTheta) && Impl::IsFinite(m_fPhi);
   CString message(finite ? "Parameter not in valid range! %1 or %2."
                          : "Invalid Parameter! %1 or %2.");
-  Raise(where.AtLine(finite ? 42 : 39),
-        message.Arg(direction.m_fTheta, 0).Arg(direction.m_fPhi, 0));
+  Impl::Raise(where.AtLine(finite ? 42 : 39), message.Arg(m_fTheta, 0).Arg(m_fPhi, 0));
 }
-
-} // namespace Impl
 
 namespace {
 

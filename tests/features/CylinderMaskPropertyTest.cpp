@@ -116,6 +116,24 @@ void ExpectLikeSlice(test::CRandomNumbers& random) {
 
 } // namespace
 
+// Circles so small that they hold one column, or none: the nearest one decides.
+TEST(CylinderMaskProperty, SmallCirclesHoldTheNearestColumn) {
+  CSize const size(5, 3, 1);
+  for (int s = -20; s <= 100; ++s)
+    for (double const radius : {0.05, 0.26, 0.49, 0.51, 0.74, 1.01}) {
+      StCylinder const cylinder = {'Z', s / 20.0, 1, radius};
+      CImage image(IMAGE_GREY_8, size);
+      CCylinderMask mask("mask", nullptr);
+      mask.SetCylinderParameters(image, "Z", cylinder.s, cylinder.t, cylinder.radius);
+      mask.MaskImageWithMetaInfoCylinder(image, 1);
+      auto const pixels = image.CreateAccess(false).As<std::uint8_t const>();
+      for (int64 y = 0; y < size.y; ++y)
+        for (int64 x = 0; x < size.x; ++x)
+          ASSERT_EQ(pixels(x, y), cylinder.IsInside(x, y, 0) ? 0 : 1)
+              << "s = " << cylinder.s << ", radius = " << radius << " at " << x << ", " << y;
+    }
+}
+
 TEST(CylinderMaskProperty, EveryVoxelIsAsThePlainTestSays) {
   test::CRandomNumbers random;
   for (int round = 0; round < 2000 && !testing::Test::HasFailure(); ++round) {

@@ -27,6 +27,35 @@ TEST_F(SeluApp, HelpOnEveryLevelHasAnExample) {
   }
 }
 
+// Every command, those below others included.
+std::vector<Arguments> AllCommands() {
+  std::vector<Arguments> commands = {{},         {"help"}, {"info"},    {"texture"},
+                                     {"sample"}, {"mask"}, {"regions"}, {"feature-image"},
+                                     {"synth"},  {"walk"}};
+  for (char const* const kind : {"noise", "blobs", "layers", "fibers"})
+    commands.push_back({"synth", kind});
+  for (char const* const kind :
+       {"line", "area", "polygon", "volume", "slice", "window", "delta", "direction"})
+    commands.push_back({"walk", kind});
+  return commands;
+}
+
+TEST_F(SeluApp, HelpPagesFitAndSayWhatOptionsTake) {
+  for (Arguments const& command : AllCommands()) {
+    SCOPED_TRACE(testing::PrintToString(command));
+    Arguments asked = command, helped = command;
+    asked.push_back("--help");
+    helped.insert(helped.begin(), "help");
+    auto const page = Output(asked);
+    EXPECT_EQ(Output(helped), page);
+    for (auto const& line : test::Lines(page)) EXPECT_LE(line.size(), 100u) << line;
+    EXPECT_EQ(page.find("TEXT"), std::string::npos) << page;
+    EXPECT_NE(page.find("Exit codes: 0 done, 1 it could not be done, 2"), std::string::npos);
+  }
+  EXPECT_NE(Output({"help", "texture"}).find("--direction X,Y[,Z]"), std::string::npos);
+  EXPECT_NE(Output({"help", "texture"}).find("--range LO,HI"), std::string::npos);
+}
+
 TEST_F(SeluApp, WrongUsageIsExitCodeTwoAndOneLine) {
   std::vector<std::pair<Arguments, std::string>> const cases = {
       {{}, "subcommand"},
@@ -43,6 +72,10 @@ TEST_F(SeluApp, WrongUsageIsExitCodeTwoAndOneLine) {
       {{"texture", "a.png", "--direction", "1,0.5"}, "\"1,0.5\""},
       {{"texture", "a.png", "--direction", "1,"}, "\"1,\""},
       {{"texture", "a.png", "--direction", "3000000000,0"}, "32 bits"},
+      {{"texture", "a.png", "--direction", "0,0,0"}, "other than 0,0,0"},
+      {{"texture", "a.png", "--color"}, "(see selu texture --help)"},
+      {{"walk", "line", "--color"}, "(see selu walk line --help)"},
+      {{"help", "dance"}, "there is no command \"dance\""},
       {{"texture", "a.png", "--range", "5"}, "\"5\""},
       {{"texture", "a.png", "--range", ""}, "--range: the value is empty"},
       {{"texture", "a.png", "--matrix", ""}, "--matrix: the value is empty"},
@@ -129,10 +162,10 @@ TEST_F(SeluApp, NothingOfTheBarWhenPiped) {
 }
 
 TEST_F(SeluApp, BarWithTimeLeftOnATerminal) {
+  if (!test::HasTerminals()) GTEST_SKIP() << "no terminal is to be had here";
   auto const result =
       Selu({"synth", "blobs", "--size", "200,200,200", "--seed", "1", "-o", "b.nrrd"},
            {.terminal = true});
-  if (result.code == -1) GTEST_SKIP() << "no terminal is to be had here";
   EXPECT_EQ(result.code, 0);
   EXPECT_TRUE(result.error.find("making blobs [") != std::string::npos) << result.error;
   EXPECT_TRUE(result.error.find(" left") != std::string::npos) << result.error;

@@ -1,4 +1,5 @@
 // Bad files: each gives one clear sentence and exit code 1, quickly, whatever is wrong with it.
+#include "support/Dicom.h"
 #include "support/Random.h"
 #include "support/SeluRun.h"
 
@@ -33,47 +34,9 @@ protected:
   }
 };
 
-void Append(std::string& bytes, std::uint32_t number, int count) {
-  for (int i = 0; i < count; ++i) bytes += static_cast<char>(number >> (8 * i) & 255);
-}
-
-// An element of a DICOM file with explicit types, little endian.
-std::string Element(std::uint32_t group, std::uint32_t element, std::string const& type,
-                    std::string value) {
-  if (value.size() % 2 != 0) value += type == "UI" ? '\0' : ' ';
-  std::string bytes;
-  Append(bytes, group, 2);
-  Append(bytes, element, 2);
-  bytes += type;
-  bool const isLong = type == "OB" || type == "OW";
-  if (isLong) Append(bytes, 0, 2);
-  Append(bytes, static_cast<std::uint32_t>(value.size()), isLong ? 4 : 2);
-  return bytes + value;
-}
-
-std::string Short(std::uint32_t number) {
-  std::string bytes;
-  Append(bytes, number, 2);
-  return bytes;
-}
-
-// An image of unsigned 16-bit pixels with the values 0, 256, 512, ...
+// An image with the values 0, 256, 512, ...
 std::string Dicom(std::uint32_t columns, std::uint32_t rows, std::uint32_t pixels) {
-  std::string const kind = "1.2.840.10008.5.1.4.1.1.7", name = "1.2.3.4.5";
-  std::string meta = Element(2, 1, "OB", std::string("\0\1", 2)) + Element(2, 2, "UI", kind) +
-                     Element(2, 3, "UI", name) + Element(2, 0x10, "UI", "1.2.840.10008.1.2.1") +
-                     Element(2, 0x12, "UI", "1.2.3.4");
-  std::string length;
-  Append(length, static_cast<std::uint32_t>(meta.size()), 4);
-  std::string values;
-  for (std::uint32_t i = 0; i < pixels; ++i) Append(values, i * 256, 2);
-  return std::string(128, '\0') + "DICM" + Element(2, 0, "UL", length) + meta +
-         Element(8, 0x16, "UI", kind) + Element(8, 0x18, "UI", name) +
-         Element(8, 0x60, "CS", "OT") + Element(0x28, 2, "US", Short(1)) +
-         Element(0x28, 4, "CS", "MONOCHROME2") + Element(0x28, 0x10, "US", Short(rows)) +
-         Element(0x28, 0x11, "US", Short(columns)) + Element(0x28, 0x100, "US", Short(16)) +
-         Element(0x28, 0x101, "US", Short(16)) + Element(0x28, 0x102, "US", Short(15)) +
-         Element(0x28, 0x103, "US", Short(0)) + Element(0x7fe0, 0x10, "OW", values);
+  return test::Dicom({.columns = columns, .rows = rows, .pixels = pixels, .step = 256});
 }
 
 TEST_F(SeluBadInput, WhatIsNoFileOfAnImage) {
@@ -83,7 +46,7 @@ TEST_F(SeluBadInput, WhatIsNoFileOfAnImage) {
   Write("text.png", "no image at all");
   ::mkfifo(Path("pipe.nrrd").c_str(), 0600);
   ExpectUnreadable("missing.png", "cannot read \"missing.png\": No such file or directory");
-  ExpectUnreadable("dir.nrrd", "it is a directory");
+  ExpectUnreadable("dir.nrrd", "it has no slices: no PNG, TIFF or DICOM files");
   ExpectUnreadable("empty.png", "the file is empty");
   ExpectUnreadable("text.txt", "it is no PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM image");
   ExpectUnreadable("text.png", "it is no PNG, TIFF");
@@ -249,6 +212,50 @@ TEST_F(SeluBadInput, DicomIsReadAndItsValuesAreRight) {
   EXPECT_EQ(info["pixel type"], "uint16");
   EXPECT_EQ(info["gray levels"], 256);
   EXPECT_EQ(info["greatest value"], 65280);
+}
+
+TEST_F(SeluBadInput, DicomMayLeaveItsTypesOut) {
+  Write("a.dcm", test::Dicom({.first = 7, .isExplicit = false}));
+  auto const info = nlohmann::json::parse(Output({"info", "a.dcm", "--format", "json"}));
+  EXPECT_EQ(info["least value"], 7);
+  EXPECT_EQ(info["greatest value"], 30);
+  auto const whole = Read("a.dcm");
+  Write("cut.dcm", whole.substr(0, whole.size() - 1));
+  ExpectUnreadable("cut.dcm", "the file is damaged or cut off");
+}
+
+TEST_F(SeluBadInput, LyingDicomElementsTakeNoMemory) {
+  // Lengths of elements that the file does not have: readers would make room for them.
+  auto const whole = test::Dicom({});
+  for (std::size_t place = 132; place + 4 < whole.size() - 48; ++place) {
+    if (place % 7 != 0) continue;
+    auto bytes = whole;
+    bytes.replace(place, 4, "\xff\xff\xff\x5f");
+    Write("lie.dcm", bytes);
+    auto const result =
+        test::RunProcess({"/usr/bin/env", "bash", "-c",
+                          "ulimit -v 1500000; exec timeout 60 \"$0\" info lie.dcm", SELU_BINARY},
+                         {.folder = Folder().string()});
+    EXPECT_TRUE(result.code == 0 || result.code == 1) << place << result.error;
+    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), result.code)
+        << result.error;
+  }
+}
+
+TEST_F(SeluBadInput, ErrorsEchoLittleOfAHeader) {
+  std::string const much(3000, 'n');
+  Write("a.nhdr", "NRRD0004\ntype: uint8\ndimension: 2\nsizes: 2 2\nencoding: raw\ndata file: " +
+                      much + "\n");
+  Write("a.mhd", "ObjectType = Image\nNDims = 2\nDimSize = 2 2\nElementType = MET_UCHAR\n"
+                 "ElementDataFile = " +
+                     much + "\n");
+  Write("a.json", "{\"maximum label\": 1, \"object 1\": {\"" + much + "\": null}}");
+  for (Arguments const& command : std::vector<Arguments>{
+           {"info", "a.nhdr"}, {"info", "a.mhd"}, {"feature-image", "a.json", "--csv", "a.csv"}}) {
+    auto const result = Selu(command);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(result.error.find(std::string(81, 'n')), std::string::npos) << result.error;
+  }
 }
 
 TEST_F(SeluBadInput, RandomDamageIsNeverMoreThanASentence) {

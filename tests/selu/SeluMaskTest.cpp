@@ -85,22 +85,42 @@ TEST_F(SeluMask, VoxelsOnTheCircleAreOutside) {
                                        9, 0, 0, 9, 9, 9, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST_F(SeluMask, ValuesThatDoNotFitAreWarnedOf) {
+TEST_F(SeluMask, ValuesThatDoNotFitAreRefused) {
   WriteSmall();
-  struct StCase {
-    char const* value;
-    std::uint8_t stored;
-    bool warns;
-  };
-  for (auto const& [value, stored, warns] : std::vector<StCase>{
-           {"255", 255, false}, {"300.7", 44, true}, {"-1", 255, true}, {"2.5", 2, true}}) {
-    auto const result = Selu(Command("Z", "50,50", "1", value));
-    EXPECT_EQ(result.code, 0) << result.error;
-    EXPECT_EQ(Pixels<std::uint8_t>("out.nrrd"), std::vector<std::uint8_t>(4, stored));
-    EXPECT_EQ(result.error, warns ? std::string("selu: warning: ") + value +
-                                        " does not fit unsigned 8-bit integer pixels, which take "
-                                        "the low bits of its whole part\n"
-                                  : std::string());
+  EXPECT_EQ(Output(Command("Z", "50,50", "1", "255")), "");
+  EXPECT_EQ(Pixels<std::uint8_t>("out.nrrd"), std::vector<std::uint8_t>(4, 255));
+  std::filesystem::remove(Path("out.nrrd"));
+  for (std::string const value : {"256", "300", "300.7", "-1", "2.5", "inf"})
+    ExpectFailure(Command("Z", "50,50", "1", value),
+                  value + " is no value for unsigned 8-bit integer pixels");
+  EXPECT_FALSE(std::filesystem::exists(Path("out.nrrd")));
+}
+
+TEST_F(SeluMask, GridIsKept) {
+  selu::StGrid grid;
+  grid.spacing = {0.5, 0.25, 3};
+  grid.origin = {-10, 20, 30.5};
+  grid.direction = {{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
+  selu::CRawImage const image({ORVA::CSize(4, 3, 2), selu::EnPixel::UInt8}, grid);
+  for (std::string const ending : {"nrrd", "mha", "nii.gz", "tif"}) {
+    selu::CAtomicFile file(Path("a." + ending));
+    selu::WriteImage(file, image);
+    file.Commit();
+    EXPECT_EQ(Output({"mask", "a." + ending, "--axis", "Z", "--center", "1,1", "--radius", "1",
+                      "--value", "7", "-o", "out." + ending}),
+              "");
+    EXPECT_EQ(Output({"walk", "line", "0,0,0", "1,1,1", "--image", "a." + ending, "--paint", "9",
+                      "-o", "painted." + ending}),
+              "");
+    for (std::string const name : {"out.", "painted."}) {
+      auto const kept = selu::OpenImage(Path(name + ending)).Grid();
+      for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(kept.spacing[i], grid.spacing[i], 1e-6) << name << ending;
+        EXPECT_NEAR(kept.origin[i], grid.origin[i], 1e-5) << name << ending;
+        for (std::size_t k = 0; k < 3; ++k)
+          EXPECT_NEAR(kept.direction[i][k], grid.direction[i][k], 1e-6) << name << ending;
+      }
+    }
   }
 }
 

@@ -2,6 +2,7 @@
 #include "support/SeluRun.h"
 
 #include <base/AtomicFile.h>
+#include <base/Errors.h>
 
 #include <array>
 #include <chrono>
@@ -137,7 +138,6 @@ TEST_F(SeluOutput, BadTargetsOfTheTextureAreRefusedBeforeTheWork) {
   ExpectFailure({"texture", "a.nrrd", "--picture", "no/p.png"}, "there is no folder \"no\"");
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.csv"}, "the ending must be one of");
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.png"}, "PNG holds no volumes");
-  ExpectFailure({"texture", "a.nrrd", "--matrix", "m.tif"}, "32-bit");
   ExpectFailure({"texture", "a.nrrd", "--matrix", "m.nii.gz", "--picture", "no/p.png"},
                 "no folder");
   EXPECT_EQ(Files(), Arguments{"a.nrrd"});
@@ -198,6 +198,80 @@ TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {
   ExpectFailure(Synth("locked/a.nrrd"), "Permission denied", 1, {.obeysPermissions = true});
   EXPECT_EQ(Read("a.nrrd"), "old");
   EXPECT_EQ(Files(), (Arguments{"a.nrrd", "locked"}));
+}
+
+TEST_F(SeluOutput, OpenFilesAreWrittenIntoNotReplaced) {
+  WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 1}, {1, 1, 2, 2});
+  auto const run = [&](std::string const& command) {
+    return test::RunProcess({"/bin/bash", "-c", command, SELU_BINARY},
+                            {.folder = Folder().string()});
+  };
+  ASSERT_EQ(run("\"$0\" regions l.nrrd -o f.json").code, 0);
+  auto const json = Read("f.json");
+  Write("log", "first line\n");
+  fs::create_symlink("/dev/stdout", Folder() / "link");
+  std::string expected = "first line\n";
+  for (std::string const target : {"/dev/stdout", "-", "/dev/fd/1", "/proc/self/fd/1", "link"}) {
+    auto const result = run("\"$0\" regions l.nrrd -o " + target + " >> log");
+    EXPECT_EQ(result.code, 0) << target << result.error;
+    expected += json;
+    EXPECT_EQ(Read("log"), expected) << target;
+  }
+  EXPECT_EQ(run("\"$0\" regions l.nrrd -o /dev/fd/7 7>> log").code, 0);
+  EXPECT_EQ(Read("log"), expected + json);
+  EXPECT_EQ(run("\"$0\" regions l.nrrd -o - | cat").out, json);
+  EXPECT_NE(run("\"$0\" regions l.nrrd -o - >&-").code, 0);
+  EXPECT_EQ(Files(), (Arguments{"f.json", "l.nrrd", "link", "log"}));
+}
+
+TEST_F(SeluOutput, ADashIsStandardOutputInEveryCommand) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  EXPECT_EQ(Output(Synth("-")), Read("a.nrrd"));
+  EXPECT_EQ(Output({"synth", "fibers", "--size", "9,9,9", "--count", "2", "--seed", "1", "-o", "-"})
+                .substr(0, 4),
+            "NRRD");
+  EXPECT_EQ(Output({"mask", "a.nrrd", "--axis", "Z", "--center", "3,3", "--radius", "3", "--value",
+                    "0", "-o", "-"})
+                .substr(0, 4),
+            "NRRD");
+  EXPECT_EQ(Output({"walk", "line", "0,0", "1,0", "-o", "-"}), "x,y\n0,0\n1,0\n");
+  EXPECT_EQ(
+      Output({"walk", "line", "0,0,0", "1,0,0", "--image", "a.nrrd", "--paint", "3", "-o", "-"})
+          .substr(0, 4),
+      "NRRD");
+  ASSERT_EQ(Selu({"regions", "a.nrrd", "-o", "f.json"}).code, 0);
+  EXPECT_EQ(Output({"regions", "a.nrrd", "-o", "-"}), Read("f.json"));
+  EXPECT_EQ(Output({"feature-image", "f.json", "-o", "-"}).substr(0, 4), "NRRD");
+  EXPECT_TRUE(Output({"feature-image", "f.json", "--csv", "-"}).starts_with("object,"));
+  EXPECT_EQ(Output({"sample", "normal", "-n", "3", "--seed", "1", "-o", "-"}),
+            Output({"sample", "normal", "-n", "3", "--seed", "1"}));
+  ExpectFailure({"feature-image", "f.json", "-o", "-", "--csv", "/dev/stdout"}, "the same file", 2);
+}
+
+TEST_F(SeluOutput, AllOutputsAppearOrNone) {
+  ASSERT_EQ(Selu(Synth("a.nrrd")).code, 0);
+  ASSERT_EQ(Selu({"regions", "a.nrrd", "-o", "f.json"}).code, 0);
+  auto const files = Files();
+  ExpectFailure({"feature-image", "f.json", "-o", "x.nrrd", "--csv", "/dev/full"}, "No space left");
+  ExpectFailure({"regions", "a.nrrd", "-o", "x.json", "--csv", "/dev/full"}, "No space left");
+  ExpectFailure({"texture", "a.nrrd", "--matrix", "x.nrrd", "--picture", "x.svg"},
+                "standard output", 1, {.outFile = "/dev/full"});
+  EXPECT_EQ(Files(), files);
+}
+
+TEST_F(SeluOutput, FilesThatCannotTakeTheirNameGiveTheOthersBack) {
+  Write("a.txt", "old");
+  selu::CAtomicFile a(Path("a.txt")), b(Path("b.txt")), c(Path("c.txt"));
+  for (auto* const file : {&a, &b, &c}) file->Write("new");
+  fs::create_directory(Folder() / "c.txt"); // stands in the way since a moment ago
+  EXPECT_THROW(selu::CommitAll({&a, nullptr, &b, &c}), selu::CAppError);
+  EXPECT_EQ(Read("a.txt"), "old");
+  EXPECT_FALSE(fs::exists(Path("b.txt")));
+  fs::remove(Folder() / "c.txt");
+  selu::CAtomicFile d(Path("a.txt"));
+  d.Write("new");
+  selu::CommitAll({&d});
+  EXPECT_EQ(Read("a.txt"), "new");
 }
 
 TEST_F(SeluOutput, SignalsLeaveNothing) {

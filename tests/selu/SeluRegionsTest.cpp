@@ -176,28 +176,84 @@ TEST_F(SeluRegions, TextureIsThatOfTheBoundingBox) {
   WriteNrrd("i.nrrd", "uint8", {10, 8, 6}, values);
   WriteNrrd("l.nrrd", "uint8", {10, 8, 6}, labels);
   WriteNrrd("box.nrrd", "uint8", {7, 4, 3}, box);
-  for (std::string const direction : {"", "1,-1,2", "0,0,1"}) {
-    Arguments options = {"--intensity", "i.nrrd"};
-    if (!direction.empty()) options.insert(options.end(), {"--direction", direction});
-    Json const object = Regions(options)["object 2"];
+  for (std::string const direction : {"1,0,0", "1,-1,2", "0,0,1"}) {
+    Json const object = Regions({"--intensity", "i.nrrd", "--direction", direction})["object 2"];
     Json const texture = Json::parse(Output(
-        {"texture", "box.nrrd", "--format", "json", "--direction",
-         direction.empty() ? std::string("1,0,0") : direction}))["directions"][0]["features"];
-    EXPECT_EQ(object["texture"], texture) << direction;
+        {"texture", "box.nrrd", "--format", "json", "--direction", direction}))["directions"][0];
+    EXPECT_EQ(object["texture"], texture["features"]) << direction;
     EXPECT_EQ(object["texture"].size(), 13u);
     EXPECT_EQ(object["status"], "measured");
+  }
+  Json const mean = Regions({"--intensity", "i.nrrd"})["object 2"]["texture"];
+  Json const all = Json::parse(Output({"texture", "box.nrrd", "--format", "json"}))["directions"];
+  ASSERT_EQ(all.size(), 13u);
+  for (auto const& [name, value] : mean.items()) {
+    double sum = 0;
+    for (auto const& one : all) sum += one["features"][name].get<double>();
+    EXPECT_EQ(value.get<double>(), sum / 13) << name;
   }
 }
 
 TEST_F(SeluRegions, BoxesWithoutPairsHaveTheTextureZero) {
   WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 2}, {1, 0, 2, 2, 1, 0, 0, 0});
   WriteNrrd<std::uint8_t>("i.nrrd", "uint8", {4, 2}, {9, 8, 7, 6, 5, 4, 3, 2});
-  Json const json = Regions({"--intensity", "i.nrrd"}); // object 1 is one voxel wide
-  EXPECT_EQ(json["object 1"]["status"], "too small for texture");
+  Json const json = Regions({"--intensity", "i.nrrd", "--direction", "1,0"});
+  EXPECT_EQ(json["object 1"]["status"], "too small for texture"); // it is one voxel wide
   EXPECT_EQ(json["object 1"]["texture"].size(), 13u);
   for (auto const& [name, value] : json["object 1"]["texture"].items()) EXPECT_EQ(value, 0.0);
   EXPECT_EQ(json["object 2"]["status"], "measured");
   EXPECT_EQ(json["object 2"]["texture"]["Contrast"].is_number_float(), true);
+  EXPECT_EQ(Regions({"--intensity", "i.nrrd"})["object 1"]["status"], "measured") << "along 0,1";
+}
+
+TEST_F(SeluRegions, LabelsHave32Bits) {
+  WriteNrrd<std::uint32_t>("l.nrrd", "uint32", {3, 1}, {4294967295u, 0, 16777217});
+  Json const json = Regions({});
+  EXPECT_EQ(json["maximum label"], 4294967295u);
+  EXPECT_TRUE(json.contains("object 4294967295"));
+  EXPECT_TRUE(json.contains("object 0016777217"));
+  EXPECT_EQ(Output({"feature-image", "f.json", "--csv", "-", "--exclude", "bounding box",
+                    "--exclude", "centroid", "--exclude", "status"}),
+            "object,volume [px]\n16777217,1\n4294967295,1\n");
+  ExpectFailure({"feature-image", "f.json", "-o", "x.nrrd"}, "the feature image of 4294967296 x ");
+}
+
+TEST_F(SeluRegions, LabelsMayBeWholeFloatingPointNumbers) {
+  WriteNrrd<float>("l.nrrd", "float", {4, 1}, {0, 3, 3, 7});
+  Json const json = Regions({});
+  EXPECT_EQ(json["object 3"]["volume [px]"], 2);
+  EXPECT_EQ(json["object 7"]["volume [px]"], 1);
+}
+
+TEST_F(SeluRegions, RelabelingNumbersFromOne) {
+  WriteNrrd<std::uint32_t>("l.nrrd", "uint32", {4, 1}, {4000000000u, 0, 12, 500});
+  Json const json = Regions({"--relabel"});
+  EXPECT_EQ(json["maximum label"], 3);
+  EXPECT_EQ(json["object 1"]["label"], 12);
+  EXPECT_EQ(json["object 2"]["label"], 500);
+  EXPECT_EQ(json["object 3"]["label"], 4000000000u);
+  EXPECT_EQ(json["object 3"]["object"], "3");
+  EXPECT_EQ(json["object 3"]["bounding box"]["x min"], 0);
+}
+
+TEST_F(SeluRegions, TableIsThatOfTheFeatureImage) {
+  test::CRandomNumbers random;
+  std::vector<std::uint16_t> labels(400);
+  std::vector<float> values(400);
+  for (auto& label : labels) label = static_cast<std::uint16_t>(random.Between(0, 12));
+  for (auto& value : values) value = static_cast<float>(random.Between(-1000, 1000)) / 7;
+  WriteNrrd("l.nrrd", "uint16", {10, 8, 5}, labels);
+  WriteNrrd("i.nrrd", "float", {10, 8, 5}, values);
+  for (std::string const texture : {"--no-texture", "--range=-150,150"}) {
+    EXPECT_EQ(Output({"regions", "l.nrrd", "--intensity", "i.nrrd", texture, "-o", "f.json",
+                      "--csv", "a.csv"}),
+              "");
+    EXPECT_EQ(Output({"feature-image", "f.json", "--csv", "b.csv"}), "");
+    EXPECT_EQ(Read("a.csv"), Read("b.csv"));
+    EXPECT_EQ(Output({"regions", "l.nrrd", "--intensity", "i.nrrd", texture, "--csv", "-"}),
+              Read("a.csv"));
+    EXPECT_EQ(test::Lines(Read("a.csv")).size(), 13u);
+  }
 }
 
 TEST_F(SeluRegions, RangeMapsSignedIntensitiesForTheTexture) {
@@ -213,19 +269,21 @@ TEST_F(SeluRegions, RangeMapsSignedIntensitiesForTheTexture) {
 TEST_F(SeluRegions, AbsurdLabelsAreRefused) {
   Arguments const command = {"regions", "l.nrrd", "-o", "f.json"};
   WriteNrrd<std::int16_t>("l.nrrd", "int16", {2, 2}, {0, 1, -5, 1});
-  ExpectFailure(command, "\"l.nrrd\" has the label -5, but labels go from 0, the background, to "
-                         "16777216");
-  WriteNrrd<std::uint32_t>("l.nrrd", "uint32", {2, 2}, {0, 1, 16777217, 1});
-  ExpectFailure(command, "\"l.nrrd\" has the label 16777217");
+  ExpectFailure(
+      command,
+      "\"l.nrrd\" has the label -5, but labels are whole numbers from 0, the background, to "
+      "4294967295");
+  WriteNrrd<std::uint64_t>("l.nrrd", "uint64", {2, 2}, {0, 1, 4294967296, 1});
+  ExpectFailure(command, "\"l.nrrd\" has the label 4294967296");
   WriteNrrd<std::uint64_t>("l.nrrd", "uint64", {2, 2}, {0, 1, ~std::uint64_t{0}, 1});
   ExpectFailure(command, "\"l.nrrd\" has the label 18446744073709551615");
   WriteNrrd<std::int64_t>("l.nrrd", "int64", {2, 2},
                           {0, 1, std::numeric_limits<std::int64_t>::min(), 1});
   ExpectFailure(command, "\"l.nrrd\" has the label -9223372036854775808");
-  WriteNrrd<float>("l.nrrd", "float", {2, 2}, {0, 1, 2, 1});
-  ExpectFailure(command, "\"l.nrrd\" has 32-bit floating-point pixels, but labels are integers");
-  WriteNrrd<double>("l.nrrd", "double", {2, 2}, {0, 1, 2, 1});
-  ExpectFailure(command, "\"l.nrrd\" has 64-bit floating-point pixels, but labels are integers");
+  for (float const label : {1.5f, -1.0f, std::nanf(""), 4294967296.0f}) {
+    WriteNrrd<float>("l.nrrd", "float", {2, 2}, {0, 1, label, 1});
+    ExpectFailure(command, "but labels are whole numbers");
+  }
   WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {2, 2}, {0, 0, 0, 0});
   ExpectFailure(command, "\"l.nrrd\" has no objects: all its labels are 0");
   EXPECT_EQ(Files(), std::vector<std::string>{"l.nrrd"});
@@ -249,6 +307,7 @@ TEST_F(SeluRegions, ImagesAndOptionsMustFit) {
   ExpectFailure(with({"--intensity", "s.nrrd", "--direction", "1"}), "--direction", 2);
   ExpectFailure(with({"--range", "0,9"}), "which needs --intensity", 2);
   ExpectFailure({"regions", "l.nrrd"}, "--output", 2);
+  ExpectFailure({"regions", "l.nrrd", "-o", "f", "--csv", "./f"}, "name the same file", 2);
   ExpectFailure({"regions", "l.nrrd", "-o", "no/f.json"}, "cannot write \"no/f.json\"");
   EXPECT_EQ(Files(), (std::vector<std::string>{"i.nrrd", "l.nrrd", "s.nrrd"}));
 }

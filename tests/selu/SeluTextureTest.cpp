@@ -199,6 +199,26 @@ TEST_F(SeluTexture, DirectionsThatLeaveTheImageAreRefusedBeforeTheWork) {
   EXPECT_EQ(Files(), (Arguments{"f.png", "v.nrrd"}));
 }
 
+TEST_F(SeluTexture, ThinImagesLeaveDirectionsOut) {
+  WriteNrrd<std::uint8_t>("line.nrrd", "uint8", {20, 1}, std::vector<std::uint8_t>(20, 5));
+  auto const line = Selu({"texture", "line.nrrd", "--format", "csv"});
+  EXPECT_EQ(line.code, 0);
+  EXPECT_EQ(line.error,
+            "selu: note: the image is one voxel thin, so these directions are left out: "
+            "1,1 0,1 1,-1\n");
+  ASSERT_EQ(test::Lines(line.out).size(), 2u);
+  EXPECT_TRUE(test::Lines(line.out)[1].starts_with("1,0,0,19,"));
+  WriteNrrd<std::uint8_t>("flat.nrrd", "uint8", {1, 3, 4}, std::vector<std::uint8_t>(12, 5));
+  EXPECT_EQ(test::Lines(Output({"texture", "flat.nrrd", "--format", "csv"})).size(), 1u + 4u);
+  EXPECT_EQ(test::Lines(Output({"texture", "flat.nrrd", "--format", "csv", "--all-directions",
+                                "--direction", "0,2,0"}))
+                .size(),
+            1u + 5u);
+  ExpectFailure({"texture", "flat.nrrd", "--direction", "1,0,0"}, "as long as the image or longer");
+  WriteNrrd<std::uint8_t>("dot.nrrd", "uint8", {1, 1}, {5});
+  ExpectFailure({"texture", "dot.nrrd"}, "no two voxels that are neighbors");
+}
+
 // Width and height by the header of a PNG.
 std::pair<unsigned, unsigned> PngSize(std::string const& bytes) {
   auto const number = [&](std::size_t place) {

@@ -277,7 +277,30 @@ TEST_F(SeluWalkImage, UnwritablePixelTypesAreNamed) {
   EXPECT_EQ(Quiet(with("out.tif")), "");
   EXPECT_EQ(Pixels<std::int16_t>("out.tif"), (std::vector<std::int16_t>{1, 0, 0, 1}));
   WriteNrrd("f.nrrd", "double", {2, 2}, std::vector<double>(4));
-  Fails(with("out.tif"), "selu writes no TIFF of 64-bit floating-point pixels");
+  Fails(with("out.png"), "PNG holds no more than 16 bits per pixel");
+  EXPECT_EQ(Quiet(with("out.tif")), "");
+  EXPECT_EQ(Pixels<double>("out.tif"), (std::vector<double>{1, 0, 0, 1}));
+}
+
+TEST_F(SeluWalkImage, PointsAreNotWrittenAsAnImage) {
+  for (std::string const name : {"x.tif", "x.png", "x.nrrd", "x.nii.gz"})
+    ExpectFailure({"walk", "line", "0,0", "1,1", "-o", name}, "give --paint", 2);
+  EXPECT_TRUE(Files().empty());
+}
+
+TEST_F(SeluWalkImage, PlanesKeepTheSpacingOfTheirAxes) {
+  selu::StGrid grid;
+  grid.spacing = {0.5, 0.25, 3};
+  selu::CRawImage const image({CSize(4, 3, 2), selu::EnPixel::UInt8}, grid);
+  selu::CAtomicFile file(Path("a.nrrd"));
+  selu::WriteImage(file, image);
+  file.Commit();
+  EXPECT_EQ(Quiet({"slice", "--normal", "0,1,0", "--distance", "1", "--image", "a.nrrd",
+                   "--picture", "plane.png"}),
+            "");
+  auto const kept = selu::OpenImage(Path("plane.png")).Grid();
+  EXPECT_EQ(kept.spacing[0], 0.5);
+  EXPECT_EQ(kept.spacing[1], 3);
 }
 
 TEST_F(SeluWalkImage, PlanesAreResampledAlongTheDominantAxis) {

@@ -89,6 +89,16 @@ inline void Collect(std::array<int, 2> streams, std::array<std::string*, 2> text
 
 } // namespace Impl
 
+/// Whether pseudo-terminals are to be had: bare trees without /dev/pts have none, and tests that
+/// want one are skipped there.
+inline bool HasTerminals() {
+  int terminal = -1, line = -1;
+  if (::openpty(&terminal, &line, nullptr, nullptr, nullptr) != 0) return false;
+  ::close(terminal);
+  ::close(line);
+  return true;
+}
+
 inline StProcessResult RunProcess(std::vector<std::string> const& command,
                                   StProcessOptions const& options = {}) {
   std::array<int, 2> out{}, error{};

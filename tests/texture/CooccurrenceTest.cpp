@@ -255,6 +255,18 @@ TEST_F(Cooccurrence, LineImageIsRefusedByTheCountingStep) {
               where, c_source);
 }
 
+TEST_F(Cooccurrence, EachErrorHasALineOfItsOwn) {
+  CImage const flat = SmallPlane(), line(IMAGE_GREY_8, CSize(3)), real(IMAGE_GREY_F, CSize(3, 3));
+  CImage wrongType(IMAGE_GREY_8, CSize(1, 256, 256)), wrongSize(IMAGE_GREY_32, CSize(1, 256, 255));
+  CTriple<long> deep(0, 0, 1);
+  auto const compute = [&](CImage& matrix, CImage const& image, CTriple<long>* direction) {
+    return [=, this, &matrix, &image] { texture.ComputeMatrix(matrix, image, direction); };
+  };
+  test::ExpectLinesOfTheirOwn({compute(out, flat, nullptr), compute(wrongType, flat, &right),
+                               compute(wrongSize, flat, &right), compute(out, line, &right),
+                               compute(out, flat, &deep), compute(out, real, &right)});
+}
+
 TEST_F(Cooccurrence, RefusesPixelsThatAreNoGrayLevels) {
   for (auto const type : {IMAGE_GREY_F, IMAGE_BOOL, IMAGE_BINARY_FG}) {
     CImage const image(type, CSize(3, 3));

@@ -168,6 +168,21 @@ TEST(PolygonVisitor, HighEdgesTakeNoMemory) {
   }
 }
 
+TEST(PolygonVisitor, EachErrorHasALineOfItsOwn) {
+  using Corners = PointList;
+  auto const make = [](Corners const& outline, Corners const& hole, int64 dimension, int64 code) {
+    return [=] { CPolygonVisitor(outline, {hole}, dimension, code, true); };
+  };
+  Corners const corners{{0, 0, 0}, {9, 0, 0}, {0, 9, 0}};
+  constexpr int64 c_far = std::numeric_limits<int64>::max();
+  test::ExpectLinesOfTheirOwn(
+      {make(corners, {}, 4, NEIGHBORHOOD_8), make(corners, {}, 2, NEIGHBORHOOD_26),
+       make(corners, {}, 3, NEIGHBORHOOD_8), make({{c_far, 0, 0}}, {}, 2, NEIGHBORHOOD_8),
+       make({{0, 0, 0}, {int64{1} << 32, 0, 0}}, {}, 2, NEIGHBORHOOD_8),
+       make(corners, {{-1, 0, 0}}, 2, NEIGHBORHOOD_8),
+       make({{0, 0, 0}, {9, 0, 0}, {0, 9, 1}}, {}, 2, NEIGHBORHOOD_8)});
+}
+
 TEST(PolygonVisitor, FarCoordinatesAreExact) {
   constexpr int64 far = int64{1} << 62;
   CPolygonVisitor const polygon(

@@ -3,11 +3,13 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Walker.h>
 
+#include "support/AllocationLimit.h"
 #include "support/WalkTest.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -217,6 +219,28 @@ TEST(VolumeVisitor, EdgesLongerThanLinesAreRefused) {
       },
       "edge from -9223372036854775808 to 9223372036854775807 is longer than 2147483647 voxels",
       c_constructor, c_source);
+}
+
+// Of 2^31 - 1 voxels in either direction they are taken, and then want memory; one more is too
+// many.
+TEST(VolumeVisitor, TheLongestEdgesAreTaken) {
+  test::CAllocationLimit const limit(std::size_t{1} << 24);
+  constexpr int64 c_longest = INT32_MAX;
+  for (int64 const far : {c_longest, -c_longest}) {
+    EXPECT_THROW(Solid({{0, 0, 0}, {0, far, 0}}, true), std::bad_alloc);
+    EXPECT_THROW(Solid({{0, 0, far}, {0, 0, 0}}, true), std::bad_alloc);
+    int64 const farther = far < 0 ? far - 1 : far + 1;
+    ExpectError<CExBadParam>(
+        [&] {
+          Solid({{0, 0, 0}, {0, farther, 0}}, true);
+        },
+        "edge from 0 to " + std::to_string(farther) + " is longer than 2147483647 voxels");
+    ExpectError<CExBadParam>(
+        [&] {
+          Solid({{0, 0, farther}, {0, 0, 0}}, true);
+        },
+        "edge from " + std::to_string(farther) + " to 0 is longer than 2147483647 voxels");
+  }
 }
 
 TEST(VolumeVisitor, CoordinatesNearTheEndsOfTheRange) {

@@ -36,11 +36,18 @@ void RefuseEmptyValues(CLI::App& app) {
   for (CLI::App* const command : app.get_subcommands({})) RefuseEmptyValues(*command);
 }
 
+// The command of this name below another; null where there is none.
+CLI::App const* CommandBelow(CLI::App const& app, std::string const& name) {
+  auto const found =
+      app.get_subcommands([&](CLI::App const* one) { return one->check_name(name); });
+  return found.empty() ? nullptr : found.front();
+}
+
 // The command that these words name, one below the other; null where there is none.
-CLI::App* FindCommand(CLI::App& app, std::vector<std::string> const& words) {
-  CLI::App* command = &app;
+CLI::App const* FindCommand(CLI::App const& app, std::vector<std::string> const& words) {
+  CLI::App const* command = &app;
   for (auto const& word : words) {
-    command = command->get_subcommand_no_throw(word);
+    command = CommandBelow(*command, word);
     if (command == nullptr) return nullptr;
   }
   return command;
@@ -52,12 +59,12 @@ void AddHelpCommand(CLI::App& app) {
   help->add_option("COMMAND", *words, "such as texture, or walk line; without it this overview");
   help->footer("Example:\n  selu help walk line");
   help->callback([&app, words] {
-    CLI::App* const command = FindCommand(app, *words);
+    CLI::App const* const command = FindCommand(app, *words);
     if (command == nullptr)
       throw CUsageError("there is no command " + Quoted(words->back()) + " (see selu --help)");
     std::string name = "selu";
-    for (std::size_t i = 0; i + 1 < words->size(); ++i) name += " " + (*words)[i];
-    PrintOut(command->help(words->empty() ? "" : name));
+    for (auto const& word : *words) name += " " + word;
+    PrintOut(app.get_formatter()->make_help(command, name, CLI::AppFormatMode::Normal));
   });
 }
 
@@ -100,10 +107,8 @@ std::string Hint(CLI::App const& app, int argc, char const* const* argv) {
   std::string text = "see selu";
   CLI::App const* command = &app;
   for (int i = 1; i < argc; ++i) {
-    auto const below =
-        command->get_subcommands([&](CLI::App const* one) { return one->check_name(argv[i]); });
-    if (below.empty()) break;
-    command = below.front();
+    command = CommandBelow(*command, argv[i]);
+    if (command == nullptr) break;
     text += " " + command->get_name();
   }
   return text + " --help";

@@ -17,7 +17,7 @@ struct StValueName {
   char const *option, *value;
 };
 // What the options take; the same option takes the same in every command.
-constexpr std::array<StValueName, 27> c_valueNames = {
+constexpr std::array<StValueName, 38> c_valueNames = {
     {{"--direction", "X,Y[,Z]"}, {"--range", "LO,HI"},       {"--format", "FORMAT"},
      {"--matrix", "FILE"},       {"--picture", "FILE"},      {"--output", "FILE"},
      {"--csv", "FILE"},          {"--corners", "FILE"},      {"--hole", "FILE"},
@@ -26,7 +26,11 @@ constexpr std::array<StValueName, 27> c_valueNames = {
      {"--radius", "NUMBER"},     {"--value", "NUMBER"},      {"--paint", "NUMBER"},
      {"--distance", "NUMBER"},   {"--center", "S,T"},        {"--normal", "X,Y,Z"},
      {"--low", "X,Y[,Z]"},       {"--high", "X,Y[,Z]"},      {"--exclude", "PATH"},
-     {"--id-key", "WORD"},       {"--neighborhood", "NAME"}, {"--orientation", "DISTRIBUTION"}}};
+     {"--id-key", "WORD"},       {"--neighborhood", "NAME"}, {"--orientation", "DISTRIBUTION"},
+     {"--ends", "WHICH"},        {"--axis", "AXIS"},         {"--as", "FORM"},
+     {"--method", "METHOD"},     {"--boundary", "RULE"},     {"--winding", "RULE"},
+     {"--mesh", "FILE"},         {"--faces", "FILE"},        {"--face", "A,B,C"},
+     {"--scale", "NUMBER"},      {"--shift", "X,Y,Z"}}};
 
 constexpr char c_exitCodes[] =
     R"(Exit codes: 0 done, 1 it could not be done, 2 the words of the command line are wrong.)";
@@ -59,7 +63,7 @@ public:
     std::string text;
     bool const takes = option->get_type_size() != 0 && !option->get_positional();
     if (takes && !option->get_option_text().empty()) text += " " + option->get_option_text();
-    if (takes && option->get_option_text().empty()) text += " " + option->get_type_name();
+    if (takes && option->get_option_text().empty()) text += " VALUE";
     if (!option->get_default_str().empty()) text += "=" + option->get_default_str();
     if (option->get_items_expected_max() > 1) text += " ...";
     if (option->get_required()) text += " (needed)";

@@ -36,6 +36,10 @@ struct StStepPattern {
   [[nodiscard]] constexpr bool IsStep(int64 i) const noexcept {
     return fraction + (static_cast<uint64>(i) + 1) * rate < rate;
   }
+  /// How many of the next moves have no step, at most 2^64 - 1.
+  [[nodiscard]] constexpr uint64 RestingMoves() const noexcept {
+    return rate == 0 ? ~uint64{0} : ~fraction / rate;
+  }
   /// Goes on to the next move and says whether it takes a step.
   constexpr bool Advance() noexcept {
     fraction += rate;
@@ -72,6 +76,20 @@ struct StLineAxis {
     axis.pattern.fraction += static_cast<uint64>(moves) * pattern.rate;
     return axis;
   }
+  /// How many of the next moves leave the axis where it is, and how many raise it, until the first
+  /// that does not.
+  [[nodiscard]] constexpr uint64 RestingMoves() const noexcept {
+    return (drift == 0 ? pattern : pattern.Complement()).RestingMoves();
+  }
+  [[nodiscard]] constexpr uint64 RisingMoves() const noexcept {
+    if (drift != 0) return 0;
+    return pattern.rate == ~uint64{0} ? pattern.rate : pattern.Complement().RestingMoves();
+  }
+  /// Goes on by so many moves >= 0 that all take the same step.
+  constexpr void AdvanceEvenly(int64 moves, int64 step) noexcept {
+    position += static_cast<uint64>(moves) * static_cast<uint64>(step);
+    pattern.fraction += static_cast<uint64>(moves) * pattern.rate;
+  }
   constexpr void SetSteps(StStepPattern const& steps, int64 sign) noexcept {
     pattern = sign < 0 ? steps.Complement() : steps;
     drift = sign < 0 ? ~uint64{0} : 0;
@@ -96,6 +114,20 @@ struct StLineCursor {
     x.Advance();
     y.Advance();
     z.Advance();
+  }
+  /// How many of the next moves go by +1 along the axis and not along the others.
+  [[nodiscard]] constexpr uint64 MovesAlong(int64 axis) const noexcept {
+    uint64 const alongX = axis == 0 ? x.RisingMoves() : x.RestingMoves();
+    uint64 const alongY = axis == 1 ? y.RisingMoves() : y.RestingMoves();
+    uint64 const alongZ = axis == 2 ? z.RisingMoves() : z.RestingMoves();
+    uint64 const least = alongX < alongY ? alongX : alongY;
+    return alongZ < least ? alongZ : least;
+  }
+  /// Goes on by so many moves >= 0 that are all alike.
+  constexpr void AdvanceEvenly(int64 moves, CTriple<int64> const& move) noexcept {
+    x.AdvanceEvenly(moves, move.x);
+    y.AdvanceEvenly(moves, move.y);
+    z.AdvanceEvenly(moves, move.z);
   }
   /// The position before the last Advance.
   [[nodiscard]] constexpr StLineCursor Before() const noexcept {

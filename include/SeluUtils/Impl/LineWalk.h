@@ -7,8 +7,10 @@
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
+#include <SeluUtils/Impl/AxisMove.h>
 #include <SeluUtils/Impl/LineCursor.h>
 #include <SeluUtils/Impl/UntilMoved.h>
+#include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
 
@@ -17,6 +19,7 @@
 namespace ORVA::Impl {
 
 class CBresenhamVisitor3D;
+struct StWalkAccess;
 
 /// The moves of a line whose axes do not step evenly, in one list that all copies share; none by
 /// default and once moved from. A copy takes no memory. Threads may hold copies of one list.
@@ -62,7 +65,7 @@ struct StLine {
   int64 diagonal = -1; // the mask of diagonal moves where it was given in place of a neighborhood
   int64 firstStep = 0; // 0 with end points, 1 without
   CSharedMoves list;   // of a line whose axes do not step evenly; those of the cursor are at rest
-  CUntilMoved<int64> steps;
+  CUntilMoved<int64, -1> steps{0};
   StLineCursor start;
 
   /// Move i, 0 <= i < steps.
@@ -77,6 +80,24 @@ struct StLine {
     } else if (i < steps) {
       cursor.MoveBy(list[i]);
     }
+  }
+  /// Takes a cursor that stands before move i along as long as the moves go by +1 along one axis,
+  /// at most `most` >= 0 of them, and lengthens the run that begins there.
+  void ExtendRun(StRun& run, StLineCursor& cursor, int64 i, int64 most) const noexcept {
+    if (most == 0) return;
+    CTriple<int64> const move = list.IsEmpty() ? cursor.Move(0) : list[i];
+    int64 const axis = AxisOfMove(move);
+    if (axis < 0) return;
+    int64 moves = 1;
+    if (list.IsEmpty()) {
+      uint64 const along = cursor.MovesAlong(axis);
+      moves = along < static_cast<uint64>(most) ? static_cast<int64>(along) : most;
+    } else {
+      while (moves < most && list[i + moves] == move) ++moves;
+    }
+    cursor.AdvanceEvenly(moves, move);
+    run.axis = axis;
+    run.length += moves;
   }
 };
 

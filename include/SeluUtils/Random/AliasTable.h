@@ -10,6 +10,7 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/ExactDraws.h>
+#include <SeluUtils/Impl/Int128.h>
 #include <pxlib2core/Random.h>
 #include <pxlib2core/RandomSource.h>
 #include <pxlib2core/Types.h>
@@ -42,8 +43,7 @@ public:
   std::size_t operator()(Source& source) const {
     // The word's product with the number of entries: its high half is the entry, its low half a
     // uniform place in it.
-    __extension__ using uint128 = unsigned __int128;
-    uint128 const product = uint128{source()} * m_Entries.size();
+    Impl::uint128 const product = Impl::uint128{source()} * m_Entries.size();
     auto const index = static_cast<std::size_t>(product >> 64);
     StEntry const& entry = m_Entries[index];
     // By a mask: no one could foretell the branch.

@@ -169,6 +169,42 @@ std::uint64_t CBresenhamAreaVisitor::Steps() const {
   }
 }
 
+std::uint64_t CBresenhamAreaVisitor::Remaining() const {
+  switch (static_cast<int64>(m_Dimension)) {
+  case 0:
+    return m_More ? 1 : 0;
+  case 1:
+    return m_Walks->line.Remaining();
+  case 2:
+    return m_Walks->flat.Remaining();
+  case 3:
+    return m_Walks->oblique.Remaining();
+  default:
+    RaiseDimension("ORVA::CBresenhamAreaVisitor::Remaining");
+  }
+}
+
+StRun CBresenhamAreaVisitor::NextRun() {
+  switch (static_cast<int64>(m_Dimension)) {
+  case 0:
+    return m_More ? StRun{NextPoint(), 0, 1} : StRun();
+  case 1:
+    return m_Walks->line.NextRun();
+  case 2:
+    return InSpace(m_Walks->flat.NextRun());
+  case 3:
+    return m_Walks->oblique.NextRun();
+  default:
+    RaiseDimension("ORVA::CBresenhamAreaVisitor::NextRun");
+  }
+}
+
+// A column of the plane lies along the last of the axes that are not shared.
+StRun CBresenhamAreaVisitor::InSpace(StRun const& run) const noexcept {
+  if (run.length == 0) return {};
+  return {Convert(run.first), m_SharesX || m_SharesY ? 2 : 1, run.length};
+}
+
 void CBresenhamAreaVisitor::Reset() {
   switch (static_cast<int64>(m_Dimension)) {
   case 0:

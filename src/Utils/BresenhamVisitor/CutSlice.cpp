@@ -2,6 +2,7 @@
 
 #include "Utils/Exact.h"
 
+#include <SeluUtils/Impl/AxisMove.h>
 #include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
@@ -136,8 +137,8 @@ struct StSpan {
   Real origin, first, second;
 };
 
-// The first corner with an angle of at most 90 degrees, else the first of the sharpest. What differs
-// by less than rounding can make is equal: opposite corners of six always are.
+// The first corner with an angle of at most 90 degrees, else the first of the sharpest. What
+// differs by less than rounding can make is equal: opposite corners of six always are.
 StSpan ChooseOrigin(Corners const& corners) {
   std::size_t const count = corners.size();
   StSpan chosen;
@@ -327,6 +328,18 @@ void CCutSlice::Reset() noexcept {
   // The origin corner, row start 0 plus row move 0, lies inside.
   if (m_Total > 0)
     m_InnerEnd = InsideRange(m_Lattice->rowStarts[0], m_Lattice->rowMoves, m_ImageSize).second;
+}
+
+StRun CCutSlice::NextRun() {
+  if (!MorePoints()) return {};
+  StRun run{NextPoint(), 0, 1};
+  auto const& moves = m_Lattice->rowMoves;
+  auto const axisAt = [&](std::size_t k) { return Impl::AxisOfMove(moves[k] - moves[k - 1]); };
+  if (m_Inner == m_InnerEnd || axisAt(m_Inner) < 0) return run;
+  run.axis = axisAt(m_Inner);
+  for (; m_Inner != m_InnerEnd && axisAt(m_Inner) == run.axis; ++m_Inner) ++run.length;
+  m_HandedOut = m_HandedOut + static_cast<uint64>(run.length - 1);
+  return run;
 }
 
 void CCutSlice::NextRow() {

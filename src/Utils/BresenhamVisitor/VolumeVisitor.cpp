@@ -147,7 +147,7 @@ void CBresenhamVolumeVisitor::EraseUselessBorderPoints() {
     std::erase_if(m_Lists->borderPoints,
                   [&](auto const& p) { return p.x == first || p.x == last; });
   }
-  Enter(SliceFrom(m_Lists->borderPoints.size()));
+  Enter(SliceFrom(m_Lists->borderPoints.size()), 0);
 }
 
 std::size_t CBresenhamVolumeVisitor::SliceEnd(std::size_t begin) const noexcept {
@@ -178,25 +178,51 @@ void CBresenhamVolumeVisitor::CountSteps() {
   m_Steps = steps;
 }
 
-void CBresenhamVolumeVisitor::Reset() { Enter(SliceFrom(0)); }
+void CBresenhamVolumeVisitor::Reset() { Enter(SliceFrom(0), m_Steps); }
 
 // What can fail comes before any change.
 CTriple<int64> CBresenhamVolumeVisitor::LastOfSlice() {
   if (m_LeftInSlice == 0) return {};
-  bool const isLast = m_SliceEnd >= m_Lists->borderPoints.size() ||
-                      m_Lists->borderPoints[m_SliceEnd].x != m_Slice + 1;
-  StSlice next = SliceFrom(isLast ? m_Lists->borderPoints.size() : m_SliceEnd);
+  StSlice next = NextSlice();
   CTriple<int64> const p = m_Lists->area.NextPoint();
   CTriple<int64> const point(m_Slice, p.x, p.y);
-  Enter(std::move(next));
+  Enter(std::move(next), m_Later);
   return point;
 }
 
-void CBresenhamVolumeVisitor::Enter(StSlice&& slice) {
+StRun CBresenhamVolumeVisitor::NextRun() {
+  if (!MorePoints()) return {};
+  StRun const flat = m_Lists->area.NextRun();
+  StRun const run{{m_Slice, flat.first.x, flat.first.y}, flat.axis + 1, flat.length};
+  auto const length = static_cast<uint64>(flat.length);
+  if (length < m_LeftInSlice) {
+    m_LeftInSlice = m_LeftInSlice - length;
+    return run;
+  }
+  try {
+    Enter(NextSlice(), m_Later);
+  } catch (...) {
+    CBresenhamAreaVisitor& area = m_Lists->area;
+    area.Rewind();
+    while (area.Remaining() > m_LeftInSlice) area.NextPoint();
+    throw;
+  }
+  return run;
+}
+
+CBresenhamVolumeVisitor::StSlice CBresenhamVolumeVisitor::NextSlice() const {
+  bool const isLast = m_SliceEnd >= m_Lists->borderPoints.size() ||
+                      m_Lists->borderPoints[m_SliceEnd].x != m_Slice + 1;
+  return SliceFrom(isLast ? m_Lists->borderPoints.size() : m_SliceEnd);
+}
+
+// `left` points are to come, those of this slice included.
+void CBresenhamVolumeVisitor::Enter(StSlice&& slice, uint64 left) {
   m_Lists->area = std::move(slice.area);
   m_Slice = slice.x;
   m_SliceEnd = slice.end;
   m_LeftInSlice = m_Lists->area.Steps();
+  m_Later = left - m_LeftInSlice;
 }
 
 // The first slice from here on that has points of its own; slices too thin for any are passed over,

@@ -95,6 +95,7 @@ void CBresenhamAreaVisitor2D::Reset() noexcept {
   m_StartIndex = 0;
   m_EndIndex = 0;
   m_LeftBeforeEnd = 0;
+  m_Later = m_Steps;
   m_Actual = m_Lists->limits.starts.empty() ? CTriple<int64>() : m_Lists->limits.starts.front();
   m_Status = m_Steps != 0 ? 0 : 2;
 }
@@ -116,6 +117,7 @@ CTriple<int64> CBresenhamAreaVisitor2D::NextAtLimit() {
     RaiseStatus();
   }
   CTriple<int64> const& end = GetCurrentEndPoint();
+  m_Later = m_Later - 1;
   if (m_Actual == end) {
     ++m_StartIndex;
     ++m_EndIndex;
@@ -124,8 +126,25 @@ CTriple<int64> CBresenhamAreaVisitor2D::NextAtLimit() {
   } else if (m_Actual.x == end.x && m_Actual.y < end.y && m_Actual.z == end.z &&
              !LexicographicLess(m_Actual, GetCurrentStartPoint())) {
     m_LeftBeforeEnd = end.y - m_Actual.y - 1;
+    m_Later = m_Later - static_cast<std::uint64_t>(static_cast<int64>(m_LeftBeforeEnd));
   }
   return m_Actual;
+}
+
+StRun CBresenhamAreaVisitor2D::NextRun() {
+  if (!MorePoints()) return {};
+  StRun run{NextPoint(), 1, 1};
+  run.length += m_LeftBeforeEnd;
+  m_Actual.y += m_LeftBeforeEnd;
+  m_LeftBeforeEnd = 0;
+  bool const isBeforeEnd = m_Status == 1 &&
+                           GetCurrentEndPoint() == m_Actual + CTriple<int64>(0, 1, 0) &&
+                           !LexicographicLess(m_Actual, GetCurrentStartPoint());
+  if (isBeforeEnd) {
+    NextPoint();
+    ++run.length;
+  }
+  return run;
 }
 
 void CBresenhamAreaVisitor2D::PrintBorder() const { PrintLimits(m_Lists->limits); }

@@ -1,6 +1,7 @@
 #include "Utils/BresenhamVisitorImpl/RunLimits.h"
 
 #include <SeluBase/Neighborhood.h>
+#include <SeluUtils/Impl/AxisMove.h>
 
 #include <algorithm>
 #include <functional>
@@ -103,7 +104,9 @@ void CBresenhamAreaVisitor3D::Reset() {
     m_Status = 2;
     return;
   }
-  BeginRun(LineOfRun(0), 0);
+  CBresenhamVisitor3D line = LineOfRun(0); // may fail, and so comes before any change
+  m_Later = m_Steps;
+  BeginRun(std::move(line), 0);
   m_Actual = m_Lists->limits.starts.front();
   m_Status = 0;
 }
@@ -114,9 +117,11 @@ void CBresenhamAreaVisitor3D::BeginRun(CBresenhamVisitor3D&& line, std::size_t r
   m_Next = m_Lists->limits.starts[run];
   m_StepIndex = 0;
   m_LastStep = m_Lists->line.LastStep();
-  if (m_Border) return;
-  m_Next += m_Lists->line.Step(m_StepIndex++);
-  --m_LastStep;
+  if (!m_Border) {
+    m_Next += m_Lists->line.Step(m_StepIndex++);
+    --m_LastStep;
+  }
+  m_Later = m_Later - (static_cast<std::uint64_t>(m_LastStep - m_StepIndex) + 1);
 }
 
 void CBresenhamAreaVisitor3D::BeginNextRun() {
@@ -128,6 +133,29 @@ void CBresenhamAreaVisitor3D::BeginNextRun() {
   }
   m_StartIndex = m_EndIndex = run;
   m_Status = 2;
+}
+
+StRun CBresenhamAreaVisitor3D::NextRun() {
+  if (!MorePoints()) return {};
+  CBresenhamVisitor3D const& line = m_Lists->line;
+  CTriple<int64> const move = m_StepIndex < m_LastStep ? line.Step(m_StepIndex) : CTriple<int64>();
+  int64 const axis = AxisOfMove(move);
+  StRun run{m_Next, axis < 0 ? 0 : axis, 1};
+  if (axis >= 0) {
+    while (m_StepIndex < m_LastStep && line.Step(m_StepIndex) == move) {
+      m_Next += move;
+      ++m_StepIndex;
+      ++run.length;
+    }
+  }
+  try {
+    NextPoint(); // the run's last one
+  } catch (...) {
+    m_Next = run.first;
+    m_StepIndex -= run.length - 1;
+    throw;
+  }
+  return run;
 }
 
 void CBresenhamAreaVisitor3D::PrintBorder() const { PrintLimits(m_Lists->limits); }

@@ -1,5 +1,7 @@
 #include "Utils/Cooccurrence/TextureSums.h"
 
+#include <SeluUtils/Impl/Int128.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -22,7 +24,6 @@ constexpr double c_dHardlyDependent = 1.0 / 32;
 // Products of two numbers below this fit 64 bits.
 constexpr std::uint64_t c_nProductsFit = std::uint64_t{1} << 31U;
 
-__extension__ using int128 = __int128;
 using Strip = std::span<std::uint32_t const, c_nStrip>;
 
 double TimesLog(double p) noexcept { return p > 0 ? p * std::log(p) : 0; }

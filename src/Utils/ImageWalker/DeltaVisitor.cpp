@@ -2,6 +2,7 @@
 
 #include "Utils/ImageWalker/Direction.h"
 
+#include <SeluUtils/Impl/AxisMove.h>
 #include <SeluUtils/LineVisitor.h>
 #include <pxlib2core/Exception.h>
 
@@ -58,12 +59,46 @@ void CDeltaVisitor::Initialize() {
   BuildLine();
 }
 
+CTriple<int64> CDeltaVisitor::FirstStart() const noexcept {
+  auto const direction = Impl::MainAxisFirst(m_Axis, m_Direction);
+  auto const extents = Impl::MainAxisFirst(m_Axis, m_ImageSize);
+  return {direction.x < 0 ? extents.x - 1 : 0, direction.y < 0 ? extents.y - 1 : 0,
+          direction.z < 0 ? extents.z - 1 : 0};
+}
+
+void CDeltaVisitor::Rewind() noexcept {
+  m_Previous = m_Index = 0;
+  m_IsBorder = m_NextIsBorder = true;
+  m_Start = m_Offset = m_Length > 0 ? FirstStart() : CTriple<int64>();
+}
+
+uint64 CDeltaVisitor::Remaining() const noexcept {
+  if (!MorePoints()) return 0;
+  auto const linesAfter =
+      static_cast<uint64>(m_Extent2 - 1 - m_Start.y) +
+      static_cast<uint64>(m_Extent3 - 1 - m_Start.z) * static_cast<uint64>(m_Extent2);
+  auto const length = static_cast<uint64>(static_cast<int64>(m_Length));
+  return linesAfter * length + length - m_Index;
+}
+
+StRun CDeltaVisitor::NextRun() {
+  if (!MorePoints()) return {};
+  StRun run{NextPoint(), 0, 1};
+  auto const step = [&](CTriple<int64> const& from) {
+    bool const isInRow = MorePoints() && !m_NextIsBorder;
+    return isInRow ? Impl::AxisOfMove(Convert((*m_Line)[m_Index] + m_Offset) - from) : int64{-1};
+  };
+  int64 const axis = step(run.first);
+  if (axis < 0) return run;
+  run.axis = axis;
+  for (CTriple<int64> last = run.first; step(last) == axis; ++run.length) last = NextPoint();
+  return run;
+}
+
 void CDeltaVisitor::BuildLine() {
   auto const direction = Impl::MainAxisFirst(m_Axis, m_Direction);
   auto const extents = Impl::MainAxisFirst(m_Axis, m_ImageSize);
-  CTriple<int64> const start(direction.x < 0 ? extents.x - 1 : 0,
-                             direction.y < 0 ? extents.y - 1 : 0,
-                             direction.z < 0 ? extents.z - 1 : 0);
+  CTriple<int64> const start = FirstStart();
   auto const [nx, ny, nz] =
       CTriple<double>(static_cast<double>(extents.x), static_cast<double>(extents.y),
                       static_cast<double>(extents.z));

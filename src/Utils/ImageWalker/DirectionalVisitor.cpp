@@ -1,7 +1,10 @@
 #include <SeluUtils/DirectionalVisitor.h>
 
+#include <SeluUtils/Impl/AxisMove.h>
 #include <pxlib2core/Exception.h>
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace ORVA {
@@ -11,6 +14,8 @@ namespace {
 constexpr char c_module[] = "src/Utils/ImageWalker";
 constexpr char c_moduleOfDeclaration[] = "src/utils/ImageWalker";
 constexpr char c_invalidUnitDirection[] = "Invalid Direction given to CDirectionalIterator";
+
+constexpr auto c_longestRun = static_cast<uint64>(std::numeric_limits<int64>::max());
 
 // One entry face: along each axis it spans the box, less a margin, or is one of its two ends. A
 // later face leaves out the edges that it shares with the faces before it.
@@ -123,6 +128,45 @@ CTriple<int64> CDirectionalVisitor::NextBorderPoint() {
   CTriple<int64> const point = m_Face.NextPoint();
   if (!MoreBorderPoints() && !m_Faces->empty()) TakeFace();
   return point;
+}
+
+StRun CDirectionalVisitor::NextRun() {
+  if (!MorePoints()) return {};
+  CTriple<int64> const first = m_Current.Get();
+  int64 const axis = Impl::AxisOfMove(m_Direction);
+  uint64 const length = axis < 0 ? 1 : LengthFrom(first);
+  if (length <= 1 || length > c_longestRun) return {NextPoint(), 0, 1};
+  NextLine();
+  return {first, axis, static_cast<int64>(length)};
+}
+
+// Lines can begin outside of the box, where nothing was prepared.
+uint64 CDirectionalVisitor::LengthFrom(CTriple<int64> const& p) const noexcept {
+  if (!IsInBox(Impl::WrappedSum(p, m_Direction))) return 1;
+  uint64 beyond = std::numeric_limits<uint64>::max();
+  auto const limit = [&](int64 step, int64 position, int64 low, int64 high) {
+    if (step == 0) return;
+    uint64 const left = step > 0 ? static_cast<uint64>(high) - static_cast<uint64>(position)
+                                 : static_cast<uint64>(position) - static_cast<uint64>(low);
+    beyond = std::min(beyond, left);
+  };
+  limit(m_Direction.x, p.x, m_Low.x, m_High.x);
+  limit(m_Direction.y, p.y, m_Low.y, m_High.y);
+  limit(m_Direction.z, p.z, m_Low.z, m_High.z);
+  return beyond + 1;
+}
+
+uint64 CDirectionalVisitor::Remaining() const noexcept {
+  if (!MorePoints()) return 0;
+  uint64 count = LengthFrom(m_Current.Get());
+  auto const addLines = [&](CWindowVisitor starts) {
+    while (starts.MorePoints()) count += LengthFrom(starts.NextPoint());
+  };
+  if (!MoreBorderPoints()) return count; // the walk ends with a first face of one voxel
+  addLines(m_Face);
+  for (std::size_t k = 0; k + 1 < m_Faces->size(); k += 2)
+    addLines(CWindowVisitor((*m_Faces)[k], (*m_Faces)[k + 1]));
+  return count;
 }
 
 void CDirectionalVisitor::NextLine() {

@@ -227,6 +227,7 @@ void CPlaneSection::SetImageSize(CTriple<int64> size) {
 void CPlaneSection::Reset() noexcept {
   m_LeftInRow = 0;
   m_Row = m_FirstRow;
+  m_Later = m_Steps;
   if (m_Steps == 0) return;
   int128 const value = Joined(m_Offset) + int128{m_Slopes[1]} * m_Row;
   int128 const quotient = FloorDivided(value, int128{m_Divisor});
@@ -237,6 +238,21 @@ void CPlaneSection::Reset() noexcept {
 
 void CPlaneSection::NextRow() {
   if (m_LeftInRow == 0) RaiseNoMorePoints();
+  LeaveRow();
+}
+
+int64 CPlaneSection::LevelLength() noexcept {
+  int64 const height = m_W;
+  int64 length = 0;
+  for (int64 left = m_LeftInRow; left > 0 && m_W == height; --left) {
+    NextPoint();
+    ++length;
+    if (left == 1) break; // what comes next lies in another row
+  }
+  return length;
+}
+
+void CPlaneSection::LeaveRow() noexcept {
   m_LeftInRow = 0;
   if (++m_Row == m_RowEnd) return;
   int128 const remainder = int128{m_RowRemainder} + m_Slopes[1]; // within 0 and 2^62, or negative
@@ -253,6 +269,7 @@ void CPlaneSection::EnterRow() noexcept {
   int128 const limit = int128{m_Divisor} * m_Extents[2];
   auto const [begin, end] = Reaching(value, value, m_Slopes[0], limit, m_Extents[0]);
   m_LeftInRow = end - begin;
+  m_Later -= static_cast<uint64>(m_LeftInRow);
   m_U = begin;
   m_W = static_cast<int64>(Joined(m_RowQuotient));
   m_Remainder = m_RowRemainder;

@@ -116,17 +116,29 @@ CPolygonVisitor::CPolygonVisitor(std::vector<CTriple<int64>> const& outline,
 
 void CPolygonVisitor::Reset() noexcept {
   m_Run = 0;
-  BeginRun();
+  m_Later = m_Steps;
+  BeginColumn();
 }
 
-void CPolygonVisitor::NextRun() noexcept {
+void CPolygonVisitor::NextColumn() noexcept {
   if (m_LeftInRun == 0) return;
   ++m_Run;
-  BeginRun();
+  BeginColumn();
+}
+
+int64 CPolygonVisitor::LevelLength() noexcept {
+  int64 const height = m_W;
+  int64 length = 0;
+  for (int64 left = m_LeftInRun; left > 0 && m_W == height; --left) {
+    NextPoint();
+    ++length;
+    if (left == 1) break; // what comes next lies in another column
+  }
+  return length;
 }
 
 // The voxel of the run's first column: floor(w + 1/2), and what that leaves over.
-void CPolygonVisitor::BeginRun() noexcept {
+void CPolygonVisitor::BeginColumn() noexcept {
   if (m_Run >= m_Runs->size()) {
     m_LeftInRun = 0;
     m_U = m_V = m_W = 0;
@@ -144,6 +156,7 @@ void CPolygonVisitor::BeginRun() noexcept {
   m_V = origin.y + run.low;
   m_W = origin.z + w;
   m_LeftInRun = run.high - run.low + 1;
+  m_Later = m_Later - static_cast<std::uint64_t>(static_cast<int64>(m_LeftInRun));
 }
 
 } // namespace ORVA

@@ -1,12 +1,12 @@
 #include "Utils/Texture/FixedLog.h"
 
+#include <SeluUtils/Impl/Int128.h>
+
 #include <bit>
 
 namespace ORVA::Impl {
 
 namespace {
-
-__extension__ using uint128 = unsigned __int128;
 
 // The logarithm of each number, where `smallest` is 0 for a prime and else its smallest factor.
 std::vector<int64> AdditiveLogs(std::size_t most, int bits) {

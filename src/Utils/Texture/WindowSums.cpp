@@ -1,5 +1,7 @@
 #include "Utils/Texture/WindowSums.h"
 
+#include <SeluUtils/Impl/Int128.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -10,7 +12,6 @@ namespace ORVA::Impl {
 
 namespace {
 
-__extension__ using int128 = __int128;
 using enum EnTextureFeature;
 
 // As many digits as let the sum of `units` units stay below 2^62, within what a double resolves.

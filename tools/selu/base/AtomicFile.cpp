@@ -98,7 +98,10 @@ CAtomicFile::CAtomicFile(fs::path const& target)
     : m_Target(target), m_Resolved(Resolve(target)),
       m_Descriptor(DescriptorOf(target).value_or(-1)), m_Replaces(m_Descriptor < 0) {
   if (target.empty()) throw CAppError("the name of the output file is empty");
-  if (!m_Replaces) return MakeTemporary(fs::temp_directory_path());
+  if (!m_Replaces) {
+    MakeTemporary(fs::temp_directory_path());
+    return;
+  }
   struct stat status = {};
   bool const exists = ::stat(m_Resolved.c_str(), &status) == 0;
   if (!exists && errno != ENOENT) Fail(errno);

@@ -13,8 +13,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <optional>
+#include <sstream>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -98,15 +101,15 @@ Json ToJson(CValue const& value, std::string const& path, int depth) {
     return array;
   }
   case CValue::EnType::Pointer:
-    throw CAppError("the entry " + Quoted(path) + " holds an object, which JSON cannot hold");
+    throw CAppError("the entry " + QuotedPart(path) + " holds an object, which JSON cannot hold");
   }
-  throw CAppError("the entry " + Quoted(path) + " is nested deeper than " +
+  throw CAppError("the entry " + QuotedPart(path) + " is nested deeper than " +
                   std::to_string(c_jsonDepth) + " levels");
 }
 
 Json ToJson(CValueMap const& map, std::string const& path, int depth) {
   if (depth > c_jsonDepth)
-    throw CAppError("the entry " + Quoted(path) + " is nested deeper than " +
+    throw CAppError("the entry " + QuotedPart(path) + " is nested deeper than " +
                     std::to_string(c_jsonDepth) + " levels");
   Json object = Json::object();
   for (auto const& [key, value] : map)
@@ -127,6 +130,11 @@ struct StOpen {
 // Builds the values while the text is read, so that depth and numbers are judged as they come.
 class CReader : public nlohmann::json_sax<Json> {
 public:
+  using Take = std::function<void(CValue_Key const&, CValue)>;
+
+  /// Gives each entry of the outermost map away where there is somebody to take it.
+  explicit CReader(Take take = {}) : m_Take(std::move(take)) {}
+
   bool null() override { return Add(CValue()); }
   bool boolean(bool value) override { return Add(ORVA::CValueBool(value)); }
   bool string(string_t& value) override { return Add(ORVA::CValueString(std::move(value))); }
@@ -148,7 +156,7 @@ public:
   bool start_array(std::size_t) override { return Open(false); }
   bool key(string_t& text) override {
     if (text.find('/') != string_t::npos)
-      throw CAppError(Where() + " has the key " + Quoted(text) +
+      throw CAppError(Where() + " has the key " + QuotedPart(text) +
                       ", but / separates the keys of a path");
     m_Open.back().key = std::move(text);
     return true;
@@ -180,7 +188,7 @@ private:
       std::string const part = open.isMap ? open.key : std::to_string(open.vector.Size());
       if (!part.empty()) path = Below(path, part);
     }
-    return path.empty() ? "the JSON text" : "the entry " + Quoted(path);
+    return path.empty() ? "the JSON text" : "the entry " + QuotedPart(path);
   }
   [[noreturn]] bool Refuse(std::string const& why) const { throw CAppError(Where() + " " + why); }
 
@@ -209,6 +217,11 @@ private:
       open.vector.PushBack(std::move(value));
       return true;
     }
+    if (m_Take && m_Open.size() == 1) {
+      if (!m_Taken.insert(open.key).second) Refuse("is there twice");
+      m_Take(KeyOf(open.key), std::move(value));
+      return true;
+    }
     std::size_t const before = open.map.Size();
     open.map.SetEntry(KeyOf(open.key), std::move(value));
     if (open.map.Size() == before) Refuse("is there twice");
@@ -228,7 +241,7 @@ private:
                                    std::chars_format::fixed, 0)
                          .ptr;
     if (text != std::string_view(digits.data(), end))
-      Refuse("is an integer that neither 32 bits nor a double hold: " + text.substr(0, 100));
+      Refuse("is an integer that neither 32 bits nor a double hold: " + text.substr(0, 80));
     return Add(ORVA::CValueDouble(value));
   }
 
@@ -243,16 +256,31 @@ private:
 
   std::vector<StOpen> m_Open; // the outermost first
   CValueMap m_Result;
+  Take m_Take;
+  std::unordered_set<std::string> m_Taken; // keys of the entries that were given away
   std::optional<std::size_t> m_Error;
 };
 
-std::string LineAndColumn(std::string_view text, std::size_t position) {
-  std::string_view const before = text.substr(0, position == 0 ? 0 : position - 1);
-  std::size_t const lastEnd = before.rfind('\n');
-  auto const column =
-      lastEnd == std::string_view::npos ? before.size() : before.size() - lastEnd - 1;
-  return "line " + std::to_string(1 + std::ranges::count(before, '\n')) + ", column " +
-         std::to_string(column + 1);
+// Of the byte before this position.
+std::string LineAndColumn(std::istream& text, std::size_t position) {
+  std::size_t line = 1, column = 1;
+  for (std::size_t i = 1; i < position; ++i) {
+    bool const isEnd = text.get() == '\n';
+    line += isEnd;
+    column = isEnd ? 1 : column + 1;
+  }
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+// The text is read a second time where its place has to be told.
+void Parse(std::istream& text, CReader& reader) {
+  if (Json::sax_parse(text, &reader)) return;
+  text.clear();
+  text.seekg(0, std::ios::end);
+  auto const size = static_cast<std::size_t>(text.tellg());
+  text.seekg(0);
+  throw CAppError("the text is no JSON from " + LineAndColumn(text, reader.Error().value_or(size)) +
+                  " on");
 }
 
 } // namespace
@@ -268,23 +296,38 @@ std::string ToJsonText(CValueMap const& map) {
 
 CValueMap ParseJsonMap(std::string_view text) {
   CReader reader;
-  bool const whole = Json::sax_parse(text.begin(), text.end(), &reader);
-  if (!whole)
-    throw CAppError("the text is no JSON from " +
-                    LineAndColumn(text, reader.Error().value_or(text.size())) + " on");
+  std::istringstream in{std::string(text)};
+  Parse(in, reader);
   return reader.TakeMap();
 }
 
-CValueMap ReadJsonMap(std::filesystem::path const& path) {
+namespace {
+
+void ParseFile(std::filesystem::path const& path, CReader& reader) {
   auto const bytes = SizeOfReadable(path);
-  RefuseBeyondMemory(static_cast<double>(bytes), "the file " + Quoted(path));
-  std::string const text = BeginningOf(path, bytes);
   try {
-    if (text.size() != bytes) throw CAppError("the file cannot be read to its end");
-    return ParseJsonMap(text);
+    std::ifstream in(path, std::ios::binary);
+    Parse(in, reader);
+    if (in.bad() || SizeOfReadable(path) != bytes)
+      throw CAppError("the file cannot be read to its end");
   } catch (CAppError const& error) {
     throw CAppError("cannot read " + Quoted(path) + ": " + error.what());
   }
+}
+
+} // namespace
+
+CValueMap ReadJsonMap(std::filesystem::path const& path) {
+  RefuseBeyondMemory(static_cast<double>(SizeOfReadable(path)), "the file " + Quoted(path));
+  CReader reader;
+  ParseFile(path, reader);
+  return reader.TakeMap();
+}
+
+void ReadJsonEntries(std::filesystem::path const& path,
+                     std::function<void(CValue_Key const&, CValue)> const& take) {
+  CReader reader(take);
+  ParseFile(path, reader);
 }
 
 } // namespace selu

@@ -8,6 +8,7 @@
 #include <pxlib2core/ValueMap.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -45,5 +46,10 @@ inline constexpr int c_jsonDepth = 100;
 
 /// The same for a file, whose name is in every error.
 [[nodiscard]] ORVA::CValueMap ReadJsonMap(std::filesystem::path const& path);
+/// The entries of that map, handed over one after the other as they come in the file, so that
+/// memory holds one of them at a time.
+void ReadJsonEntries(
+    std::filesystem::path const& path,
+    std::function<void(ORVA::CValue_Key const& key, ORVA::CValue value)> const& take);
 
 } // namespace selu

@@ -62,10 +62,15 @@ char const* FormatText(EnFormat format) noexcept {
   return texts[static_cast<std::size_t>(format)];
 }
 
-EnFormat FormatOf(fs::path const& path, std::string_view beginning) {
+std::optional<EnFormat> KnownFormat(std::string_view beginning) noexcept {
   for (auto const& [signature, format] : c_signatures)
     if (beginning.starts_with(signature)) return format;
   if (beginning.size() >= 132 && beginning.substr(128, 4) == "DICM") return EnFormat::Dicom;
+  return std::nullopt;
+}
+
+EnFormat FormatOf(fs::path const& path, std::string_view beginning) {
+  if (auto const known = KnownFormat(beginning)) return *known;
   std::string const ending = EndingOf(path);
   for (auto const& [known, format] : c_inputEndings)
     if (ending == known) return format;

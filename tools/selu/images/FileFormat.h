@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 namespace selu {
@@ -14,6 +15,8 @@ enum class EnFormat { Png, Tiff, Nrrd, Meta, Nifti, Dicom };
 /// The text of a format for messages, such as "NIfTI".
 [[nodiscard]] char const* FormatText(EnFormat format) noexcept;
 
+/// By its first bytes alone; nothing where they are none that only one of the formats has.
+[[nodiscard]] std::optional<EnFormat> KnownFormat(std::string_view beginning) noexcept;
 /// Of a file that begins with these bytes, 512 of them or more where it has as many; throws
 /// CAppError for one of none of the formats.
 [[nodiscard]] EnFormat FormatOf(std::filesystem::path const& path, std::string_view beginning);

@@ -36,8 +36,8 @@ public:
   [[nodiscard]] CRawImage Read();
 
 private:
-  friend COpenImage OpenImage(std::filesystem::path const& path);
-  explicit COpenImage(std::filesystem::path path);
+  friend COpenImage OpenImage(std::filesystem::path const& path, std::string const& series);
+  COpenImage(std::filesystem::path path, std::string const& series);
 
   std::filesystem::path m_Path;
   double m_Bytes; // of the file
@@ -48,11 +48,21 @@ private:
   std::vector<std::filesystem::path> m_Files;
 };
 
+/// What commands say of an image that they take, and of the option --series.
+inline constexpr char c_imageHelp[] =
+    "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file, or a folder of PNG, TIFF or DICOM slices";
+inline constexpr char c_seriesHelp[] =
+    "which DICOM series of a folder to take, where it has several";
+
 /// Throws CAppError, with one sentence that names the file, for whatever is not a whole image with
 /// one component per pixel, two or three dimensions (further extents of 1 are left out) and at
 /// least one pixel. Nothing that a file merely claims is allocated: the extents must be possible
 /// for the file's size and for the machine's memory.
-[[nodiscard]] COpenImage OpenImage(std::filesystem::path const& path);
+/// A folder is taken for the slices of a volume: PNG or TIFF files in the order of the numbers in
+/// their names, or a DICOM series in the order of its positions; of several that with this
+/// identifier.
+[[nodiscard]] COpenImage OpenImage(std::filesystem::path const& path,
+                                   std::string const& series = {});
 /// Both at once.
 [[nodiscard]] CRawImage ReadImage(std::filesystem::path const& path);
 

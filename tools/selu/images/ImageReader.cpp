@@ -6,6 +6,7 @@
 #include "base/Texts.h"
 #include "images/DicomElements.h"
 #include "images/PixelStore.h"
+#include "images/SliceFolder.h"
 #include "images/TextPixels.h"
 
 #include <algorithm>
@@ -42,6 +43,12 @@ EnPixel GrayPixel(StClaim const& claim, fs::path const& path) {
     RefuseRead(path, "it has " + std::to_string(claim.components) +
                          " components per pixel, but selu needs gray values: one");
   return *claim.pixel;
+}
+
+StHeader HeaderOf(std::vector<int64> const& extents, EnPixel pixel) {
+  return {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
+                              : ORVA::CSize(extents[0], extents[1], extents[2]),
+          pixel};
 }
 
 bool IsRotation(std::array<std::array<double, 3>, 3> const& d) {
@@ -115,10 +122,26 @@ StOpened OpenReader(fs::path const& path) {
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
   if (plainPixels < pixels) RefuseRead(path, "the file is damaged or cut off");
-  opened.header = {extents.size() == 2 ? ORVA::CSize(extents[0], extents[1])
-                                       : ORVA::CSize(extents[0], extents[1], extents[2]),
-                   pixel};
+  opened.header = HeaderOf(extents, pixel);
   opened.grid = SoundGrid(claim.grid);
+  opened.series = claim.series;
+  return opened;
+}
+
+StOpened OpenFolder(fs::path const& folder, std::string const& series) {
+  StOpened opened;
+  opened.reader = MakeFolderReader(folder, series);
+  StClaim const claim = opened.reader->Claim();
+  auto const extents = UsedExtents(claim.extents, folder);
+  opened.header = HeaderOf(extents, *claim.pixel);
+  auto const& size = opened.header.size;
+  RefuseBeyondMemory(static_cast<double>(size.x) * static_cast<double>(size.y) *
+                         static_cast<double>(size.z) *
+                         static_cast<double>(PixelBytes(*claim.pixel)),
+                     "the image " + Quoted(folder));
+  opened.grid = SoundGrid(claim.grid);
+  opened.files = {folder};
+  for (auto const& entry : fs::directory_iterator(folder)) opened.files.push_back(entry.path());
   return opened;
 }
 

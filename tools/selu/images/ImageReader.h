@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace selu {
@@ -24,6 +25,7 @@ struct StClaim {
   StGrid grid;
   /// The most bytes of pixels that a byte of the file can become; 0: what the format says.
   double ratio = 0;
+  std::string series; ///< of DICOM: its unique identifier
 };
 
 class IImageReader {
@@ -49,11 +51,14 @@ struct StOpened {
   EnFormat format = EnFormat::Nrrd;
   StHeader header;
   StGrid grid;
+  std::string series;                       ///< of DICOM
   std::vector<std::filesystem::path> files; ///< the image first, then those with its pixels
   std::unique_ptr<IImageReader> reader;
 };
 
 /// Opens and judges a file; throws CAppError with a sentence, and whatever the readers throw.
 [[nodiscard]] StOpened OpenReader(std::filesystem::path const& path);
+/// The same for a folder of slices; of several DICOM series that with this identifier.
+[[nodiscard]] StOpened OpenFolder(std::filesystem::path const& folder, std::string const& series);
 
 } // namespace selu

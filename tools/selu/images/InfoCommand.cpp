@@ -16,7 +16,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 struct StOptions {
-  std::string image, range, format = "table";
+  std::string image, series, range, format = "table";
 };
 
 std::vector<ORVA::int64> Extents(ORVA::CSize const& size) {
@@ -84,7 +84,7 @@ std::string ToTable(StOptions const& options, CRawImage const& image, StLevels c
 void Run(StOptions const& options) {
   std::optional<StRange> range;
   if (!options.range.empty()) range = ParseRange(options.range);
-  CRawImage const image = ReadImage(options.image);
+  CRawImage const image = OpenImage(options.image, options.series).Read();
   auto const warning = CollapseWarning(image, range, options.image);
   StLevels const levels = MeasureLevels(image, range);
   if (!warning.empty()) PrintNote("warning: " + warning);
@@ -107,8 +107,8 @@ void AddInfoCommand(CLI::App& app) {
   auto const options = std::make_shared<StOptions>();
   CLI::App* const command =
       app.add_subcommand("info", "What an image holds, and what its texture would see of it");
-  command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
-      ->required();
+  command->add_option("IMAGE", options->image, c_imageHelp)->required();
+  command->add_option("--series", options->series, c_seriesHelp);
   command->add_option("--range", options->range,
                       "LO,HI: map these values linearly onto the gray levels 0 to 255");
   command->add_option("--format", options->format, "table or json")

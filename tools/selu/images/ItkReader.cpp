@@ -3,6 +3,9 @@
 #include "images/ItkImageIo.h"
 
 #include <algorithm>
+#include <string>
+
+#include <itkMetaDataObject.h>
 
 namespace selu {
 namespace {
@@ -21,6 +24,10 @@ public:
     claim.components = static_cast<ORVA::int64>(m_Io->GetNumberOfComponents());
     claim.pixel = PixelOf(m_Io->GetComponentType());
     claim.grid = Grid();
+    (void)itk::ExposeMetaData<std::string>(m_Io->GetMetaDataDictionary(), "0020|000e",
+                                           claim.series);
+    while (!claim.series.empty() && (claim.series.back() == ' ' || claim.series.back() == 0))
+      claim.series.pop_back();
     return claim;
   }
 

@@ -17,6 +17,18 @@ constexpr double c_slowest = 4e6;
 // Address space that readers take for whatever file, for their tables and libraries.
 constexpr double c_readerBytes = 256 << 20;
 
+// Of the file, or of all files of a folder.
+double BytesOf(fs::path const& path) {
+  if (!fs::is_directory(path)) return static_cast<double>(SizeOfReadable(path));
+  double bytes = 0;
+  std::error_code error;
+  for (auto const& entry : fs::directory_iterator(path, error)) {
+    auto const size = entry.file_size(error);
+    if (!error) bytes += static_cast<double>(size) + 1e5; // each is opened by a reader of its own
+  }
+  return bytes;
+}
+
 StLimits HeaderLimits(double fileBytes) {
   return {5 + fileBytes / c_slowest, c_readerBytes + 4 * fileBytes};
 }
@@ -45,11 +57,11 @@ std::string ToMessage(StOpened const& opened) {
 }
 
 // Keeps the opened file from one request to the next.
-CIsolated::Work MakeWork(fs::path const& path) {
+CIsolated::Work MakeWork(fs::path const& path, std::string const& series) {
   auto const opened = std::make_shared<std::optional<StOpened>>();
-  return [path, opened](std::string const& request, std::span<std::byte> pixels) {
+  return [path, series, opened](std::string const& request, std::span<std::byte> pixels) {
     if (request == "header") {
-      opened->emplace(OpenReader(path));
+      opened->emplace(fs::is_directory(path) ? OpenFolder(path, series) : OpenReader(path));
       return ToMessage(**opened);
     }
     (*opened)->reader->Read(pixels);
@@ -65,9 +77,8 @@ CIsolated::Work MakeWork(fs::path const& path) {
 
 } // namespace
 
-COpenImage::COpenImage(fs::path path)
-    : m_Path(std::move(path)), m_Bytes(static_cast<double>(SizeOfReadable(m_Path))),
-      m_Reader(MakeWork(m_Path)) {
+COpenImage::COpenImage(fs::path path, std::string const& series)
+    : m_Path(std::move(path)), m_Bytes(BytesOf(m_Path)), m_Reader(MakeWork(m_Path, series)) {
   std::string answer;
   try {
     answer = m_Reader.Ask("header", HeaderLimits(m_Bytes));
@@ -100,7 +111,9 @@ CRawImage COpenImage::Read() {
   return image;
 }
 
-COpenImage OpenImage(fs::path const& path) { return COpenImage(path); }
+COpenImage OpenImage(fs::path const& path, std::string const& series) {
+  return COpenImage(path, series);
+}
 
 CRawImage ReadImage(fs::path const& path) { return OpenImage(path).Read(); }
 

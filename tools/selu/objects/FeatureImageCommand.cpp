@@ -5,30 +5,30 @@
 #include "base/Output.h"
 #include "base/Texts.h"
 #include "images/ImageFile.h"
+#include "objects/FeatureTable.h"
 
 #include <SeluUtils/ValueHelper.h>
-#include <pxlib2core/Exception.h>
 #include <pxlib2core/ValueVector.h>
 
 #include <CLI/CLI.hpp>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
-#include <span>
+#include <vector>
 
 namespace selu {
 namespace {
 
-using ORVA::CImage;
 using ORVA::CValue;
 using ORVA::CValueMap;
 using ORVA::CValueVector;
 using ORVA::int64;
 
 struct StOptions {
-  std::string features, output, csv, name, idKey = "object";
+  std::string features, output, csv, idKey = "object";
   std::vector<std::string> excluded;
 };
 
@@ -50,126 +50,122 @@ std::optional<std::string> PathOfNull(CValue const& value) {
   return std::nullopt;
 }
 
-// The objects' keys are looked up with as many digits as the maximum label has; others would count
-// for nothing, silently.
-void CheckObjects(CValueMap const& features, StOptions const& options) {
-  CValue const& maximum = features.Entry("maximum label");
-  if (maximum.Type() != CValue::EnType::Long || maximum.Long() < 1) return; // it says so itself
-  std::size_t const digits = std::to_string(maximum.Long()).size();
-  for (auto const& [key, value] : features) {
-    std::string const name = key.ToString();
-    if (value.Type() != CValue::EnType::Map || !name.starts_with(options.idKey + " ")) continue;
-    std::string const label = name.substr(options.idKey.size() + 1);
-    bool const isNumber = label.find_first_not_of("0123456789") == std::string::npos;
-    if (isNumber && label.size() != digits)
-      throw CAppError("the key " + Quoted(name) + " needs a label of " + std::to_string(digits) +
-                      (digits == 1 ? " digit" : " digits") + ", as the maximum label has");
-    if (auto const path = PathOfNull(value))
-      throw CAppError("the entry " + Quoted(name + "/" + *path) +
-                      " is null, but a feature is a number, a Boolean or a text");
-  }
-}
-
-void WarnOfUnknown(CValueMap const& features, StOptions const& options) {
-  for (auto const& path : options.excluded) {
-    bool found = false;
-    for (auto const& [key, value] : features)
-      found =
-          found || (value.Type() == CValue::EnType::Map &&
-                    key.ToString().starts_with(options.idKey + " ") && value.Map().HasEntry(path));
-    if (!found) PrintNote("warning: no object has the feature " + Quoted(path) + " to exclude");
-  }
-}
-
-CImage Convert(CValueMap features, StOptions const& options) {
-  CImage image(ORVA::IMAGE_GREY_F, ORVA::CSize(1, 1));
-  try {
-    CheckObjects(features, options);
-    WarnOfUnknown(features, options);
-    ORVA::ConvertObjectBasedFeaturesIntoFeatureImage(options.name, std::move(features),
-                                                     options.idKey, image, options.excluded);
-  } catch (CAppError const& error) {
-    throw CAppError(Quoted(options.features) + ": " + error.what());
-  } catch (ORVA::CException const& error) {
-    throw CAppError(Quoted(options.features) + ": " + error.what());
-  }
-  return image;
-}
-
-// Whole numbers, labels above all, without an exponent as far as a float counts in ones.
-std::string NumberText(float value) {
-  constexpr float ones = 1 << 24;
-  bool const isCount = std::abs(value) <= ones && std::trunc(value) == value;
-  return isCount ? std::to_string(static_cast<std::int32_t>(value)) : Shortest(value);
-}
-
-// A row of the image: what it is called, its numbers by label, and the texts they stand for.
-struct StRow {
-  std::string name;
-  std::span<float const> pixels;
-  CValueVector const* texts = nullptr;
-
-  [[nodiscard]] std::string Field(std::size_t label) const {
-    if (texts == nullptr) return NumberText(pixels[label]);
-    return CsvField(texts->Entry(static_cast<int64>(pixels[label])).String().Std());
-  }
+// What is read of a feature map.
+struct StFeatureMap {
+  CFeatureTable table;
+  int64 maximum = 0; // label
 };
 
-std::vector<StRow> RowsOf(CImage const& image, float const* pixels) {
-  CValueMap const& attributes = image.Attributes();
-  auto const columns = static_cast<std::size_t>(image.Size().x);
-  CValueMap const& lookup = attributes.Entry("Image/label-lookup").Map();
-  std::vector<StRow> rows;
-  for (auto const& key : attributes.Entry("Image/y-keys").Vector()) {
-    StRow row{key.String().Std(), {pixels + rows.size() * columns, columns}};
-    auto const& types = attributes.Entry("Image/y-types").Vector();
-    if (types.Entry(static_cast<int64>(rows.size())).String().Std() == "label")
-      row.texts = &lookup.Entry(row.name).Vector();
-    rows.push_back(row);
-  }
-  return rows;
+StFeature FeatureOf(std::string const& path, CValue const& value) {
+  if (value.Type() == CValue::EnType::String) return {path, value.String().Std()};
+  if (value.Type() == CValue::EnType::Bool) return {path, value.Bool() ? 1.0 : 0.0};
+  if (value.Type() == CValue::EnType::Long) return {path, static_cast<double>(value.Long())};
+  return {path, value.Double()};
 }
 
-// A line for each label, a column for each row of the image.
-std::string ToCsv(CImage const& image) {
-  auto const access = image.CreateAccess(false);
-  auto const rows = RowsOf(image, reinterpret_cast<float const*>(access.Base()));
-  std::string text;
-  for (auto const& row : rows) text += (text.empty() ? "" : ",") + CsvField(row.name);
-  text += '\n';
-  for (std::size_t label = 0; label < static_cast<std::size_t>(image.Size().x); ++label) {
-    text += std::to_string(label); // row 0, whose pixels cannot tell all large ones apart
-    for (auto const& row : std::span(rows).subspan(1)) text += "," + row.Field(label);
-    text += '\n';
-  }
-  return text;
+// The label of an object's key, such as "object 007"; nothing for other keys.
+std::optional<int64> LabelOf(std::string const& key, std::string const& idKey) {
+  if (!key.starts_with(idKey + " ")) return std::nullopt;
+  std::string const text = key.substr(idKey.size() + 1);
+  if (text.find_first_not_of("0123456789") != std::string::npos) return std::nullopt;
+  auto const label = ParseUnsigned(text);
+  constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
+  if (!label || *label > most)
+    throw CAppError("the key " + QuotedPart(key) + " needs a label from 0 to " +
+                    std::to_string(most));
+  return static_cast<int64>(*label);
 }
 
-void Run(StOptions options) {
-  if (!options.csv.empty() && IsSameFile(options.output, options.csv))
+void AddObject(CFeatureTable& table, int64 label, std::string const& name, CValueMap const& map,
+               StOptions const& options) {
+  if (auto const path = PathOfNull(CValue(map)))
+    throw CAppError("the entry " + QuotedPart(name + "/" + *path) +
+                    " is null, but a feature is a number, a Boolean or a text");
+  std::vector<std::string> keys;
+  ORVA::ExtractKeys(map, keys, 2, options.excluded);
+  std::erase(keys, options.idKey);
+  std::vector<StFeature> features;
+  for (auto const& key : keys) features.push_back(FeatureOf(key, *map.Find(key)));
+  table.Add(label, name, features);
+}
+
+// A whole number above 0; those of more than 32 bits come as doubles.
+int64 MaximumOf(CValue const& value) {
+  constexpr double most32 = std::numeric_limits<std::int32_t>::max();
+  if (value.Type() == CValue::EnType::Long && value.Long() < 0)
+    throw CAppError("maximum label " + std::to_string(value.Long()) + " is negative");
+  if (value.Type() == CValue::EnType::Long) return value.Long();
+  bool const isLarge =
+      value.Type() == CValue::EnType::Double && value.Double() > most32 &&
+      value.Double() <= static_cast<double>(std::numeric_limits<std::uint32_t>::max());
+  return isLarge ? static_cast<int64>(value.Double()) : 0;
+}
+
+// Which of the excluded features some object has.
+void NoteExcluded(CValueMap const& map, std::vector<std::string> const& excluded,
+                  std::vector<bool>& found) {
+  for (std::size_t i = 0; i < excluded.size(); ++i)
+    found[i] = found[i] || map.HasEntry(excluded[i]);
+}
+
+StFeatureMap ReadFeatures(StOptions const& options) {
+  StFeatureMap result{CFeatureTable(options.idKey)};
+  std::vector<bool> found(options.excluded.size());
+  ReadJsonEntries(options.features, [&](ORVA::CValue_Key const& key, CValue const& value) {
+    std::string const name = key.ToString();
+    if (name == "maximum label") result.maximum = MaximumOf(value);
+    if (value.Type() != CValue::EnType::Map) return;
+    auto const label = LabelOf(name, options.idKey);
+    if (!label) return;
+    AddObject(result.table, *label, name, value.Map(), options);
+    NoteExcluded(value.Map(), options.excluded, found);
+  });
+  auto const refuse = [&](char const* why) {
+    throw CAppError("cannot read " + Quoted(options.features) + ": " + why);
+  };
+  if (result.table.Objects() == 0) refuse("it has no objects");
+  if (result.maximum == 0) refuse("it has no \"maximum label\" above 0");
+  for (std::size_t i = 0; i < found.size(); ++i)
+    if (!found[i])
+      PrintNote("warning: no object has the feature " + Quoted(options.excluded[i]) +
+                " to exclude");
+  result.table.Finish();
+  return result;
+}
+
+std::optional<CAtomicFile> OpenOutput(std::string const& path, StOptions const& options) {
+  if (path.empty()) return std::nullopt;
+  RefuseSameFile(path, options.features);
+  return std::optional<CAtomicFile>(std::in_place, path);
+}
+
+void Run(StOptions const& options) {
+  if (options.output.empty() && options.csv.empty())
+    throw CUsageError("give --output for the image, --csv for the table, or both");
+  if (!options.output.empty() && !options.csv.empty() && IsSameFile(options.output, options.csv))
     throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
-  CheckImageOutput(options.output, ORVA::IMAGE_GREY_F, 2);
-  for (auto const& output : {options.output, options.csv}) RefuseSameFile(output, options.features);
-  CAtomicFile file(options.output);
-  std::optional<CAtomicFile> csv;
-  if (!options.csv.empty()) csv.emplace(options.csv);
-  options.name = std::filesystem::path(options.features).stem().string();
+  if (!options.output.empty()) CheckImageOutput(options.output, ORVA::IMAGE_GREY_F, 2);
+  auto image = OpenOutput(options.output, options), csv = OpenOutput(options.csv, options);
 
-  CImage const image = Convert(ReadJsonMap(options.features), options);
-
-  // Everything is made before the first file gets its name.
-  WriteImage(file, image);
-  if (csv) csv->Write(ToCsv(image));
-  file.Commit();
-  if (csv) csv->Commit();
+  StFeatureMap const features = ReadFeatures(options);
+  auto const name = std::filesystem::path(options.features).stem().string();
+  if (csv) features.table.WriteCsv(*csv);
+  if (image)
+    WriteImage(*image,
+               features.table.ToImage(std::max(features.maximum, features.table.GreatestLabel())),
+               {}, features.table.Notes(name));
+  CommitAll({image ? &*image : nullptr, csv ? &*csv : nullptr});
 }
 
 constexpr char c_help[] =
-    R"(FEATURES holds "maximum label" M and an object under the word, a blank and its label with as many
-digits as M has, such as "object 007". The pixel (x, y) is feature y of the object with label x;
-row 0 holds the labels 0 to M. Which features there are says the object that comes first; what
-another does not have is 0 or the empty text. Texts become their index in the sorted list of all
-texts of that feature. In the table, a line is a label, a column a feature.
+    R"(FEATURES holds "maximum label" M and an object under the word, a blank and its label, such as
+"object 007". In the image, the pixel (x, y) is feature y of the object with label x; row 0 holds
+the labels 0 to M, or to the greatest label of an object where that is above M. What an object does
+not have is 0. Texts become their place in the sorted list of all texts of that feature. NRRD,
+MetaImage and TIFF files hold the names of the rows, too ("y-keys", "y-types", "label-lookup").
+
+In the table, a line is an object, a column a feature, every number has all its digits, and what an
+object does not have is empty.
 
 Example:
   selu feature-image features.json -o features.tif --csv features.csv --exclude status)";
@@ -182,12 +178,11 @@ void AddFeatureImageCommand(CLI::App& app) {
       app.add_subcommand("feature-image", "The features of objects as an image, and as a table");
   command->add_option("FEATURES", options->features, "JSON file, such as selu regions writes")
       ->required();
-  command
-      ->add_option("-o,--output", options->output,
-                   "file ending in .tif, .nrrd, .mha, .nii or .nii.gz; 32-bit floating-point")
-      ->required();
+  command->add_option("-o,--output", options->output,
+                      "image ending in .tif, .nrrd, .mha, .nii or .nii.gz, or - for NRRD to "
+                      "standard output; 32-bit floating-point");
   command->add_option("--csv", options->csv,
-                      "write the same table with the features' names and texts");
+                      "write the features as a table; - for standard output");
   command
       ->add_option("--exclude", options->excluded,
                    "key path of a feature that is to get no row, such as \"bounding box\"; may be "

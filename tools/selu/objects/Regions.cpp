@@ -66,11 +66,22 @@ class CRegions {
 public:
   explicit CRegions(std::filesystem::path const& path) : m_Path(path) {}
 
+  /// Refuses what is no label.
   template <class T>
-  StRegion& Of(T label) {
-    if (std::cmp_less(label, 0) || std::cmp_greater(label, c_greatestLabel)) Refuse(label);
-    auto const [known, isNew] = m_Places.try_emplace(static_cast<int64>(label), m_Regions.size());
-    if (isNew) m_Regions.push_back({static_cast<int64>(label)});
+  int64 LabelOf(T value) const {
+    if constexpr (std::is_floating_point_v<T>) {
+      bool const isLabel =
+          value >= 0 && value <= static_cast<T>(c_greatestLabel) && std::trunc(value) == value;
+      if (!isLabel || static_cast<int64>(value) > c_greatestLabel) Refuse(Shortest(value));
+    } else if (std::cmp_less(value, 0) || std::cmp_greater(value, c_greatestLabel)) {
+      Refuse(std::to_string(value));
+    }
+    return static_cast<int64>(value);
+  }
+
+  StRegion& Of(int64 label) {
+    auto const [known, isNew] = m_Places.try_emplace(label, m_Regions.size());
+    if (isNew) m_Regions.push_back({label});
     return m_Regions[known->second];
   }
 
@@ -80,10 +91,9 @@ public:
   }
 
 private:
-  template <class T>
-  [[noreturn]] void Refuse(T label) const {
-    throw CAppError(Quoted(m_Path) + " has the label " + std::to_string(label) +
-                    ", but labels go from 0, the background, to " +
+  [[noreturn]] void Refuse(std::string const& label) const {
+    throw CAppError(Quoted(m_Path) + " has the label " + label +
+                    ", but labels are whole numbers from 0, the background, to " +
                     std::to_string(c_greatestLabel));
   }
 
@@ -101,8 +111,9 @@ void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const
       for (int64 x = 0; x < size.x;) {
         T const* const line = labels.data() + row;
         int64 const first = x;
-        T const label = line[x];
-        while (x < size.x && line[x] == label) ++x;
+        T const value = line[x];
+        int64 const label = regions.LabelOf(value);
+        while (x < size.x && line[x] == value) ++x;
         if (label == 0) continue;
         StRegion& region = regions.Of(label);
         intensity(region, row + first, row + x);
@@ -111,15 +122,8 @@ void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const
 }
 
 template <class Intensity>
-void Measure(CRegions& regions, CRawImage const& labels, Intensity const& intensity,
-             std::filesystem::path const& path) {
-  VisitPixels(labels, [&]<class T>(std::span<T const> pixels) {
-    if constexpr (std::is_integral_v<T>)
-      MeasureRows(regions, pixels, labels.Size(), intensity);
-    else
-      throw CAppError(Quoted(path) + " has " + PixelText(labels.Pixel()) +
-                      " pixels, but labels are integers");
-  });
+void Measure(CRegions& regions, CRawImage const& labels, Intensity const& intensity) {
+  VisitPixels(labels, [&](auto pixels) { MeasureRows(regions, pixels, labels.Size(), intensity); });
 }
 
 } // namespace
@@ -130,12 +134,12 @@ std::vector<StRegion> MeasureRegions(CRawImage const& labels, CRawImage const* i
                                      std::filesystem::path const& path) {
   CRegions regions(path);
   if (intensity == nullptr)
-    Measure(regions, labels, StNoIntensity(), path);
+    Measure(regions, labels, StNoIntensity());
   else if (intensity->Size() != labels.Size())
     throw CAppError(Quoted(path) + " and its intensity image have different sizes");
   else
     VisitPixels(*intensity, [&]<class T>(std::span<T const> pixels) {
-      Measure(regions, labels, StIntensity<T>{pixels}, path);
+      Measure(regions, labels, StIntensity<T>{pixels});
     });
   auto sorted = std::move(regions).Sorted();
   if (sorted.empty()) throw CAppError(Quoted(path) + " has no objects: all its labels are 0");

@@ -12,9 +12,8 @@
 
 namespace selu {
 
-/// Greatest label that an object may have: up to there a 32-bit floating-point image, such as one
-/// of features, holds every label exactly.
-inline constexpr ORVA::int64 c_greatestLabel = ORVA::int64{1} << 24;
+/// Greatest label that an object may have.
+inline constexpr ORVA::int64 c_greatestLabel = 0xffff'ffff;
 
 /// All voxels of one label. Coordinates are in voxels from 0.
 struct StRegion {
@@ -34,8 +33,8 @@ struct StRegion {
 
 /// The regions in ascending order of their labels, 0 being the background, in one pass over the
 /// voxels: O(voxels + regions * log(regions)), with memory for the regions only. The intensity
-/// image may be null. Throws CAppError for a label image of floating-point pixels, with a negative
-/// label or one above c_greatestLabel, or without objects, and for images of different sizes.
+/// image may be null. Throws CAppError for a label that is negative, above c_greatestLabel or no
+/// whole number, for an image without objects, and for images of different sizes.
 [[nodiscard]] std::vector<StRegion> MeasureRegions(CRawImage const& labels,
                                                    CRawImage const* intensity,
                                                    std::filesystem::path const& path);

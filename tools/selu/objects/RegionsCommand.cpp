@@ -1,12 +1,11 @@
 #include "Commands.h"
 #include "base/AtomicFile.h"
 #include "base/Errors.h"
-#include "base/JsonValues.h"
-#include "base/Memory.h"
 #include "base/Output.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "images/ImageFile.h"
+#include "objects/RegionFeatures.h"
 #include "objects/Regions.h"
 #include "texture/Texture.h"
 
@@ -14,53 +13,58 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
-#include <limits>
 #include <memory>
+#include <numeric>
 #include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
 
 namespace selu {
 namespace {
 
 using ORVA::CImage;
 using ORVA::CSize;
-using ORVA::CValueDouble;
-using ORVA::CValueLong;
 using ORVA::CValueMap;
-using ORVA::CValueString;
 using ORVA::int64;
 
 constexpr std::array<char const*, 3> c_axes = {"x", "y", "z"};
 
 struct StOptions {
-  std::string labels, intensity, range, direction, output;
-  bool noTexture = false;
+  std::string labels, intensity, series, range, direction, output, csv;
+  bool noTexture = false, relabel = false;
 };
 
-// A count of the map, which holds 32 bits.
-CValueLong Count(int64 number, std::string const& what) {
-  if (number > std::numeric_limits<std::int32_t>::max())
-    throw CAppError(what + " " + std::to_string(number) + " is more than a feature map holds");
-  return CValueLong(static_cast<std::int32_t>(number));
-}
+using Texture = std::array<double, c_featureNames.size()>;
 
 // The texture inside a box of the image, without regard to which of its voxels are the object's.
 class CBoxTexture {
 public:
-  CBoxTexture(CImage gray, Direction const& direction)
-      : m_Gray(std::move(gray)), m_Direction(direction) {}
+  /// The mean over the directions is taken.
+  CBoxTexture(CImage gray, std::vector<Direction> directions)
+      : m_Gray(std::move(gray)), m_Directions(std::move(directions)) {}
 
-  /// The features; all 0 where the box has no pair of voxels. Gives the number of pairs.
-  int64 Measure(StRegion const& region, CValueMap& features) {
+  /// Nothing where the box has no pair of voxels in any of the directions.
+  std::optional<Texture> Measure(StRegion const& region) {
     CSize const size = BoxSize(region);
-    int64 const pairs = PairsOf(size, m_Direction);
-    if (pairs == 0) {
-      for (char const* const name : c_featureNames) features.SetEntry(name, CValueDouble(0.0));
-    } else {
-      CImage const box = Box(region, size);
-      m_Cooccurrence.ComputeFeatures(box, &m_Direction, &features);
+    std::optional<CImage> box;
+    Texture sum = {};
+    int count = 0;
+    for (Direction direction : m_Directions) {
+      if (PairsOf(size, direction) == 0) continue;
+      if (!box) box.emplace(Box(region, size));
+      CValueMap features;
+      m_Cooccurrence.ComputeFeatures(*box, &direction, &features);
+      for (std::size_t f = 0; f < sum.size(); ++f)
+        sum[f] += features.Entry(c_featureNames[f]).Double();
+      ++count;
     }
-    return pairs;
+    if (count == 0) return std::nullopt;
+    for (double& value : sum) value /= count;
+    return sum;
   }
 
 private:
@@ -85,61 +89,82 @@ private:
   }
 
   CImage m_Gray;
-  Direction m_Direction;
+  std::vector<Direction> m_Directions;
   ORVA::CCooccurrence m_Cooccurrence{"regions", nullptr};
 };
 
-CValueMap ToMap(StRegion const& region, int dimension, bool hasIntensity, CBoxTexture* texture) {
-  std::string const name = std::to_string(region.label);
-  CValueMap map;
-  map.SetEntry("object", CValueString(name));
-  map.SetEntry("volume [px]", Count(region.voxels, "the volume of object " + name + ":"));
-  for (std::size_t axis = 0; axis < static_cast<std::size_t>(dimension); ++axis) {
-    std::string const letter = c_axes[axis];
-    map.SetEntry("bounding box/" + letter + " min", Count(region.low[axis], "the coordinate"));
-    map.SetEntry("bounding box/" + letter + " max", Count(region.high[axis], "the coordinate"));
-    map.SetEntry("centroid/" + letter, CValueDouble(region.Centroid(axis)));
-  }
-  if (hasIntensity) {
-    map.SetEntry("intensity/mean", CValueDouble(region.mean));
-    map.SetEntry("intensity/deviation", CValueDouble(region.Deviation()));
-  }
-  std::string status = "measured";
-  if (texture != nullptr) {
-    CValueMap features;
-    if (texture->Measure(region, features) == 0) status = "too small for texture";
-    map.SetEntry("texture", features);
-  }
-  map.SetEntry("status", CValueString(status));
-  return map;
+// What is asked of a region beside its extent.
+struct StAsked {
+  int dimension = 3;
+  bool hasIntensity = false;
+  CBoxTexture* texture = nullptr;
+};
+
+void AddTexture(std::vector<StRegionFeature>& features, std::optional<Texture> const& texture) {
+  std::array<std::size_t, c_featureNames.size()> order{};
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, {}, [](std::size_t f) { return std::string_view(c_featureNames[f]); });
+  for (std::size_t const f : order)
+    features.push_back(
+        {std::string("texture/") + c_featureNames[f], texture ? (*texture)[f] : 0.0});
 }
 
-CValueMap ToMap(std::vector<StRegion> const& regions, int dimension, bool hasIntensity,
-                CBoxTexture* texture) {
-  constexpr double bytesPerObject = 10e3; // its entries as values, as JSON and as text
-  RefuseBeyondMemory(static_cast<double>(regions.size()) * bytesPerObject,
-                     "the feature map of " + std::to_string(regions.size()) + " objects");
-  std::string const greatest = std::to_string(regions.back().label);
-  CValueMap map;
-  map.SetEntry("maximum label", Count(regions.back().label, "the label"));
-  map.SetEntry("no. of objects", Count(static_cast<int64>(regions.size()), "the number"));
-  CProgressBar bar("measuring objects", static_cast<int64>(regions.size()));
+// In the order of their paths.
+std::vector<StRegionFeature> FeaturesOf(StRegion const& region, int64 label, bool relabeled,
+                                        StAsked const& asked) {
+  auto const axes = std::span(c_axes).first(static_cast<std::size_t>(asked.dimension));
+  std::vector<StRegionFeature> features;
+  for (std::size_t i = 0; i < axes.size(); ++i) {
+    std::string const box = std::string("bounding box/") + axes[i];
+    features.push_back({box + " max", region.high[i]});
+    features.push_back({box + " min", region.low[i]});
+  }
+  for (std::size_t i = 0; i < axes.size(); ++i)
+    features.push_back({std::string("centroid/") + axes[i], region.Centroid(i)});
+  if (asked.hasIntensity) {
+    features.push_back({"intensity/deviation", region.Deviation()});
+    features.push_back({"intensity/mean", region.mean});
+  }
+  if (relabeled) features.push_back({"label", region.label});
+  features.push_back({"object", std::to_string(label)});
+  std::optional<Texture> texture;
+  if (asked.texture != nullptr) texture = asked.texture->Measure(region);
+  bool const tooSmall = asked.texture != nullptr && !texture;
+  features.push_back({"status", std::string(tooSmall ? "too small for texture" : "measured")});
+  if (asked.texture != nullptr) AddTexture(features, texture);
+  features.push_back({"volume [px]", region.voxels});
+  return features;
+}
+
+void WriteRegions(std::vector<StRegion> const& regions, StAsked const& asked, bool relabel,
+                  CAtomicFile* json, CAtomicFile* csv) {
+  auto const count = static_cast<int64>(regions.size());
+  CRegionWriter writer(json, csv, relabel ? count : regions.back().label, regions.size());
+  CProgressBar bar("measuring objects", count);
+  int64 number = 0;
   for (StRegion const& region : regions) {
-    std::string const label = std::to_string(region.label);
-    map.SetEntry("object " + std::string(greatest.size() - label.size(), '0') + label,
-                 ToMap(region, dimension, hasIntensity, texture));
+    int64 const label = relabel ? ++number : region.label;
+    writer.Add(label, FeaturesOf(region, label, relabel, asked));
     bar.Advance();
   }
-  return map;
+  writer.Finish();
 }
 
-// A direction along x where none is given.
-Direction ParseOptionalDirection(StOptions const& options, int dimension) {
-  if (options.direction.empty()) return {1, 0, 0};
-  return ToDirection(ParseDirection(options.direction), dimension);
+// Those to all neighbors where none is given.
+std::vector<Direction> Directions(StOptions const& options, int dimension) {
+  if (!options.direction.empty())
+    return {ToDirection(ParseDirection(options.direction), dimension)};
+  auto const all = std::span(ORVA::CCooccurrence::m_cDirections);
+  auto const some =
+      all.first(static_cast<std::size_t>(ORVA::CCooccurrence::NumberOfDirections(dimension)));
+  return {some.begin(), some.end()};
 }
 
 void CheckOptions(StOptions const& options) {
+  if (options.output.empty() && options.csv.empty())
+    throw CUsageError("give --output for the feature map, --csv for a table, or both");
+  if (!options.output.empty() && !options.csv.empty() && IsSameFile(options.output, options.csv))
+    throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   bool const texture = !options.intensity.empty() && !options.noTexture;
   if (!texture && !(options.range.empty() && options.direction.empty()))
     throw CUsageError("--range and --direction are for the texture, which needs --intensity");
@@ -154,9 +179,9 @@ struct StInputs {
 };
 
 StInputs OpenInputs(StOptions const& options) {
-  StInputs inputs{OpenImage(options.labels), std::nullopt};
+  StInputs inputs{OpenImage(options.labels, options.series), std::nullopt};
   if (options.intensity.empty()) return inputs;
-  inputs.intensity.emplace(OpenImage(options.intensity));
+  inputs.intensity.emplace(OpenImage(options.intensity, options.series));
   if (inputs.intensity->Header().size != inputs.labels.Header().size)
     throw CAppError(Quoted(options.labels) + " and " + Quoted(options.intensity) +
                     " have different sizes");
@@ -167,42 +192,48 @@ CBoxTexture MakeTexture(StOptions const& options, CRawImage const& intensity) {
   std::optional<StRange> range;
   if (!options.range.empty()) range = ParseRange(options.range);
   CBoxTexture texture(ToGray(intensity, range, options.intensity),
-                      ParseOptionalDirection(options, intensity.Size().Dim()));
+                      Directions(options, intensity.Size().Dim()));
   auto const warning = CollapseWarning(intensity, range, options.intensity);
   if (!warning.empty()) PrintNote("warning: " + warning);
   return texture;
 }
 
-std::string Measure(StOptions const& options, StInputs& inputs) {
+void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAtomicFile* csv) {
   CRawImage const labels = inputs.labels.Read();
-  int const dimension = labels.Size().Dim();
+  StAsked asked{labels.Size().Dim(), inputs.intensity.has_value(), nullptr};
   if (!inputs.intensity)
-    return ToJsonText(
-        ToMap(MeasureRegions(labels, nullptr, options.labels), dimension, false, nullptr));
+    return WriteRegions(MeasureRegions(labels, nullptr, options.labels), asked, options.relabel,
+                        json, csv);
   CRawImage const intensity = inputs.intensity->Read();
   std::optional<CBoxTexture> texture;
-  if (!options.noTexture) texture.emplace(MakeTexture(options, intensity));
-  auto const regions = MeasureRegions(labels, &intensity, options.labels);
-  return ToJsonText(ToMap(regions, dimension, true, texture ? &*texture : nullptr));
+  if (!options.noTexture) asked.texture = &texture.emplace(MakeTexture(options, intensity));
+  WriteRegions(MeasureRegions(labels, &intensity, options.labels), asked, options.relabel, json,
+               csv);
+}
+
+std::optional<CAtomicFile> OpenOutput(std::string const& path, StInputs const& inputs) {
+  if (path.empty()) return std::nullopt;
+  RefuseOverwriting(path, inputs.labels);
+  if (inputs.intensity) RefuseOverwriting(path, *inputs.intensity);
+  return std::optional<CAtomicFile>(std::in_place, path);
 }
 
 void Run(StOptions const& options) {
   CheckOptions(options);
   StInputs inputs = OpenInputs(options);
-  RefuseOverwriting(options.output, inputs.labels);
-  if (inputs.intensity) RefuseOverwriting(options.output, *inputs.intensity);
-  CAtomicFile file(options.output);
-  file.Write(Measure(options, inputs));
-  file.Commit();
+  auto json = OpenOutput(options.output, inputs), csv = OpenOutput(options.csv, inputs);
+  Measure(options, inputs, json ? &*json : nullptr, csv ? &*csv : nullptr);
+  CommitAll({json ? &*json : nullptr, csv ? &*csv : nullptr});
 }
 
 constexpr char c_help[] =
     R"(For each object: "object" (its label as text), "status", "volume [px]", "bounding box" (first and
 last coordinate along each axis), "centroid", and with --intensity "intensity" (mean and standard
 deviation of its voxels' values as they are) and "texture" (the 13 features inside its bounding
-box, the voxels of others included). All lengths are in voxels. Where the box is no longer than
-the direction, the texture is 0 and the status "too small for texture". The texture takes time in
-proportion to the boxes together, all else to the image.
+box, the voxels of others included; without --direction their mean over the directions to the 13
+neighbors, in 2D 4, as far as they fit into the box). All lengths are in voxels. Where the box is
+too small for any of the directions, the texture is 0 and the status "too small for texture". The
+texture takes time in proportion to the boxes together, all else to the image.
 
 Example:
   selu regions cells-label.nrrd --intensity cells.nrrd --range 0,2000 -o features.json)";
@@ -214,20 +245,28 @@ void AddRegionsCommand(CLI::App& app) {
   CLI::App* const command =
       app.add_subcommand("regions", "Measure the objects of a label image into a feature map");
   command
-      ->add_option("LABELS", options->labels,
-                   "image of integers: 0 is the background, every other number an object")
+      ->add_option(
+          "LABELS", options->labels,
+          "image of whole numbers from 0, the background, to 4294967295; every other number is "
+          "an object")
       ->required();
   command->add_option("--intensity", options->intensity,
                       "image of the same size, for mean, deviation and texture");
+  command->add_option("--series", options->series, c_seriesHelp);
   command->add_option("--range", options->range,
                       "LO,HI: map these intensities linearly onto the gray levels 0 to 255 of the "
                       "texture");
-  command->add_option("--direction", options->direction,
-                      "dx,dy,dz (2D: dx,dy), the displacement of the texture in voxels; 1,0,0 when "
-                      "none is given");
+  command->add_option(
+      "--direction", options->direction,
+      "the displacement of the texture in voxels; the mean over all directions to the "
+      "neighbors when none is given");
   command->add_flag("--no-texture", options->noTexture, "leave the texture out");
-  command->add_option("-o,--output", options->output, "JSON file, for selu feature-image")
-      ->required();
+  command->add_option("-o,--output", options->output,
+                      "JSON file, for selu feature-image; - for standard output");
+  command->add_option("--csv", options->csv,
+                      "the same as a table, an object per line; - for standard output");
+  command->add_flag("--relabel", options->relabel,
+                    "number the objects from 1, and keep the old number as the feature \"label\"");
   command->footer(c_help);
   command->callback([options] { Run(*options); });
 }

@@ -26,7 +26,7 @@ using ORVA::CSize;
 using ORVA::int64;
 
 struct StOptions {
-  std::string image, range, format = "table", matrix;
+  std::string image, series, range, format = "table", matrix;
   std::vector<std::string> directions, pictures;
   bool all = false;
 };
@@ -125,7 +125,7 @@ void Run(StOptions const& options) {
   if (!options.range.empty()) texture.range = ParseRange(options.range);
   std::vector<StGivenDirection> given;
   for (auto const& text : options.directions) given.push_back(ParseDirection(text));
-  COpenImage image = OpenImage(options.image);
+  COpenImage image = OpenImage(options.image, options.series);
   texture.size = image.Header().size;
   texture.pixel = image.Header().pixel;
   auto const directions = FitDirections(options, given, texture.size);
@@ -156,8 +156,8 @@ void AddTextureCommand(CLI::App& app) {
   auto const options = std::make_shared<StOptions>();
   CLI::App* const command =
       app.add_subcommand("texture", "Co-occurrence matrices and the 13 Haralick features");
-  command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
-      ->required();
+  command->add_option("IMAGE", options->image, c_imageHelp)->required();
+  command->add_option("--series", options->series, c_seriesHelp);
   command
       ->add_option("--direction", options->directions,
                    "dx,dy,dz (2D: dx,dy), the displacement in voxels; may be given repeatedly")

@@ -21,7 +21,7 @@ namespace {
 constexpr char c_parametersKey[] = "cylinderMaskParameters";
 
 struct StOptions {
-  std::string image, axis, center, radius, value, output;
+  std::string image, series, axis, center, radius, value, output;
   bool keepParameters = false;
 };
 
@@ -68,7 +68,7 @@ std::string ParametersText(ORVA::CImage const& image) {
 
 void Run(StOptions const& options) {
   StCylinder const cylinder = ParseCylinder(options);
-  COpenImage opened = OpenImage(options.image);
+  COpenImage opened = OpenImage(options.image, options.series);
   StHeader const header = opened.Header();
   RefuseOverwriting(options.output, opened);
   (void)ParsePixelValue(options.value, header.pixel, "--value");
@@ -108,8 +108,8 @@ void AddMaskCommand(CLI::App& app) {
   auto const options = std::make_shared<StOptions>();
   CLI::App* const command =
       app.add_subcommand("mask", "Overwrite every voxel outside an upright circular cylinder");
-  command->add_option("IMAGE", options->image, "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file")
-      ->required();
+  command->add_option("IMAGE", options->image, c_imageHelp)->required();
+  command->add_option("--series", options->series, c_seriesHelp);
   command->add_option("--axis", options->axis, "X, Y or Z: the axis along which the cylinder runs")
       ->transform(CLI::IsMember({"X", "Y", "Z"}, CLI::ignore_case))
       ->required();

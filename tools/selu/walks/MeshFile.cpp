@@ -219,6 +219,12 @@ StMesh ParseMesh(std::string_view bytes) {
   StMesh mesh;
   if (auto const triangles = BinaryTriangles(bytes)) {
     mesh = ParseStlBinary(bytes, *triangles);
+  } else if (bytes.size() >= c_stlHead && bytes.find('\0') != std::string_view::npos) {
+    auto const count = std::uint64_t{Word(bytes, c_stlHead - 4)};
+    throw CAppError("it is no text, and as a binary STL file of " + std::to_string(count) +
+                    " triangles it would have " +
+                    std::to_string(c_stlHead + count * c_stlTriangle) + " bytes, not " +
+                    std::to_string(bytes.size()));
   } else if (BeginsWith(bytes, "solid")) {
     mesh = ParseStlText(bytes);
   } else if (BeginsWith(bytes, "off") || BeginsWith(bytes, "#")) {

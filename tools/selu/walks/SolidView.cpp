@@ -18,21 +18,6 @@ constexpr double c_drawnPerSeen = 1.224744871391589; // sqrt(3 / 2)
 constexpr double c_cubePixels = 5; // from so many pixels a voxel on, cubes
 constexpr float c_noLight = -1;    // not on the voxel
 
-struct StExtent {
-  double x, y, z;
-};
-
-StExtent ExtentOf(Point const& low, Point const& high) {
-  auto const extent = [](int64 a, int64 b) {
-    return static_cast<double>(static_cast<uint64>(b) - static_cast<uint64>(a)) + 1;
-  };
-  return {extent(low.x, high.x), extent(low.y, high.y), extent(low.z, high.z)};
-}
-
-double From(int64 a, int64 low) {
-  return static_cast<double>(static_cast<uint64>(a) - static_cast<uint64>(low));
-}
-
 Color Lit(Color const& color, double light) {
   auto const part = [light](double component) { return std::clamp(component * light, 0.0, 1.0); };
   return {part(color.red), part(color.green), part(color.blue)};
@@ -40,31 +25,34 @@ Color Lit(Color const& color, double light) {
 
 } // namespace
 
-CSolidView::CSolidView(Point const& low, Point const& high, int room) : m_Low(low) {
-  StExtent const extent = ExtentOf(low, high);
-  double const across = (extent.x + extent.y) * c_right;
-  double const down = (extent.x + extent.y) * c_down + extent.z;
+void StViewFrame::Add(Point const& p) {
+  if (isEmpty) origin = p;
+  Point const d = p - origin;
+  int64 const across = d.x - d.y, down = d.x + d.y + 2 * d.z;
+  left = isEmpty ? across : std::min(left, across);
+  right = isEmpty ? across : std::max(right, across);
+  top = isEmpty ? down : std::min(top, down);
+  bottom = isEmpty ? down : std::max(bottom, down);
+  isEmpty = false;
+}
+
+// A voxel reaches one step across and one side down from its middle.
+CSolidView::CSolidView(StViewFrame const& frame, int room) : m_Frame(frame) {
+  double const across = static_cast<double>(frame.right - frame.left + 2) * c_right;
+  double const down = static_cast<double>(frame.bottom - frame.top) * c_down + 2;
   constexpr double c_mostPixels = 24;
   m_Scale = std::min(room / std::max(across, down), c_mostPixels);
-  m_Left = extent.y * c_right * m_Scale;
   m_Columns = std::max(1, static_cast<int>(std::ceil(across * m_Scale)));
   m_Rows = std::max(1, static_cast<int>(std::ceil(down * m_Scale)));
   m_Pixels.resize(static_cast<std::size_t>(m_Columns) * static_cast<std::size_t>(m_Rows));
 }
 
-std::pair<double, double> CSolidView::Place(RealPoint const& p) const {
-  double const x = p.x - static_cast<double>(m_Low.x) + 0.5,
-               y = p.y - static_cast<double>(m_Low.y) + 0.5,
-               z = p.z - static_cast<double>(m_Low.z) + 0.5;
-  return {m_Left + (x - y) * c_right * m_Scale, ((x + y) * c_down + z) * m_Scale};
-}
-
-// The pixels whose middles lie on the voxel; of a voxel without such, the one that it lies in.
 void CSolidView::Add(Point const& p, uint64 number) {
-  double const x = From(p.x, m_Low.x) + 0.5, y = From(p.y, m_Low.y) + 0.5,
-               z = From(p.z, m_Low.z) + 0.5;
-  RealPoint const center(m_Left + (x - y) * c_right * m_Scale, ((x + y) * c_down + z) * m_Scale, 0);
-  auto const nearness = static_cast<int64>(std::floor(x + y - z));
+  Point const d = p - m_Frame.origin;
+  RealPoint const center(
+      static_cast<double>(d.x - d.y - m_Frame.left + 1) * c_right * m_Scale,
+      (static_cast<double>(d.x + d.y + 2 * d.z - m_Frame.top) * c_down + 1) * m_Scale, 0);
+  int64 const nearness = d.x + d.y - d.z;
   auto const limited = [](double value, int most) {
     return std::clamp(static_cast<int>(std::floor(value)), 0, most - 1);
   };

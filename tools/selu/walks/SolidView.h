@@ -1,7 +1,9 @@
 // A view of a solid's voxels: an isometric picture, shaded as by a lamp.
 //
-//   CSolidView view(low, high, 420);                 // the box of the voxels, pixels of room
-//   view.Add(point, number);                         // for each voxel of the walk, from 1
+//   StViewFrame frame;
+//   frame.Add(point);                                // for each voxel of the walk
+//   CSolidView view(frame, 420);                     // pixels of room
+//   view.Add(point, number);                         // for each voxel again, from 1
 //   picture.Cells(box, view.Columns(), view.Rows(), view.Colors(last));
 #pragma once
 
@@ -9,10 +11,19 @@
 #include "walks/Walk.h"
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace selu {
+
+/// How far voxels reach in the view. They lie less than 2^40 apart.
+struct StViewFrame {
+  void Add(Point const& p);
+
+  Point origin; ///< the first of them, from which all are seen
+  bool isEmpty = true;
+  ORVA::int64 left = 0, right = 0; ///< x - y
+  ORVA::int64 top = 0, bottom = 0; ///< x + y + 2z
+};
 
 /// x goes to the right and down, y to the left and down, z down: one looks at the sides of high x
 /// and high y and at the top of low z. Large voxels are drawn as cubes, small ones as a surface.
@@ -20,7 +31,7 @@ namespace selu {
 class CSolidView {
 public:
   /// At most `room` pixels in either direction.
-  CSolidView(Point const& low, Point const& high, int room);
+  CSolidView(StViewFrame const& frame, int room);
 
   void Add(Point const& p, ORVA::uint64 number);
 
@@ -28,8 +39,6 @@ public:
   [[nodiscard]] int Rows() const { return m_Rows; }
   /// Row by row; in the colors of the order, of `last` voxels.
   [[nodiscard]] std::vector<Color> Colors(ORVA::uint64 last) const;
-  /// Where a point of the box is in the picture, in pixels.
-  [[nodiscard]] std::pair<double, double> Place(RealPoint const& p) const;
 
 private:
   // What a pixel shows: the foremost voxel, how near it is, which of its sides, and whether an
@@ -46,9 +55,8 @@ private:
   [[nodiscard]] std::vector<float> SurfaceLight() const;
   [[nodiscard]] std::vector<float> SmoothNearness() const;
 
-  Point m_Low;
+  StViewFrame m_Frame;
   double m_Scale = 1; // pixels per voxel
-  double m_Left = 0;  // of the box's corner of least x and y, in pixels
   int m_Columns = 1, m_Rows = 1;
   std::vector<StPixel> m_Pixels;
 };

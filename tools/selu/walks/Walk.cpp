@@ -2,7 +2,8 @@
 
 #include "base/Progress.h"
 
-#include <utility>
+#include <algorithm>
+#include <vector>
 
 namespace selu {
 namespace {
@@ -11,37 +12,64 @@ using ORVA::uint64;
 
 constexpr std::size_t c_block = 1 << 14; // points from one step of the progress bar to the next
 
+using ORVA::StRun;
+
+ORVA::int64& Along(StRun& run) {
+  return run.axis == 0 ? run.first.x : run.axis == 1 ? run.first.y : run.first.z;
+}
+
+// The part of a run in an image of this size.
+StRun Clipped(StRun run, ORVA::CSize const& size) {
+  ORVA::int64& begin = Along(run);
+  ORVA::int64 const extent = run.axis == 0 ? size.x : run.axis == 1 ? size.y : size.z;
+  if (begin < 0) {
+    run.length = std::max<ORVA::int64>(run.length - 1 + (begin + 1), 0);
+    begin = 0;
+  }
+  if (!IsInside(run.first, size)) run.length = 0;
+  run.length = std::min(run.length, extent - begin);
+  return run;
+}
+
+// Moves points from the run's front to the block, until the one is empty or the other full.
+void MovePoints(StRun& run, std::vector<Point>& block) {
+  for (; run.length > 0 && block.size() < c_block; --run.length) {
+    block.push_back(run.first);
+    ++Along(run);
+  }
+}
+
 // By value: the walk itself stays at its start.
 template <class W>
 StCounts Go(W walker, std::optional<ORVA::CSize> const& size, CProgressBar* bar,
             std::function<void(std::span<Point const>)> const& visit) {
   StCounts counts;
+  uint64 shown = 0;
   std::vector<Point> block;
   block.reserve(c_block);
-  while (walker.MorePoints()) {
-    block.clear();
-    uint64 outside = 0;
-    for (std::size_t i = 0; i < c_block && walker.MorePoints(); ++i) {
-      Point const point = walker.NextPoint();
-      if (size && !IsInside(point, *size))
-        ++outside;
-      else
-        block.push_back(point);
+  StRun run;
+  while (run.length > 0 || walker.MorePoints()) {
+    if (run.length == 0) {
+      StRun const next = walker.NextRun();
+      run = size ? Clipped(next, *size) : next;
+      counts.outside += static_cast<uint64>(next.length - run.length);
     }
+    MovePoints(run, block);
+    bool const isLast = run.length == 0 && !walker.MorePoints();
+    if (block.size() < c_block && !isLast) continue;
     counts.points += block.size();
-    counts.outside += outside;
     visit(block);
-    if (bar != nullptr) bar->Advance();
+    block.clear();
+    for (; bar != nullptr && shown < (counts.points + counts.outside) / c_block; ++shown)
+      bar->Advance();
   }
   return counts;
 }
 
-// Some walkers count moves, others points; for a progress bar that is the same.
+// For the progress bar.
 template <class W>
 ORVA::int64 Blocks(W const& walker) {
-  auto const steps = walker.Steps();
-  auto const count = std::cmp_less(steps, 0) ? uint64{0} : static_cast<uint64>(steps);
-  return static_cast<ORVA::int64>(count / c_block + 1);
+  return static_cast<ORVA::int64>(walker.Remaining() / c_block + 1);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "images/ImageFile.h"
 #include "walks/WalkRun.h"
 
 #include <CLI/CLI.hpp>
@@ -165,7 +166,7 @@ slice, the points are those exactly inside or on it, row by row, and there is no
 Examples:
   selu walk polygon 0,0 10,0 10,10 --picture triangle.png
   selu walk polygon 0.5,0.25 9.1,0 4.4,7.75 --boundary half-open
-  selu walk polygon --corners outline.csv --hole hole.csv --image scan.nrrd --paint 255 -o painted.nrrd)"},
+  selu walk polygon --corners outline.csv --hole hole.csv --image a.nrrd --paint 255 -o b.nrrd)"},
     {EnWalk::Volume, "volume", "The points of a convex solid, slice by slice", AddVolumeOptions,
      R"(The corners are a path along all edges of the solid, which is closed to its first corner; an edge
 may be passed more than once. x must be 0 or more. Every slice of constant x is filled within the
@@ -235,7 +236,8 @@ void AddKind(CLI::App& walk, StKind const& kind) {
   CLI::App* const command = walk.add_subcommand(kind.name, kind.text);
   kind.addOptions(*command, options);
   command->add_option("--image", options->image,
-                      "PNG, TIFF, NRRD, MetaImage, NIfTI or DICOM file: read the values there");
+                      std::string(c_imageHelp) + ": read the values there");
+  command->add_option("--series", options->series, c_seriesHelp);
   command->add_option("--paint", options->paint,
                       "write this value to the voxels of the walk, and the image to -o");
   command

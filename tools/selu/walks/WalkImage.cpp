@@ -89,6 +89,13 @@ ORVA::CSize PlaneSize(StWalk const& walk, ORVA::CSize const& size) {
   return {extents.*column, extents.*row};
 }
 
+StGrid PlaneGrid(StWalk const& walk, StGrid const& grid) {
+  StGrid plane;
+  plane.spacing[0] = grid.spacing[walk.dominantAxis == 0 ? 1 : 0];
+  plane.spacing[1] = grid.spacing[walk.dominantAxis == 2 ? 1 : 2];
+  return plane;
+}
+
 ORVA::CImage ResamplePlane(CRawImage const& image, StWalk const& walk,
                            std::optional<StRange> const& range) {
   bool const isWide = image.Pixel() == EnPixel::UInt16 && !range;

@@ -26,6 +26,8 @@ void Paint(CRawImage& image, std::span<Point const> points, PixelValue const& va
 
 /// Extents of a slice as an image: the two axes other than the walk's dominant one, in their order.
 [[nodiscard]] ORVA::CSize PlaneSize(StWalk const& walk, ORVA::CSize const& size);
+/// The grid of that image: the spacing of its axes.
+[[nodiscard]] StGrid PlaneGrid(StWalk const& walk, StGrid const& grid);
 /// The voxels of a slice as seen along its dominant axis, 0 where the plane has none. Unsigned 8
 /// and 16-bit pixels stay as they are; with a range, and for other types, the values become 8 bits:
 /// the range (without one, the plane's least and greatest finite value) 0 to 255, NaN 0.

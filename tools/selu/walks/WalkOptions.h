@@ -25,7 +25,7 @@ struct StWalkOptions {
   std::string boundary, winding;
   std::string normal, distance, method, low, high, direction, size;
   // What is done with it.
-  std::string image, paint, output, picture, format, range;
+  std::string image, series, paint, output, picture, format, range;
   bool profile = false;
 };
 

@@ -305,8 +305,12 @@ struct StShown {
 
 StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   StShown shown;
+  StViewFrame viewed;
   shown.counts = ForEachBlock(walk, size, "measuring the picture", [&](auto points) {
-    for (auto const& p : points) shown.frame.Add(p);
+    for (auto const& p : points) {
+      shown.frame.Add(p);
+      if (walk.isSolid) viewed.Add(p);
+    }
   });
   for (auto const& chain : walk.ideal)
     for (auto const& p : chain) shown.frame.Add(Framed(p, size));
@@ -314,8 +318,7 @@ StShown Project(StWalk const& walk, std::optional<ORVA::CSize> const& size) {
   shown.scale = ScaleOf(shown.frame, isFlat);
   for (std::size_t i = 0; i < (isFlat ? 1u : c_panels.size()); ++i)
     shown.projections.emplace_back(c_panels[i], shown.frame, shown.scale);
-  if (walk.isSolid && !shown.frame.isEmpty)
-    shown.view.emplace(shown.frame.low, shown.frame.high, c_solidRoom);
+  if (!viewed.isEmpty) shown.view.emplace(viewed, c_solidRoom);
   uint64 number = 0;
   ForEachBlock(walk, size, "drawing the picture", [&](auto points) {
     for (auto const& p : points) {

@@ -132,7 +132,8 @@ void WritePicture(StJob& job) {
   if (job.DrawsPlane()) {
     std::optional<StRange> range;
     if (!job.given.range.empty()) range = ParseRange(job.given.range);
-    WriteImage(*job.picture, ResamplePlane(*job.image, job.walk, range));
+    WriteImage(*job.picture, ResamplePlane(*job.image, job.walk, range),
+               PlaneGrid(job.walk, job.image->Grid()));
   } else if (job.given.profile) {
     job.profile.title = job.walk.title;
     job.picture->Write(DrawProfile(job.profile, ending));
@@ -157,7 +158,7 @@ void Prepare(StJob& job) {
   std::optional<ORVA::CSize> size;
   if (!given.size.empty()) size = ParseSize(given.size, 0);
   if (!given.image.empty()) {
-    job.opened.emplace(OpenImage(given.image));
+    job.opened.emplace(OpenImage(given.image, given.series));
     size = job.size = job.opened->Header().size;
   }
   job.walk = MakeWalk(job.kind, given, size);

@@ -2,8 +2,9 @@
 //
 //   #include <iostream>
 //   int64 const code = NEIGHBORHOOD_26;    // for a walk: all moves to the 26 neighbors
-//   for (std::size_t k = 0; k < CNeighborhood2dDiffN8::dx.size(); ++k)
-//     std::cout << CNeighborhood2dDiffN8::dx[k] << ',' << CNeighborhood2dDiffN8::dy[k] << ' ';
+//   int64 sum = 0;
+//   for (int64 const dx : CNeighborhood2dDiffN8::dx) sum += dx;
+//   std::cout << CNeighborhood2dDiffN8::dx.size() << ' ' << sum;    // prints 8 0
 #pragma once
 
 #include <pxlib2core/Types.h>
