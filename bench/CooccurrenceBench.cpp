@@ -93,14 +93,12 @@ StImage MakeImage(Extent extent, EContent content) {
   return image;
 }
 
-// Images are made when first asked for; few are kept, since the largest are large.
+// Images are made when first asked for and kept, 600 MB of them: interleaved runs ask for all.
 std::shared_ptr<StImage const> GetImage(Extent extent, EContent content) {
   static std::map<std::pair<Extent, EContent>, std::shared_ptr<StImage const>> images;
   auto const key = std::pair(extent, content);
-  if (!images.contains(key)) {
-    if (images.size() > 8) images.clear();
+  if (!images.contains(key))
     images[key] = std::make_shared<StImage const>(MakeImage(extent, content));
-  }
   return images[key];
 }
 

@@ -28,6 +28,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <numbers>
 #include <random>
@@ -105,6 +107,27 @@ void Gsl(std::string const& row, Function function, Parameters... parameters) {
   std::shared_ptr<gsl_rng> const engine(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
   Peer<T>(row, "GSL",
           [engine, function, parameters...] { return function(engine.get(), parameters...); });
+}
+
+// NumPy's row of this name: nanoseconds per draw as it prints them.
+void NumPy(std::string const& row) {
+  std::string const command =
+      "/usr/bin/python3 " SELU_BENCH_DIR "/support/numpy_draws.py '" + row + "' 0.2 2>/dev/null";
+  benchmark::RegisterBenchmark(
+      (row + ", array/NumPy").c_str(),
+      [command](State& state) {
+        for (auto _ : state) {
+          double nanoseconds = 0;
+          std::FILE* const pipe = popen(command.c_str(), "r");
+          if (pipe == nullptr || std::fscanf(pipe, "%lf", &nanoseconds) != 1)
+            state.SkipWithError("needs python3-numpy");
+          if (pipe != nullptr) pclose(pipe);
+          state.SetIterationTime(nanoseconds * 1e-9 * static_cast<double>(c_array));
+        }
+        state.SetItemsProcessed(static_cast<std::int64_t>(c_array));
+      })
+      ->UseManualTime()
+      ->Iterations(1);
 }
 
 std::string Named(char const* name, double parameter) {
@@ -235,6 +258,11 @@ bool const c_registered = [] {
   RegisterCounts();
   RegisterPoints();
   RegisterRotations();
+  for (char const* const row :
+       {"uniform", "normal", "exponential", "log-normal", "Rayleigh", "gamma 0.5", "gamma 2.5",
+        "gamma 100", "Poisson 1", "Poisson 9", "Poisson 10", "Poisson 100", "Poisson 1000",
+        "Poisson 1000000", "one of 6 weights", "one of 1000 weights", "point on a sphere"})
+    NumPy(row);
   return true;
 }();
 

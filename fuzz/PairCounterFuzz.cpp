@@ -87,7 +87,7 @@ void CheckFeatures(CPairCounter const& dense, CPairCounter const& sparse) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   CInput input(data, size);
-  static constexpr std::array<int, 5> levelNumbers = {1, 3, 64, 255, 700};
+  static constexpr std::array<int, 5> levelNumbers = {1, 3, 20, 64, 100};
   int const levels = input.OneOf(levelNumbers);
   bool const isFar = input.Flag();
   Point const d = isFar ? input.AnyPoint() : input.SmallPoint(4);

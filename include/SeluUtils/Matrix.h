@@ -33,6 +33,11 @@ public:
       : m_Outside(std::move(other.m_Outside)), m_Inside(other.m_Inside),
         m_Size(std::exchange(other.m_Size, 0)) {}
   CMatrixElements& operator=(CMatrixElements const&) = default;
+  void Swap(CMatrixElements& other) noexcept {
+    m_Outside.swap(other.m_Outside);
+    m_Inside.swap(other.m_Inside);
+    std::swap(m_Size, other.m_Size);
+  }
   ~CMatrixElements() = default;
 
   [[nodiscard]] std::size_t Size() const noexcept { return m_Size; }
@@ -71,7 +76,9 @@ public:
         m_Cols(std::exchange(other.m_Cols, 0)), m_Data(std::move(other.m_Data)) {}
   ~CMatrix() override = default;
 
-  /// The same as the base's assignment, its treatment of unequal shapes included.
+  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows
+  /// agree and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a
+  /// narrower product, and a narrower one throws. Assign takes the other's shape.
   CMatrix& operator=(CMatrix const& other) {
     if (m_Rows == other.m_Rows && m_Cols != other.m_Cols) {
       IMatrix<T>::operator=(other);
@@ -83,6 +90,21 @@ public:
     return *this;
   }
   using IMatrix<T>::operator=;
+  /// Becomes the other matrix, shape and elements: a.Assign(a * b). Changes nothing where memory
+  /// fails.
+  void Assign(IMatrix<T> const& other) {
+    CMatrix copy(other.Rows(), other.Cols());
+    for (uint64 r = 0; r < copy.m_Rows; ++r)
+      for (uint64 c = 0; c < copy.m_Cols; ++c) copy(r, c) = other(r, c);
+    Swap(copy);
+  }
+  void Assign(CMatrix&& other) noexcept { Swap(other); }
+  /// Exchanges shapes and elements, whatever the shapes.
+  void Swap(CMatrix& other) noexcept {
+    std::swap(m_Rows, other.m_Rows);
+    std::swap(m_Cols, other.m_Cols);
+    m_Data.Swap(other.m_Data);
+  }
 
   [[nodiscard]] uint64 Rows() const final { return m_Rows; }
   [[nodiscard]] uint64 Cols() const final { return m_Cols; }

@@ -9,6 +9,7 @@
 
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/PointIterator.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>

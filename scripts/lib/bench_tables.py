@@ -48,18 +48,20 @@ class Family:
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
-        for run in result["benchmarks"]:
+        # Interleaved runs come in any order.
+        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
                 self.add(run)
 
     def add(self, run):
         name = re.sub(r"/(iterations|repeats|min_time):[^/]*", "", run["run_name"])
-        is_manual = name.endswith("/manual_time")  # as measured elsewhere
+        # Times that a peer took of itself in a process of its own are real times.
+        clock = "real_time" if name.endswith("/manual_time") else "cpu_time"
         name = name.removesuffix("/manual_time")
         row, _, contestant = name.rpartition("/")
         if not row:
             return
-        seconds = run["real_time" if is_manual else "cpu_time"] * SECONDS[run["time_unit"]]
+        seconds = run[clock] * SECONDS[run["time_unit"]]
         items = run.get("items_per_second", 0) * seconds
         if contestant != OURS and contestant not in self.peers:
             self.peers.append(contestant)
@@ -77,7 +79,7 @@ class Family:
                  "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers),
                  "|---|---|" + "---|" * len(peers)]
         lines += [f"| {row} | {duration(times[OURS])} |" +
-                  "".join(f" {ratio(times, peer)} |" for peer in peers)
+                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers)
                   for row, times in rows.items()]
         return "\n".join(lines) + "\n"
 

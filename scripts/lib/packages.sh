@@ -5,11 +5,11 @@
 
 # What a bare Debian 12 needs to build the library, the application, and the tests.
 build_packages=(g++ cmake ninja-build pkg-config
-  libinsighttoolkit5-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev libtiff-dev
-  fonts-dejavu-core)
-test_packages=(libgtest-dev libboost-math-dev libeigen3-dev)
+  libinsighttoolkit5-dev libboost-math-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev
+  libtiff-dev fonts-dejavu-core)
+test_packages=(libgtest-dev libeigen3-dev)
 bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev libopencv-core-dev
-  libopencv-imgproc-dev python3 python3-skimage)
+  libopencv-imgproc-dev python3 python3-numpy python3-skimage)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 say() { printf '== %s\n' "$*"; }

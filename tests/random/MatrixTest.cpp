@@ -344,3 +344,38 @@ TEST(Matrix, ArithmeticNeedsOnlyTheInterface) {
   EXPECT_EQ(storage, Counting(4, 1));
   EXPECT_EQ(Counting(1, 1) * view, Counting(1, 4));
 }
+
+TEST(Matrix, AssignTakesTheOthersShapeWhereAssignmentKeepsStaleColumns) {
+  CMatrix<double> a(2, 3), b(3, 2);
+  for (uint64 r = 0; r < 2; ++r)
+    for (uint64 c = 0; c < 3; ++c) a(r, c) = static_cast<double>(1 + r * 3 + c), b(c, r) = 1;
+  CMatrix<double> stale = a, whole = a;
+  stale = a * b;
+  EXPECT_EQ(stale.Cols(), 3u);
+  EXPECT_EQ(stale(1, 2), 6) << "the last column stays";
+  whole.Assign(a * b);
+  EXPECT_EQ(whole, a * b);
+  EXPECT_EQ(whole.Cols(), 2u);
+
+  CMatrix<double> wide(2, 4);
+  IMatrix<double> const& source = wide;
+  whole.Assign(source);
+  EXPECT_EQ(whole, wide);
+  whole.Assign(whole);
+  EXPECT_EQ(whole, wide) << "of itself";
+}
+
+TEST(Matrix, SwapExchangesMatricesOfAnyShape) {
+  CMatrix<double> small(2, 2), large(5, 5), none;
+  small(1, 1) = 4;
+  large(4, 4) = 25;
+  CMatrix<double> const wasSmall = small, wasLarge = large;
+  small.Swap(large);
+  EXPECT_EQ(small, wasLarge);
+  EXPECT_EQ(large, wasSmall);
+  small.Swap(small);
+  EXPECT_EQ(small, wasLarge);
+  small.Swap(none);
+  EXPECT_EQ(small.Rows(), 0u);
+  EXPECT_EQ(none, wasLarge);
+}

@@ -3,7 +3,9 @@
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/SolidVisitor.h>
+#include <SeluUtils/Voxels.h>
 #include <SeluUtils/Walker.h>
+#include <SeluUtils/WindowVisitor.h>
 
 #include <gtest/gtest.h>
 
@@ -19,7 +21,8 @@ using Face = CSolidVisitor::Face;
 using Faces = std::vector<Face>;
 using Triangles = std::vector<CSolidVisitor::Triangle>;
 
-static_assert(RewindableWalker<CSolidVisitor>);
+static_assert(RewindableWalker<CSolidVisitor> && RunWalker<CSolidVisitor> &&
+              SizedWalker<CSolidVisitor>);
 
 // The corner numbers of a box have bit 0 for high x, bit 1 for high y, bit 2 for high z.
 PointList BoxCorners(Point const& low, Point const& high) {
@@ -148,6 +151,18 @@ TEST(SolidVisitor, RunsCanBeTakenInTurnsWithPoints) {
   EXPECT_EQ(box.Remaining(), 8U);
   box.Rewind();
   EXPECT_EQ(box.Remaining(), 16U);
+}
+
+TEST(SolidVisitor, PaintsAnImageByItsRuns) {
+  CImage image(IMAGE_GREY_8, CSize(4, 4, 4));
+  CSolidVisitor box(BoxCorners({1, 1, 1}, {9, 2, 2}), c_boxFaces, EnBoundary::Closed);
+  for (auto const& p : box) EXPECT_GE(p.x, 1);
+  box.Rewind();
+  for (std::uint8_t& value : Voxels<std::uint8_t>(image, box)) value = 7;
+  uint64 sum = 0;
+  ForEachVoxel(image, CWindowVisitor({0, 0, 0}, {3, 3, 3}),
+               [&](auto value) { sum += static_cast<uint64>(value); });
+  EXPECT_EQ(sum, 7U * 3 * 2 * 2);
 }
 
 TEST(SolidVisitor, BadArgumentsAreRefusedByName) {

@@ -121,19 +121,19 @@ public:
   /// Fill arrays by such draws, one after the other.
   template <RandomSource Source>
   void Fill(std::span<CEulerRotation> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return (*this)(words); });
+    FillInOrder(out, source, [&own = *this](auto& words) { return own(words); });
   }
   template <RandomSource Source>
   void Fill(std::span<std::array<double, 9>> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return Quaternion(words).Matrix(); });
+    FillInOrder(out, source, [this](auto& words) { return this->Quaternion(words).Matrix(); });
   }
   template <RandomSource Source>
   void Fill(std::span<CQuaternion> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return Quaternion(words); });
+    FillInOrder(out, source, [this](auto& words) { return this->Quaternion(words); });
   }
   template <RandomSource Source>
   void Fill(std::span<CTriple<double>> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return Direction(words); });
+    FillInOrder(out, source, [this](auto& words) { return this->Direction(words); });
   }
   [[nodiscard]] bool IsValid() const final { return true; }
   [[nodiscard]] IRotationGenerator* Clone() const final { return new Distribution(Self()); }

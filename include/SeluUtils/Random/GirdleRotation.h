@@ -16,7 +16,8 @@ namespace ORVA {
 /// The directions of a uniform sphere stretched across the axis by beta: 1 is isotropic, below 1
 /// they gather near the axis, above 1 near the plane across it. The cosine t of the angle to the
 /// axis has density beta / (2 (1 + (beta^2 - 1) t^2)^(3/2)) on [-1, 1]. A beta whose square
-/// overflows ends in the rotation's error.
+/// overflows ends in the rotation's error. The cosine is one of 2^32 values and its angle loses
+/// digits near the axis: CExactGirdleRotation does neither.
 class SELUUTILS_EXPORT CGirdleRotation : public IRotationGenerator {
 public:
   static constexpr CPolarCoordinates zaxis{0.0, 0.0};

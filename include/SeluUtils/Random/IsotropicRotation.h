@@ -11,7 +11,8 @@
 
 namespace ORVA {
 
-/// All rotations alike: cos(theta) uniform, both other Euler angles uniform.
+/// All rotations alike: cos(theta) uniform, both other Euler angles uniform, each one of 2^32
+/// values. CExactIsotropicRotation has 53 bits, needs no sines, and draws quaternions as well.
 class SELUUTILS_EXPORT CIsotropicRotation : public IRotationGenerator {
 public:
   CEulerRotation operator()() override;

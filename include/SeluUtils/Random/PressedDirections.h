@@ -20,7 +20,8 @@ public:
       : m_PressingFactor(pressingFactor), m_SecondFactor(secondFactor) {}
 
   /// Draws again while the angle is not defined, which for f = 0 happens once in 2^32 draws or so.
-  /// A factor that is not finite gives NaN.
+  /// A factor that is not finite gives NaN, and one whose square overflows gives pi / 2:
+  /// CExactPressedDirections gives 0 or pi there.
   double operator()() const;
   template <RandomSource Source>
   double operator()(Source& source) const {

@@ -17,7 +17,8 @@ namespace ORVA {
 /// Walks the values in ascending order until the weights met add up to a uniform number. Where the
 /// *values* add up to more than 1, all weights are divided by that sum first; otherwise they are
 /// taken as they are, whatever they add up to. A walk past the end stops at the last value. (Sums
-/// of the values, not of the weights: stored results demand it.) O(log n) per draw.
+/// of the values, not of the weights: stored results demand it;
+/// CExactDiscrete takes weights of any sum and values of any kind.) O(log n) per draw.
 class SELUUTILS_EXPORT CRandomDiscrete : public IRandomGenerator<double> {
 public:
   CRandomDiscrete() = default; ///< nothing to draw

@@ -14,7 +14,8 @@
 
 namespace ORVA {
 
-/// ln(U) * (-1 / rate): the inverse of the distribution function. Infinite once in 2^32 draws.
+/// ln(U) * (-1 / rate): the inverse of the distribution function. Infinite once in 2^32 draws,
+/// otherwise at most 22.2 means: CExactExponential has all of the tail.
 class SELUUTILS_EXPORT CRandomExponential : public IRandomGenerator<double> {
 public:
   CRandomExponential() = default; ///< rate 1

@@ -14,7 +14,8 @@
 
 namespace ORVA {
 
-/// exp(mu + sigma z) with a standard normal z.
+/// exp(mu + sigma z) with a standard normal z of CRandomNormal, whose tail ends at 6.66:
+/// CExactLogNormal has all of it, and the mean and deviation it is given.
 class SELUUTILS_EXPORT CRandomLogNormal : public IRandomGenerator<double> {
 public:
   CRandomLogNormal() = default; ///< mu = 0, sigma = 1

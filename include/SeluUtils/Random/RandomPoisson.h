@@ -18,7 +18,9 @@ namespace ORVA {
 /// about the Poisson distribution's spread, at most 2^31 - 1: the envelope of A. C. Atkinson, "The
 /// Computer Generation of Poisson Random Variables", Applied Statistics 28 (1979) 29-35, whose
 /// rejection step is without effect here, as stored results demand. Its bits come from CRandom's
-/// 15-bit generator, so it has fewer than 32767 different values. A mean of NaN or below 0 gives 0.
+/// 15-bit generator, so it has fewer than 32767 different values: at a mean of 1000 the
+/// distribution function is off by up to 0.02. CExactPoisson is exact for all means. A mean of NaN
+/// or below 0 gives 0.
 class SELUUTILS_EXPORT CRandomPoisson : public IRandomGenerator<int64> {
 public:
   CRandomPoisson() = default; ///< mean 1

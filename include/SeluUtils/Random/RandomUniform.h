@@ -19,8 +19,8 @@
 namespace ORVA {
 
 /// Uniform on [start, end): (end - start) * w / 2^32 + start with a 32-bit word w. So the values
-/// have 32 random bits, and start itself is drawn once in 2^32 draws. A draw is inline and costs
-/// about a nanosecond.
+/// have 32 random bits (CExactUniform: 53), and start itself is drawn once in 2^32 draws. A draw is
+/// inline and costs about a nanosecond.
 class SELUUTILS_EXPORT CRandomUniform : public IRandomGenerator<double> {
 public:
   CRandomUniform() = default; ///< [0, 1)

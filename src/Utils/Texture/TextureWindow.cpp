@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace ORVA {
 

@@ -10,12 +10,15 @@
 
 #include <SeluUtils/EulerRotation.h>
 #include <SeluUtils/Random/RandomGenerator.h>
+#include <pxlib2core/RandomSource.h>
 
 #include <array>
 #include <functional>
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace selu {
 
@@ -26,6 +29,15 @@ struct StDistributionName {
 [[nodiscard]] std::span<StDistributionName const> ScalarNames() noexcept;
 [[nodiscard]] std::span<StDistributionName const> RotationNames() noexcept;
 [[nodiscard]] bool IsScalar(std::string const& name) noexcept;
+/// "exact-normal" and the like, the names of the exact distributions, begin with this.
+inline constexpr std::string_view c_exact = "exact-";
+[[nodiscard]] inline bool IsExact(std::string const& name) noexcept {
+  return name.starts_with(c_exact);
+}
+/// The name without it.
+[[nodiscard]] inline std::string PlainName(std::string const& name) {
+  return IsExact(name) ? name.substr(c_exact.size()) : name;
+}
 
 /// Moments; skewness and excess are those of the standardized value. NaN where there is none.
 struct StMoments {
@@ -38,10 +50,14 @@ struct StScalarTheory {
   std::function<double(double)> cdf;
   std::function<double(double)> density; ///< none for discrete and constant values
   std::string noTest;                    ///< why there is no Kolmogorov-Smirnov test, or empty
+  /// Upper borders of the cells for a chi-square test, ascending, the last one infinite; empty
+  /// where there is none.
+  std::vector<double> cells = {};
 };
 
 struct StScalar {
-  std::function<double()> draw;
+  std::function<double()> draw; ///< from the shared source
+  std::function<double(ORVA::CRandomSource&)> drawFrom;
   bool isWhole = false; ///< values are integers
   StScalarTheory theory;
 };
@@ -59,10 +75,12 @@ struct StRotationTheory {
   Vector axis;                          ///< of the test
   std::function<double(double)> beyond; ///< probability that 1 - cos(angle to the axis) is greater
   std::string noTest;                   ///< why there is no test, or empty
+  bool isAxial = false;                 ///< directions and their opposites are alike
 };
 
 struct StRotations {
-  std::unique_ptr<ORVA::IRandomGenerator<ORVA::CEulerRotation>> draw;
+  std::unique_ptr<ORVA::IRandomGenerator<ORVA::CEulerRotation>> draw; ///< from the shared source
+  std::function<ORVA::CEulerRotation(ORVA::CRandomSource&)> drawFrom;
   StRotationTheory theory;
 };
 

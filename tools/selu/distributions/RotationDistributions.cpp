@@ -5,6 +5,10 @@
 #include "distributions/SpecialFunctions.h"
 
 #include <SeluUtils/Random/ConstantValue.h>
+#include <SeluUtils/Random/ExactGirdleRotation.h>
+#include <SeluUtils/Random/ExactIsotropicRotation.h>
+#include <SeluUtils/Random/ExactVonMisesFisher.h>
+#include <SeluUtils/Random/ExactWatsonRotation.h>
 #include <SeluUtils/Random/FixRotation.h>
 #include <SeluUtils/Random/GirdleRotation.h>
 #include <SeluUtils/Random/IsotropicRotation.h>
@@ -54,6 +58,13 @@ StPart PartOf(CParameters const& given, Generator const& generator, StRotationTh
   return {std::make_unique<Generator>(generator), std::move(theory)};
 }
 
+// The given distribution of these arguments or the exact one.
+template <class Given, class Exact, class... Arguments>
+StPart EitherOf(CParameters const& given, StRotationTheory theory, Arguments... arguments) {
+  return IsExact(given.Distribution()) ? PartOf(given, Exact(arguments...), std::move(theory))
+                                       : PartOf(given, Given(arguments...), std::move(theory));
+}
+
 CPolarCoordinates Axis(CParameters& given, double theta) {
   double const t = given.Angle("theta", theta, c_theta);
   return {t, given.Angle("phi", 0, c_phi)};
@@ -69,8 +80,9 @@ double MeanOver01(Function const& f) {
 }
 
 StPart MakeIsotropic(CParameters& given) {
-  return PartOf(given, ORVA::CIsotropicRotation(),
-                AboutAxis({0, 0, 1}, 0, 1.0 / 3, [](double s) { return 1 - s / 2; }));
+  StRotationTheory const theory =
+      AboutAxis({0, 0, 1}, 0, 1.0 / 3, [](double s) { return 1 - s / 2; });
+  return EitherOf<ORVA::CIsotropicRotation, ORVA::CExactIsotropicRotation>(given, theory);
 }
 
 // Second moment of the cosine: of a uniform sphere's after stretching it across by beta.
@@ -86,11 +98,12 @@ StPart MakeGirdle(CParameters& given) {
   // Beyond, the square overflows.
   double const beta = given.Number("beta", {.least = c_smallest, .most = 1e150});
   CPolarCoordinates const axis = Axis(given, 0);
-  return PartOf(given, ORVA::CGirdleRotation(beta, axis),
-                AboutAxis(axis, 0, GirdleSecondMoment(beta), [beta](double s) {
-                  double const t = 1 - s;
-                  return 0.5 + beta * t / (2 * std::sqrt(1 + (beta * beta - 1) * t * t));
-                }));
+  StRotationTheory theory = AboutAxis(axis, 0, GirdleSecondMoment(beta), [beta](double s) {
+    double const t = 1 - s;
+    return 0.5 + beta * t / (2 * std::sqrt(1 + (beta * beta - 1) * t * t));
+  });
+  theory.isAxial = beta != 1;
+  return EitherOf<ORVA::CGirdleRotation, ORVA::CExactGirdleRotation>(given, theory, beta, axis);
 }
 
 StPart MakeVonMisesFisher(CParameters& given) {
@@ -98,10 +111,10 @@ StPart MakeVonMisesFisher(CParameters& given) {
   CPolarCoordinates const mean = Axis(given, 0);
   double const first =
       kappa < 0.01 ? kappa / 3 * (1 - kappa * kappa / 15) : 1 / std::tanh(kappa) - 1 / kappa;
-  return PartOf(given, ORVA::CVonMisesFisher(kappa, mean),
-                AboutAxis(mean, first, 1 - 2 * first / kappa, [kappa](double s) {
-                  return 1 - std::expm1(-kappa * s) / std::expm1(-2 * kappa);
-                }));
+  StRotationTheory const theory = AboutAxis(mean, first, 1 - 2 * first / kappa, [kappa](double s) {
+    return 1 - std::expm1(-kappa * s) / std::expm1(-2 * kappa);
+  });
+  return EitherOf<ORVA::CVonMisesFisher, ORVA::CExactVonMisesFisher>(given, theory, kappa, mean);
 }
 
 StRotationTheory WatsonTheory(double kappa, Vector const& mean) {
@@ -130,7 +143,17 @@ StRotationTheory WatsonTheory(double kappa, Vector const& mean) {
 StPart MakeWatson(CParameters& given) {
   double const kappa = given.Number("kappa", {});
   CPolarCoordinates const mean = Axis(given, 0);
-  return PartOf(given, ORVA::CWatsonRotation(kappa, mean), WatsonTheory(kappa, mean));
+  StRotationTheory theory = WatsonTheory(kappa, mean);
+  theory.isAxial = kappa != 0;
+  if (!IsExact(given.Distribution()))
+    return PartOf(given, ORVA::CWatsonRotation(kappa, mean), std::move(theory));
+  // Both ends of the axis alike; the hemisphere's law holds for the size of the cosine.
+  theory.mean = {0, 0, 0};
+  if (kappa != 0)
+    theory.beyond = [half = theory.beyond](double s) {
+      return s <= 1 ? (1 + half(s)) / 2 : (1 - half(2 - s)) / 2;
+    };
+  return PartOf(given, ORVA::CExactWatsonRotation(kappa, mean), std::move(theory));
 }
 
 CEulerRotation GivenRotation(CParameters& given) {
@@ -228,8 +251,28 @@ StPart MakeMixture(CParameters& given, int depth) {
   return PartOf(given, mixture, theory);
 }
 
+constexpr std::array<StDistributionName, 11> c_names = {{
+    {"isotropic", "(none)"},
+    {"girdle", "beta=B theta=0 phi=0; B < 1 near the axis, B > 1 across it"},
+    {"vmf", "kappa=K theta=0 phi=0; von Mises-Fisher about the mean direction"},
+    {"watson", "kappa=K theta=0 phi=0; K > 0 at the mean axis, K < 0 across it"},
+    {"fixed", "phi=0 theta=0 psi=0; always this rotation"},
+    {"constant", "phi=0 theta=0 psi=0; the same, but not for mixtures"},
+    {"mixture", "file=FILE.json"},
+    {"exact-isotropic", "(none)"},
+    {"exact-girdle", "beta=B theta=0 phi=0; B < 1 near the axis, B > 1 across it"},
+    {"exact-vmf", "kappa=K theta=0 phi=0; of any concentration"},
+    {"exact-watson", "kappa=K theta=0 phi=0; at both ends of the axis, or across it"},
+}};
+
+bool HasExact(std::string const& name) {
+  return std::any_of(c_names.begin(), c_names.end(),
+                     [&](StDistributionName const& one) { return name == one.name; });
+}
+
 StPart MakePart(CParameters given, int depth) {
-  std::string const& name = given.Distribution();
+  std::string const& full = given.Distribution();
+  std::string const name = IsExact(full) && !HasExact(full) ? full : PlainName(full);
   if (name == "isotropic") return MakeIsotropic(given);
   if (name == "girdle") return MakeGirdle(given);
   if (name == "vmf") return MakeVonMisesFisher(given);
@@ -240,16 +283,6 @@ StPart MakePart(CParameters given, int depth) {
   throw CAppError("there is no distribution of rotations named " + Quoted(name));
 }
 
-constexpr std::array<StDistributionName, 7> c_names = {{
-    {"isotropic", "(none)"},
-    {"girdle", "beta=B theta=0 phi=0; B < 1 near the axis, B > 1 across it"},
-    {"vmf", "kappa=K theta=0 phi=0; von Mises-Fisher about the mean direction"},
-    {"watson", "kappa=K theta=0 phi=0; K > 0 at the mean axis, K < 0 across it"},
-    {"fixed", "phi=0 theta=0 psi=0; always this rotation"},
-    {"constant", "phi=0 theta=0 psi=0; the same, but not for mixtures"},
-    {"mixture", "file=FILE.json"},
-}};
-
 } // namespace
 
 std::span<StDistributionName const> RotationNames() noexcept { return c_names; }
@@ -259,10 +292,14 @@ StRotations MakeRotations(CParameters given) {
     auto const rotation = GivenRotation(given);
     given.Finish();
     return {std::make_unique<ORVA::CConstantValue<CEulerRotation>>(rotation),
-            TheoryOfOne(rotation)};
+            [rotation](ORVA::CRandomSource&) { return rotation; }, TheoryOfOne(rotation)};
   }
   StPart part = MakePart(std::move(given), 0);
-  return {std::move(part.draw), std::move(part.theory)};
+  // The function's generator lives as long as the other one.
+  auto const from = [generator = part.draw.get()](ORVA::CRandomSource& source) {
+    return (*generator)(source);
+  };
+  return {std::move(part.draw), from, std::move(part.theory)};
 }
 
 } // namespace selu

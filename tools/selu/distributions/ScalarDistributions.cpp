@@ -3,6 +3,15 @@
 #include "distributions/Distributions.h"
 #include "distributions/SpecialFunctions.h"
 
+#include <SeluUtils/Random/ExactDiscrete.h>
+#include <SeluUtils/Random/ExactExponential.h>
+#include <SeluUtils/Random/ExactGamma.h>
+#include <SeluUtils/Random/ExactLogNormal.h>
+#include <SeluUtils/Random/ExactNormal.h>
+#include <SeluUtils/Random/ExactPoisson.h>
+#include <SeluUtils/Random/ExactPressedDirections.h>
+#include <SeluUtils/Random/ExactRayleigh.h>
+#include <SeluUtils/Random/ExactUniform.h>
 #include <SeluUtils/Random/PressedDirections.h>
 #include <SeluUtils/Random/RandomChordlength.h>
 #include <SeluUtils/Random/RandomCircleDiameter.h>
@@ -33,13 +42,29 @@ constexpr StBounds c_positive = {.least = c_smallest};
 constexpr char const* c_isDiscrete = "the test is for continuous distributions";
 constexpr char const* c_isConstant = "all values are the same";
 
+template <class Generator>
+StScalar Drawing(Generator const& generator, StScalarTheory theory) {
+  return {
+      [generator] { return static_cast<double>(generator()); },
+      [generator](ORVA::CRandomSource& source) { return static_cast<double>(generator(source)); },
+      false, std::move(theory)};
+}
+
 // The last guard before the first draw; the bounds of the parameters should have said it better.
 template <class Generator>
 StScalar ScalarOf(CParameters const& parameters, Generator const& generator,
                   StScalarTheory theory) {
   parameters.Finish();
   if (!generator.IsValid()) parameters.Refuse("cannot be drawn from with these parameters");
-  return {[generator] { return static_cast<double>(generator()); }, false, std::move(theory)};
+  return Drawing(generator, std::move(theory));
+}
+
+// The given distribution of these arguments or the exact one.
+template <class Given, class Exact, class... Arguments>
+StScalar EitherOf(CParameters const& parameters, StScalarTheory theory, Arguments... arguments) {
+  return IsExact(parameters.Distribution())
+             ? ScalarOf(parameters, Exact(arguments...), std::move(theory))
+             : ScalarOf(parameters, Given(arguments...), std::move(theory));
 }
 
 // From the moments about zero.
@@ -72,12 +97,14 @@ StScalar MakeUniform(CParameters& given) {
   StScalarTheory theory = ConstantTheory(start);
   if (width > 0)
     theory = {{start + width / 2, width / std::sqrt(12), 0, -1.2},
-              start - width / 20,
-              end + width / 20,
+              start,
+              end,
               [=](double x) { return std::clamp((x - start) / width, 0.0, 1.0); },
               [=](double x) { return x >= start && x <= end ? 1 / width : 0; },
               {}};
-  return ScalarOf(given, ORVA::CRandomUniform(start, end), theory);
+  if (IsExact(given.Distribution()) && width == 0)
+    given.Refuse("needs end to be above start = " + Shortest(start));
+  return EitherOf<ORVA::CRandomUniform, ORVA::CExactUniform>(given, theory, start, end);
 }
 
 double NormalShare(double z) { return std::erfc(-z / std::numbers::sqrt2) / 2; }
@@ -85,13 +112,15 @@ double NormalDensity(double z) { return std::exp(-z * z / 2) / std::sqrt(2 * pi)
 
 StScalar MakeNormal(CParameters& given) {
   double const mean = given.Number("mean", 0, c_any), sigma = given.Number("sigma", 1, c_positive);
-  return ScalarOf(given, ORVA::CRandomNormal(mean, sigma),
-                  {{mean, sigma, 0, 0},
-                   mean - 4 * sigma,
-                   mean + 4 * sigma,
-                   [=](double x) { return NormalShare((x - mean) / sigma); },
-                   [=](double x) { return NormalDensity((x - mean) / sigma) / sigma; },
-                   {}});
+  return EitherOf<ORVA::CRandomNormal, ORVA::CExactNormal>(
+      given,
+      {{mean, sigma, 0, 0},
+       mean - 4 * sigma,
+       mean + 4 * sigma,
+       [=](double x) { return NormalShare((x - mean) / sigma); },
+       [=](double x) { return NormalDensity((x - mean) / sigma) / sigma; },
+       {}},
+      mean, sigma);
 }
 
 StScalarTheory LogNormalTheory(double mu, double sigma) {
@@ -107,7 +136,19 @@ StScalarTheory LogNormalTheory(double mu, double sigma) {
       {}};
 }
 
+StScalar MakeExactLogNormal(CParameters& given) {
+  if (!given.Has("expectation") && !given.Has("deviation")) {
+    double const mu = given.Number("mu", 0, c_any), sigma = given.Number("sigma", 1, c_positive);
+    return ScalarOf(given, ORVA::CExactLogNormal(mu, sigma), LogNormalTheory(mu, sigma));
+  }
+  double const expectation = given.Number("expectation", c_positive);
+  double const deviation = given.Number("deviation", c_positive);
+  auto const generator = ORVA::CExactLogNormal::FromMeanAndDeviation(expectation, deviation);
+  return ScalarOf(given, generator, LogNormalTheory(generator.Mu(), generator.Sigma()));
+}
+
 StScalar MakeLogNormal(CParameters& given) {
+  if (IsExact(given.Distribution())) return MakeExactLogNormal(given);
   double mu = 0, sigma = 1;
   ORVA::CRandomLogNormal generator;
   if (given.Has("expectation") || given.Has("deviation")) {
@@ -129,13 +170,15 @@ StScalar MakeLogNormal(CParameters& given) {
 
 StScalar MakeExponential(CParameters& given) {
   double const lambda = given.Number("lambda", 1, {.above = c_smallest});
-  return ScalarOf(given, ORVA::CRandomExponential(lambda),
-                  {{1 / lambda, 1 / lambda, 2, 6},
-                   0,
-                   7 / lambda,
-                   [=](double x) { return x > 0 ? -std::expm1(-lambda * x) : 0; },
-                   [=](double x) { return x >= 0 ? lambda * std::exp(-lambda * x) : 0; },
-                   {}});
+  return EitherOf<ORVA::CRandomExponential, ORVA::CExactExponential>(
+      given,
+      {{1 / lambda, 1 / lambda, 2, 6},
+       0,
+       7 / lambda,
+       [=](double x) { return x > 0 ? -std::expm1(-lambda * x) : 0; },
+       [=](double x) { return x >= 0 ? lambda * std::exp(-lambda * x) : 0; },
+       {}},
+      lambda);
 }
 
 StScalar MakeGamma(CParameters& given) {
@@ -147,20 +190,22 @@ StScalar MakeGamma(CParameters& given) {
     int sign = 0;
     return rate * std::exp((shape - 1) * std::log(rate * x) - rate * x - ::lgamma_r(shape, &sign));
   };
-  return ScalarOf(given, ORVA::CRandomGamma(shape, rate),
-                  {{shape / rate, root / rate, 2 / root, 6 / shape},
-                   std::max(0.0, shape - 4 * root) / rate,
-                   (shape + (shape < 20 ? 6 : 4) * root) / rate,
-                   [=](double x) { return GammaShare(shape, rate * x); },
-                   density,
-                   {}});
+  return EitherOf<ORVA::CRandomGamma, ORVA::CExactGamma>(
+      given,
+      {{shape / rate, root / rate, 2 / root, 6 / shape},
+       std::max(0.0, shape - 4 * root) / rate,
+       (shape + (shape < 20 ? 6 : 4) * root) / rate,
+       [=](double x) { return GammaShare(shape, rate * x); },
+       density,
+       {}},
+      shape, rate);
 }
 
 StScalar MakeRayleigh(CParameters& given) {
   double const sigma = given.Number("sigma", 1, c_positive);
   double const twoMinus = 2 - pi / 2, fourMinus = 4 - pi;
-  return ScalarOf(
-      given, ORVA::CRandomRayleigh(sigma),
+  return EitherOf<ORVA::CRandomRayleigh, ORVA::CExactRayleigh>(
+      given,
       {{sigma * std::sqrt(pi / 2), sigma * std::sqrt(twoMinus),
         2 * std::sqrt(pi) * (pi - 3) / std::pow(fourMinus, 1.5),
         -(6 * pi * pi - 24 * pi + 16) / (fourMinus * fourMinus)},
@@ -170,7 +215,8 @@ StScalar MakeRayleigh(CParameters& given) {
        [=](double x) {
          return x > 0 ? x / sigma / sigma * std::exp(-(x / sigma) * (x / sigma) / 2) : 0;
        },
-       {}});
+       {}},
+      sigma);
 }
 
 StScalar MakeChordlength(CParameters& given) {
@@ -213,7 +259,8 @@ StMoments PressedMoments(double factor) {
 
 StScalar MakePressed(CParameters& given) {
   double const factor = given.Number("factor", c_any);
-  double const second = given.Number("second", 1, c_any);
+  bool const isExact = IsExact(given.Distribution());
+  double const second = isExact ? 1 : given.Number("second", 1, c_any);
   given.Finish();
   StScalarTheory theory = ConstantTheory(pi / 2);
   double const f = std::abs(factor);
@@ -227,38 +274,55 @@ StScalar MakePressed(CParameters& given) {
                 return f / (pi * (c * c + s * s));
               },
               {}};
-  return {[generator = ORVA::CPressedDirections(factor, second)] { return generator(); }, false,
-          theory};
+  if (isExact) return Drawing(ORVA::CExactPressedDirections(factor), theory);
+  return Drawing(ORVA::CPressedDirections(factor, second), theory);
+}
+
+// Cells of counts, each of about a twentieth of the deviation or one count, within six deviations.
+std::vector<double> CellsOfCounts(double mean) {
+  double const root = std::sqrt(mean), step = std::max(1.0, std::floor(root / 20));
+  std::vector<double> cells;
+  for (double x = std::max(0.0, std::floor(mean - 6 * root)); x < mean + 6 * root + 6; x += step)
+    cells.push_back(x);
+  cells.push_back(std::numeric_limits<double>::infinity());
+  return cells;
 }
 
 StScalar MakePoisson(CParameters& given) {
-  constexpr double most = 2e9; // counts have 31 bits
+  // Counts have 31 bits, or so many that doubles still tell them apart.
+  double const most = IsExact(given.Distribution()) ? 0x1p52 : 2e9;
   double const lambda = given.Number("lambda", 1, {.least = c_smallest, .most = most});
   double const root = std::sqrt(lambda);
-  StScalar poisson =
-      ScalarOf(given, ORVA::CRandomPoisson(lambda),
-               {{lambda, root, 1 / root, 1 / lambda},
-                std::max(-1.0, std::floor(lambda - 5 * root)) + 0.5,
-                std::ceil(lambda + 5 * root) + 2.5,
-                [=](double x) { return x < 0 ? 0 : 1 - GammaShare(std::floor(x) + 1, lambda); },
-                {},
-                c_isDiscrete});
+  StScalar poisson = EitherOf<ORVA::CRandomPoisson, ORVA::CExactPoisson>(
+      given,
+      {{lambda, root, 1 / root, 1 / lambda},
+       std::max(-1.0, std::floor(lambda - 5 * root)) + 0.5,
+       std::ceil(lambda + 5 * root) + 2.5,
+       [=](double x) { return x < 0 ? 0 : 1 - GammaShare(std::floor(x) + 1, lambda); },
+       {},
+       c_isDiscrete,
+       CellsOfCounts(lambda)},
+      lambda);
   if (poisson.theory.low < 1) poisson.theory.low = -0.5;
   poisson.isWhole = true;
   return poisson;
 }
 
-// Probability of each value: a walk that runs past the end stops at the last one.
+// Probability of each value, in proportion to the weights.
 std::vector<std::pair<double, double>> DiscreteShares(std::map<double, double> const& weights) {
+  double total = 0;
+  for (auto const& entry : weights) total += entry.second;
   std::vector<std::pair<double, double>> shares;
-  double reached = 0;
-  for (auto const& [value, weight] : weights) {
-    double const next = std::min(1.0, reached + weight);
-    shares.emplace_back(value, next - reached);
-    reached = next;
-  }
-  shares.back().second += 1 - reached;
+  for (auto const& [value, weight] : weights) shares.emplace_back(value, weight / total);
   return shares;
+}
+
+// The values with weights, in order, for a chi-square test.
+std::vector<double> CellsOfValues(std::map<double, double> const& weights) {
+  std::vector<double> cells;
+  for (auto const& entry : weights) cells.push_back(entry.first);
+  cells.push_back(std::numeric_limits<double>::infinity());
+  return cells;
 }
 
 StScalarTheory DiscreteTheory(std::map<double, double> const& weights) {
@@ -283,12 +347,20 @@ StScalarTheory DiscreteTheory(std::map<double, double> const& weights) {
             return sum;
           },
           {},
-          c_isDiscrete};
+          c_isDiscrete,
+          CellsOfValues(weights)};
+}
+
+// Values and weights of any sum.
+StScalar ExactDiscrete(CParameters const& given, std::map<double, double> const& weights) {
+  given.Finish();
+  return Drawing(ORVA::CExactDiscrete<double>({weights.begin(), weights.end()}),
+                 DiscreteTheory(weights));
 }
 
 StScalar MakeDiscrete(CParameters& given) {
   std::map<double, double> weights;
-  double values = 0, total = 0;
+  double total = 0;
   for (auto const& [value, weight] : given.NumberPairs()) {
     if (weight < 0) given.Refuse("needs weights of at least 0, not " + Shortest(weight));
     if (!weights.emplace(value, weight).second)
@@ -296,20 +368,21 @@ StScalar MakeDiscrete(CParameters& given) {
     total += weight;
   }
   if (weights.empty()) given.Refuse("needs values with weights, such as 0.25=0.5 0.75=0.5");
-  for (auto const& entry : weights) values += entry.first;
+  if (!(total > 0) || std::isinf(total))
+    given.Refuse("needs weights whose sum is positive and finite, not " + Shortest(total));
+  // The given distribution demands that values and weights add up to 1, so dice take the exact one.
   ORVA::CRandomDiscrete const generator(weights);
-  if (!generator.IsValid())
-    given.Refuse("needs values that add up to 1, not to " + Shortest(values));
-  if (std::abs(total - 1) > 1e-9)
-    given.Refuse("needs weights that add up to 1, not to " + Shortest(total));
-  return ScalarOf(given, generator, DiscreteTheory(weights));
+  bool const isExact =
+      IsExact(given.Distribution()) || !generator.IsValid() || std::abs(total - 1) > 1e-9;
+  return isExact ? ExactDiscrete(given, weights)
+                 : ScalarOf(given, generator, DiscreteTheory(weights));
 }
 
 struct StMaker {
   char const* name;
   StScalar (*make)(CParameters&);
 };
-constexpr std::array<StDistributionName, 11> c_names = {{
+constexpr std::array<StDistributionName, 20> c_names = {{
     {"uniform", "start=0 end=1"},
     {"normal", "mean=0 sigma=1"},
     {"lognormal", "mu=0 sigma=1, or expectation=E deviation=S (then sigma = ln(S^2/E^2 + 1))"},
@@ -317,10 +390,19 @@ constexpr std::array<StDistributionName, 11> c_names = {{
     {"gamma", "shape=A rate=1"},
     {"poisson", "lambda=1; whole numbers, from a mean of 512 on logistic ones rounded"},
     {"rayleigh", "sigma=1"},
-    {"discrete", "VALUE=WEIGHT ...; both the values and the weights add up to 1"},
+    {"discrete", "VALUE=WEIGHT ...; where values or weights do not add up to 1, exact-discrete"},
     {"chordlength", "(none)"},
     {"circlediameter", "(none)"},
     {"pressed", "factor=F second=1; angles in the plane after pressing it"},
+    {"exact-uniform", "start=0 end=1"},
+    {"exact-normal", "mean=0 sigma=1"},
+    {"exact-lognormal", "mu=0 sigma=1, or expectation=E deviation=S"},
+    {"exact-exponential", "lambda=1"},
+    {"exact-gamma", "shape=A rate=1"},
+    {"exact-poisson", "lambda=1; whole numbers of any mean up to 2^52"},
+    {"exact-rayleigh", "sigma=1"},
+    {"exact-discrete", "VALUE=WEIGHT ...; weights of any sum"},
+    {"exact-pressed", "factor=F; angles in the plane after pressing it"},
 }};
 constexpr std::array<StMaker, 11> c_makers = {{
     {"uniform", MakeUniform},
@@ -341,13 +423,14 @@ constexpr std::array<StMaker, 11> c_makers = {{
 std::span<StDistributionName const> ScalarNames() noexcept { return c_names; }
 
 bool IsScalar(std::string const& name) noexcept {
-  return std::any_of(c_makers.begin(), c_makers.end(),
-                     [&](StMaker const& maker) { return name == maker.name; });
+  return std::any_of(c_names.begin(), c_names.end(),
+                     [&](StDistributionName const& one) { return name == one.name; });
 }
 
 StScalar MakeScalar(CParameters parameters) {
   for (auto const& [name, make] : c_makers)
-    if (parameters.Distribution() == name) return make(parameters);
+    if (IsScalar(parameters.Distribution()) && PlainName(parameters.Distribution()) == name)
+      return make(parameters);
   throw CAppError("there is no distribution of numbers named " + Quoted(parameters.Distribution()));
 }
 

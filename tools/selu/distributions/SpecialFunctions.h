@@ -7,12 +7,16 @@
 
 namespace selu {
 
-/// The regularized lower incomplete gamma function P(shape, x), shape > 0; 0 below x = 0.
+/// The regularized lower incomplete gamma function P(shape, x), shape > 0; 0 below x = 0. From a
+/// shape of 10^6 on its error is below 1e-10, and its cost does not grow.
 [[nodiscard]] double GammaShare(double shape, double x) noexcept;
 
 /// Dawson's integral, by Rybicki's sum (G. B. Rybicki, "Dawson's Integral and the Sampling
 /// Theorem", Computers in Physics 3 (1989) 85-87), to about 1e-15.
 [[nodiscard]] double Dawson(double x) noexcept;
+
+/// Probability that a chi-square of so many degrees of freedom is that great or greater.
+[[nodiscard]] double ChiSquareProbability(double sum, double freedom) noexcept;
 
 /// Probability that n values of the tested distribution lie as far from it or farther, in the sense
 /// of Kolmogorov and Smirnov: the limit distribution with the correction for finite n of M. A.

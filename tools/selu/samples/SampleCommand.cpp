@@ -13,6 +13,7 @@
 #include "samples/SampleWriter.h"
 
 #include <pxlib2core/Random.h>
+#include <pxlib2core/RandomSource.h>
 
 #include <CLI/CLI.hpp>
 
@@ -34,8 +35,8 @@ constexpr uint64 c_block = 1 << 14; // samples from one step of the progress bar
 
 struct StOptions {
   std::vector<std::string> distribution;
-  std::string count, seed, format, output, picture, as;
-  bool check = false;
+  std::string count, seed, stream, format, output, picture, as;
+  bool check = false, exact = false;
 };
 
 // What a run is asked for, checked before the first draw.
@@ -46,6 +47,7 @@ struct StJob {
   std::optional<CAtomicFile> file = {}, picture = {};
   bool writes = true; // values leave the program, into the file or to standard output
   bool check = false;
+  bool tellsSeed = false; // it was drawn, and a run that is repeated needs it
 };
 
 uint64 ParseCount(std::string const& text) {
@@ -59,6 +61,22 @@ uint64 SeedOf(StOptions const& options) {
   if (!options.seed.empty()) return ParseSeed(options.seed);
   std::random_device device;
   return uint64{device()} << 32 | device();
+}
+
+std::optional<uint64> StreamOf(StOptions const& options) {
+  if (options.stream.empty()) return std::nullopt;
+  auto const stream = ParseUnsigned(options.stream);
+  if (!stream)
+    throw CUsageError("--stream needs a whole number from 0 to 2^64 - 1, not \"" + options.stream +
+                      "\"");
+  return stream;
+}
+
+// The distribution asked for, with --exact the exact one of that name.
+CParameters ParametersOf(StOptions const& options) {
+  std::vector<std::string> texts = options.distribution;
+  if (options.exact && !texts.empty() && !IsExact(texts[0])) texts[0].insert(0, c_exact);
+  return CParameters::FromTexts(texts);
 }
 
 EnSampleFormat FormatOf(StOptions const& options) {
@@ -131,11 +149,12 @@ void Stream(StJob& job, Draw const& draw) {
   std::optional<CSampleWriter> writer;
   if (job.writes) writer.emplace(job.format, job.shape, job.file ? &*job.file : nullptr);
   ORVA::CRandom::Obj().Seed(job.shape.seed);
+  ORVA::CRandomSource source(job.shape.seed, job.shape.stream.value_or(0));
   std::vector<double> block;
   for (uint64 done = 0; done < job.shape.count; done += c_block) {
     block.clear();
     uint64 const now = std::min(c_block, job.shape.count - done);
-    for (uint64 i = 0; i < now; ++i) draw(block);
+    for (uint64 i = 0; i < now; ++i) draw(block, source);
     if (writer) writer->Add(block);
     if (bar) bar->Advance();
   }
@@ -145,6 +164,17 @@ void Stream(StJob& job, Draw const& draw) {
 void Commit(StJob& job) {
   if (job.file) job.file->Commit();
   if (job.picture) job.picture->Commit();
+  if (job.tellsSeed) PrintNote("drawn with --seed " + std::to_string(job.shape.seed));
+}
+
+[[noreturn]] void RaiseMisfit(StJob const& job) {
+  std::string const& name = job.parameters.Distribution();
+  auto const names = IsScalar(name) ? ScalarNames() : RotationNames();
+  std::string const exact = std::string(c_exact) + name;
+  bool const hasExact = std::any_of(
+      names.begin(), names.end(), [&](StDistributionName const& one) { return exact == one.name; });
+  throw CAppError("the samples of " + Quoted(name) + " do not fit their law" +
+                  (hasExact ? " (" + exact + " is exact)" : std::string()));
 }
 
 void SampleScalars(StJob& job) {
@@ -153,8 +183,8 @@ void SampleScalars(StJob& job) {
   job.shape.columns = {"value"};
   std::optional<CScalarStatistics> statistics;
   if (job.check || job.picture) statistics.emplace(scalar, job.shape.count);
-  Stream(job, [&](std::vector<double>& block) {
-    double const value = scalar.draw();
+  Stream(job, [&](std::vector<double>& block, ORVA::CRandomSource& source) {
+    double const value = job.shape.stream ? scalar.drawFrom(source) : scalar.draw();
     if (statistics) statistics->Add(value);
     if (job.writes) block.push_back(value);
   });
@@ -163,6 +193,7 @@ void SampleScalars(StJob& job) {
                                    EndingOf(job.picture->Target())));
   Commit(job);
   if (job.check) PrintOut(statistics->Report(OutputColumns()));
+  if (job.check && !statistics->Fits()) RaiseMisfit(job);
 }
 
 void SampleRotations(StJob& job, StForm const& form) {
@@ -171,8 +202,9 @@ void SampleRotations(StJob& job, StForm const& form) {
   job.shape.extents = form.extents;
   std::optional<CDirectionStatistics> statistics;
   if (job.check || job.picture) statistics.emplace(rotations.theory, job.shape.count);
-  Stream(job, [&](std::vector<double>& block) {
-    CEulerRotation const rotation = (*rotations.draw)();
+  Stream(job, [&](std::vector<double>& block, ORVA::CRandomSource& source) {
+    CEulerRotation const rotation =
+        job.shape.stream ? rotations.drawFrom(source) : (*rotations.draw)();
     if (statistics) statistics->Add(rotation.getDirectionVector());
     if (job.writes) form.append(block, rotation);
   });
@@ -181,10 +213,12 @@ void SampleRotations(StJob& job, StForm const& form) {
                                       EndingOf(job.picture->Target())));
   Commit(job);
   if (job.check) PrintOut(statistics->Report(OutputColumns()));
+  if (job.check && !statistics->Fits()) RaiseMisfit(job);
 }
 
 void Run(StOptions const& options) {
-  StJob job{.parameters = CParameters::FromTexts(options.distribution)};
+  StJob job{.parameters = ParametersOf(options)};
+  job.shape.stream = StreamOf(options);
   std::string const& name = job.parameters.Distribution();
   bool const isScalar = IsScalar(name);
   auto const known = RotationNames();
@@ -195,6 +229,7 @@ void Run(StOptions const& options) {
     throw CUsageError("--as is for rotations, and " + name + " draws numbers");
   job.shape.count = ParseCount(options.count);
   job.shape.seed = SeedOf(options);
+  job.tellsSeed = options.seed.empty();
   job.shape.distribution = job.parameters.Title();
   job.format = FormatOf(options);
   job.check = options.check;
@@ -225,7 +260,7 @@ std::string List(std::span<StDistributionName const> names) {
   std::string text;
   for (auto const& [name, help] : names)
     text +=
-        "  " + std::string(name) + std::string(16 - std::string(name).size(), ' ') + help + "\n";
+        "  " + std::string(name) + std::string(19 - std::string(name).size(), ' ') + help + "\n";
   return text;
 }
 
@@ -244,6 +279,8 @@ std::string Footer() {
          "Examples:\n"
          "  selu sample normal mean=3 sigma=2 -n 1000 --seed 1 -o values.csv\n"
          "  selu sample gamma shape=2.5 -n 1000000 --check --picture gamma.png\n"
+         "  selu sample poisson lambda=1000 --exact -n 1000000 --seed 1 --stream 3 --check\n"
+         "  selu sample discrete 1=1 2=1 3=1 4=1 5=1 6=1 -n 100\n"
          "  selu sample vmf kappa=20 theta=60deg phi=45deg -n 100000 --picture vmf.png -o d.npy";
 }
 
@@ -258,7 +295,13 @@ void AddSampleCommand(CLI::App& app) {
                    "its name, then its parameters, such as: normal mean=3 sigma=2")
       ->required();
   command->add_option("-n,--count", options->count, "number of samples")->required();
-  command->add_option("--seed", options->seed, "the same seed gives the same samples");
+  command->add_option(
+      "--seed", options->seed,
+      "the same seed gives the same samples; without it a note tells the one drawn");
+  command->add_option("--stream", options->stream,
+                      "number of a stream of the seed: many runs with one seed, far apart");
+  command->add_flag("--exact", options->exact,
+                    "the exact distribution of that name, as if it began with exact-");
   command
       ->add_option("--format", options->format,
                    "csv, json or npy; by default what the output's ending says, else csv")
@@ -273,7 +316,8 @@ void AddSampleCommand(CLI::App& app) {
   command->add_option("--picture", options->picture,
                       "draw the histogram or the directions (.png or .svg)");
   command->add_flag("--check", options->check,
-                    "print the moments beside those of theory, and a Kolmogorov-Smirnov test");
+                    "print the moments beside those of theory, and tests; exit status 1 where the "
+                    "samples do not fit their law");
   command->footer(Footer());
   command->callback([options] { Run(*options); });
 }

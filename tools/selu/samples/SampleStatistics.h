@@ -34,12 +34,51 @@ private:
   bool m_IsUndefined = false; // a NaN was among them
 };
 
+/// Chi-square test of counts in the cells of a theory; neighbors are joined until ten are expected.
+class CCellTest {
+public:
+  explicit CCellTest(StScalarTheory const& theory);
+  [[nodiscard]] bool Exists() const noexcept { return !m_Cells.empty(); }
+  void Add(double value);
+  struct StResult {
+    double sum, freedom, probability;
+  };
+  [[nodiscard]] StResult Result() const;
+
+private:
+  std::vector<double> m_Cells; // upper borders
+  std::vector<double> m_Shares;
+  std::vector<ORVA::uint64> m_Counts;
+  ORVA::uint64 m_Count = 0;
+};
+
+/// Whether samples fit their law: no test of them is less likely than 1e-6.
+class CVerdict {
+public:
+  /// Fewer samples are not judged.
+  static constexpr ORVA::uint64 c_fewest = 100;
+  static constexpr double c_least = 1e-6;
+
+  void Add(double probability) {
+    if (!(probability >= c_least)) m_Fits = false;
+    m_IsTested = true;
+  }
+  [[nodiscard]] bool Fits() const noexcept { return m_Fits; }
+  [[nodiscard]] std::string Text(ORVA::uint64 count) const;
+
+private:
+  bool m_IsTested = false, m_Fits = true;
+};
+
 class CScalarStatistics {
 public:
   CScalarStatistics(StScalar const& scalar, ORVA::uint64 expected);
   void Add(double value);
-  /// Moments beside those of theory and the test, as text.
+  /// Moments beside those of theory, with their distances in standard errors, and the tests, as
+  /// text.
   [[nodiscard]] std::string Report(int columns);
+  /// Whether the samples fit, after Report.
+  [[nodiscard]] bool Fits() const noexcept { return m_Verdict.Fits(); }
 
   [[nodiscard]] StMoments Moments() const;
   [[nodiscard]] std::vector<double> const& Borders() const noexcept { return m_Borders; }
@@ -51,6 +90,8 @@ public:
 private:
   StScalarTheory m_Theory;
   CUniformTest m_Test;
+  CCellTest m_CellTest;
+  CVerdict m_Verdict;
   double m_Center, m_Scale; // powers are summed of (value - center) / scale: those of theory
   std::array<double, 4> m_Sums = {};
   ORVA::uint64 m_Count = 0, m_Outside = 0;
@@ -64,6 +105,8 @@ public:
   CDirectionStatistics(StRotationTheory const& theory, ORVA::uint64 expected);
   void Add(Vector const& direction);
   [[nodiscard]] std::string Report(int columns);
+  /// Whether the samples fit, after Report.
+  [[nodiscard]] bool Fits() const noexcept { return m_Verdict.Fits(); }
 
   [[nodiscard]] Vector Mean() const;
   [[nodiscard]] ORVA::uint64 Count() const noexcept { return m_Count; }
@@ -74,9 +117,12 @@ public:
   }
 
 private:
+  [[nodiscard]] std::string AxisText() const;
+
   StRotationTheory m_Theory;
   CUniformTest m_Test;
-  std::array<double, 9> m_Sums = {};
+  CVerdict m_Verdict;
+  std::array<double, 9> m_Sums = {}, m_Squares = {};
   ORVA::uint64 m_Count = 0;
   int m_Cells;
   std::array<std::vector<ORVA::uint64>, 2> m_Counts;

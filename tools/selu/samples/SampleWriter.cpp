@@ -35,6 +35,7 @@ std::string JsonHeader(StSampleShape const& shape) {
   nlohmann::ordered_json head;
   head["distribution"] = shape.distribution;
   head["seed"] = shape.seed;
+  if (shape.stream) head["stream"] = *shape.stream;
   head["columns"] = shape.columns;
   std::string text = head.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   text.pop_back();

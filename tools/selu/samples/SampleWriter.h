@@ -9,6 +9,7 @@
 
 #include <pxlib2core/Types.h>
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ struct StSampleShape {
   ORVA::uint64 count = 0;           ///< of all samples
   std::string distribution;         ///< as given
   ORVA::uint64 seed = 0;
+  std::optional<ORVA::uint64> stream = {}; ///< of the seed, where one was asked for
 };
 
 /// Numbers are written so that they read back as the same; JSON, which has no infinity, gets null.

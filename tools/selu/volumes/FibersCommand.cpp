@@ -71,7 +71,7 @@ std::string Footer() {
   std::string text = "Orientations, with their parameters (angles in radians, or as 90deg):\n";
   for (auto const& [name, help] : RotationNames())
     text +=
-        "  " + std::string(name) + std::string(12 - std::string(name).size(), ' ') + help + "\n";
+        "  " + std::string(name) + std::string(18 - std::string(name).size(), ' ') + help + "\n";
   return text + c_help;
 }
 
