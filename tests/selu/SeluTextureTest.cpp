@@ -149,9 +149,11 @@ TEST_F(SeluTexture, RangeMapsLinearlyRoundedAndClamped) {
   std::vector<float> const values = {
       -1e30f, -10, -9.9f, 0, 4.99f, 90, 89.8f, 1e30f, std::numeric_limits<float>::quiet_NaN(), 40};
   std::vector<std::uint8_t> const levels = {0, 0, 0, 26, 38, 255, 254, 255, 0, 128};
-  WriteNrrd("a.nrrd", "float", {5, 2}, values);
+  auto rows = values; // the same twice: each value is paired with itself
+  rows.insert(rows.end(), values.begin(), values.end());
+  WriteNrrd("a.nrrd", "float", {10, 2}, rows);
   (void)Output(
-      {"texture", "a.nrrd", "--range", "-10,90", "--direction", "0,0", "--matrix", "m.nrrd"});
+      {"texture", "a.nrrd", "--range", "-10,90", "--direction", "0,1", "--matrix", "m.nrrd"});
   auto const matrix = test::ReadMatrix(Image("m.nrrd"));
   test::Matrix expected(test::c_cells);
   for (auto const level : levels) ++expected[level * 257u];
@@ -159,9 +161,9 @@ TEST_F(SeluTexture, RangeMapsLinearlyRoundedAndClamped) {
 }
 
 TEST_F(SeluTexture, RangeIsAllowedForUnsignedPixels) {
-  WriteNrrd<std::uint16_t>("a.nrrd", "uint16", {2, 2}, {100, 200, 300, 400});
+  WriteNrrd<std::uint16_t>("a.nrrd", "uint16", {4, 2}, {100, 200, 300, 400, 100, 200, 300, 400});
   (void)Output(
-      {"texture", "a.nrrd", "--range", "100,400", "--direction", "0,0", "--matrix", "m.nrrd"});
+      {"texture", "a.nrrd", "--range", "100,400", "--direction", "0,1", "--matrix", "m.nrrd"});
   auto const matrix = test::ReadMatrix(Image("m.nrrd"));
   for (std::size_t const level : {0u, 85u, 170u, 255u}) EXPECT_EQ(matrix[level * 257], 1u);
 }

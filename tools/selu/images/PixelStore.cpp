@@ -270,6 +270,7 @@ void CheckDeflated(fs::path const& path, StPixelStore const& store, double bytes
 
 StPixelStore StoreOf(fs::path const& path, EnFormat format, std::string_view beginning) {
   auto store = FindStore(path, format, beginning);
+  store.isDeflated = store.ratio == c_deflate;
   (void)SizeOfReadable(store.file, path);
   return store;
 }
@@ -290,7 +291,7 @@ void CheckClaim(fs::path const& path, StPixelStore const& store,
                     (store.file == path ? "the file" : QuotedPart(store.file.native())) +
                     " has only " + BytesText(static_cast<double>(size)));
   RefuseBeyondMemory(pixels * static_cast<double>(bytesPerPixel), "the image " + Quoted(path));
-  if (store.ratio == c_deflate) CheckDeflated(path, store, bytes);
+  if (store.isDeflated) CheckDeflated(path, store, bytes);
 }
 
 } // namespace selu

@@ -22,6 +22,7 @@ struct StPixelStore {
   double ratio = 1;
   std::uint64_t before = 0;      ///< unpacked bytes before them
   std::size_t bytesPerPixel = 0; ///< where that may differ from the pixels in memory
+  bool isDeflated = false;       ///< as one gzip or zlib stream
   bool isText = false;           ///< numbers with blanks between them
 };
 

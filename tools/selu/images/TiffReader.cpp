@@ -50,9 +50,11 @@ StPage PageOf(CTiffFile const& file) {
   page.orientation = file.Field<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   page.samples.bits = file.Field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
   page.samples.kind = file.Field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-  // Samples of 24 bits are put into the machine's order, others of odd widths are left alone.
-  page.samples.bigEndian = page.samples.bits == 24 ? std::endian::native == std::endian::big
-                                                   : TIFFIsBigEndian(file.Get()) != 0;
+  // Samples of 16 and 24 bits are put into the machine's order, others of odd widths are left
+  // alone.
+  bool const isInOrder = page.samples.bits == 16 || page.samples.bits == 24;
+  page.samples.bigEndian =
+      isInOrder ? std::endian::native == std::endian::big : TIFFIsBigEndian(file.Get()) != 0;
   return page;
 }
 

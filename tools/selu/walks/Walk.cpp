@@ -26,8 +26,7 @@ StRun Clipped(StRun run, ORVA::CSize const& size) {
     run.length = std::max<ORVA::int64>(run.length - 1 + (begin + 1), 0);
     begin = 0;
   }
-  if (!IsInside(run.first, size)) run.length = 0;
-  run.length = std::min(run.length, extent - begin);
+  run.length = IsInside(run.first, size) ? std::min(run.length, extent - begin) : 0;
   return run;
 }
 
