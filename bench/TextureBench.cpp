@@ -85,7 +85,7 @@ void CountItk(benchmark::State& state, int n, bool isNoise) {
   using Filter = itk::Statistics::ScalarImageToCooccurrenceMatrixFilter<Image>;
   auto const& levels = Levels(n, isNoise);
   auto const image = Image::New();
-  image->SetRegions({{c_side, c_side}});
+  image->SetRegions(Image::SizeType{{c_side, c_side}});
   image->Allocate();
   for (int64 y = 0; y < c_side; ++y)
     for (int64 x = 0; x < c_side; ++x)

@@ -76,9 +76,9 @@ public:
         m_Cols(std::exchange(other.m_Cols, 0)), m_Data(std::move(other.m_Data)) {}
   ~CMatrix() override = default;
 
-  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows agree
-  /// and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a narrower
-  /// product, and a narrower one throws. Assign takes the other's shape.
+  /// The same as the base's assignment, its treatment of unequal shapes included: where the rows
+  /// agree and the columns do not, a wider matrix keeps its last columns, as in a = a * b with a
+  /// narrower product, and a narrower one throws. Assign takes the other's shape.
   CMatrix& operator=(CMatrix const& other) {
     if (m_Rows == other.m_Rows && m_Cols != other.m_Cols) {
       IMatrix<T>::operator=(other);

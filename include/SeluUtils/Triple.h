@@ -60,7 +60,7 @@ template <class T>
 struct std::hash<ORVA::CTriple<T>> {
   [[nodiscard]] std::size_t operator()(ORVA::CTriple<T> const& a) const noexcept {
     std::hash<T> const of;
-    return Mixed(Mixed(of(a.x)) + of(a.y)) * c_odd + of(a.z);
+    return Mixed(Mixed(Mixed(of(a.x)) + of(a.y)) + of(a.z));
   }
 
 private:

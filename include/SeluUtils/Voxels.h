@@ -61,7 +61,7 @@ public:
     void NextRun() {
       m_Voxel = nullptr;
       while (m_Range->m_Walker->MorePoints()) {
-        auto const row = m_Range->m_Block.Clip(m_Range->m_Walker->NextRun());
+        auto const row = m_Range->NextRow();
         if (row.length == 0) continue;
         m_Voxel = row.first;
         m_Stride = row.stride;
@@ -83,6 +83,18 @@ public:
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
+  // Of a line, whose rows are short, the next point.
+  [[nodiscard]] Impl::StVoxelRow<Pixel> NextRow() {
+    if constexpr (std::is_same_v<W, CBresenhamVisitor> ||
+                  std::is_same_v<W, CBresenhamVisitorSelect>) {
+      CTriple<int64> const p = m_Walker->NextPoint();
+      if (!m_Block.IsInside(p)) return {};
+      return {p, 0, m_Block.Address(p), 0, 1};
+    } else {
+      return m_Block.Clip(m_Walker->NextRun());
+    }
+  }
+
   CImageAccess m_Access;
   Impl::CVoxelBlock<Pixel> m_Block;
   W* m_Walker;
@@ -134,7 +146,7 @@ requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>
 /// alone: what f does over a row a compiler may do for many voxels at once. Errors as for Voxels.
 template <class Image, class W, class Function>
 requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>
-void ForEachVoxel(Image& image, W&& walker, Function f) {
+[[gnu::always_inline]] inline void ForEachVoxel(Image& image, W&& walker, Function f) {
   static_assert(!std::is_const_v<std::remove_reference_t<W>>, "walking changes the walker");
   auto const access = Impl::OpenVoxels(image);
   Impl::DispatchPixelType(image, [&]<class Pixel>(Pixel const*) {

@@ -48,7 +48,8 @@ class Family:
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
-        for run in result["benchmarks"]:
+        # Interleaved runs come in any order.
+        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
                 self.add(run)
 
@@ -78,7 +79,7 @@ class Family:
                  "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers),
                  "|---|---|" + "---|" * len(peers)]
         lines += [f"| {row} | {duration(times[OURS])} |" +
-                  "".join(f" {ratio(times, peer)} |" for peer in peers)
+                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers)
                   for row, times in rows.items()]
         return "\n".join(lines) + "\n"
 

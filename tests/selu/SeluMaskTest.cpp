@@ -183,7 +183,7 @@ TEST_F(SeluMask, BadInputLeavesNothingBehind) {
   missing[1] = "none.nrrd";
   ExpectFailure(missing, "cannot read \"none.nrrd\"");
   WriteNrrd("a.nrrd", "uint32", {2, 2}, std::vector<std::uint32_t>(4));
-  ExpectFailure(Command("Z", "0,0", "1", "0", "out.tif"), "no TIFF of 32-bit");
+  ExpectFailure(Command("Z", "0,0", "1", "0", "out.png"), "no more than 16 bits per pixel");
   EXPECT_EQ(Files(), std::vector<std::string>{"a.nrrd"});
 }
 

@@ -288,7 +288,8 @@ inline StSolid Shuffled(CRandomNumbers& random, StSolid const& solid, bool keeps
   StSolid shuffled;
   for (Face const& face : solid.faces) {
     Polygon ring = solid.Corners(face);
-    std::ranges::rotate(ring, ring.begin() + random.Between<Int>(0, std::ssize(ring) - 1));
+    std::rotate(ring.begin(), ring.begin() + random.Between<Int>(0, std::ssize(ring) - 1),
+                ring.end());
     if (!keepsOrientation && random.Between(0, 1) == 0) std::ranges::reverse(ring);
     if (random.Between(0, 3) == 0) ring.push_back(ring.front());
     Face& added = shuffled.faces.emplace_back();

@@ -217,19 +217,23 @@ TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
     }
 }
 
-// Few levels, so that equal pairs are side by side and runs begin and end at every place.
+// Stretches of equal voxels and of voxels that repeat after 2, 4 or 8, so that runs of equal pairs
+// begin and end at every place, and what only looks like a run stands beside them.
 TEST(PairCounting, RunsOfEveryLength) {
   test::CRandomNumbers random;
   StPairScratch scratch;
   for (int const bytes : {1, 2, 4})
     for (std::int64_t longest : {2, 9, 20, 70, 600}) {
       StImage image = MakeImage(c_layouts[0], {331, 3, 2}, bytes);
-      auto voxel = image.memory.begin();
-      while (voxel != image.memory.end()) {
-        auto const level = static_cast<std::byte>(random.Between(0, 3) * 85);
-        auto const length = std::min<std::ptrdiff_t>(
-            image.memory.end() - voxel, random.Between<std::int64_t>(1, longest) * bytes);
-        voxel = std::fill_n(voxel, length, level);
+      std::size_t left = 0, period = 1;
+      std::array<std::byte, 8> levels{};
+      for (std::size_t k = 0; k < image.memory.size(); ++k) {
+        if (k % static_cast<std::size_t>(bytes) == 0 && left-- == 0) {
+          left = random.Between<std::size_t>(0, static_cast<std::size_t>(longest));
+          period = std::size_t{1} << random.Between<std::size_t>(0, 3);
+          for (std::byte& level : levels) level = static_cast<std::byte>(random.Between(0, 3) * 85);
+        }
+        image.memory[k] = levels[k / static_cast<std::size_t>(bytes) % period];
       }
       for (Triple const& d : {Triple{1, 0, 0}, Triple{-1, -1, 1}, Triple{0, 0, -1}})
         ExpectExactlyInEveryWay(image.block, d, scratch);

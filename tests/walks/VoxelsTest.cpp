@@ -355,6 +355,5 @@ TEST(VoxelsOfAView, MustBeAligned) {
       [&] {
         (void)ORVA::Voxels<std::uint16_t>(view, CWindowVisitor({0, 0, 0}, {3, 3, 0}));
       },
-      "voxels do not lie at multiples of 2 bytes, as their type needs", "ORVA::Voxels",
-      "src/Utils/Voxels");
+      "the pixels are not aligned for numbers of 2 bytes", "ORVA::CImageAccess::As");
 }

@@ -1,8 +1,11 @@
 // Points and sizes written in braces: every walker takes them.
 #include <SeluUtils/BresenhamVisitor.h>
+#include <SeluUtils/EllipsoidVisitor.h>
 #include <SeluUtils/ImageWalker.h>
 #include <SeluUtils/PlaneSection.h>
 #include <SeluUtils/PolygonVisitor.h>
+#include <SeluUtils/StraightLineVisitor.h>
+#include <SeluUtils/UnitLineVisitor.h>
 
 #include "support/WalkTest.h"
 
@@ -89,4 +92,7 @@ TEST(WalkerCalls, ImageSizesMayStandInBraces) {
   ExpectTakesSizesInBraces(CDirectionalVisitor({0, 0, 0}, {9, 9, 9}, {1, 0, 0}));
   ExpectTakesSizesInBraces(CDeltaVisitor({1, 0.5, 0.25}));
   ExpectTakesSizesInBraces(CParallelLineVisitor({1, 0.5, 0.25}));
+  ExpectTakesSizesInBraces(CStraightLineVisitor({1, 0.5, 0.25}));
+  ExpectTakesSizesInBraces(CUnitLineVisitor({0, 0, 0}, {9, 9, 9}, {1, 0, 0}));
+  ExpectTakesSizesInBraces(CEllipsoidVisitor(CTriple<double>(1, 1, 0), 1.0));
 }

@@ -49,7 +49,7 @@ public:
   /// Fills an array by draws from the source, one after the other.
   template <RandomSource Source>
   void Fill(std::span<T> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return Self().Draw(words); });
+    FillInOrder(out, source, [&own = Self()](auto& words) { return own.Draw(words); });
   }
 
 private:

@@ -121,7 +121,7 @@ public:
   /// Fill arrays by such draws, one after the other.
   template <RandomSource Source>
   void Fill(std::span<CEulerRotation> out, Source& source) const {
-    FillInOrder(out, source, [this](auto& words) { return (*this)(words); });
+    FillInOrder(out, source, [&own = *this](auto& words) { return own(words); });
   }
   template <RandomSource Source>
   void Fill(std::span<std::array<double, 9>> out, Source& source) const {

@@ -21,9 +21,6 @@ namespace ORVA::Impl {
 
 /// Throws CExBadParam: the image has no pixel type.
 [[noreturn]] SELUUTILS_EXPORT void RaiseNoPixelType();
-/// CExBadParam unless the pixels' addresses are multiples of so many bytes.
-SELUUTILS_EXPORT void CheckAlignment(CImageAccess const& access, std::size_t bytes);
-
 /// For writing, where the image is not const.
 template <class Image>
 [[nodiscard]] CImageAccess OpenVoxels(Image& image) {
@@ -83,8 +80,7 @@ public:
   /// type wants it.
   explicit CVoxelBlock(CImageAccess const& access)
       : m_Extents(access.Extents()), m_Strides(access.Strides()) {
-    (void)access.As<Pixel>(); // checks the type
-    CheckAlignment(access, alignof(Pixel));
+    (void)access.As<Pixel>(); // checks type and alignment
     if (access.Base() == nullptr) return;
     if constexpr (std::is_const_v<Pixel>) {
       m_Base = reinterpret_cast<Pixel*>(access.Base());

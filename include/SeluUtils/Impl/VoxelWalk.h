@@ -32,6 +32,9 @@ class CPolygonVisitor;
 
 namespace Impl {
 
+// All is inline up to the caller, so that what his function adds to stays in registers: by bytes
+// that are read a compiler could not know that they are not the sum's.
+
 /// With the position, where f wants it.
 template <class Pixel, class Function>
 [[gnu::always_inline]] inline void Visit(Pixel& pixel, CTriple<int64> const& position,
@@ -63,7 +66,7 @@ template <int axis, class Pixel, class Function>
 }
 
 template <class Pixel, class Function>
-void VisitRow(StVoxelRow<Pixel> const& row, Function& f) {
+[[gnu::always_inline]] inline void VisitRow(StVoxelRow<Pixel> const& row, Function& f) {
   if constexpr (std::is_invocable_v<Function&, Pixel&, CTriple<int64>>) {
     if (row.axis == 1) return VisitRowAlong<1>(row, f);
     if (row.axis == 2) return VisitRowAlong<2>(row, f);
@@ -107,7 +110,8 @@ struct StWalkAccess {
 
 /// All runs in their order.
 template <class Pixel, class W, class Function>
-void WalkRuns(CVoxelBlock<Pixel> const& block, W& walker, Function& f) {
+[[gnu::always_inline]] inline void WalkRuns(CVoxelBlock<Pixel> const& block, W& walker,
+                                            Function& f) {
   while (walker.MorePoints()) {
     auto const row = block.Clip(walker.NextRun());
     if (row.length > 0) VisitRow(row, f);
@@ -116,7 +120,8 @@ void WalkRuns(CVoxelBlock<Pixel> const& block, W& walker, Function& f) {
 
 /// The box, clipped once.
 template <class Pixel, class Function>
-void WalkWindow(CVoxelBlock<Pixel> const& block, CWindowVisitor& window, Function& f) {
+[[gnu::always_inline]] inline void WalkWindow(CVoxelBlock<Pixel> const& block,
+                                              CWindowVisitor& window, Function& f) {
   if (!window.MorePoints()) return;
   CTriple<int64> const next = StWalkAccess::Next(window);
   CTriple<int64> low = window.Low(), high = window.High();
@@ -160,8 +165,9 @@ struct StAxisSteps {
 
 /// The address of a point of a line: a constant way per move, and the steps of up to three axes.
 template <int axes, class Pixel, class Function>
-void WalkAddresses(Pixel* pixel, StLineCursor cursor, int64 points, int64 bytesPerMove,
-                   std::array<StAxisSteps, 3> const& given, Function& f) {
+[[gnu::always_inline]] inline void
+WalkAddresses(Pixel* pixel, StLineCursor cursor, int64 points, int64 bytesPerMove,
+              std::array<StAxisSteps, 3> const& given, Function& f) {
   std::array<StAxisSteps, 3> steps = given;
   for (int64 left = points;;) {
     if constexpr (std::is_invocable_v<Function&, Pixel&, CTriple<int64>>) {
@@ -181,8 +187,9 @@ void WalkAddresses(Pixel* pixel, StLineCursor cursor, int64 points, int64 bytesP
 
 /// The next `points` > 0 points of a line of even steps, all of them inside.
 template <class Pixel, class Function>
-void WalkLineInside(CVoxelBlock<Pixel> const& block, StLineCursor const& cursor, int64 points,
-                    Function& f) {
+[[gnu::always_inline]] inline void WalkLineInside(CVoxelBlock<Pixel> const& block,
+                                                  StLineCursor const& cursor, int64 points,
+                                                  Function& f) {
   std::array<StAxisSteps, 3> steps;
   std::size_t axes = 0;
   int64 bytesPerMove = 0;
@@ -211,7 +218,8 @@ void WalkLineInside(CVoxelBlock<Pixel> const& block, StLineCursor const& cursor,
 }
 
 template <class Pixel, class Line, class Function>
-void WalkLine(CVoxelBlock<Pixel> const& block, Line& line, Function& f) {
+[[gnu::always_inline]] inline void WalkLine(CVoxelBlock<Pixel> const& block, Line& line,
+                                            Function& f) {
   StLineCursor const* const next = StWalkAccess::Cursor(line);
   if (next == nullptr) return WalkRuns(block, line, f);
   if (!line.MorePoints()) return;
@@ -347,7 +355,8 @@ void WalkColumns(CVoxelBlock<Pixel> const& block, W& walker, Function& f) {
 }
 
 template <class Pixel, class W, class Function>
-void WalkVoxels(CVoxelBlock<Pixel> const& block, W& walker, Function& f) {
+[[gnu::always_inline]] inline void WalkVoxels(CVoxelBlock<Pixel> const& block, W& walker,
+                                              Function& f) {
   if constexpr (std::is_same_v<W, CWindowVisitor>) {
     WalkWindow(block, walker, f);
   } else if constexpr (std::is_same_v<W, CBresenhamVisitor> ||

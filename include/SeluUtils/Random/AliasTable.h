@@ -53,7 +53,7 @@ public:
   /// Fills an array by draws from the source, one after the other.
   template <RandomSource Source>
   void Fill(std::span<std::size_t> out, Source& source) const {
-    Impl::FillInOrder(out, source, [this](auto& words) { return (*this)(words); });
+    Impl::FillInOrder(out, source, [&own = *this](auto& words) { return own(words); });
   }
 
   /// The number of weights.

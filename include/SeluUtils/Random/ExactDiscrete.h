@@ -38,7 +38,7 @@ public:
   /// Fills an array by draws from the source, one after the other.
   template <RandomSource Source>
   void Fill(std::span<T> out, Source& source) const {
-    Impl::FillInOrder(out, source, [this](auto& words) -> T const& { return (*this)(words); });
+    Impl::FillInOrder(out, source, [&own = *this](auto& words) -> T const& { return own(words); });
   }
 
 private:

@@ -19,7 +19,9 @@ namespace ORVA {
 /// Density proportional to exp(kappa cos(angle to the mean)), by inversion (R. Fisher, "Dispersion
 /// on a Sphere", Proceedings of the Royal Society A 217 (1953) 295-305). No constructor checks: a
 /// kappa of +infinity gives the mean itself, one of 0, -infinity or NaN the error of the angles it
-/// leads to. Of 2^32 cosines one is -1, and the others end at an angle of about sqrt(44.4 / kappa):
+/// leads to.
+///
+/// Of 2^32 cosines one is -1, and the others end at an angle of about sqrt(44.4 / kappa):
 /// CExactVonMisesFisher goes on.
 class SELUUTILS_EXPORT CVonMisesFisher : public IRotationGenerator {
 public:

@@ -137,8 +137,8 @@ struct StSpan {
   Real origin, first, second;
 };
 
-// The first corner with an angle of at most 90 degrees, else the first of the sharpest. What differs
-// by less than rounding can make is equal: opposite corners of six always are.
+// The first corner with an angle of at most 90 degrees, else the first of the sharpest. What
+// differs by less than rounding can make is equal: opposite corners of six always are.
 StSpan ChooseOrigin(Corners const& corners) {
   std::size_t const count = corners.size();
   StSpan chosen;

@@ -3,10 +3,6 @@
 #include "Utils/Exact.h"
 
 #include <pxlib2core/Exception.h>
-#include <pxlib2core/String.h>
-
-#include <algorithm>
-#include <cstdint>
 
 namespace ORVA::Impl {
 
@@ -55,17 +51,6 @@ void Narrow(StPointRange& range, StLineAxis const& axis, int64 extent) {
 void RaiseNoPixelType() {
   RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::ForEachVoxel"),
                 "an image without a pixel type has no voxels");
-}
-
-void CheckAlignment(CImageAccess const& access, std::size_t bytes) {
-  auto const size = static_cast<int64>(bytes);
-  bool const isAligned =
-      reinterpret_cast<std::uintptr_t>(access.Base()) % bytes == 0 &&
-      std::ranges::all_of(access.Strides(), [&](int64 stride) { return stride % size == 0; });
-  if (!isAligned)
-    RaiseBadParam(
-        ORVA_LOCATION(c_module, "ORVA::Voxels"),
-        CString("voxels do not lie at multiples of %1 bytes, as their type needs").Arg(size));
 }
 
 StPointRange PointsInside(StLineCursor const& cursor, int64 points,

@@ -7,6 +7,7 @@
 #include "images/TiffSamples.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -86,10 +87,13 @@ class CTiffReader : public IImageReader {
 public:
   explicit CTiffReader(fs::path const& path)
       : m_Path(path), m_Size(SizeOfReadable(path)), m_File(path, "r") {
+    std::uint64_t last = 0;
     do {
       StPage const page = PageOf(m_File);
       if (!page.IsPreview()) Include(page);
+      last = TIFFCurrentDirOffset(m_File.Get());
     } while (NextPage());
+    CheckEnd(last);
     if (m_Pages == 0) Refuse("it has no pages but previews");
     m_File.Require(TIFFSetDirectory(m_File.Get(), 0) == 1);
     FindStack();
@@ -131,6 +135,30 @@ private:
     bool const more = TIFFReadDirectory(m_File.Get()) == 1;
     m_File.Require(true);
     return more;
+  }
+
+  // libtiff takes a place of the next page that is cut off for the end of the pages, and one that
+  // leads back to a page before.
+  void CheckEnd(std::uint64_t place) const {
+    std::ifstream in(m_Path, std::ios::binary);
+    bool const bigEndian = TIFFIsBigEndian(m_File.Get()) != 0;
+    auto const number = [&](std::uint64_t at, std::size_t bytes) {
+      std::array<char, 8> text{};
+      in.seekg(static_cast<std::streamoff>(at));
+      in.read(text.data(), static_cast<std::streamsize>(bytes));
+      std::uint64_t value = 0;
+      for (std::size_t i = 0; i < bytes; ++i)
+        value = value << 8 | static_cast<unsigned char>(text[bigEndian ? i : bytes - 1 - i]);
+      return value;
+    };
+    constexpr std::uint64_t bigTiff = 43;
+    bool const isBig = number(2, 2) == bigTiff;
+    std::uint64_t const entries = number(place, isBig ? 8 : 2);
+    std::uint64_t const bytes = isBig ? 8 + 20 * entries + 8 : 2 + 12 * entries + 4;
+    bool const isWhole = place <= m_Size && bytes <= m_Size - place;
+    std::uint64_t const nextBytes = isBig ? 8 : 4;
+    if (!isWhole || number(place + bytes - nextBytes, nextBytes) != 0)
+      Refuse("the file is damaged or cut off");
   }
 
   void Include(StPage const& page) {

@@ -116,7 +116,7 @@ void CFeatureTable::Finish() {
     bool const isWhole = std::ranges::none_of(column.values, IsAbsent);
     if (!isWhole || !column.places.contains("")) sorted.emplace_back();
     std::ranges::sort(sorted);
-    sorted.erase(std::ranges::unique(sorted).begin(), sorted.end());
+    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     for (double& value : column.values) {
       if (IsAbsent(value)) continue;
       auto const place =
