@@ -49,19 +49,15 @@ template <class Pixel, class Function>
 /// Along one axis, so that a compiler knows which coordinate changes.
 template <int axis, class Pixel, class Function>
 [[gnu::always_inline]] inline void VisitRowAlong(StVoxelRow<Pixel> const& row, Function& f) {
-  CTriple<int64> position = row.position;
-  int64& coordinate = axis == 0 ? position.x : axis == 1 ? position.y : position.z;
-  int64 const first = coordinate;
+  auto const positionOf = [&row](int64 k) __attribute__((always_inline)) {
+    auto const [x, y, z] = row.position;
+    return CTriple<int64>(axis == 0 ? x + k : x, axis == 1 ? y + k : y, axis == 2 ? z + k : z);
+  };
   if (row.stride == static_cast<int64>(sizeof(Pixel))) {
-    for (int64 k = 0; k < row.length; ++k) {
-      coordinate = first + k;
-      Visit(row.first[k], position, f);
-    }
+    for (int64 k = 0; k < row.length; ++k) Visit(row.first[k], positionOf(k), f);
   } else {
-    for (int64 k = 0; k < row.length; ++k) {
-      coordinate = first + k;
-      Visit(*Moved(row.first, k * row.stride), position, f);
-    }
+    for (int64 k = 0; k < row.length; ++k)
+      Visit(*Moved(row.first, k * row.stride), positionOf(k), f);
   }
 }
 
@@ -128,11 +124,6 @@ template <class Pixel, class Function>
   StWalkAccess::Finish(window);
   Clip(low, high, block.Extents());
   if (!HasPoints(low, high)) return;
-  auto const visitRow = [&](int64 x, int64 y, int64 z) {
-    CTriple<int64> const first(x, y, z);
-    VisitRowAlong<0>(
-        StVoxelRow<Pixel>{first, 0, block.Address(first), block.Stride(0), high.x - x + 1}, f);
-  };
   CTriple<int64> begin = low; // where the walk stands, inside
   if (next.z >= low.z) {
     begin.z = next.z;
@@ -140,12 +131,19 @@ template <class Pixel, class Function>
     // A row that was begun; one that was finished is followed by the next.
     bool const isInRow = next.y >= low.y && next.y <= high.y && next.z <= high.z;
     if (isInRow && next.x > low.x) {
-      if (next.x <= high.x) visitRow(next.x, next.y, next.z);
-      ++begin.y;
+      begin.x = next.x;
+      if (next.x > high.x) begin = {low.x, begin.y + 1, begin.z};
     }
   }
   for (int64 z = begin.z; z <= high.z; ++z) {
-    for (int64 y = z == begin.z ? begin.y : low.y; y <= high.y; ++y) visitRow(low.x, y, z);
+    for (int64 y = begin.y; y <= high.y; ++y) {
+      CTriple<int64> const first(begin.x, y, z);
+      VisitRowAlong<0>(
+          StVoxelRow<Pixel>{first, 0, block.Address(first), block.Stride(0), high.x - begin.x + 1},
+          f);
+      begin.x = low.x;
+    }
+    begin.y = low.y;
   }
 }
 
