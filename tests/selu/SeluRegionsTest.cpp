@@ -5,6 +5,8 @@
 #include <base/JsonValues.h>
 #include <images/ImageFile.h>
 
+#include <SeluUtils/Texture/ObjectTexture.h>
+#include <SeluUtils/Texture/Quantizer.h>
 #include <SeluUtils/ValueHelper.h>
 
 #include <nlohmann/json.hpp>
@@ -177,14 +179,15 @@ TEST_F(SeluRegions, TextureIsThatOfTheBoundingBox) {
   WriteNrrd("l.nrrd", "uint8", {10, 8, 6}, labels);
   WriteNrrd("box.nrrd", "uint8", {7, 4, 3}, box);
   for (std::string const direction : {"1,0,0", "1,-1,2", "0,0,1"}) {
-    Json const object = Regions({"--intensity", "i.nrrd", "--direction", direction})["object 2"];
+    Json const object =
+        Regions({"--intensity", "i.nrrd", "--box", "--direction", direction})["object 2"];
     Json const texture = Json::parse(Output(
         {"texture", "box.nrrd", "--format", "json", "--direction", direction}))["directions"][0];
     EXPECT_EQ(object["texture"], texture["features"]) << direction;
     EXPECT_EQ(object["texture"].size(), 13u);
     EXPECT_EQ(object["status"], "measured");
   }
-  Json const mean = Regions({"--intensity", "i.nrrd"})["object 2"]["texture"];
+  Json const mean = Regions({"--intensity", "i.nrrd", "--box"})["object 2"]["texture"];
   Json const all = Json::parse(Output({"texture", "box.nrrd", "--format", "json"}))["directions"];
   ASSERT_EQ(all.size(), 13u);
   for (auto const& [name, value] : mean.items()) {
@@ -194,16 +197,54 @@ TEST_F(SeluRegions, TextureIsThatOfTheBoundingBox) {
   }
 }
 
-TEST_F(SeluRegions, BoxesWithoutPairsHaveTheTextureZero) {
+TEST_F(SeluRegions, BoxesWithoutPairsHaveNoTexture) {
   WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 2}, {1, 0, 2, 2, 1, 0, 0, 0});
   WriteNrrd<std::uint8_t>("i.nrrd", "uint8", {4, 2}, {9, 8, 7, 6, 5, 4, 3, 2});
-  Json const json = Regions({"--intensity", "i.nrrd", "--direction", "1,0"});
+  Json const json = Regions({"--intensity", "i.nrrd", "--box", "--direction", "1,0"});
   EXPECT_EQ(json["object 1"]["status"], "too small for texture"); // it is one voxel wide
   EXPECT_EQ(json["object 1"]["texture"].size(), 13u);
-  for (auto const& [name, value] : json["object 1"]["texture"].items()) EXPECT_EQ(value, 0.0);
+  for (auto const& [name, value] : json["object 1"]["texture"].items())
+    EXPECT_EQ(value, (Json{{"$number", "NaN"}})) << name;
   EXPECT_EQ(json["object 2"]["status"], "measured");
   EXPECT_EQ(json["object 2"]["texture"]["Contrast"].is_number_float(), true);
-  EXPECT_EQ(Regions({"--intensity", "i.nrrd"})["object 1"]["status"], "measured") << "along 0,1";
+  EXPECT_EQ(Regions({"--intensity", "i.nrrd", "--box"})["object 1"]["status"], "measured")
+      << "along 0,1";
+}
+
+// Labels of every pixel type, of which the library takes some alone.
+TEST_F(SeluRegions, TextureIsThatOfTheObjectsPairs) {
+  test::CRandomNumbers random;
+  std::vector<std::uint8_t> values(10 * 8 * 6);
+  std::vector<std::int64_t> labels(values.size());
+  std::vector<std::uint32_t> objects;
+  for (auto& value : values) value = static_cast<std::uint8_t>(random.Between(0, 255));
+  for (auto& label : labels) label = random.Between(0, 3);
+  labels[0] = 9; // a voxel alone
+  objects.assign(labels.begin(), labels.end());
+  WriteNrrd("i.nrrd", "uint8", {10, 8, 6}, values);
+  WriteNrrd("l.nrrd", "int64", {10, 8, 6}, labels);
+  ORVA::CSize const size(10, 8, 6);
+  ORVA::CImageView const image(ORVA::IMAGE_GREY_8, size, static_cast<void const*>(values.data()));
+  ORVA::CImageView const names(ORVA::IMAGE_GREY_32, size, static_cast<void const*>(objects.data()));
+  ORVA::CObjectTexture const texture(ORVA::CQuantizer::BinCount(8).Quantize(image), names);
+  auto const expected = texture.Compute();
+  ASSERT_EQ(texture.Objects().size(), 4u);
+  Json const json = Regions({"--intensity", "i.nrrd", "--symmetric", "--bin-count", "8"});
+  for (std::size_t k = 0; k < 4; ++k) {
+    auto const label = texture.Objects()[k].label;
+    Json const& object = json["object " + std::to_string(label)];
+    EXPECT_EQ(object["status"], label == 9 ? "too small for texture" : "measured");
+    EXPECT_EQ(object["texture"].size(), 25u);
+    for (std::size_t f = 0; f < 25; ++f) {
+      Json const& value = object["texture"][std::string(ORVA::FeatureName(texture.Features()[f]))];
+      if (label == 9)
+        EXPECT_EQ(value, (Json{{"$number", "NaN"}}));
+      else
+        EXPECT_EQ(value.get<double>(), expected[k * 25 + f]) << label << ' ' << f;
+    }
+  }
+  Json const one = Regions({"--intensity", "i.nrrd", "--features", "contrast", "--threads", "2"});
+  EXPECT_EQ(one["object 1"]["texture"].size(), 1u);
 }
 
 TEST_F(SeluRegions, LabelsHave32Bits) {
@@ -259,7 +300,8 @@ TEST_F(SeluRegions, TableIsThatOfTheFeatureImage) {
 TEST_F(SeluRegions, RangeMapsSignedIntensitiesForTheTexture) {
   WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 1}, {1, 1, 1, 1});
   WriteNrrd<std::int16_t>("i.nrrd", "int16", {4, 1}, {-100, 0, 100, 50});
-  Json const object = Regions({"--intensity", "i.nrrd", "--range", "-100,100"})["object 1"];
+  Json const object =
+      Regions({"--intensity", "i.nrrd", "--box", "--range", "-100,100"})["object 1"];
   EXPECT_EQ(object["intensity"]["mean"], 12.5); // the values as they are
   Json const texture = Json::parse(Output(
       {"texture", "i.nrrd", "--format", "json", "--range", "-100,100", "--direction", "1,0"}));
@@ -306,6 +348,8 @@ TEST_F(SeluRegions, ImagesAndOptionsMustFit) {
   ExpectFailure(with({"--intensity", "s.nrrd", "--range", "9,0"}), "--range", 2);
   ExpectFailure(with({"--intensity", "s.nrrd", "--direction", "1"}), "--direction", 2);
   ExpectFailure(with({"--range", "0,9"}), "which needs --intensity", 2);
+  ExpectFailure(with({"--box"}), "which needs --intensity", 2);
+  ExpectFailure(with({"--intensity", "s.nrrd", "--box", "--levels", "8"}), "leave out", 2);
   ExpectFailure({"regions", "l.nrrd"}, "--output", 2);
   ExpectFailure({"regions", "l.nrrd", "-o", "f", "--csv", "./f"}, "name the same file", 2);
   ExpectFailure({"regions", "l.nrrd", "-o", "no/f.json"}, "cannot write \"no/f.json\"");
@@ -331,7 +375,7 @@ TEST_F(SeluRegions, RealLabelsMeasureAsByHand) {
   for (auto const& [label, object] : objects) {
     Json const& entry = json["object " + std::to_string(label)];
     ExpectObject(entry, object, 3);
-    EXPECT_GT(entry["texture"]["Entropy"].get<double>(), 0);
+    EXPECT_GT(entry["texture"]["joint_entr"].get<double>(), 0);
   }
 }
 

@@ -78,6 +78,7 @@ void AddCommands(CLI::App& app) {
 Each command has a help page of its own: selu help texture)");
   AddInfoCommand(app);
   AddTextureCommand(app);
+  AddTextureMapCommand(app);
   AddSampleCommand(app);
   AddSynthCommand(app);
   AddWalkCommand(app);

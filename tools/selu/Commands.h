@@ -13,6 +13,7 @@ namespace selu {
 
 void AddInfoCommand(CLI::App& app);
 void AddTextureCommand(CLI::App& app);
+void AddTextureMapCommand(CLI::App& app);
 void AddSampleCommand(CLI::App& app);
 void AddSynthCommand(CLI::App& app);
 void AddWalkCommand(CLI::App& app);

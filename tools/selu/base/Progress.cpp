@@ -23,6 +23,7 @@ CProgressBar::~CProgressBar() {
 }
 
 void CProgressBar::Advance() {
+  std::scoped_lock const lock(m_Mutex);
   m_Done = std::min(m_Done + 1, m_Steps);
   if (m_Visible && Clock::now() - m_Drawn > std::chrono::milliseconds(100)) Draw();
 }

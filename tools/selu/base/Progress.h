@@ -8,12 +8,13 @@
 #include <SeluBase/Algorithm.h>
 
 #include <chrono>
+#include <mutex>
 #include <string>
 
 namespace selu {
 
 /// One bar for a whole job of a known number of steps. As an observer it takes the steps of any
-/// number of operations; their own starts and ends do not begin a new bar.
+/// number of operations, from any thread; their own starts and ends do not begin a new bar.
 class CProgressBar : public ORVA::IProgressObserver {
 public:
   CProgressBar(std::string text, ORVA::int64 steps);
@@ -28,6 +29,7 @@ public:
 private:
   void Draw();
 
+  std::mutex m_Mutex;
   std::string m_Text;
   ORVA::int64 m_Steps, m_Done = 0;
   bool m_Visible;

@@ -4,18 +4,24 @@
 #include "base/Output.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
+#include "base/Threads.h"
 #include "images/ImageFile.h"
 #include "objects/RegionFeatures.h"
 #include "objects/Regions.h"
+#include "texture/LevelOptions.h"
 #include "texture/Texture.h"
 
 #include <SeluUtils/Cooccurrence.h>
+#include <SeluUtils/Texture/ObjectTexture.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -34,11 +40,18 @@ using ORVA::int64;
 constexpr std::array<char const*, 3> c_axes = {"x", "y", "z"};
 
 struct StOptions {
-  std::string labels, intensity, series, range, direction, output, csv;
-  bool noTexture = false, relabel = false;
+  std::string labels, intensity, series, direction, output, csv, features, threads;
+  StLevelOptions levels;
+  bool box = false, symmetric = false, noTexture = false, relabel = false;
 };
 
-using Texture = std::array<double, c_featureNames.size()>;
+using Texture = std::vector<double>;
+
+// The texture of each region; nothing for one without pairs.
+struct StTextures {
+  std::vector<std::string> names;
+  std::function<std::optional<Texture>(StRegion const& region, std::size_t index)> of;
+};
 
 // The texture inside a box of the image, without regard to which of its voxels are the object's.
 class CBoxTexture {
@@ -51,7 +64,7 @@ public:
   std::optional<Texture> Measure(StRegion const& region) {
     CSize const size = BoxSize(region);
     std::optional<CImage> box;
-    Texture sum = {};
+    Texture sum(c_featureNames.size());
     int count = 0;
     for (Direction direction : m_Directions) {
       if (PairsOf(size, direction) == 0) continue;
@@ -97,21 +110,22 @@ private:
 struct StAsked {
   int dimension = 3;
   bool hasIntensity = false;
-  CBoxTexture* texture = nullptr;
+  StTextures const* textures = nullptr;
 };
 
-void AddTexture(std::vector<StRegionFeature>& features, std::optional<Texture> const& texture) {
-  std::array<std::size_t, c_featureNames.size()> order{};
+void AddTexture(std::vector<StRegionFeature>& features, std::vector<std::string> const& names,
+                std::optional<Texture> const& texture) {
+  std::vector<std::size_t> order(names.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::sort(order, {}, [](std::size_t f) { return std::string_view(c_featureNames[f]); });
+  std::ranges::sort(order, {}, [&](std::size_t f) { return std::string_view(names[f]); });
   for (std::size_t const f : order)
-    features.push_back(
-        {std::string("texture/") + c_featureNames[f], texture ? (*texture)[f] : 0.0});
+    features.push_back({"texture/" + names[f],
+                        texture ? (*texture)[f] : std::numeric_limits<double>::quiet_NaN()});
 }
 
 // In the order of their paths.
-std::vector<StRegionFeature> FeaturesOf(StRegion const& region, int64 label, bool relabeled,
-                                        StAsked const& asked) {
+std::vector<StRegionFeature> FeaturesOf(StRegion const& region, std::size_t index, int64 label,
+                                        bool relabeled, StAsked const& asked) {
   auto const axes = std::span(c_axes).first(static_cast<std::size_t>(asked.dimension));
   std::vector<StRegionFeature> features;
   for (std::size_t i = 0; i < axes.size(); ++i) {
@@ -128,10 +142,10 @@ std::vector<StRegionFeature> FeaturesOf(StRegion const& region, int64 label, boo
   if (relabeled) features.push_back({"label", region.label});
   features.push_back({"object", std::to_string(label)});
   std::optional<Texture> texture;
-  if (asked.texture != nullptr) texture = asked.texture->Measure(region);
-  bool const tooSmall = asked.texture != nullptr && !texture;
+  if (asked.textures != nullptr) texture = asked.textures->of(region, index);
+  bool const tooSmall = asked.textures != nullptr && !texture;
   features.push_back({"status", std::string(tooSmall ? "too small for texture" : "measured")});
-  if (asked.texture != nullptr) AddTexture(features, texture);
+  if (asked.textures != nullptr) AddTexture(features, asked.textures->names, texture);
   features.push_back({"volume [px]", region.voxels});
   return features;
 }
@@ -141,10 +155,10 @@ void WriteRegions(std::vector<StRegion> const& regions, StAsked const& asked, bo
   auto const count = static_cast<int64>(regions.size());
   CRegionWriter writer(json, csv, relabel ? count : regions.back().label, regions.size());
   CProgressBar bar("measuring objects", count);
-  int64 number = 0;
-  for (StRegion const& region : regions) {
-    int64 const label = relabel ? ++number : region.label;
-    writer.Add(label, FeaturesOf(region, label, relabel, asked));
+  for (std::size_t index = 0; index < regions.size(); ++index) {
+    StRegion const& region = regions[index];
+    int64 const label = relabel ? static_cast<int64>(index) + 1 : region.label;
+    writer.Add(label, FeaturesOf(region, index, label, relabel, asked));
     bar.Advance();
   }
   writer.Finish();
@@ -166,9 +180,18 @@ void CheckOptions(StOptions const& options) {
   if (!options.output.empty() && !options.csv.empty() && IsSameFile(options.output, options.csv))
     throw CUsageError("--output and --csv name the same file, " + Quoted(options.csv));
   bool const texture = !options.intensity.empty() && !options.noTexture;
-  if (!texture && !(options.range.empty() && options.direction.empty()))
-    throw CUsageError("--range and --direction are for the texture, which needs --intensity");
-  if (!options.range.empty()) (void)ParseRange(options.range);
+  bool const hasObjectOptions = options.symmetric || !options.features.empty() ||
+                                options.levels.AreGiven() || !options.threads.empty();
+  if (!texture && (options.box || hasObjectOptions ||
+                   !(options.levels.range.empty() && options.direction.empty())))
+    throw CUsageError(
+        "--range, --direction and others are for the texture, which needs --intensity");
+  if (options.box && hasObjectOptions)
+    throw CUsageError("--box measures the 13 features of 256 gray levels: leave out --levels, "
+                      "--bin-width, --bin-count, --symmetric, --features and --threads");
+  (void)ParseLevels(options.levels);
+  (void)ParseThreads(options.threads);
+  (void)ParseFeatures(options.features.empty() ? "ibsi" : options.features);
   if (!options.direction.empty()) (void)ParseDirection(options.direction);
 }
 
@@ -188,14 +211,59 @@ StInputs OpenInputs(StOptions const& options) {
   return inputs;
 }
 
-CBoxTexture MakeTexture(StOptions const& options, CRawImage const& intensity) {
+StTextures BoxTextures(StOptions const& options, CRawImage const& intensity) {
   std::optional<StRange> range;
-  if (!options.range.empty()) range = ParseRange(options.range);
-  CBoxTexture texture(ToGray(intensity, range, options.intensity),
-                      Directions(options, intensity.Size().Dim()));
+  if (!options.levels.range.empty()) range = ParseRange(options.levels.range);
+  auto const boxes = std::make_shared<CBoxTexture>(ToGray(intensity, range, options.intensity),
+                                                   Directions(options, intensity.Size().Dim()));
   auto const warning = CollapseWarning(intensity, range, options.intensity);
   if (!warning.empty()) PrintNote("warning: " + warning);
-  return texture;
+  return {{c_featureNames.begin(), c_featureNames.end()},
+          [boxes](StRegion const& region, std::size_t) { return boxes->Measure(region); }};
+}
+
+// Labels of any pixel type, judged already, as 32-bit integers.
+CImage To32Bits(CRawImage const& labels) {
+  CImage image(ORVA::IMAGE_GREY_32, labels.Size());
+  auto const access = image.CreateAccess(true);
+  auto* out = reinterpret_cast<std::uint32_t*>(access.WritableBase());
+  VisitPixels(labels, [&](auto pixels) {
+    for (auto const value : pixels) *out++ = static_cast<std::uint32_t>(value);
+  });
+  return image;
+}
+
+// All objects at once, in ascending order of their labels, as the regions come.
+StTextures ObjectTextures(StOptions const& options, CRawImage const& labels,
+                          CRawImage const& intensity) {
+  auto const gray = MakeLevels(intensity, options.intensity, ParseLevels(options.levels));
+  CImage const objects = To32Bits(labels);
+  ORVA::StObjectTextureOptions wanted;
+  wanted.features = ParseFeatures(options.features.empty() ? "ibsi" : options.features);
+  wanted.isSymmetric = options.symmetric;
+  for (auto const& d : Directions(options, labels.Size().Dim()))
+    wanted.displacements.push_back({d.x, d.y, d.z});
+  ORVA::CObjectTexture const texture(gray.levels, objects, wanted);
+  StTextures result;
+  std::size_t const width = wanted.features.size();
+  for (auto const feature : wanted.features) result.names.emplace_back(ORVA::FeatureName(feature));
+  auto const values = std::make_shared<std::vector<double>>(texture.Objects().size() * width);
+  constexpr std::size_t block = 64;
+  std::size_t const count = texture.Objects().size();
+  auto const blocks = static_cast<int64>((count + block - 1) / block);
+  CProgressBar bar("measuring texture", blocks);
+  ForEachPart(ParseThreads(options.threads), blocks, [&](int64 part) {
+    std::size_t const first = static_cast<std::size_t>(part) * block;
+    std::size_t const last = std::min(first + block, count);
+    texture.Compute(first, last, std::span(*values).subspan(first * width, (last - first) * width));
+    bar.Advance();
+  });
+  result.of = [values, width](StRegion const&, std::size_t index) -> std::optional<Texture> {
+    auto const begin = values->begin() + static_cast<std::ptrdiff_t>(index * width);
+    if (std::isnan(*begin)) return std::nullopt; // all are, where there is no pair
+    return Texture(begin, begin + static_cast<std::ptrdiff_t>(width));
+  };
+  return result;
 }
 
 void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAtomicFile* csv) {
@@ -205,10 +273,14 @@ void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAto
     return WriteRegions(MeasureRegions(labels, nullptr, options.labels), asked, options.relabel,
                         json, csv);
   CRawImage const intensity = inputs.intensity->Read();
-  std::optional<CBoxTexture> texture;
-  if (!options.noTexture) asked.texture = &texture.emplace(MakeTexture(options, intensity));
-  WriteRegions(MeasureRegions(labels, &intensity, options.labels), asked, options.relabel, json,
-               csv);
+  auto const regions = MeasureRegions(labels, &intensity, options.labels);
+  StTextures textures;
+  if (!options.noTexture) {
+    textures =
+        options.box ? BoxTextures(options, intensity) : ObjectTextures(options, labels, intensity);
+    asked.textures = &textures;
+  }
+  WriteRegions(regions, asked, options.relabel, json, csv);
 }
 
 std::optional<CAtomicFile> OpenOutput(std::string const& path, StInputs const& inputs) {
@@ -229,11 +301,14 @@ void Run(StOptions const& options) {
 constexpr char c_help[] =
     R"(For each object: "object" (its label as text), "status", "volume [px]", "bounding box" (first and
 last coordinate along each axis), "centroid", and with --intensity "intensity" (mean and standard
-deviation of its voxels' values as they are) and "texture" (the 13 features inside its bounding
-box, the voxels of others included; without --direction their mean over the directions to the 13
-neighbors, in 2D 4, as far as they fit into the box). All lengths are in voxels. Where the box is
-too small for any of the directions, the texture is 0 and the status "too small for texture". The
-texture takes time in proportion to the boxes together, all else to the image.
+deviation of its voxels' values as they are) and "texture" (the features of the pairs with both
+voxels in the object; without --direction their mean over the directions to the 13 neighbors, in 2D
+4, that have a pair). All lengths are in voxels. Where there is no pair, the texture is NaN and the
+status "too small for texture". The levels are made of the whole intensity image.
+
+With --box the texture is that of the object's bounding box, the voxels of others included: the 13
+features of 256 gray levels. It takes time in proportion to the boxes together, all else to the
+image.
 
 Example:
   selu regions cells-label.nrrd --intensity cells.nrrd --range 0,2000 -o features.json)";
@@ -253,9 +328,14 @@ void AddRegionsCommand(CLI::App& app) {
   command->add_option("--intensity", options->intensity,
                       "image of the same size, for mean, deviation and texture");
   command->add_option("--series", options->series, c_seriesHelp);
-  command->add_option("--range", options->range,
-                      "LO,HI: map these intensities linearly onto the gray levels 0 to 255 of the "
-                      "texture");
+  command->add_option("--range", options->levels.range,
+                      "LO,HI: the intensities that --levels divides, 256 levels when not given");
+  AddLevelOptions(*command, options->levels);
+  command->add_option("--features", options->features,
+                      "ibsi (taken when not given), haralick, or names of features");
+  command->add_flag("--symmetric", options->symmetric, "count each pair in both orders");
+  command->add_flag("--box", options->box, "the texture of the bounding box, not of the object");
+  command->add_option("--threads", options->threads, c_threadsHelp);
   command->add_option(
       "--direction", options->direction,
       "the displacement of the texture in voxels; the mean over all directions to the "

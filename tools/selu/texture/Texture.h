@@ -10,20 +10,19 @@
 
 #include <SeluUtils/Cooccurrence.h>
 
-#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace selu {
 
-/// The names of the features, in the order of the tables.
+/// The names of the thirteen features, in the order of the tables.
 inline constexpr auto const& c_featureNames = ORVA::CCooccurrence::m_cFeatureNames;
 
 struct StDirectionTexture {
   Direction direction;
   ORVA::int64 pairs = 0;
-  std::array<double, c_featureNames.size()> features{};
+  std::vector<double> features;
 };
 
 struct StTexture {
@@ -31,9 +30,15 @@ struct StTexture {
   ORVA::CSize size;
   EnPixel pixel = EnPixel::UInt8;
   std::optional<StRange> range;
+  std::vector<std::string> featureNames;
   std::vector<StDirectionTexture> directions;
-  /// Size (directions, 256, 256): the count of (i, j) for direction s at (s, i, j).
+  /// Size (directions, n, n) for n levels: the count of (i, j) for direction s at (s, i, j).
   ORVA::CImage matrices;
+  /// The n + 1 edges of the levels; none for the 256 gray levels.
+  std::vector<double> edges;
+  /// Such as "3D_avg", and the features of all directions; no directions then.
+  std::string aggregation;
+  std::vector<double> aggregated;
 };
 
 /// "1,-1,0", without the third component for a 2D image.

@@ -3,9 +3,9 @@
 #include "texture/Texture.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numeric>
 
 namespace selu {
@@ -26,12 +26,15 @@ constexpr std::size_t c_mostDirections = 40; // a wider page would not be read
 // uses, or where these are few and scattered, the used ones alone.
 class CMatrices {
 public:
-  CMatrices(ORVA::CImage const& image, std::size_t count) : m_Access(image.CreateAccess(false)) {
+  CMatrices(StTexture const& texture, std::size_t count)
+      : m_Access(texture.matrices.CreateAccess(false)), m_Edges(texture.edges),
+        m_Used(static_cast<std::size_t>(texture.matrices.Size().y)) {
     for (std::size_t s = 0; s < count; ++s) Include(static_cast<int64>(s));
-    for (int level = 0; level < 256; ++level)
+    auto const levels = static_cast<int>(m_Used.size());
+    for (int level = 0; level < levels; ++level)
       if (m_Used[static_cast<std::size_t>(level)]) m_Levels.push_back(level);
     constexpr std::size_t few = 24;
-    if (m_Levels.empty()) m_Levels = {0, 255};
+    if (m_Levels.empty()) m_Levels = {0, levels - 1};
     m_Scattered = m_Levels.size() <= few;
     if (m_Scattered) return;
     int const low = m_Levels.front(), high = m_Levels.back();
@@ -45,10 +48,11 @@ public:
   /// Ticks stand at the middle of their level's cell.
   [[nodiscard]] std::vector<StTick> Ticks() const {
     double const low = m_Levels.front() - 0.5;
-    if (!m_Scattered) return LinearTicks(low, low + Levels(), 6);
+    if (!m_Scattered && m_Edges.empty()) return LinearTicks(low, low + Levels(), 6);
+    if (!m_Scattered) return LinearTicks(Edge(m_Levels.front()), Edge(m_Levels.back() + 1), 6);
     std::vector<StTick> ticks;
     for (std::size_t k = 0; k < m_Levels.size(); ++k)
-      ticks.push_back({(static_cast<double>(k) + 0.5) / Levels(), std::to_string(m_Levels[k])});
+      ticks.push_back({(static_cast<double>(k) + 0.5) / Levels(), Name(m_Levels[k])});
     return ticks;
   }
 
@@ -64,6 +68,12 @@ public:
   }
 
 private:
+  [[nodiscard]] double Edge(int level) const { return m_Edges[static_cast<std::size_t>(level)]; }
+  /// A bin is called by its lower edge.
+  [[nodiscard]] std::string Name(int level) const {
+    return m_Edges.empty() ? std::to_string(level) : Rounded(Edge(level), 6);
+  }
+
   [[nodiscard]] std::uint32_t Count(int64 s, int64 i, int64 j) const {
     std::uint32_t count = 0;
     std::memcpy(&count,
@@ -74,8 +84,8 @@ private:
   }
 
   void Include(int64 s) {
-    for (std::size_t i = 0; i < 256; ++i)
-      for (std::size_t j = 0; j < 256; ++j) {
+    for (std::size_t i = 0; i < m_Used.size(); ++i)
+      for (std::size_t j = 0; j < m_Used.size(); ++j) {
         auto const count = Count(s, static_cast<int64>(i), static_cast<int64>(j));
         if (count == 0) continue;
         m_Used[i] = m_Used[j] = true;
@@ -84,7 +94,8 @@ private:
   }
 
   ORVA::CImageAccess m_Access;
-  std::array<bool, 256> m_Used{};
+  std::vector<double> const& m_Edges;
+  std::vector<bool> m_Used;
   std::vector<int> m_Levels;
   bool m_Scattered = false;
   double m_Most = 1;
@@ -113,7 +124,10 @@ void DrawHeading(CPicture& picture, StTexture const& texture, std::size_t shown,
   std::vector<int64> extents = {texture.size.x, texture.size.y};
   if (texture.size.Dim() == 3) extents.push_back(texture.size.z);
   std::string text = Joined(extents, " x ") + " voxels, " + PixelText(texture.pixel);
-  if (texture.range)
+  if (!texture.edges.empty())
+    text += ", " + std::to_string(texture.edges.size() - 1) + " levels from values " +
+            Rounded(texture.edges.front(), 10) + " to " + Rounded(texture.edges.back(), 10);
+  else if (texture.range)
     text += ", gray levels 0 to 255 from values " + Rounded(texture.range->low, 10) + " to " +
             Rounded(texture.range->high, 10);
   if (shown < texture.directions.size())
@@ -135,8 +149,9 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
   picture.Cells(box, levels, levels, matrices.Cells(0));
   picture.Frame(box, c_hairline);
   auto const ticks = matrices.Ticks();
-  picture.AxisBelow(box, ticks, "gray level i of a voxel");
-  picture.AxisLeft(box, ticks, "gray level j of the voxel displaced from it");
+  std::string const what = texture.edges.empty() ? "gray level " : "gray value (its bin from) ";
+  picture.AxisBelow(box, ticks, what + "i of a voxel");
+  picture.AxisLeft(box, ticks, what + "j of the voxel displaced from it");
   picture.ColorBar({c_barLeft, c_top, c_barWidth, c_mapSize}, SequentialRamp,
                    LogarithmicTicks(matrices.Most()), "pairs");
 }
@@ -145,8 +160,8 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
 // where these can be told apart in print.
 void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& layout,
                  std::size_t shown, std::size_t feature, StBox const& row) {
-  picture.Text(row.x, row.y + row.height / 2, c_featureNames[feature], {});
-  double low = texture.directions.front().features[feature], high = low;
+  picture.Text(row.x, row.y + row.height / 2, texture.featureNames[feature], {});
+  double low = std::numeric_limits<double>::infinity(), high = -low; // of those that are no NaN
   for (std::size_t s = 0; s < shown; ++s) {
     low = std::min(low, texture.directions[s].features[feature]);
     high = std::max(high, texture.directions[s].features[feature]);
@@ -156,7 +171,7 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
     double const value = texture.directions[s].features[feature];
     StBox const cell = {row.x + c_nameWidth + static_cast<double>(s) * layout.column, row.y,
                         layout.column, row.height};
-    double const share = digits ? (value - low) / (high - low) : 0;
+    double const share = digits && !std::isnan(value) ? (value - low) / (high - low) : 0;
     std::string const text = Rounded(value, digits.value_or(4));
     StTextStyle style = {.size = 11, .align = EnAlign::Center};
     style.size *= std::min(1.0, (cell.width - 4) / picture.TextWidth(text, style));
@@ -167,13 +182,14 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
 
 void DrawTable(CPicture& picture, StTexture const& texture, StLayout const& layout,
                std::size_t shown) {
-  double const height = c_mapSize / static_cast<double>(c_featureNames.size());
+  double const height = c_mapSize / static_cast<double>(std::max<std::size_t>(
+                                        texture.featureNames.size(), c_featureNames.size()));
   picture.Text(c_tableLeft, c_top - 18, "Features by direction", {.size = 15, .bold = true});
   for (std::size_t s = 0; s < shown; ++s)
     picture.Text(c_tableLeft + c_nameWidth + (static_cast<double>(s) + 0.5) * layout.column,
                  c_top - 18, DirectionText(texture.directions[s].direction, texture.size.Dim()),
                  {.size = 12, .align = EnAlign::Center, .bold = true});
-  for (std::size_t f = 0; f < c_featureNames.size(); ++f)
+  for (std::size_t f = 0; f < texture.featureNames.size(); ++f)
     DrawFeature(picture, texture, layout, shown, f,
                 {c_tableLeft, c_top + static_cast<double>(f) * height, 0, height});
 
@@ -211,7 +227,7 @@ void DrawThumbnails(CPicture& picture, StTexture const& texture, CMatrices const
 
 std::string DrawTexture(StTexture const& texture, std::string const& ending) {
   std::size_t const shown = std::min(texture.directions.size(), c_mostDirections);
-  CMatrices const matrices(texture.matrices, shown);
+  CMatrices const matrices(texture, shown);
   StLayout const layout(shown);
   CPicture picture(layout.width, layout.height, ending);
   DrawHeading(picture, texture, shown, layout.width);
