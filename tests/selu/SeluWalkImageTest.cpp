@@ -253,7 +253,8 @@ TEST_F(SeluWalkImage, InputsAreNotOverwritten) {
   std::string const before = Read("a.nrrd");
   Fails({"line", "0,0,0", "1,1,1", "--image", "a.nrrd", "--paint", "1", "-o", "./a.nrrd"},
         "cannot write \"./a.nrrd\": it is the input \"a.nrrd\"");
-  Fails({"line", "0,0,0", "1,1,1", "--image", "a.nrrd", "-o", "a.nrrd"}, "it is the input");
+  std::filesystem::create_symlink("a.nrrd", Path("points.csv"));
+  Fails({"line", "0,0,0", "1,1,1", "--image", "a.nrrd", "-o", "points.csv"}, "it is the input");
   std::filesystem::create_symlink("a.nrrd", Path("link.png"));
   Fails({"line", "0,0,0", "1,1,1", "--image", "a.nrrd", "--picture", "link.png"},
         "it is the input");
@@ -262,7 +263,7 @@ TEST_F(SeluWalkImage, InputsAreNotOverwritten) {
           "cannot write \"" + name + "\"");
   Fails({"line", "0,0,0", "1,1,1", "--image", "none.nrrd"}, "cannot read \"none.nrrd\"");
   EXPECT_EQ(Read("a.nrrd"), before);
-  EXPECT_EQ(Files(), (Fields{"a.nrrd", "link.png"}));
+  EXPECT_EQ(Files(), (Fields{"a.nrrd", "link.png", "points.csv"}));
 }
 
 TEST_F(SeluWalkImage, UnwritablePixelTypesAreNamed) {

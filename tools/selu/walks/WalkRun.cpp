@@ -49,11 +49,11 @@ void CheckTogether(EnWalk kind, StWalkOptions const& given) {
   if (!given.range.empty() && !drawsPlane)
     throw CUsageError("--range is for the picture of a slice, which needs --image and --picture");
   if (!given.range.empty()) (void)ParseRange(given.range);
+  if (!given.output.empty() && !given.picture.empty() && IsSameFile(given.output, given.picture))
+    throw CUsageError("--output and --picture name the same file, " + Quoted(given.output));
   if (given.paint.empty() && IsImageEnding(EndingOf(given.output)))
     throw CUsageError("the points of a walk are CSV or JSON, and " + Quoted(given.output) +
                       " is an image: give --paint to write one, or --picture to draw the walk");
-  if (!given.output.empty() && !given.picture.empty() && IsSameFile(given.output, given.picture))
-    throw CUsageError("--output and --picture name the same file, " + Quoted(given.output));
 }
 
 // Refuses an output that is one of the files that are read.
