@@ -31,8 +31,8 @@ namespace {
 
 constexpr int c_draws = 4;
 
-// The fuzzer's words first, and then those of a stream, so that no loop waits for ever for a word
-// that ends it.
+// The fuzzer's words first, and then those of a stream, so that no loop waits without end for a
+// word that ends it.
 class CWords {
 public:
   using result_type = uint64;

@@ -36,12 +36,13 @@ public:
   /// No points before SetImageSize.
   explicit CDeltaVisitor(CTriple<double> direction) : m_Direction(direction) {}
 
-  /// Starts anew in an image of these extents, none where one is 0 or negative. A y extent of 0
-  /// sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a component
-  /// that is infinite or NaN, and "Invalid Calculation of Line in CDeltaVisitor" where round(|main
-  /// component| * diagonal) + 1 is less than the extent along the main axis: a direction shorter
-  /// than 1, or an oblique one in an elongated image. After an error, std::bad_alloc included, the
-  /// walk has no points: Steps() is 0. The extents stay for the next direction.
+  /// Starts anew in an image of these extents, no points where one is 0 or negative. A y extent of
+  /// 0 sets the z extent to 1. CException "Invalid Direction given to CDeltaVisitor" for a
+  /// component that is infinite or NaN, and "Invalid Calculation of Line in CDeltaVisitor" where
+  /// round(|main component| * diagonal) + 1 is less than the extent along the main axis: a
+  /// direction shorter than 1, or an oblique one in an elongated image. After an error,
+  /// std::bad_alloc included, the walk has no points: Steps() is 0. The extents stay for the next
+  /// direction.
   void SetImageSize(CTriple<int64> extents);
   template <class = void>
   void SetImageSize(CSize size) {

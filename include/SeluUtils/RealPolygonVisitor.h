@@ -20,7 +20,7 @@ namespace ORVA {
 
 /// Any number of outlines in one slice, each closed by an edge from its last corner to its first:
 /// polygons, holes, parts. They may be concave, cross themselves and each other, and repeat
-/// corners; what then is inside says the winding rule. By the even-odd rule a hole is an outline
+/// corners; the winding rule then says what is inside. By the even-odd rule a hole is an outline
 /// within another, whatever its orientation.
 ///
 /// The walk visits the lattice points inside the outlines, and of those exactly on an edge all,

@@ -187,7 +187,7 @@ requires RunWalker<std::remove_cvref_t<W>>
 
 } // namespace ORVA
 
-/// Their iterators hold the walker, not the range.
+/// Iterators of these ranges hold the walker and may outlive the range.
 template <class W>
 inline constexpr bool std::ranges::enable_borrowed_range<ORVA::CPointRange<W>> = true;
 template <class W>

@@ -24,7 +24,7 @@ namespace ORVA {
 /// The alias method: A. J. Walker, "An Efficient Method for Generating Discrete Random Variables
 /// with General Distributions", ACM Transactions on Mathematical Software 3 (1977) 253-256, its
 /// table made as by M. D. Vose, "A Linear Algorithm for Generating Random Numbers with a Given
-/// Distribution", IEEE Transactions on Software Engineering 17 (1991) 972-975. One word a draw,
+/// Distribution", IEEE Transactions on Software Engineering 17 (1991) 972-975. One word per draw,
 /// O(n) to make, 16 bytes an entry. Probabilities are right within 2^-50 or so of their greatest; a
 /// weight of 0 is never drawn.
 class SELUUTILS_EXPORT CAliasTable {

@@ -16,7 +16,7 @@ namespace ORVA {
 
 /// By the ziggurat with 256 layers and the exact tail (the papers: SeluUtils/Impl/Ziggurat.h): no
 /// number is infinite, and there is no greatest one. Tested are 1000 equally likely cells, four
-/// moments, and the tails beyond 6 to 17 means at 10^8 draws. 1.02 words a draw, about 2 ns.
+/// moments, and the tails beyond 6 to 17 means at 10^8 draws. 1.02 words per draw, about 2 ns.
 class SELUUTILS_EXPORT CExactExponential final
     : public Impl::CExactDraws<CExactExponential, double> {
 public:

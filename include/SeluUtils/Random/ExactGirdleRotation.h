@@ -20,7 +20,7 @@ namespace ORVA {
 /// angle to the axis has density beta / (2 (1 + (beta^2 - 1) t^2)^(3/2)) on [-1, 1]: the angular
 /// central Gaussian distribution of D. E. Tyler, "Statistical Analysis for the Angular Central
 /// Gaussian Distribution on the Sphere", Biometrika 74 (1987) 579-589. Drawn as it is defined, from
-/// three exact normal numbers. About 5.1 words a rotation, 3.1 a direction.
+/// three exact normal numbers. About 5.1 words per rotation, 3.1 per direction.
 class SELUUTILS_EXPORT CExactGirdleRotation final
     : public Impl::CExactRotations<CExactGirdleRotation> {
 public:

@@ -17,7 +17,7 @@ namespace ORVA {
 /// All rotations alike: a uniform point of the sphere in four dimensions, four exact normal numbers
 /// scaled to length 1 (M. E. Muller, "A Note on a Method for Generating Points Uniformly on
 /// n-Dimensional Spheres", Communications of the ACM 2 (1959) 19-20). Tested is the joint law of
-/// cosine, azimuth and spin. About 4.1 words a rotation, 3.1 a direction; no sine or cosine.
+/// cosine, azimuth and spin. About 4.1 words per rotation, 3.1 per direction; no sine or cosine.
 class SELUUTILS_EXPORT CExactIsotropicRotation final
     : public Impl::CExactRotations<CExactIsotropicRotation> {
 private:

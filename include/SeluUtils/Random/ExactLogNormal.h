@@ -14,7 +14,7 @@
 
 namespace ORVA {
 
-/// exp(mu + sigma z) with an exact standard normal z. 1.02 words a draw and an exponential
+/// exp(mu + sigma z) with an exact standard normal z. 1.02 words per draw and an exponential
 /// function.
 class SELUUTILS_EXPORT CExactLogNormal final : public Impl::CExactDraws<CExactLogNormal, double> {
 public:

@@ -16,7 +16,7 @@ namespace ORVA {
 
 /// By the ziggurat with 256 layers and the exact tail (the papers: SeluUtils/Impl/Ziggurat.h): no
 /// number is infinite, and there is no greatest one. Tested are 1000 equally likely cells, four
-/// moments, and the tails beyond 3 to 5.5 standard deviations at 10^8 draws. 1.02 words a draw,
+/// moments, and the tails beyond 3 to 5.5 standard deviations at 10^8 draws. 1.02 words per draw,
 /// about 2 ns.
 class SELUUTILS_EXPORT CExactNormal final : public Impl::CExactDraws<CExactNormal, double> {
 public:

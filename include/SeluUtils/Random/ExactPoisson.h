@@ -18,12 +18,12 @@
 namespace ORVA {
 
 /// Below a mean of 10 by multiplying uniform numbers (D. E. Knuth, The Art of Computer Programming
-/// 2, 3.4.1): mean + 1 words a draw. From 10 on by transformed rejection, PTRS of W. Hoermann, "The
-/// Transformed Rejection Method for Generating Poisson Random Variables", Insurance: Mathematics
-/// and Economics 12 (1993) 39-45: about 2.3 words a draw, whatever the mean. The probability that
-/// its test needs is taken from C. Loader, "Fast and Accurate Computation of Binomial
-/// Probabilities" (2000), which keeps its digits for large means; the count is summed up in
-/// integers. So counts are exact for means up to 2^53, and beyond as exact as the mean is given.
+/// 2, 3.4.1): mean + 1 words per draw. From 10 on by transformed rejection, PTRS of W. Hoermann,
+/// "The Transformed Rejection Method for Generating Poisson Random Variables", Insurance:
+/// Mathematics and Economics 12 (1993) 39-45: about 2.3 words per draw, whatever the mean. The
+/// probability that its test needs is taken from C. Loader, "Fast and Accurate Computation of
+/// Binomial Probabilities" (2000), which keeps its digits for large means; the count is summed up
+/// in integers. So counts are exact for means up to 2^53, and beyond as exact as the mean is given.
 class SELUUTILS_EXPORT CExactPoisson final : public Impl::CExactDraws<CExactPoisson, int64> {
 public:
   /// Throws CExBadParam unless the mean is at least 0 and at most 2^62.

@@ -18,7 +18,7 @@ namespace ORVA {
 
 /// The angle, in [0, pi], between the x axis and (f cos t, sin t) with t uniform on the circle, by
 /// an arc tangent: it keeps its digits near 0 and pi, where factors above 1 gather the angles, and
-/// is 0 or pi where the factor is huge. 2.04 words a draw.
+/// is 0 or pi where the factor is huge. 2.04 words per draw.
 class SELUUTILS_EXPORT CExactPressedDirections final
     : public Impl::CExactDraws<CExactPressedDirections, double> {
 public:

@@ -16,7 +16,7 @@
 
 namespace ORVA {
 
-/// scale * sqrt(2 E) with an exact exponential E, so no number is infinite. 1.02 words a draw.
+/// scale * sqrt(2 E) with an exact exponential E, so no number is infinite. 1.02 words per draw.
 class SELUUTILS_EXPORT CExactRayleigh final : public Impl::CExactDraws<CExactRayleigh, double> {
 public:
   CExactRayleigh() = default; ///< scale 1

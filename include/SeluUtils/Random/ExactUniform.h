@@ -17,7 +17,7 @@
 namespace ORVA {
 
 /// Uniform on [low, high): one of 2^53 equally likely numbers, low included, rounded to the nearest
-/// double; where that would be high, the last number before it. One word a draw.
+/// double; where that would be high, the last number before it. One word per draw.
 class SELUUTILS_EXPORT CExactUniform final : public Impl::CExactDraws<CExactUniform, double> {
 public:
   CExactUniform() = default; ///< [0, 1)

@@ -20,7 +20,8 @@ namespace ORVA {
 /// exponential number of rate kappa that is at most 2 (R. Fisher, "Dispersion on a Sphere",
 /// Proceedings of the Royal Society A 217 (1953) 295-305), and the direction is made from it
 /// without an angle: so neither huge concentrations lose digits, nor tiny ones; 0 is isotropic.
-/// Tested are concentrations from 10^-300 to 10^15. About 5.1 words a rotation, 3.1 a direction.
+/// Tested are concentrations from 10^-300 to 10^15. About 5.1 words per rotation, 3.1 per
+/// direction.
 class SELUUTILS_EXPORT CExactVonMisesFisher final
     : public Impl::CExactRotations<CExactVonMisesFisher> {
 public:

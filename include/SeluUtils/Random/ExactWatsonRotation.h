@@ -26,7 +26,7 @@ namespace ORVA {
 /// with the probability exp(-kappa |t| (1 - |t|)); across it t is proposed from a normal one, which
 /// is its law between -1 and 1; small concentrations propose a uniform t. Every test compares with
 /// an exponential number, so no power over- or underflows, whatever the concentration. Half of the
-/// proposals or more are accepted: at most 9 words a rotation on average.
+/// proposals or more are accepted: at most 9 words per rotation on average.
 class SELUUTILS_EXPORT CExactWatsonRotation final
     : public Impl::CExactRotations<CExactWatsonRotation> {
 public:

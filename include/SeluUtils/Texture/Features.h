@@ -27,7 +27,7 @@ class CPairCounter;
 /// The features. p(i, j) is the matrix divided by its sum N, i and j are levels 1 .. n; px, py its
 /// row and column sums with means mx, my and deviations sx, sy; pd(k) the sum of p over |i - j| =
 /// k, ps(k) that over i + j = k; H(q) = -sum of q log q over q > 0. Nothing is assumed of the
-/// matrix: where a custom asks for the symmetric one (IBSI does), symmetrize it first.
+/// matrix: where a convention asks for the symmetric one (IBSI does), symmetrize it first.
 ///
 /// Every feature of an empty matrix (N = 0) is NaN. What happens where only one level occurs, and
 /// elsewhere where a formula divides by 0, stands with the feature.

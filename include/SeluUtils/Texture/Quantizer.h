@@ -83,12 +83,12 @@ public:
   /// `levels` bins of equal width from `low` to `high`: level floor(levels (v - low) / (high -
   /// low)) + 1, and `high` itself in the last. Needs finite low < high, 2^-1000 to 2^1000 apart.
   [[nodiscard]] static CQuantizer Range(double low, double high, int levels);
-  /// The same over the range found, the custom called fixed bin number. Fitting refuses a range as
-  /// above, unless all values are equal.
+  /// The same over the range found, the convention called fixed bin number. Fitting refuses a range
+  /// as above, unless all values are equal.
   [[nodiscard]] static CQuantizer BinCount(int levels);
-  /// Bins of one width, the custom called fixed bin size: level floor((v - a) / width) + 1, with as
-  /// many levels as reach the greatest value found. The first starts at a = the least value found.
-  /// Needs a width from 2^-1000 to 2^1000; fitting refuses a range of more than 65535 bins.
+  /// Bins of one width, the convention called fixed bin size: level floor((v - a) / width) + 1,
+  /// with as many levels as reach the greatest value found. The first starts at a = the least value
+  /// found. Needs a width from 2^-1000 to 2^1000; fitting refuses a range of more than 65535 bins.
   [[nodiscard]] static CQuantizer BinWidth(double width);
   /// The same from a given start, such as the lower end of the values that a study keeps.
   [[nodiscard]] static CQuantizer BinWidthFrom(double start, double width);
