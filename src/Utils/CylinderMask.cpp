@@ -27,16 +27,16 @@ char AxisLetter(CString const& axis) { return axis.Std().at(0); }
 // How the voxels of an image lie in memory, seen from the cross section: groups of slice pixels,
 // each group repeated along the cylinder's axis, each pixel standing for a number of voxels in a
 // row. The voxel of group g, repeat r and pixel p starts at ((g * repeats + r) * pixels + p) *
-// voxels.
+// voxels; the groups share the v rows of the cross section evenly.
 struct StLayout {
   int64 u, v; // extents of the cross section
-  int64 groups, repeats, pixels, voxels;
+  int64 repeats, pixels, voxels;
 };
 
 StLayout Layout(char axis, CSize const& size) {
-  if (axis == 'X') return {size.y, size.z, 1, 1, size.y * size.z, size.x};
-  if (axis == 'Y') return {size.x, size.z, size.z, size.y, size.x, 1};
-  return {size.x, size.y, 1, size.z, size.x * size.y, 1};
+  if (axis == 'X') return {size.y, size.z, 1, size.y * size.z, size.x};
+  if (axis == 'Y') return {size.x, size.z, size.y, size.x, 1};
+  return {size.x, size.y, size.z, size.x * size.y, 1};
 }
 
 struct StSpan {

@@ -328,7 +328,6 @@ private:
 
   void WriteTexts(std::size_t feature) {
     CValueVector texts = m_Texts[feature]->Write(Row(feature));
-    m_Largest = std::max(m_Largest, static_cast<double>(texts.Size() - 1));
     m_Lookup.SetEntry(m_List[feature].path, std::move(texts));
   }
 
@@ -348,7 +347,7 @@ private:
   float* m_Pixels = nullptr;
   std::vector<std::optional<CTextColumn>> m_Texts; // by feature
   CValueMap m_Lookup;
-  double m_Largest = 0;
+  double m_Largest = 0; // indices of texts stay below the number of objects, and so of labels
 };
 
 // The image keeps a copy of the features or, where they are given away, the map itself.
