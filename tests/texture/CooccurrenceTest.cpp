@@ -220,12 +220,14 @@ TEST_F(Cooccurrence, MatrixAndFeaturesCheckTheirArgumentsInOrder) {
       {out, line, &right, &features, "Images must be 2d or 3d."},
       {out, plane, &right, &features, "input image type does not match"},
   };
-  for (auto const& [output, input, direction, map, message] : cases) {
-    auto const call = [&] { texture.ComputeMatrixAndFeatures(output, input, direction, map); };
-    if (message.starts_with("direction") || message.starts_with("feature map")) {
-      ExpectError<CExBadParam>(call, message);
+  for (auto const& c : cases) {
+    auto const call = [&] {
+      texture.ComputeMatrixAndFeatures(c.out, c.in, c.direction, c.features);
+    };
+    if (c.message.starts_with("direction") || c.message.starts_with("feature map")) {
+      ExpectError<CExBadParam>(call, c.message);
     } else {
-      ExpectError(call, message);
+      ExpectError(call, c.message);
     }
   }
   EXPECT_TRUE(features.IsEmpty());
