@@ -36,7 +36,7 @@ StLayout LayOut(CImage const& image, std::array<std::size_t, 3> const& axes, uns
   for (std::size_t const axis : axes) {
     bool const isFlipped = (flips >> axis & 1U) != 0;
     strides[axis] = isFlipped ? -next : next;
-    if (isFlipped) first += next * (extents[axis] - 1);
+    if (isFlipped && extents[axis] > 0) first += next * (extents[axis] - 1);
     next = next * extents[axis] + gap;
   }
   StLayout layout{std::vector<std::byte>(static_cast<std::size_t>(next)), {}};
