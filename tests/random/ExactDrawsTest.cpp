@@ -126,6 +126,10 @@ void ExpectFormsAgree(Distribution const& distribution, char const* what) {
   EXPECT_EQ((*clone)(), rotations[0]) << what << ", from the shared source";
 }
 
+void ExpectUnit(CTriple<double> const& d) {
+  EXPECT_NEAR(d.x * d.x + d.y * d.y + d.z * d.z, 1, 1e-15);
+}
+
 template <class Make>
 void ExpectRefused(Make make, std::string const& message) {
   test::ExpectError<CExBadParam>(make, message);
@@ -348,6 +352,16 @@ TEST(ExactDraws, EndsOfTheRangesAreSafe) {
   EXPECT_EQ(CSpherePoint()(zeros), CTriple<double>(0, 0, 1));
   EXPECT_EQ(CBallPoint()(zeros), CTriple<double>(0, 0, 0));
   EXPECT_TRUE(CExactVonMisesFisher(5, c_up)(zeros).IsValid());
+  // Nor has an azimuth from two zeros, whatever the cosine that was drawn before them.
+  for (uint64 const first : {uint64{1} << 63 | 7, uint64{3} << 62 | 7}) {
+    CReplaySource fisher({first, 0, 0}), wide({first, 0, 0}), across({first, 0, 0}),
+        any({first, 0, 0, 0}), ends({first, first, 0, 0, 0});
+    ExpectUnit(CExactVonMisesFisher(5, c_aslant).Direction(fisher));
+    ExpectUnit(CExactVonMisesFisher(0.5, c_aslant).Direction(wide));
+    ExpectUnit(CExactWatsonRotation(-5, c_aslant).Direction(across));
+    ExpectUnit(CExactWatsonRotation(0, c_aslant).Direction(any));
+    ExpectUnit(CExactWatsonRotation(5, c_aslant).Direction(ends));
+  }
   EXPECT_EQ(CExactPressedDirections(0.5)(zeros), 0);
 }
 

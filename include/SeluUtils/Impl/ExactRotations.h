@@ -69,7 +69,10 @@ public:
   template <RandomSource Source>
   [[nodiscard]] CTriple<double> DirectionAt(double cosine, double sine, Source& source) const {
     double const x = StandardNormal(source), y = StandardNormal(source);
-    double const factor = ToLength(sine, x * x + y * y);
+    double const square = x * x + y * y;
+    if (square == 0) [[unlikely]]
+      return FromZ(sine, 0, cosine);
+    double const factor = sine / std::sqrt(square);
     return FromZ(x * factor, y * factor, cosine);
   }
 
