@@ -270,6 +270,20 @@ TEST(ExactDraws, ParametersOfRotationsAndPointsAreChecked) {
         CBallPoint({0, 0, 0}, -1);
       },
       "The radius has to be finite and at least 0, not -1.");
+  ExpectRefused(
+      [] {
+        CSpherePoint({0, -1e308, 0}, 1e308);
+      },
+      "The radius has to leave all coordinates finite, not 1e+308.");
+}
+
+TEST(ExactDraws, PointsAboutTheGreatestRadiusAreFinite) {
+  CRandomSource source(13);
+  for (int i = 0; i < 1000; ++i)
+    for (auto const& p :
+         {CBallPoint({0, 0, 0}, c_greatest)(source), CSpherePoint({0, 0, 0}, c_greatest)(source),
+          CDiscPoint({0, 0, 0}, c_greatest, c_aslant)(source)})
+      EXPECT_LE(std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}), c_greatest);
 }
 
 // The papers' construction, in other words: all layers have one area, each begins at the height
@@ -402,6 +416,8 @@ TEST(ExactDraws, GammaOfTheSmallestAndGreatestShapes) {
     double const tiny = CExactGamma(1e-300, 1)(source);
     EXPECT_TRUE(tiny >= 0 && tiny < 1e-3);
     EXPECT_NEAR(CExactGamma(1e300, 1)(source), 1e300, 1e286);
+    // A scale so great that the number of shape 1 + 1e-12 is infinite, and nearly 0 as a factor.
+    EXPECT_EQ(CExactGamma(1e-12, 5e-309)(source), 0);
   }
 }
 

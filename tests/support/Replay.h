@@ -41,8 +41,8 @@ private:
 class CReplay : public CWords {
 public:
   CReplay(ORVA::uint64 seed, std::size_t words)
-      : CWords(ReadAhead(seed, words)), m_Trace(__FILE__, __LINE__,
-                                                "seed " + std::to_string(seed)) {}
+      : CWords(ReadAhead(seed, words)),
+        m_Trace(__FILE__, __LINE__, "seed " + std::to_string(seed)) {}
 
   /// Checks that the source stands where this replay stands.
   void ExpectInStep() { EXPECT_EQ(ORVA::CRandom::Obj().Rand64(), Word()); }
