@@ -33,8 +33,8 @@ namespace Impl {
 /// draw, 3.2 below shape 1.
 class SELUUTILS_EXPORT CExactGamma final : public Impl::CExactDraws<CExactGamma, double> {
 public:
-  /// Throws CExBadParam unless both are finite and positive, and shape / rate is finite, below shape
-  /// 1 (shape + 2/3) / rate.
+  /// Throws CExBadParam unless both are finite and positive, and shape / rate is finite, below
+  /// shape 1 (shape + 2/3) / rate.
   CExactGamma(double shape, double rate);
 
 private:
