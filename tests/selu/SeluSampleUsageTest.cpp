@@ -2,7 +2,9 @@
 // goes wrong leaves no file behind.
 #include "support/SampleRun.h"
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -57,9 +59,10 @@ TEST_F(SeluSampleUsage, WrongParametersAreRefusedByNameAndValue) {
         StCase{{"watson", "kappa=inf"}, "\"inf\""},
         StCase{{"fixed", "phi=nan"}, "\"nan\""},
         StCase{{"mixture"}, "file"},
-        StCase{{"mixture", "file=none.json"}, "none.json"},
         StCase{{"flat"}, "no distribution \"flat\""}})
-    ExpectFailure(Command(distribution, {"-n", "10", "-o", "a.csv", "--picture", "a.png"}), text);
+    ExpectFailure(Command(distribution, {"-n", "10", "-o", "a.csv", "--picture", "a.png"}), text,
+                  2);
+  ExpectFailure({"sample", "mixture", "file=none.json", "-n", "10", "-o", "a.csv"}, "none.json");
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
 }
 
@@ -120,6 +123,13 @@ TEST_F(SeluSampleUsage, AFullDiskLeavesNothingBehind) {
   ExpectFailure({"sample", "normal", "-n", "1000000", "-o", "a.csv"}, "cannot write \"a.csv\"", 1,
                 {.fileLimit = 3'000'000});
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
+}
+
+TEST_F(SeluSampleUsage, SamplesAndPictureAppearTogetherOrNeither) {
+  std::filesystem::create_symlink("/dev/full", Folder() / "full.png");
+  ExpectFailure({"sample", "normal", "-n", "10", "-o", "a.csv", "--picture", "full.png"},
+                "cannot write \"full.png\"");
+  EXPECT_EQ(Files(), std::vector<std::string>{"full.png"});
 }
 
 TEST_F(SeluSampleUsage, ATerminalSeesABar) {
