@@ -112,7 +112,7 @@ CRawImage COpenImage::Read() {
 }
 
 COpenImage OpenImage(fs::path const& path, std::string const& series) {
-  return COpenImage(path, series);
+  return {path, series};
 }
 
 CRawImage ReadImage(fs::path const& path) { return OpenImage(path).Read(); }
