@@ -502,9 +502,10 @@ TEST_F(SeluSample, WrongParametersAreRefusedByNameAndValue) {
         StCase{{"watson", "kappa=inf"}, "\"inf\""},
         StCase{{"fixed", "phi=nan"}, "\"nan\""},
         StCase{{"mixture"}, "file"},
-        StCase{{"mixture", "file=none.json"}, "none.json"},
         StCase{{"flat"}, "no distribution \"flat\""}})
-    ExpectFailure(Command(distribution, {"-n", "10", "-o", "a.csv", "--picture", "a.png"}), text);
+    ExpectFailure(Command(distribution, {"-n", "10", "-o", "a.csv", "--picture", "a.png"}), text,
+                  2);
+  ExpectFailure({"sample", "mixture", "file=none.json", "-n", "10", "-o", "a.csv"}, "none.json");
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
 }
 
@@ -592,6 +593,13 @@ TEST_F(SeluSample, AFullDiskLeavesNothingBehind) {
   ExpectFailure({"sample", "normal", "-n", "1000000", "-o", "a.csv"}, "cannot write \"a.csv\"", 1,
                 {.fileLimit = 3'000'000});
   EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
+}
+
+TEST_F(SeluSample, SamplesAndPictureAppearTogetherOrNeither) {
+  std::filesystem::create_symlink("/dev/full", Folder() / "full.png");
+  ExpectFailure({"sample", "normal", "-n", "10", "-o", "a.csv", "--picture", "full.png"},
+                "cannot write \"full.png\"");
+  EXPECT_EQ(Files(), std::vector<std::string>{"full.png"});
 }
 
 TEST_F(SeluSample, ATerminalSeesABar) {

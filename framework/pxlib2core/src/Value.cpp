@@ -193,6 +193,7 @@ CValue& CValue::operator=(CValue const& other) {
   return *this = std::move(copy);
 }
 
+// NOLINTNEXTLINE(performance-noexcept-move-constructor): the place of a missing entry throws
 CValue& CValue::operator=(CValue&& other) {
   RefuseIfMissing("ORVA::CValue::operator =");
   CValue taken(std::move(other));

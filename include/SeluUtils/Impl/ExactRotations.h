@@ -58,8 +58,8 @@ template <RandomSource Source>
 /// The axes of a right-handed frame whose third axis is the given one.
 class SELUUTILS_EXPORT CMeanFrame {
 public:
-  /// Throws CExBadParam, in the name of the class, unless both angles of the axis are finite.
-  CMeanFrame(CPolarCoordinates const& axis, char const* className);
+  /// Throws CExBadParam, in the name of the function, unless both angles of the axis are finite.
+  CMeanFrame(CPolarCoordinates const& axis, char const* function);
 
   [[nodiscard]] CTriple<double> FromZ(double x, double y, double z) const noexcept {
     return {m_X.x * x + m_Y.x * y + m_Z.x * z, m_X.y * x + m_Y.y * y + m_Z.y * z,

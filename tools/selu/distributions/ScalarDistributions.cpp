@@ -431,7 +431,8 @@ StScalar MakeScalar(CParameters parameters) {
   for (auto const& [name, make] : c_makers)
     if (IsScalar(parameters.Distribution()) && PlainName(parameters.Distribution()) == name)
       return make(parameters);
-  throw CAppError("there is no distribution of numbers named " + Quoted(parameters.Distribution()));
+  parameters.Raise("there is no distribution of numbers named " +
+                   Quoted(parameters.Distribution()));
 }
 
 } // namespace selu
