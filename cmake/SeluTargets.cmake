@@ -24,7 +24,6 @@ function(selu_configure_target target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
     -ffp-contract=off)
-  selu_pin_build_date(${target})
   if(SELU_HARDEN)
     selu_harden(${target})
   endif()
@@ -49,6 +48,7 @@ function(selu_add_library name)
   add_library(${name} ${ARG_SOURCES})
   add_library(ORVA::${name} ALIAS ${name})
   selu_configure_target(${name})
+  selu_pin_build_date(${name})
   set_target_properties(${name} PROPERTIES
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN" # the libraries find each other wherever they are installed
