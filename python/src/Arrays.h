@@ -31,6 +31,10 @@ void BindTextureMaps(py::module_& module);
 /// The same for gray values: booleans are refused as well.
 [[nodiscard]] ORVA::CImageView GrayViewOf(py::handle array, char const* name);
 
+/// The same for labels and masks: integers of 64 bits are taken too, through their lower halves.
+/// BadParameter where one of them is not from 0 to 2^32 - 1.
+[[nodiscard]] ORVA::CImageView LabelViewOf(py::handle array, char const* name);
+
 /// The shape of an image or a size of `dimension` axes in the order of the array's axes.
 [[nodiscard]] std::vector<py::ssize_t> ShapeOf(ORVA::CSize const& size);
 

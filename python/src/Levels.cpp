@@ -99,7 +99,7 @@ CRecipe::CRecipe(std::optional<int64> levels, std::optional<double> binWidth,
 
 CMask::CMask(py::handle mask, ORVA::CSize const& image) {
   if (mask.is_none()) return;
-  m_View.emplace(ViewOf(mask, "mask"));
+  m_View.emplace(LabelViewOf(mask, "mask"));
   if (IsReal(*m_View))
     ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "CMask"),
                               "mask must be bool or integers, not floating-point numbers");

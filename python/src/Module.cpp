@@ -7,4 +7,5 @@ PYBIND11_MODULE(_core, module) {
   module.attr("__version__") = SELU_VERSION;
   RegisterErrors();
   BindTexture(module);
+  BindTextureMaps(module);
 }
