@@ -8,4 +8,5 @@ PYBIND11_MODULE(_core, module) {
   RegisterErrors();
   BindTexture(module);
   BindTextureMaps(module);
+  BindWalk(module);
 }
