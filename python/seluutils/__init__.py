@@ -17,7 +17,7 @@ works, and Ctrl-C ends it.
 
 from ._core import __version__
 from ._errors import BadParameter, Location, SeluError
-from . import draw, texture, walk
+from . import draw, random, texture, walk
 
 __all__ = [
     "BadParameter",
@@ -25,6 +25,7 @@ __all__ = [
     "SeluError",
     "__version__",
     "draw",
+    "random",
     "texture",
     "walk",
 ]

@@ -9,4 +9,6 @@ PYBIND11_MODULE(_core, module) {
   BindTexture(module);
   BindTextureMaps(module);
   BindWalk(module);
+  auto random = module.def_submodule("random");
+  BindRandom(random);
 }
