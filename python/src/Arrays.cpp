@@ -192,6 +192,33 @@ std::vector<CTriple<int64>> PointsOf(py::handle points, int dimension, char cons
   return result;
 }
 
+std::vector<CTriple<double>> RealPointsOf(py::handle points, int dimension, char const* name) {
+  using CReals = py::array_t<double, py::array::c_style | py::array::forcecast>;
+  auto const array = py::array::ensure(points);
+  if (!array) throw py::error_already_set();
+  char const kind = array.dtype().kind();
+  if (kind != 'i' && kind != 'u' && kind != 'f')
+    throw py::type_error(std::string(name) + " must be real numbers, not " + TextOf(points));
+  auto const rows = CReals::ensure(array);
+  bool const isOne = rows.ndim() == 1 && rows.shape(0) == dimension;
+  bool const isEmpty = rows.size() == 0 && rows.ndim() <= 2;
+  if (!isOne && !isEmpty && (rows.ndim() != 2 || rows.shape(1) != dimension))
+    ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "RealPointsOf"),
+                              CString("%1 must be points of %2 numbers each, in the order of the "
+                                      "array's axes, not %3")
+                                  .Arg(name)
+                                  .Arg(dimension)
+                                  .Arg(TextOf(points).c_str()));
+  std::vector<CTriple<double>> result(static_cast<std::size_t>(rows.size() / dimension));
+  double const* in = rows.data();
+  for (auto& [x, y, z] : result) {
+    z = dimension == 3 ? *in++ : 0;
+    y = *in++;
+    x = *in++;
+  }
+  return result;
+}
+
 CTriple<int64> PointOf(py::handle point, int dimension, char const* name) {
   CIntegers const row = IntegersOf(point, name);
   if (row.ndim() != 1 || row.shape(0) != dimension) RaiseShape(point, dimension, name, "one point");

@@ -8,4 +8,7 @@ PYBIND11_MODULE(_core, module) {
   RegisterErrors();
   BindTexture(module);
   BindTextureMaps(module);
+  BindWalk(module);
+  auto random = module.def_submodule("random");
+  BindRandom(random);
 }
