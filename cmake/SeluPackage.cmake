@@ -93,6 +93,8 @@ set(CPACK_COMPONENT_PYTHON3_DESCRIPTION "texture, masks and walks of images in P
 SeluUtils walks the voxels of images, measures their texture by
 co-occurrence matrices, masks volumes and draws random orientations.
 This package has the module seluutils for NumPy arrays.")
+set(CPACK_DEBIAN_PYTHON3_PACKAGE_CONTROL_EXTRA # what Python compiles goes with the package
+  ${PROJECT_SOURCE_DIR}/packaging/python3/postinst ${PROJECT_SOURCE_DIR}/packaging/python3/prerm)
 if(SELU_BUILD_PYTHON)
   math(EXPR next "${Python3_VERSION_MINOR} + 1")
   string(CONCAT CPACK_DEBIAN_PYTHON3_PACKAGE_DEPENDS "libseluutils${abi} (= ${version}), python3-numpy, "
