@@ -10,7 +10,6 @@ myst_enable_extensions = ["deflist", "dollarmath"]
 myst_heading_anchors = 3
 myst_update_mathjax = False
 exclude_patterns = ["_build"]
-primary_domain = "cpp"
 highlight_language = "cpp"
 html_theme = "furo"
 html_title = f"SeluUtils {release}"

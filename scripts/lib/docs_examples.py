@@ -2,10 +2,11 @@
 
     docs_examples.py DOCS EXAMPLES PROGRAMS SELU [PYTHON]
 
-A block of code (sh, python, or a whole C++ program) that is followed at once by a block of text, or by an empty comment
-"<!-- runs -->", is run, in a folder that the page's blocks share; the text is what it prints. A line "..." in the text
-stands for any lines. Every other block of C++ must be part of an example in EXAMPLES, whose programs have been built in
-PROGRAMS. PYTHON is an interpreter with seluutils; without one the blocks of Python are not run.
+A block of sh or python that is followed at once by a block of text, or by an empty comment "<!-- runs -->", is run, in a
+folder that the page's blocks share; the text is what it prints. A line "..." in the text stands for any lines. A
+block of C++ must be part of an example in EXAMPLES, whose programs have been built in PROGRAMS; "prints `text`" behind it,
+or "prints" and a block of text, is part of what that example prints. PYTHON is an interpreter with seluutils;
+without one the blocks of Python are not run.
 """
 import os
 import re
@@ -23,6 +24,10 @@ def matches(printed, expected):
     return re.fullmatch(pattern, printed.rstrip() + "\n" if printed.strip() else "") is not None
 
 
+# What a part of a C++ example prints is said behind it: prints `this`, or prints and a block of text.
+PRINTS = re.compile(r"^```cpp\n(.*?)^```\n\nprints(?: `([^`]+)`|\n\n```text\n(.*?)^```$)", re.M | re.S)
+
+
 class Examples:
     def __init__(self, docs, examples, programs, selu, python):
         self.docs, self.programs, self.python, self.problems = docs, programs, python, []
@@ -33,10 +38,7 @@ class Examples:
     def command(self, language, code):
         if language == "sh":
             return ["bash", "-euo", "pipefail", "-c", code]
-        if language == "python":
-            return [self.python, "-c", code] if self.python else None
-        name = next((stem for stem, text in self.sources.items() if code in text), None)
-        return [str(self.programs / f"example_{name}")] if name else None
+        return [self.python, "-c", code] if self.python else None
 
     def run(self, page, language, code, expected, folder):
         command = self.command(language, code)
@@ -55,23 +57,36 @@ class Examples:
             for language, code, expected, runs in BLOCK.findall(file.read_text()):
                 if language == "cpp" and not any(code in text for text in self.sources.values()):
                     self.problems.append(f"{name}: no example in examples/ has\n{code}")
-                if language in self.count and (expected or runs):
+                if language in self.count and language != "cpp" and (expected or runs):
                     self.run(name, language, code, expected or None, folder)
 
+            for code, line, text in PRINTS.findall(file.read_text()):
+                stem = next((stem for stem, source in self.sources.items() if code in source), None)
+                if stem is None:
+                    continue  # said above
+                self.count["cpp"] += 1
+                if (line or text) not in self.printed[stem]:
+                    self.problems.append(f"{name}: this prints something else\n{code}examples/{stem}.cpp prints\n"
+                                         f"{self.printed[stem]}The page says\n{line or text}")
+
     def all_programs(self):
+        """What each example prints, warnings and all."""
+        self.printed = {}
         for stem in self.sources:
             with tempfile.TemporaryDirectory() as folder:
-                done = subprocess.run([str(self.programs / f"example_{stem}")], cwd=folder, capture_output=True, timeout=120)
+                done = subprocess.run([str(self.programs / f"example_{stem}")], cwd=folder, capture_output=True,
+                                      text=True, timeout=120)
+                self.printed[stem] = done.stdout
                 if done.returncode != 0:
-                    self.problems.append(f"examples/{stem}.cpp fails: {done.stderr.decode()}")
+                    self.problems.append(f"examples/{stem}.cpp fails: {done.stderr}")
 
 
 def main():
     docs, examples, programs, selu = (Path(word).resolve() for word in sys.argv[1:5])
     found = Examples(docs, examples, programs, selu, sys.argv[5] if len(sys.argv) > 5 else None)
+    found.all_programs()
     for file in sorted(docs.rglob("*.md")):
         found.page(file)
-    found.all_programs()
     for problem in found.problems:
         print(problem, file=sys.stderr)
     print(f"{len(found.sources)} example programs and {found.count['sh']} blocks of commands, "

@@ -6,7 +6,6 @@ A page for each header: what its head says, its example, then every public class
 its comment. NAMES has sentences for names that mean the same everywhere (::MorePoints: ...) or that the headers
 leave to their place (CSize::x: ...). A public name that has neither a comment nor a sentence there is an error.
 """
-import html
 import re
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -169,7 +168,7 @@ class Reference:
         header = place.get("file")
         for root in self.roots:
             header = header.removeprefix(str(root) + "/")
-        brief = self.prose.of(element) or self.names.find("", title)
+        brief = self.prose.of(element) or self.names.find(title, "class") or self.names.find("", title)
         self.entries[header].append((int(place.get("line")), title, brief, text))
 
     def says(self, member, owner):
@@ -296,8 +295,8 @@ def family_of(header):
 
 def first_sentence(text):
     flat = " ".join(text.split("\n\n")[0].split())
-    found = re.match(r"(.*?[.;:])(\s|$)", flat)
-    return (found[1] if found else flat).rstrip(";:")
+    found = re.match(r"(.*?[^.]\.)(\s+[A-Z]|$)", flat)
+    return found[1] if found else flat
 
 
 def titled(text, line="="):
@@ -315,7 +314,7 @@ def write(reference, files, out):
         code = f"#include <{header}>\n" + (f"\n{example}" if example else "")
         text += f".. code-block:: cpp\n\n{indented(code)}\n\n"
         text += "\n\n".join(entry[3] for entry in entries)
-        (out / f"{page_of(header)}.rst").write_text(html.unescape(text) + "\n")
+        (out / f"{page_of(header)}.rst").write_text(text + "\n")
         index[family_of(header)].append((header, says, entries))
     lines = titled("C++")
     lines += "Every public name with what it is for. The head of a page says how to include it and shows an example that\n"
@@ -326,7 +325,7 @@ def write(reference, files, out):
             for _, name, brief, _ in entries:
                 lines += f"- :doc:`{name} <{page_of(header)}>`: {first_sentence(brief)}\n"
         lines += "\n.. toctree::\n   :hidden:\n\n" + "".join(f"   {page_of(h)}\n" for h, _, _ in index[title]) + "\n"
-    (out / "index.rst").write_text(html.unescape(lines))
+    (out / "index.rst").write_text(lines)
 
 
 def main():
