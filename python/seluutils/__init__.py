@@ -17,13 +17,14 @@ works, and Ctrl-C ends it.
 
 from ._core import __version__
 from ._errors import BadParameter, Location, SeluError
-from . import draw, random, texture, walk
+from . import compat, draw, random, texture, walk
 
 __all__ = [
     "BadParameter",
     "Location",
     "SeluError",
     "__version__",
+    "compat",
     "draw",
     "random",
     "texture",

@@ -190,7 +190,7 @@ class Gamma(_Scalar):
 
 
 class Poisson(_Scalar):
-    """Poisson counts of a mean; with ``exact=False`` rounded normal numbers from 512 on.
+    """Poisson counts of a mean; with ``exact=False`` roughly, by rounded logistic ones, from 512 on.
 
     >>> Poisson(1000).sample(2).dtype
     dtype('int64')

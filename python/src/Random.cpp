@@ -212,7 +212,8 @@ public:
     return Draw<CTriple<double>>(n, 3, source);
   }
   [[nodiscard]] py::array Rotations(int64 n, CSource* source) const {
-    return Draw<std::array<double, 9>>(n, 9, source).reshape(std::vector<py::ssize_t>{CheckedNumber(n), 3, 3});
+    return Draw<std::array<double, 9>>(n, 9, source)
+        .reshape(std::vector<py::ssize_t>{CheckedNumber(n), 3, 3});
   }
   /// w, x, y, z.
   [[nodiscard]] py::array Quaternions(int64 n, CSource* source) const {
