@@ -95,9 +95,9 @@ public:
   /// Prints the moves to standard output, one per line.
   void PrintSteps() const;
 
-  /// The decision value of move i, 0 <= i < LastStep(), modulo 2^64: where it is negative the move
-  /// is along the driving axis, else the second.
-  [[nodiscard]] int64 Decision(int64 i) const noexcept;
+  /// One value a move; where it is negative the move is along the driving axis, else the second.
+  /// O(moves): the list is made by the call.
+  [[nodiscard]] std::vector<int64> Decisions() const;
   /// At which of the moves the second one is taken.
   [[nodiscard]] StStepPattern const& Seconds() const noexcept { return m_Seconds; }
   [[nodiscard]] bool IsXMajor() const noexcept { return m_XMajor != 0; }
@@ -112,7 +112,7 @@ private:
 
   CUntilMoved<int64> m_Steps;
   StStepPattern m_Seconds;
-  int64 m_Driving = 0, m_Other = 0; // lengths along the driving axis and the other one
+  int64 m_Other = 0; // length along the axis that does not drive
   int64 m_Neighborhood = 0;
   int64 m_SignX = 0, m_SignY = 0;
   int64 m_XMajor = 0;

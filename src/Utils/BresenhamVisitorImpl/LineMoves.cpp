@@ -3,7 +3,6 @@
 #include "Utils/BresenhamVisitorImpl/Merge.h"
 
 #include <SeluBase/Neighborhood.h>
-#include <SeluUtils/Impl/Int128.h>
 #include <SeluUtils/Impl/LineCursor.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
@@ -183,7 +182,6 @@ void CBresenhamVisitor2D::FillNabla(int64 a, int64 b) {
       RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor2D::FillNabla"),
                     CString("length %1 is not in the range 0 to 2147483648").Arg(length));
   m_Steps = DiagonalIn() ? a : a + b;
-  m_Driving = a;
   m_Other = b;
   m_Seconds = StStepPattern::Even(static_cast<uint64>(std::min<int64>(b, m_Steps)),
                                   static_cast<uint64>(m_Steps));
@@ -191,12 +189,15 @@ void CBresenhamVisitor2D::FillNabla(int64 a, int64 b) {
 
 // Every move adds 2b to the value and a second one takes 2 * moves off it, so that it is negative
 // until the other axis is due: from 2b - moves on, which is b - a without diagonals.
-int64 CBresenhamVisitor2D::Decision(int64 i) const noexcept {
-  auto const move = static_cast<uint64>(i), moves = static_cast<uint64>(m_Steps);
-  auto const other = static_cast<uint64>(m_Other);
-  auto const seconds = static_cast<uint64>((uint128{2} * move * std::min(other, moves) + moves) /
-                                           (uint128{2} * moves));
-  return static_cast<int64>(2 * other * (move + 1) - moves - 2 * moves * seconds);
+std::vector<int64> CBresenhamVisitor2D::Decisions() const {
+  std::vector<int64> values(static_cast<std::size_t>(LastStep()));
+  StStepPattern seconds = m_Seconds;
+  int64 value = 2 * m_Other - m_Steps;
+  for (int64& entry : values) {
+    entry = value;
+    value += 2 * m_Other - (seconds.Advance() ? 2 * m_Steps : 0);
+  }
+  return values;
 }
 
 void CBresenhamVisitor2D::PrintSteps() const {
