@@ -3,6 +3,8 @@
 #include "base/Errors.h"
 #include "base/Texts.h"
 
+#include <SeluUtils/Texture/LevelImage.h>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -12,7 +14,6 @@
 namespace selu {
 namespace {
 
-using ORVA::CQuantizer;
 using ORVA::int64;
 
 int64 ParseWhole(std::string const& text, char const* option, int64 least, int64 most) {
@@ -28,61 +29,6 @@ double ParseWidth(std::string const& text) {
   if (!numbers || numbers->size() != 1 || !std::isfinite(numbers->front()) || numbers->front() <= 0)
     throw CUsageError("--bin-width needs a finite number above 0, not \"" + text + "\"");
   return numbers->front();
-}
-
-ORVA::IImage::CType TypeOf(EnPixel pixel, std::filesystem::path const& path) {
-  switch (pixel) {
-  case EnPixel::UInt8:
-    return ORVA::IMAGE_GREY_8;
-  case EnPixel::Int8:
-    return ORVA::IMAGE_SIGNED_8;
-  case EnPixel::UInt16:
-    return ORVA::IMAGE_GREY_16;
-  case EnPixel::Int16:
-    return ORVA::IMAGE_SIGNED_16;
-  case EnPixel::UInt32:
-    return ORVA::IMAGE_GREY_32;
-  case EnPixel::Int32:
-    return ORVA::IMAGE_SIGNED_32;
-  case EnPixel::Float:
-    return ORVA::IMAGE_GREY_F;
-  case EnPixel::Double:
-    return ORVA::IMAGE_DOUBLE;
-  default:
-    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
-                    " pixels, but levels are made of integers of 8, 16 and 32 bits and of "
-                    "floating-point numbers");
-  }
-}
-
-// The range of all values of a pixel type.
-StRange OwnRange(EnPixel pixel, std::filesystem::path const& path) {
-  if (!HasOwnGrayLevels(pixel))
-    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
-                    " pixels, which need --range LO,HI, --bin-width or --bin-count to map them to "
-                    "levels");
-  return {0, std::ldexp(1.0, static_cast<int>(PixelBytes(pixel)) * 8)};
-}
-
-CQuantizer QuantizerOf(StLevelRecipe const& recipe, EnPixel pixel,
-                       std::filesystem::path const& path) {
-  if (recipe.kind == StLevelRecipe::EnKind::Width) return CQuantizer::BinWidth(recipe.width);
-  if (recipe.kind == StLevelRecipe::EnKind::Count) return CQuantizer::BinCount(recipe.levels);
-  StRange const range = recipe.range ? *recipe.range : OwnRange(pixel, path);
-  return CQuantizer::Range(range.low, range.high, recipe.levels);
-}
-
-StGrayLevels Make(CRawImage const& image, std::filesystem::path const& path,
-                  StLevelRecipe const& recipe, ORVA::StMask const& mask) {
-  CQuantizer quantizer = QuantizerOf(recipe, image.Pixel(), path);
-  auto const view = ViewOf(image, path);
-  if (quantizer.NeedsRange()) quantizer = quantizer.Fit(CQuantizer::FindRange(view, mask));
-  ORVA::StLevelReport report;
-  StGrayLevels gray{quantizer.Quantize(view, mask, &report), quantizer.Edges()};
-  if (report.Outside() == report.Voxels())
-    throw CAppError(Quoted(path) + " has no voxel to measure: all are " +
-                    (report.offMask > 0 ? "off the mask or NaN" : "NaN"));
-  return gray;
 }
 
 } // namespace
@@ -129,37 +75,13 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
   return recipe;
 }
 
-ORVA::CImageView ViewOf(CRawImage const& image, std::filesystem::path const& path) {
-  return ORVA::CImageView(TypeOf(image.Pixel(), path), image.Size(),
-                          static_cast<void const*>(image.Bytes().data()));
-}
-
-std::optional<COpenImage> OpenMask(StLevelOptions const& options, COpenImage const& image) {
+std::optional<CVolumeSource> OpenMask(StLevelOptions const& options, COpenImage const& image) {
   if (options.mask.empty()) return std::nullopt;
-  std::optional<COpenImage> mask(OpenImage(options.mask));
-  EnPixel const pixel = mask->Header().pixel;
-  if (mask->Header().size != image.Header().size)
+  std::optional<CVolumeSource> mask(OpenImage(options.mask));
+  if (mask->Size() != image.Header().size)
     throw CAppError(Quoted(image.Path()) + " and its mask " + Quoted(options.mask) +
                     " have different sizes");
-  (void)TypeOf(pixel, options.mask);
-  if (pixel == EnPixel::Float || pixel == EnPixel::Double)
-    throw CAppError(Quoted(options.mask) + " has " + PixelText(pixel) +
-                    " pixels, but a mask has whole numbers");
   return mask;
-}
-
-StGrayLevels MakeLevels(COpenImage& image, std::optional<COpenImage>& mask,
-                        StLevelRecipe const& recipe) {
-  CRawImage const raw = image.Read();
-  if (!mask) return Make(raw, image.Path(), recipe, {});
-  CRawImage const labels = mask->Read();
-  auto const view = ViewOf(labels, mask->Path());
-  return Make(raw, image.Path(), recipe, {&view, recipe.label});
-}
-
-StGrayLevels MakeLevels(CRawImage const& image, std::filesystem::path const& path,
-                        StLevelRecipe const& recipe) {
-  return Make(image, path, recipe, {});
 }
 
 std::vector<ORVA::EnTextureFeature> ParseFeatures(std::string const& text) {
