@@ -77,7 +77,9 @@ void ComputeGray(StTexture& texture, CVolumeSource& image, StGrayCounting const&
     texture.directions.push_back({counting.directions[k],
                                   static_cast<int64>(sums[k].Pairs()),
                                   {values.begin(), values.end()}});
-    if (counting.keepsMatrices) sums[k].Write(texture.matrices, static_cast<int64>(k));
+    if (!counting.keepsMatrices) continue;
+    sums[k].Write(texture.matrices, static_cast<int64>(k));
+    texture.matrixNames.push_back(DirectionText(counting.directions[k], image.Size().Dim()));
   }
 }
 

@@ -31,6 +31,20 @@ double ParseWidth(std::string const& text) {
   return numbers->front();
 }
 
+void ParseStart(std::string const& text, StLevelRecipe& recipe) {
+  if (text == "minimum") return;
+  auto const numbers = ParseNumbers(text);
+  if (text == "multiple") {
+    recipe.kind = StLevelRecipe::EnKind::WidthAtMultiple;
+  } else if (numbers && numbers->size() == 1 && std::isfinite(numbers->front())) {
+    recipe.kind = StLevelRecipe::EnKind::WidthFrom;
+    recipe.start = numbers->front();
+  } else {
+    throw CUsageError("--bin-start needs minimum, multiple or a finite number, not \"" + text +
+                      "\"");
+  }
+}
+
 } // namespace
 
 void AddLevelOptions(CLI::App& command, StLevelOptions& options) {
@@ -39,6 +53,9 @@ void AddLevelOptions(CLI::App& command, StLevelOptions& options) {
                      "an unsigned pixel type; 256 when nothing else is asked for");
   command.add_option("--bin-width", options.width,
                      "levels of this width from the least value found, the fixed bin size");
+  command.add_option("--bin-start", options.start,
+                     "where the first of them begins: minimum (taken when not given), multiple "
+                     "(the multiple of the width at or below the least value) or a value");
   command.add_option("--bin-count", options.count,
                      "so many levels of equal width over the values found, the fixed bin number");
 }
@@ -56,6 +73,8 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
   if (!options.range.empty() && options.width.size() + options.count.size() > 0)
     throw CUsageError("--range goes with --levels; --bin-width and --bin-count take the values "
                       "found");
+  if (!options.start.empty() && options.width.empty())
+    throw CUsageError("--bin-start is for bins of one width, which need --bin-width");
   if (!options.label.empty() && options.mask.empty())
     throw CUsageError("--label is for the mask, which needs --mask");
   if (!options.range.empty()) recipe.range = ParseRange(options.range);
@@ -65,6 +84,7 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
     recipe.kind = StLevelRecipe::EnKind::Width;
     recipe.width = ParseWidth(options.width);
   }
+  if (!options.start.empty()) ParseStart(options.start, recipe);
   if (!options.count.empty()) {
     recipe.kind = StLevelRecipe::EnKind::Count;
     recipe.levels =

@@ -22,7 +22,7 @@ namespace selu {
 
 /// As written; empty where not given.
 struct StLevelOptions {
-  std::string levels, width, count, range, mask, label;
+  std::string levels, width, start, count, range, mask, label;
 
   /// Whether any but the range is given.
   [[nodiscard]] bool AreGiven() const {
@@ -30,17 +30,18 @@ struct StLevelOptions {
   }
 };
 
-/// --levels, --bin-width, --bin-count and --range.
+/// --levels, --bin-width, --bin-start and --bin-count.
 void AddLevelOptions(CLI::App& command, StLevelOptions& options);
 /// --mask and --label.
 void AddMaskOptions(CLI::App& command, StLevelOptions& options);
 
 /// How values become levels: so many of equal width over a range, bins of one width from the least
-/// value found, or so many bins over the values found.
+/// value found, from a given one or from the multiple of the width below, or so many bins over the
+/// values found.
 struct StLevelRecipe {
-  enum class EnKind { Range, Width, Count } kind = EnKind::Range;
+  enum class EnKind { Range, Width, WidthFrom, WidthAtMultiple, Count } kind = EnKind::Range;
   int levels = 256;
-  double width = 0;
+  double width = 0, start = 0;
   std::optional<StRange> range;     ///< none: all values of the pixel type
   std::optional<ORVA::int64> label; ///< of the mask; none: all but 0
 };

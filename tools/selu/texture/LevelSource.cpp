@@ -77,8 +77,18 @@ StRange OwnRange(EnPixel pixel, std::filesystem::path const& path) {
 
 CQuantizer QuantizerOf(StLevelRecipe const& recipe, EnPixel pixel,
                        std::filesystem::path const& path) {
-  if (recipe.kind == StLevelRecipe::EnKind::Width) return CQuantizer::BinWidth(recipe.width);
-  if (recipe.kind == StLevelRecipe::EnKind::Count) return CQuantizer::BinCount(recipe.levels);
+  switch (recipe.kind) {
+  case StLevelRecipe::EnKind::Width:
+    return CQuantizer::BinWidth(recipe.width);
+  case StLevelRecipe::EnKind::WidthFrom:
+    return CQuantizer::BinWidthFrom(recipe.start, recipe.width);
+  case StLevelRecipe::EnKind::WidthAtMultiple:
+    return CQuantizer::BinWidthAtMultiple(recipe.width);
+  case StLevelRecipe::EnKind::Count:
+    return CQuantizer::BinCount(recipe.levels);
+  case StLevelRecipe::EnKind::Range:
+    break;
+  }
   StRange const range = recipe.range ? *recipe.range : OwnRange(pixel, path);
   return CQuantizer::Range(range.low, range.high, recipe.levels);
 }

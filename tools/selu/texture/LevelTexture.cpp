@@ -81,6 +81,24 @@ void KeepMatrix(ORVA::CImage& matrices, int64 s, CPairCounter const& pairs) {
   });
 }
 
+// Keeps all matrices, each under its direction's name or, where there is but one of all, under
+// none.
+void KeepMatrices(StTexture& texture, std::vector<CPairCounter> const& matrices,
+                  std::span<ORVA::CTriple<int64> const> displacements) {
+  int64 const n = matrices.front().Levels();
+  texture.matrices =
+      ORVA::CImage(ORVA::IMAGE_GREY_32, ORVA::CSize(static_cast<int64>(matrices.size()), n, n));
+  for (std::size_t k = 0; k < matrices.size(); ++k) {
+    KeepMatrix(texture.matrices, static_cast<int64>(k), matrices[k]);
+    texture.matrixNames.push_back(matrices.size() < displacements.size()
+                                      ? ""
+                                      : DirectionText({static_cast<long>(displacements[k].x),
+                                                       static_cast<long>(displacements[k].y),
+                                                       static_cast<long>(displacements[k].z)},
+                                                      texture.size.Dim()));
+  }
+}
+
 void NameFeatures(StTexture& texture, StCounting const& counting) {
   for (auto const feature : counting.features)
     texture.featureNames.emplace_back(ORVA::FeatureName(feature));
@@ -94,8 +112,8 @@ std::vector<ORVA::CTriple<int64>> DisplacementsOf(StCounting const& counting) {
 }
 
 // The matrix of each direction, in one pass over the slabs.
-std::vector<CPairCounter> CountMatrices(CLevelSource& source, StCounting const& counting) {
-  auto const displacements = DisplacementsOf(counting);
+std::vector<CPairCounter> CountMatrices(CLevelSource& source, StCounting const& counting,
+                                        std::span<ORVA::CTriple<int64> const> displacements) {
   auto const slabs = source.Slabs(HaloOf(displacements, source.Size().Dim()));
   std::vector<CPairCounter> matrices(displacements.size(), CPairCounter(source.Count()));
   CProgressBar bar("counting pairs", static_cast<int64>(slabs.size() * displacements.size()));
@@ -108,7 +126,29 @@ std::vector<CPairCounter> CountMatrices(CLevelSource& source, StCounting const& 
     }
   }
   source.RequireVoxels();
+  if (counting.isSymmetric)
+    for (CPairCounter& pairs : matrices) pairs.Symmetrize();
   return matrices;
+}
+
+// Those of the directions that an aggregation takes, in the slices or in space; one sum of all
+// where it adds them.
+void KeepAggregated(StTexture& texture, CLevelSource& source, StCounting const& counting,
+                    ORVA::CAggregatedTexture const& aggregated) {
+  std::vector<ORVA::CTriple<int64>> displacements;
+  for (auto const& d : aggregated.Displacements())
+    if (PairsOf(source.Size(),
+                {static_cast<long>(d.x), static_cast<long>(d.y), static_cast<long>(d.z)}) > 0)
+      displacements.push_back(d);
+  if (displacements.empty()) throw CAppError("the image has no two voxels that are neighbors");
+  auto matrices = CountMatrices(source, counting, displacements);
+  auto const way = aggregated.Way();
+  bool const isCombined = way == ORVA::EnAggregation::Combine2D ||
+                          way == ORVA::EnAggregation::Combine25D ||
+                          way == ORVA::EnAggregation::Combine3D;
+  for (std::size_t k = 1; isCombined && k < matrices.size(); ++k) matrices[0] += matrices[k];
+  if (isCombined) matrices.resize(1, matrices[0]);
+  KeepMatrices(texture, matrices, displacements);
 }
 
 } // namespace
@@ -124,21 +164,16 @@ StHalo HaloOf(std::span<ORVA::CTriple<int64> const> displacements, int dimension
 }
 
 void CountDirections(StTexture& texture, CLevelSource& source, StCounting const& counting) {
-  int64 const n = source.Count();
-  auto const count = static_cast<int64>(counting.directions.size());
-  auto matrices = CountMatrices(source, counting);
+  auto const displacements = DisplacementsOf(counting);
+  auto const matrices = CountMatrices(source, counting, displacements);
   ORVA::CTextureFeatures features(counting.features);
   NameFeatures(texture, counting);
   texture.edges = source.Edges();
-  if (counting.keepsMatrices)
-    texture.matrices = ORVA::CImage(ORVA::IMAGE_GREY_32, ORVA::CSize(count, n, n));
+  if (counting.keepsMatrices) KeepMatrices(texture, matrices, displacements);
   for (std::size_t k = 0; k < matrices.size(); ++k) {
-    CPairCounter& pairs = matrices[k];
-    if (counting.isSymmetric) pairs.Symmetrize();
-    if (counting.keepsMatrices) KeepMatrix(texture.matrices, static_cast<int64>(k), pairs);
-    auto const values = features.Of(pairs);
+    auto const values = features.Of(matrices[k]);
     texture.directions.push_back({counting.directions[k],
-                                  static_cast<int64>(pairs.Pairs()),
+                                  static_cast<int64>(matrices[k].Pairs()),
                                   {values.begin(), values.end()}});
   }
 }
@@ -176,6 +211,7 @@ void Aggregate(StTexture& texture, CLevelSource& source, StCounting const& count
   texture.edges = source.Edges();
   texture.aggregation = ORVA::AggregationName(way);
   texture.aggregated = all.Values();
+  if (counting.keepsMatrices) KeepAggregated(texture, source, counting, all);
 }
 
 } // namespace selu

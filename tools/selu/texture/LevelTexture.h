@@ -33,7 +33,8 @@ inline constexpr int c_mostMatrixLevels = 1023, c_mostPictureLevels = 256;
 /// Fills in the features and pairs of each direction and, where they are kept, the matrices; throws
 /// CAppError for counts that these do not hold.
 void CountDirections(StTexture& texture, CLevelSource& source, StCounting const& counting);
-/// Fills in the features of all directions.
+/// Fills in the features of all directions and, where matrices are kept, those of each direction
+/// over all slices, or the sum of all where the aggregation adds them.
 void Aggregate(StTexture& texture, CLevelSource& source, StCounting const& counting,
                ORVA::EnAggregation way);
 

@@ -74,8 +74,6 @@ void CheckTogether(StOptions const& options) {
     throw CUsageError("--features selu are those of 256 gray levels as counted: leave out "
                       "--levels, --bin-width, --bin-count, --mask, --symmetric and --aggregate, "
                       "or take ibsi or haralick");
-  if (!options.aggregate.empty() && !(options.matrix.empty() && options.pictures.empty()))
-    throw CUsageError("--matrix and --picture show single directions: leave out --aggregate");
 }
 
 StAsked Parse(StOptions const& options) {
@@ -185,12 +183,12 @@ void Measure(StTexture& texture, StOptions const& options, StAsked& asked, CVolu
                                   : FitDirections(options, asked, texture.size);
   auto mask = OpenMask(options.levels, image.Image());
   CLevelSource source(image, mask ? &*mask : nullptr, asked.recipe);
-  if (asked.way) return Aggregate(texture, source, counting, *asked.way);
   int const most = options.pictures.empty() ? c_mostMatrixLevels : c_mostPictureLevels;
   if (counting.keepsMatrices && source.Count() > most)
     throw CAppError(std::string(options.pictures.empty() ? "--matrix holds" : "--picture shows") +
                     " up to " + std::to_string(most) + " levels, not " +
                     std::to_string(source.Count()));
+  if (asked.way) return Aggregate(texture, source, counting, *asked.way);
   CountDirections(texture, source, counting);
 }
 
@@ -230,7 +228,8 @@ made on purpose, 1 to n, of integers and floating-point numbers, and have the fe
 (--features ibsi, the default then), of Haralick's paper (haralick), or those that are named, such
 as contrast,joint_entr. A value on an edge belongs to the bin above it; values beyond --range are
 clamped; pairs with a voxel off the mask, or NaN, do not count. --aggregate makes one value of all
-directions; a feature without any pair is NaN (null in JSON).
+directions, and --matrix and --picture then show the matrices that it takes, added up over the slices
+and, where the way ends in comb, over the directions; a feature without any pair is NaN (null in JSON).
 
 Examples:
   selu texture brick.png --picture brick-texture.png
