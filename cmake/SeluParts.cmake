@@ -1,6 +1,15 @@
 # What is built beside the libraries. A part that is AUTO, as at the top level by default, is built where
 # its packages are there, and named with those that are missing where they are not; ON asks for them all.
 
+# selu_find_python([QUIET|REQUIRED]): the interpreter with its headers and NumPy's. The system's goes before others
+# that the PATH may name first, which have no NumPy; Python3_EXECUTABLE chooses another.
+macro(selu_find_python)
+  if(NOT Python3_EXECUTABLE AND EXISTS /usr/bin/python3)
+    set(Python3_EXECUTABLE /usr/bin/python3)
+  endif()
+  find_package(Python3 3.10 ${ARGN} COMPONENTS Interpreter Development.Module NumPy)
+endmacro()
+
 # selu_missing(RESULT PACKAGE...): those of the packages that CMake does not find.
 function(selu_missing result)
   set(CMAKE_MESSAGE_LOG_LEVEL ERROR) # a package that is missed is reported below, in one line
@@ -21,6 +30,9 @@ function(selu_missing result)
       if(ITK_DIR)
         list(APPEND found ${ITK_DIR}/ITKConfig.cmake)
       endif()
+    elseif(package STREQUAL "Python3")
+      selu_find_python(QUIET)
+      set(found ${Python3_FOUND})
     else()
       find_package(${package} QUIET)
       set(found ${${package}_FOUND})

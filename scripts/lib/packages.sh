@@ -8,9 +8,18 @@ build_packages=(g++ cmake ninja-build pkg-config
   libinsighttoolkit5-dev libboost-math-dev libcli11-dev nlohmann-json3-dev libcairo2-dev zlib1g-dev
   libtiff-dev fonts-dejavu-core)
 test_packages=(libgtest-dev libeigen3-dev)
+# The Python package: to build it into a virtual environment, and to test it.
+python_build_packages=(g++ cmake make python3 python3-dev python3-numpy python3-pip python3-setuptools
+  python3-venv python3-wheel pybind11-dev)
+python_test_packages=(python3 python3-dev python3-numpy pybind11-dev python3-pytest python3-hypothesis
+  python3-skimage python3-scipy python3-dask python3-distributed python3-zarr python3-tqdm
+  python3-pandas python3-matplotlib mypy)
 bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev libopencv-core-dev
   libopencv-imgproc-dev python3 python3-numpy python3-skimage)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
+
+package_packages=(lintian mmdebstrap binutils python3 gzip)
+root_packages=(g++ clang cmake make pkg-config zsh) # what the outside projects in the empty root are built with
 
 say() { printf '== %s\n' "$*"; }
 fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }

@@ -132,10 +132,10 @@ TEST_F(SeluFibers, WrongArgumentsAreRefusedByName) {
   refused(Command("20,20,20", "-5", "2", "isotropic", "1", "a.nrrd"), "\"-5\"", 2);
   refused(Command("20,20,20", "5", "2", "isotropic", "x", "a.nrrd"), "\"x\"", 2);
   for (std::string const radius : {"0", "-1", "nan", "inf", "21", "wide"})
-    refused(Command("20,20,20", "5", radius, "isotropic", "1", "a.nrrd"), "\"" + radius + "\"", 1);
-  refused(Command("20,20,20", "5", "2", "vmf,kappa=0", "1", "a.nrrd"), "kappa", 1);
-  refused(Command("20,20,20", "5", "2", "normal", "1", "a.nrrd"), "\"normal\"", 1);
-  refused(Command("20,20,20", "5", "2", "vmf,kappa=2,theta=4", "1", "a.nrrd"), "\"4\"", 1);
+    refused(Command("20,20,20", "5", radius, "isotropic", "1", "a.nrrd"), "\"" + radius + "\"", 2);
+  refused(Command("20,20,20", "5", "2", "vmf,kappa=0", "1", "a.nrrd"), "kappa", 2);
+  refused(Command("20,20,20", "5", "2", "normal", "1", "a.nrrd"), "\"normal\"", 2);
+  refused(Command("20,20,20", "5", "2", "vmf,kappa=2,theta=4", "1", "a.nrrd"), "\"4\"", 2);
   EXPECT_TRUE(Files().empty());
 }
 

@@ -1,5 +1,6 @@
 // selu mask: what is left of an image inside a cylinder.
 #include "support/Random.h"
+#include "support/SeluPixels.h"
 #include "support/SeluRun.h"
 
 #include <base/JsonValues.h>
@@ -8,7 +9,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 
 namespace {
@@ -24,14 +24,6 @@ protected:
                            std::string const& output = "out.nrrd") {
     return {"mask",     "a.nrrd", "--axis",  axis,  "--center", center,
             "--radius", radius,   "--value", value, "-o",       output};
-  }
-
-  template <class T>
-  [[nodiscard]] std::vector<T> Pixels(std::string const& file) const {
-    auto const image = selu::ReadImage(Path(file));
-    std::vector<T> pixels(image.Bytes().size() / sizeof(T));
-    std::memcpy(pixels.data(), image.Bytes().data(), image.Bytes().size());
-    return pixels;
   }
 
   void WriteSmall() const {
@@ -61,7 +53,8 @@ protected:
             double const v = static_cast<double>(axis == "Z" ? y : z) - t;
             if (u * u + v * v >= radius * radius) expected[static_cast<std::size_t>(i)] = 0;
           }
-      EXPECT_EQ(Pixels<T>("out.nrrd"), expected) << axis << ' ' << s << ' ' << t << ' ' << radius;
+      EXPECT_EQ(test::Pixels<T>(Path("out.nrrd")), expected)
+          << axis << ' ' << s << ' ' << t << ' ' << radius;
       EXPECT_EQ(selu::OpenImage(Path("out.nrrd")).Header().size,
                 selu::OpenImage(Path("a.nrrd")).Header().size);
     }
@@ -80,7 +73,7 @@ TEST_F(SeluMask, EveryPixelTypeAndAxisIsMaskedAsByHand) {
 TEST_F(SeluMask, VoxelsOnTheCircleAreOutside) {
   WriteNrrd("a.nrrd", "uint8", {5, 5}, std::vector<std::uint8_t>(25, 9));
   EXPECT_EQ(Output(Command("Z", "2,2", "2", "0")), "");
-  EXPECT_EQ(Pixels<std::uint8_t>("out.nrrd"),
+  EXPECT_EQ(test::Pixels<std::uint8_t>(Path("out.nrrd")),
             (std::vector<std::uint8_t>{0, 0, 0, 0, 0, 0, 9, 9, 9, 0, 0, 9, 9,
                                        9, 0, 0, 9, 9, 9, 0, 0, 0, 0, 0, 0}));
 }
@@ -88,7 +81,7 @@ TEST_F(SeluMask, VoxelsOnTheCircleAreOutside) {
 TEST_F(SeluMask, ValuesThatDoNotFitAreRefused) {
   WriteSmall();
   EXPECT_EQ(Output(Command("Z", "50,50", "1", "255")), "");
-  EXPECT_EQ(Pixels<std::uint8_t>("out.nrrd"), std::vector<std::uint8_t>(4, 255));
+  EXPECT_EQ(test::Pixels<std::uint8_t>(Path("out.nrrd")), std::vector<std::uint8_t>(4, 255));
   std::filesystem::remove(Path("out.nrrd"));
   for (std::string const value : {"256", "300", "300.7", "-1", "2.5", "inf"})
     ExpectFailure(Command("Z", "50,50", "1", value),
@@ -127,11 +120,11 @@ TEST_F(SeluMask, GridIsKept) {
 TEST_F(SeluMask, FloatingPointPixelsTakeAnyNumber) {
   WriteNrrd("a.nrrd", "float", {2, 1}, std::vector<float>{1, 2});
   EXPECT_EQ(Output(Command("Z", "0,0", "0.5", "nan")), "");
-  auto const pixels = Pixels<float>("out.nrrd");
+  auto const pixels = test::Pixels<float>(Path("out.nrrd"));
   EXPECT_EQ(pixels[0], 1);
   EXPECT_TRUE(std::isnan(pixels[1]));
   EXPECT_EQ(Output(Command("Z", "0,0", "0.5", "-0.25")), "");
-  EXPECT_EQ(Pixels<float>("out.nrrd")[1], -0.25f);
+  EXPECT_EQ(test::Pixels<float>(Path("out.nrrd"))[1], -0.25f);
 }
 
 TEST_F(SeluMask, KeptParametersReadBack) {

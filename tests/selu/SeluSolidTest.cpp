@@ -1,5 +1,5 @@
 // selu walk solid, the mesh files it reads, and polygons with real corners.
-#include "support/SeluRun.h"
+#include "support/SeluWalkRun.h"
 #include "support/Walks.h"
 
 #include <base/Errors.h>
@@ -82,16 +82,8 @@ std::string Csv(PointList const& points, int dimension = 3) {
   return text;
 }
 
-class SeluSolid : public test::CSeluTest {
+class SeluSolid : public test::CSeluWalkTest {
 protected:
-  std::string Walk(Arguments arguments) const {
-    arguments.insert(arguments.begin(), "walk");
-    return Output(arguments);
-  }
-  void Fails(Arguments arguments, std::string const& text, int code = 1) const {
-    arguments.insert(arguments.begin(), "walk");
-    ExpectFailure(arguments, text, code);
-  }
   static Arguments Simplex(Arguments more = {}) {
     Arguments arguments{"solid", "0,0,0", "9,0,0", "0,9,0", "0,0,9"};
     for (auto const* face : {"0,1,2", "0,1,3", "0,2,3", "1,2,3"}) {

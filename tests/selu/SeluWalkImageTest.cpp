@@ -1,5 +1,6 @@
 // selu walk on images: values, profiles, painting and resampled planes.
-#include "support/SeluRun.h"
+#include "support/SeluPixels.h"
+#include "support/SeluWalkRun.h"
 #include "support/Walks.h"
 
 #include <images/ImageFile.h>
@@ -25,7 +26,7 @@ using test::PointList;
 using Arguments = std::vector<std::string>;
 using Fields = std::vector<std::string>;
 
-class SeluWalkImage : public test::CSeluTest {
+class SeluWalkImage : public test::CSeluWalkTest {
 protected:
   static constexpr long c_nx = 7, c_ny = 5, c_nz = 4;
 
@@ -51,30 +52,6 @@ protected:
   }
   static std::size_t Index(Point const& p) {
     return static_cast<std::size_t>((p.z * c_ny + p.y) * c_nx + p.x);
-  }
-
-  template <class T>
-  [[nodiscard]] std::vector<T> Pixels(std::string const& file) const {
-    auto const image = selu::ReadImage(Path(file));
-    std::vector<T> pixels(image.Bytes().size() / sizeof(T));
-    std::memcpy(pixels.data(), image.Bytes().data(), image.Bytes().size());
-    return pixels;
-  }
-
-  test::StProcessResult Walk(Arguments arguments) const {
-    arguments.insert(arguments.begin(), "walk");
-    return Selu(arguments);
-  }
-  // Expects success without a note.
-  std::string Quiet(Arguments const& arguments) const {
-    auto const result = Walk(arguments);
-    EXPECT_EQ(result.code, 0);
-    EXPECT_EQ(result.error, "");
-    return result.out;
-  }
-  void Fails(Arguments arguments, std::string const& text, int code = 1) const {
-    arguments.insert(arguments.begin(), "walk");
-    ExpectFailure(arguments, text, code);
   }
 };
 
@@ -116,7 +93,8 @@ TEST_F(SeluWalkImage, ValuesOfEveryTypeAreExact) {
 
 TEST_F(SeluWalkImage, PointsOutsideAreLeftOutAndCounted) {
   WriteRamp();
-  auto const result = Walk({"line", "-3,2,1", "9,2,1", "--image", "a.nrrd", "--format", "json"});
+  auto const result =
+      WalkResult({"line", "-3,2,1", "9,2,1", "--image", "a.nrrd", "--format", "json"});
   EXPECT_EQ(result.code, 0);
   EXPECT_EQ(result.error, "selu: note: 6 of the walk's 13 points lie outside the image \"a.nrrd\" "
                           "and are left out\n");
@@ -124,7 +102,7 @@ TEST_F(SeluWalkImage, PointsOutsideAreLeftOutAndCounted) {
   EXPECT_EQ(json["count"], 7);
   EXPECT_EQ(json["outside"], 6);
   EXPECT_EQ(json["points"][0], nlohmann::json::array({0, 2, 1, 70}));
-  auto const none = Walk({"line", "-3,-2,1", "-9,-2,1", "--image", "a.nrrd"});
+  auto const none = WalkResult({"line", "-3,-2,1", "-9,-2,1", "--image", "a.nrrd"});
   EXPECT_EQ(none.out, "x,y,z,value\n");
   EXPECT_NE(none.error.find("7 of the walk's 7 points"), std::string::npos) << none.error;
 }
@@ -137,7 +115,7 @@ TEST_F(SeluWalkImage, PlanarWalksNeedPlanarImages) {
         "the polygon needs z, since the image is 3D");
   Fails({"window", "--low", "0,0", "--high", "3,3", "--image", "a.nrrd"}, "needs z");
   WriteNrrd("flat.nrrd", "uint8", {3, 2}, std::vector<std::uint8_t>{1, 2, 3, 4, 5, 6});
-  EXPECT_EQ(Walk({"line", "1,1,-1", "1,1,1", "--image", "flat.nrrd"}).out,
+  EXPECT_EQ(WalkResult({"line", "1,1,-1", "1,1,1", "--image", "flat.nrrd"}).out,
             "x,y,z,value\n1,1,0,5\n");
 }
 
@@ -190,15 +168,15 @@ TEST_F(SeluWalkImage, PaintingChangesTheVoxelsOfTheWalkAlone) {
   ASSERT_GT(inside, 10u);
   ASSERT_GT(outside, 0u);
   std::string const before = Read("a.nrrd");
-  auto const result = Walk({"polygon", "-2,0,0", "5,0,1", "5,6,4", "-2,6,3", "--image", "a.nrrd",
-                            "--paint", "65535", "-o", "out.nrrd"});
+  auto const result = WalkResult({"polygon", "-2,0,0", "5,0,1", "5,6,4", "-2,6,3", "--image",
+                                  "a.nrrd", "--paint", "65535", "-o", "out.nrrd"});
   EXPECT_EQ(result.code, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_NE(result.error.find("note: " + std::to_string(outside) + " of the walk's " +
                               std::to_string(inside + outside) + " points"),
             std::string::npos)
       << result.error;
-  EXPECT_EQ(Pixels<std::uint16_t>("out.nrrd"), expected);
+  EXPECT_EQ(test::Pixels<std::uint16_t>(Path("out.nrrd")), expected);
   EXPECT_EQ(selu::OpenImage(Path("out.nrrd")).Header().size, CSize(c_nx, c_ny, c_nz));
   EXPECT_EQ(Read("a.nrrd"), before);
 }
@@ -213,7 +191,7 @@ TEST_F(SeluWalkImage, EveryPixelTypeIsPainted) {
                        "out." + ending}),
                 "")
           << type;
-      EXPECT_EQ(Pixels<T>("out." + ending), expected) << type << ' ' << ending;
+      EXPECT_EQ(test::Pixels<T>(Path("out." + ending)), expected) << type << ' ' << ending;
       EXPECT_EQ(selu::OpenImage(Path("out." + ending)).Header().pixel,
                 selu::OpenImage(Path("a.nrrd")).Header().pixel);
     }
@@ -276,11 +254,11 @@ TEST_F(SeluWalkImage, UnwritablePixelTypesAreNamed) {
   };
   Fails(with("out.png"), "PNG holds no signed pixels");
   EXPECT_EQ(Quiet(with("out.tif")), "");
-  EXPECT_EQ(Pixels<std::int16_t>("out.tif"), (std::vector<std::int16_t>{1, 0, 0, 1}));
+  EXPECT_EQ(test::Pixels<std::int16_t>(Path("out.tif")), (std::vector<std::int16_t>{1, 0, 0, 1}));
   WriteNrrd("f.nrrd", "double", {2, 2}, std::vector<double>(4));
   Fails(with("out.png"), "PNG holds no more than 16 bits per pixel");
   EXPECT_EQ(Quiet(with("out.tif")), "");
-  EXPECT_EQ(Pixels<double>("out.tif"), (std::vector<double>{1, 0, 0, 1}));
+  EXPECT_EQ(test::Pixels<double>(Path("out.tif")), (std::vector<double>{1, 0, 0, 1}));
 }
 
 TEST_F(SeluWalkImage, PointsAreNotWrittenAsAnImage) {
@@ -328,7 +306,7 @@ TEST_F(SeluWalkImage, PlanesAreResampledAlongTheDominantAxis) {
     EXPECT_EQ(Quiet({"slice", "--normal", normal, "--distance", distance, "--image", "a.nrrd",
                      "--picture", "plane.png"}),
               "");
-    EXPECT_EQ(Pixels<std::uint16_t>("plane.png"), expected) << normal;
+    EXPECT_EQ(test::Pixels<std::uint16_t>(Path("plane.png")), expected) << normal;
     EXPECT_EQ(selu::OpenImage(Path("plane.png")).Header().size, CSize(columns, extents.*row))
         << normal;
   }
@@ -341,14 +319,17 @@ TEST_F(SeluWalkImage, PlanesOfOtherTypesBecomeEightBits) {
   Arguments const plane = {"slice",   "--normal", "0,0,1",     "--distance", "0",
                            "--image", "f.nrrd",   "--picture", "plane.png"};
   EXPECT_EQ(Quiet(plane), "");
-  EXPECT_EQ(Pixels<std::uint8_t>("plane.png"), (std::vector<std::uint8_t>{0, 64, 255, 0}));
+  EXPECT_EQ(test::Pixels<std::uint8_t>(Path("plane.png")),
+            (std::vector<std::uint8_t>{0, 64, 255, 0}));
   auto ranged = plane;
   ranged.insert(ranged.end(), {"--range", "0,6"});
   EXPECT_EQ(Quiet(ranged), "");
-  EXPECT_EQ(Pixels<std::uint8_t>("plane.png"), (std::vector<std::uint8_t>{0, 0, 128, 0}));
+  EXPECT_EQ(test::Pixels<std::uint8_t>(Path("plane.png")),
+            (std::vector<std::uint8_t>{0, 0, 128, 0}));
   ranged[4] = "1";
   EXPECT_EQ(Quiet(ranged), "");
-  EXPECT_EQ(Pixels<std::uint8_t>("plane.png"), (std::vector<std::uint8_t>{255, 255, 0, 255}));
+  EXPECT_EQ(test::Pixels<std::uint8_t>(Path("plane.png")),
+            (std::vector<std::uint8_t>{255, 255, 0, 255}));
   ranged.back() = "6,0";
   Fails(ranged, "--range", 2);
   auto svg = plane;

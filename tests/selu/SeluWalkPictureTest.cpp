@@ -1,5 +1,5 @@
 // selu walk --picture: squares in the colors of their order, ideal lines, projections, profiles.
-#include "support/SeluRun.h"
+#include "support/SeluWalkRun.h"
 #include "support/Walks.h"
 
 #include <drawing/Colors.h>
@@ -53,19 +53,8 @@ int Rgb(selu::Color const& color) {
 
 constexpr int c_ideal = 0x19738c; // of ideal lines and of profiles
 
-class SeluWalkPicture : public test::CSeluTest {
+class SeluWalkPicture : public test::CSeluWalkTest {
 protected:
-  test::StProcessResult Walk(Arguments arguments) const {
-    arguments.insert(arguments.begin(), "walk");
-    return Selu(arguments);
-  }
-  // Expects success without a note.
-  std::string Quiet(Arguments const& arguments) const {
-    auto const result = Walk(arguments);
-    EXPECT_EQ(result.code, 0);
-    EXPECT_EQ(result.error, "");
-    return result.out;
-  }
 };
 
 // Where a small walk's first panel begins, and how large its squares are.
@@ -139,7 +128,7 @@ TEST_F(SeluWalkPicture, PicturesAreBounded) {
         Arguments{"line", "0,0", "0,0", "--ends", "none"}}) {
     Arguments all = walk;
     all.insert(all.end(), {"--picture", "p.png"});
-    EXPECT_EQ(Walk(all).code, 0) << testing::PrintToString(walk);
+    EXPECT_EQ(WalkResult(all).code, 0) << testing::PrintToString(walk);
     CPng const png(Path("p.png"));
     EXPECT_GT(png.Width(), 500) << testing::PrintToString(walk);
     EXPECT_LT(png.Width(), 2200) << testing::PrintToString(walk);
@@ -153,7 +142,8 @@ TEST_F(SeluWalkPicture, PicturesGoWithPointsAndAsSvg) {
   EXPECT_EQ(Read("points.csv"), points);
   EXPECT_NE(Read("area.svg").find("</svg>"), std::string::npos);
   WriteNrrd("a.nrrd", "uint8", {7, 5, 4}, std::vector<std::uint8_t>(140));
-  auto const result = Walk({"line", "-2,0,0", "9,4,3", "--image", "a.nrrd", "--picture", "in.png"});
+  auto const result =
+      WalkResult({"line", "-2,0,0", "9,4,3", "--image", "a.nrrd", "--picture", "in.png"});
   EXPECT_EQ(result.code, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_NE(result.error.find("lie outside"), std::string::npos) << result.error;

@@ -1,5 +1,5 @@
 // selu walk: the points of each kind of walk, its options and its errors.
-#include "support/SeluRun.h"
+#include "support/SeluWalkRun.h"
 #include "support/Walks.h"
 
 #include <SeluBase/Neighborhood.h>
@@ -48,16 +48,8 @@ std::string Csv(PointList const& points, int dimension) {
   return text;
 }
 
-class SeluWalk : public test::CSeluTest {
+class SeluWalk : public test::CSeluWalkTest {
 protected:
-  std::string Walk(Arguments arguments) const {
-    arguments.insert(arguments.begin(), "walk");
-    return Output(arguments);
-  }
-  void Fails(Arguments arguments, std::string const& text, int code = 1) const {
-    arguments.insert(arguments.begin(), "walk");
-    ExpectFailure(arguments, text, code);
-  }
   static Arguments With(Arguments arguments, PointList const& points, int dimension) {
     for (auto const& p : points) arguments.push_back(Text(p, dimension));
     return arguments;

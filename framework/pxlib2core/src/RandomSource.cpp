@@ -33,7 +33,7 @@ bool Parse(std::string_view saved, uint64 (&state)[4]) {
     word = 0;
     for (char const digit : saved.substr(1, c_digits)) {
       std::size_t const value = c_hex.find(digit);
-      if (value == c_hex.npos) return false;
+      if (value == std::string_view::npos) return false;
       word = word << 4 | value;
     }
     any |= word;

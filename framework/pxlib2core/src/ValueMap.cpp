@@ -188,6 +188,7 @@ CValue& CValueMap::SetEntry(CValue_Key const& key, CValue value) {
 
 // Sets the entries in a map of their own, beside copies of what their paths lead through; then all
 // of it moves over, and nothing that can fail comes after.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): its values are moved out
 void CValueMap::SetEntries(std::vector<std::pair<CValue_Key, CValue>> entries) {
   CValueMap staged;
   for (auto& [key, value] : entries) {

@@ -25,10 +25,10 @@
 
 namespace ORVA::Impl {
 
-/// Normal numbers times this are a vector of the given length in a uniform direction. Where all of
-/// them are 0 it is 0, never infinite.
-[[nodiscard]] inline double ToLength(double length, double square) {
-  return square > 0 ? length / std::sqrt(square) : 0;
+/// Numbers times this are a vector of length 1, the sum of their squares given. Where all of them
+/// are 0 it is 0, never infinite.
+[[nodiscard]] inline double ToLengthOne(double square) {
+  return square > 0 ? 1 / std::sqrt(square) : 0;
 }
 
 /// A uniform point of the circle.
@@ -58,8 +58,8 @@ template <RandomSource Source>
 /// The axes of a right-handed frame whose third axis is the given one.
 class SELUUTILS_EXPORT CMeanFrame {
 public:
-  /// Throws CExBadParam, in the name of the class, unless both angles of the axis are finite.
-  CMeanFrame(CPolarCoordinates const& axis, char const* className);
+  /// Throws CExBadParam, in the name of the function, unless both angles of the axis are finite.
+  CMeanFrame(CPolarCoordinates const& axis, char const* function);
 
   [[nodiscard]] CTriple<double> FromZ(double x, double y, double z) const noexcept {
     return {m_X.x * x + m_Y.x * y + m_Z.x * z, m_X.y * x + m_Y.y * y + m_Z.y * z,
@@ -69,7 +69,10 @@ public:
   template <RandomSource Source>
   [[nodiscard]] CTriple<double> DirectionAt(double cosine, double sine, Source& source) const {
     double const x = StandardNormal(source), y = StandardNormal(source);
-    double const factor = ToLength(sine, x * x + y * y);
+    double const square = x * x + y * y;
+    if (square == 0) [[unlikely]]
+      return FromZ(sine, 0, cosine);
+    double const factor = sine / std::sqrt(square);
     return FromZ(x * factor, y * factor, cosine);
   }
 

@@ -24,7 +24,10 @@ public:
   CKeptList(Lists lists) noexcept : m_Lists(std::move(lists)) {} // is used like the lists
   CKeptList(CKeptList const&) = default;
   CKeptList(CKeptList&& other) noexcept : m_Lists(std::exchange(other.m_Lists, Lists())) {}
-  CKeptList& operator=(CKeptList const& other) { return *this = CKeptList(other); }
+  CKeptList& operator=(CKeptList const& other) {
+    *this = CKeptList(other);
+    return *this;
+  }
   CKeptList& operator=(CKeptList&& other) noexcept {
     m_Lists = std::exchange(other.m_Lists, Lists());
     return *this;

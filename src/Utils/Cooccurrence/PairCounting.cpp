@@ -102,10 +102,10 @@ public:
 
   // Pairs wait here as indices until there are enough of them, so that the counting knows no ends
   // of rows. Write those that may be counted at Waiting(), then say how many.
-  [[nodiscard]] Index* Waiting() noexcept { return m_Waiting.data() + m_nWaiting; }
+  [[nodiscard]] Index* Waiting() noexcept { return m_Waiting.data() + m_WaitingPairs; }
   void Added(std::int64_t n) {
-    m_nWaiting += static_cast<std::size_t>(n);
-    if (m_nWaiting >= c_nEnough) CountWaiting();
+    m_WaitingPairs += static_cast<std::size_t>(n);
+    if (m_WaitingPairs >= c_nEnough) CountWaiting();
   }
 
   // Brings the counts together; false when one needs more than 32 bits.
@@ -127,19 +127,19 @@ private:
   [[nodiscard]] bool HasTwoTables() const noexcept { return m_Odd.data() != m_Counts.data(); }
 
   [[gnu::noinline]] void CountWaiting() {
-    if (!HasTwoTables() && m_nFilled++ % c_nSample == 0) ConsiderTwoTables();
-    std::size_t const whole = m_nWaiting / c_nUnrolled * c_nUnrolled;
+    if (!HasTwoTables() && m_Fillings++ % c_nSample == 0) ConsiderTwoTables();
+    std::size_t const whole = m_WaitingPairs / c_nUnrolled * c_nUnrolled;
     Indices const indices(m_Waiting.data(), whole);
     StTables const tables{m_Counts.data(), m_Odd.data()};
     HasRuns(indices) ? CountRuns(indices, tables) : CountEach(indices, tables);
-    m_nWaiting -= whole;
+    m_WaitingPairs -= whole;
     std::copy_n(m_Waiting.begin() + static_cast<std::ptrdiff_t>(whole), c_nUnrolled,
                 m_Waiting.begin());
   }
 
   void CountRest() noexcept {
-    for (std::size_t k = 0; k < m_nWaiting; ++k) ++m_Counts[m_Waiting[k]];
-    m_nWaiting = 0;
+    for (std::size_t k = 0; k < m_WaitingPairs; ++k) ++m_Counts[m_Waiting[k]];
+    m_WaitingPairs = 0;
   }
 
   // An increment waits for the store of the one before it where neighboring pairs are equal, but
@@ -147,8 +147,8 @@ private:
   void ConsiderTwoTables() {
     std::int64_t equal = 0;
     for (std::size_t k = 1; k < c_nEnough; ++k) equal += m_Waiting[k] == m_Waiting[k - 1] ? 1 : 0;
-    m_nEqual += equal * c_nSample;
-    if (m_nEqual < m_TwoTablesFrom) return;
+    m_EqualPairs += equal * c_nSample;
+    if (m_EqualPairs < m_TwoTablesFrom) return;
     m_Odd = OddTable();
     std::ranges::fill(m_Odd, 0U);
   }
@@ -190,9 +190,9 @@ private:
   std::int64_t m_Batch;
   std::int64_t m_Room; // pairs that still fit into this batch
   std::int64_t m_TwoTablesFrom;
-  std::int64_t m_nEqual = 0;  // estimated number of equal neighbors among the pairs
-  std::int64_t m_nFilled = 0; // times that m_Waiting was filled
-  std::size_t m_nWaiting = 0; // below c_nEnough between two rows
+  std::int64_t m_EqualPairs = 0;  // estimated number of equal neighbors among the pairs
+  std::int64_t m_Fillings = 0;    // times that m_Waiting was filled
+  std::size_t m_WaitingPairs = 0; // below c_nEnough between two rows
   std::array<Index, c_nEnough + c_nMostAtOnce + c_nUnrolled> m_Waiting{};
   bool m_HasTotals = false;
 };

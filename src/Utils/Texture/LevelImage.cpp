@@ -93,12 +93,12 @@ int CLevelImage::At(CPos const& position) const {
 CImageView CLevelImage::View() const {
   if (m_Size.Dim() == 0) return {};
   auto const owner = std::make_shared<CImageAccess>(m_Access);
-  return CImageView(m_BytesPerVoxel == 1 ? IMAGE_GREY_8 : IMAGE_GREY_16, m_Size,
-                    static_cast<void const*>(Base()), Strides(), owner);
+  return {m_BytesPerVoxel == 1 ? IMAGE_GREY_8 : IMAGE_GREY_16, m_Size,
+          static_cast<void const*>(Base()), Strides(), owner};
 }
 
 CLevelImage CLevelImage::Box(CPos const& low, CPos const& high) const {
-  return CLevelImage(View().Box(low, high), m_Levels, StUnchecked());
+  return {View().Box(low, high), m_Levels, StUnchecked()};
 }
 
 } // namespace ORVA

@@ -182,7 +182,7 @@ CLevelImage CQuantizer::Quantize(IImage const& image, StMask const& mask,
   CQuantizer const fitted = m_IsFitted ? *this : Fit(FindRange(image, mask));
   CImage pixels(fitted.m_Levels <= 255 ? IMAGE_GREY_8 : IMAGE_GREY_16, image.Size());
   fitted.QuantizeInto(pixels, image, mask, report);
-  return CLevelImage(pixels, fitted.m_Levels, CLevelImage::StUnchecked());
+  return {pixels, fitted.m_Levels, CLevelImage::StUnchecked()};
 }
 
 void CQuantizer::QuantizeInto(IImage& levels, IImage const& image, StMask const& mask,

@@ -167,7 +167,7 @@ void CAtomicFile::CopyOut() const {
   if (int const error = to.Close(); error != 0) Fail(error);
 }
 
-void CAtomicFile::CopyInto(int to) const {
+void CAtomicFile::CopyInto(int descriptor) const {
   CDescriptor const from(Temporary(), O_RDONLY);
   if (!from.IsOpen()) Fail(errno);
   std::array<char, 1 << 16> buffer;
@@ -176,7 +176,7 @@ void CAtomicFile::CopyInto(int to) const {
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) Fail(errno);
     if (count == 0) break;
-    int const error = WriteAll(to, {buffer.data(), static_cast<std::size_t>(count)});
+    int const error = WriteAll(descriptor, {buffer.data(), static_cast<std::size_t>(count)});
     if (error != 0) Fail(error);
   }
 }

@@ -41,9 +41,10 @@ std::string BoundsText(StBounds const& bounds) {
 CParameters CParameters::FromText(std::string const& text) { return FromTexts({text}); }
 
 CParameters CParameters::FromTexts(std::vector<std::string> const& texts) {
-  if (texts.empty()) throw CAppError("the name of the distribution is missing");
+  if (texts.empty()) throw CUsageError("the name of the distribution is missing");
   std::size_t const comma = texts[0].find(',');
   CParameters parameters(texts[0].substr(0, comma), {});
+  parameters.m_IsTyped = true;
   if (comma != std::string::npos) parameters.AddText(texts[0].substr(comma + 1));
   for (std::size_t i = 1; i < texts.size(); ++i) parameters.AddText(texts[i]);
   return parameters;
@@ -136,7 +137,12 @@ void CParameters::Finish() const {
 
 void CParameters::Refuse(std::string const& why) const {
   std::string name = Quoted(m_Distribution);
-  throw CAppError("the distribution " + name.substr(1, name.size() - 2) + " " + why);
+  Raise("the distribution " + name.substr(1, name.size() - 2) + " " + why);
+}
+
+void CParameters::Raise(std::string const& sentence) const {
+  if (m_IsTyped) throw CUsageError(sentence);
+  throw CAppError(sentence);
 }
 
 } // namespace selu

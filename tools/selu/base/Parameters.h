@@ -22,11 +22,13 @@ struct StBounds {
   double below = std::numeric_limits<double>::infinity();
 };
 
-/// All errors are CAppErrors that name the distribution, the parameter and the value.
+/// All errors name the distribution, the parameter and the value: CUsageError for what the command
+/// line says, CAppError for what a file says.
 class CParameters {
 public:
   using Pairs = std::vector<std::pair<std::string, std::string>>;
 
+  /// Those of a file.
   CParameters(std::string distribution, Pairs given)
       : m_Distribution(std::move(distribution)), m_Given(std::move(given)), m_Used(m_Given.size()) {
   }
@@ -53,7 +55,9 @@ public:
 
   /// To be called when all parameters were asked for.
   void Finish() const;
+  /// "the distribution normal ", then why.
   [[noreturn]] void Refuse(std::string const& why) const;
+  [[noreturn]] void Raise(std::string const& sentence) const;
 
 private:
   void AddText(std::string text);
@@ -64,6 +68,7 @@ private:
   std::string m_Distribution;
   Pairs m_Given;
   std::vector<bool> m_Used;
+  bool m_IsTyped = false; // on the command line
 };
 
 } // namespace selu

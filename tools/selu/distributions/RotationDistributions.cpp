@@ -280,7 +280,7 @@ StPart MakePart(CParameters given, int depth) {
   if (name == "fixed") return MakeFixed(given);
   if (name == "mixture") return MakeMixture(given, depth);
   if (name == "constant") given.Refuse("cannot be part of a mixture; fixed can");
-  throw CAppError("there is no distribution of rotations named " + Quoted(name));
+  given.Raise("there is no distribution of rotations named " + Quoted(name));
 }
 
 } // namespace

@@ -141,9 +141,7 @@ void COpenImage::ReadSlab(ORVA::int64 first, ORVA::int64 last, CSharedBuffer con
   }
 }
 
-COpenImage OpenImage(fs::path const& path, std::string const& series) {
-  return COpenImage(path, series);
-}
+COpenImage OpenImage(fs::path const& path, std::string const& series) { return {path, series}; }
 
 CRawImage ReadImage(fs::path const& path) { return OpenImage(path).Read(); }
 

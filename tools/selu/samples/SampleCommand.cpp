@@ -161,9 +161,9 @@ void Stream(StJob& job, Draw const& draw) {
   if (writer) writer->Finish();
 }
 
-void Commit(StJob& job) {
-  if (job.file) job.file->Commit();
-  if (job.picture) job.picture->Commit();
+void Commit(StJob& job, std::string const& report) {
+  CommitAll({job.file ? &*job.file : nullptr, job.picture ? &*job.picture : nullptr},
+            [&] { PrintOut(report); });
   if (job.tellsSeed) PrintNote("drawn with --seed " + std::to_string(job.shape.seed));
 }
 
@@ -191,8 +191,7 @@ void SampleScalars(StJob& job) {
   if (job.picture)
     job.picture->Write(DrawScalars(*statistics, job.parameters.Title(), job.shape.seed,
                                    EndingOf(job.picture->Target())));
-  Commit(job);
-  if (job.check) PrintOut(statistics->Report(OutputColumns()));
+  Commit(job, job.check ? statistics->Report(OutputColumns()) : std::string());
   if (job.check && !statistics->Fits()) RaiseMisfit(job);
 }
 
@@ -211,8 +210,7 @@ void SampleRotations(StJob& job, StForm const& form) {
   if (job.picture)
     job.picture->Write(DrawDirections(*statistics, job.parameters.Title(), job.shape.seed,
                                       EndingOf(job.picture->Target())));
-  Commit(job);
-  if (job.check) PrintOut(statistics->Report(OutputColumns()));
+  Commit(job, job.check ? statistics->Report(OutputColumns()) : std::string());
   if (job.check && !statistics->Fits()) RaiseMisfit(job);
 }
 
@@ -224,7 +222,7 @@ void Run(StOptions const& options) {
   auto const known = RotationNames();
   if (!isScalar && std::none_of(known.begin(), known.end(),
                                 [&](StDistributionName const& one) { return name == one.name; }))
-    throw CAppError("there is no distribution " + Quoted(name) + " (see selu sample --help)");
+    throw CUsageError("there is no distribution " + Quoted(name) + " (see selu sample --help)");
   if (isScalar && !options.as.empty())
     throw CUsageError("--as is for rotations, and " + name + " draws numbers");
   job.shape.count = ParseCount(options.count);

@@ -33,8 +33,8 @@ double ParseRadius(std::string const& text, ORVA::CSize const& size) {
   // A fiber wider than the image would only cost time.
   auto const most = static_cast<double>(std::max({size.x, size.y, size.z}));
   if (!radius || radius->size() != 1 || !(radius->front() > 0 && radius->front() <= most))
-    throw CAppError("--radius needs a number of voxels above 0, at most the image's extent of " +
-                    Shortest(most) + ", not \"" + text + "\"");
+    throw CUsageError("--radius needs a number of voxels above 0, at most the image's extent of " +
+                      Shortest(most) + ", not \"" + text + "\"");
   return radius->front();
 }
 

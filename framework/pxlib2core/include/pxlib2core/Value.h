@@ -97,7 +97,8 @@ public:
   CValue(CValue const& other);
   CValue(CValue&& other) noexcept; ///< leaves the other invalid
   CValue& operator=(CValue const& other);
-  CValue& operator=(CValue&& other); ///< throws for the place of a missing entry alone
+  /// Throws for the place of a missing entry alone.
+  CValue& operator=(CValue&& other); // NOLINT(performance-noexcept-move-constructor)
   ~CValue();
 
   [[nodiscard]] EnType Type() const noexcept;
