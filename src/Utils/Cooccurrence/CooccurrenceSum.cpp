@@ -1,7 +1,6 @@
 #include <SeluUtils/CooccurrenceSum.h>
 
-#include "Utils/Cooccurrence/PairCounting.h"
-#include "Utils/Cooccurrence/Strides.h"
+#include "Utils/Cooccurrence/PairTotals.h"
 #include "Utils/Cooccurrence/TextureSums.h"
 
 #include <pxlib2core/Exception.h>
@@ -9,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <span>
@@ -20,61 +18,6 @@ namespace {
 
 constexpr char c_module[] = "src/Utils/Cooccurrence";
 constexpr uint64 c_mostPairs = uint64{1} << 46U;
-
-// Along one axis: the first voxel v in [low, high) with v and v + d inside, and how many there are.
-// The part of the axis from the first to the last voxel of their pairs holds no other pair.
-struct StRange {
-  int64 first = 0, count = 0;
-};
-
-StRange PairRange(int64 extent, int64 d, int64 low, int64 high) noexcept {
-  if (extent <= 0 || d >= extent || d <= -extent) return {};
-  int64 const first = std::max({low, int64{0}, -d});
-  int64 const end = std::min({high, extent, extent - d});
-  return {first, std::max(int64{0}, end - first)};
-}
-
-// The pairs of a block, whose displacement is shorter than it.
-double PairsOf(Impl::StGrayBlock const& block, std::array<int64, 3> const& d) noexcept {
-  double pairs = 1;
-  for (std::size_t axis = 0; axis < 3; ++axis)
-    pairs *= static_cast<double>(block.extent[axis] - std::abs(d[axis]));
-  return pairs;
-}
-
-// Adds the pairs (level at v + d, level at v) at a * 256 + b.
-class CBlockCounter {
-public:
-  explicit CBlockCounter(std::vector<uint64>& totals) : m_Totals(totals) {}
-
-  void Count(Impl::StGrayBlock const& block, std::array<int64, 3> const& d) {
-    // One table of 32-bit counts holds as many.
-    if (PairsOf(block, d) > std::numeric_limits<std::uint32_t>::max()) return CountHalves(block, d);
-    (void)Impl::CountPairs(block, {-d[0], -d[1], -d[2]},
-                           std::span<std::uint32_t, Impl::c_nCells>(m_Counts), m_Scratch);
-    for (std::size_t k = 0; k < m_Totals.size(); ++k) m_Totals[k] += m_Counts[k];
-  }
-
-private:
-  // The halves of the first voxels of the pairs, along the axis on which there are most of them.
-  void CountHalves(Impl::StGrayBlock const& block, std::array<int64, 3> const& d) {
-    auto const pairs = [&](std::size_t axis) { return block.extent[axis] - std::abs(d[axis]); };
-    std::size_t axis = 0;
-    for (std::size_t other : {1U, 2U})
-      if (pairs(other) > pairs(axis)) axis = other;
-    int64 const half = pairs(axis) / 2;
-    Impl::StGrayBlock part = block;
-    part.extent[axis] = half + std::abs(d[axis]);
-    Count(part, d);
-    part.base += half * block.stride[axis];
-    part.extent[axis] = block.extent[axis] - half;
-    Count(part, d);
-  }
-
-  std::vector<uint64>& m_Totals;
-  std::vector<std::uint32_t> m_Counts = std::vector<std::uint32_t>(Impl::c_nCells);
-  Impl::StPairScratch m_Scratch;
-};
 
 } // namespace
 
@@ -93,24 +36,16 @@ void CCooccurrenceSum::Count(IImage const& in, CTriple<int64> const& displacemen
         ORVA_LOCATION(c_module, "ORVA::CCooccurrenceSum::Count"),
         CString("an image of the type %1 has no gray levels").Arg(CString(type.ToString())));
   CImageAccess const access = in.CreateAccess(false);
-  auto const& extents = access.Extents();
   std::array<int64, 3> const d = {displacement.x, displacement.y, displacement.z};
-  std::array<StRange, 3> const ranges = {PairRange(extents[0], d[0], low.x, high.x),
-                                         PairRange(extents[1], d[1], low.y, high.y),
-                                         PairRange(extents[2], d[2], low.z, high.z)};
-  for (auto const& range : ranges)
-    if (range.count == 0) return;
-  Impl::StGrayBlock block{access.Base(), {}, access.Strides(), static_cast<int>(type.Bytes())};
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    block.base += std::min(ranges[axis].first, ranges[axis].first + d[axis]) * block.stride[axis];
-    block.extent[axis] = ranges[axis].count + std::abs(d[axis]);
-  }
-  double const pairs = PairsOf(block, d);
+  auto const block = Impl::BlockOfPairs(
+      {access.Base(), access.Extents(), access.Strides(), static_cast<int>(type.Bytes())}, d,
+      {low.x, low.y, low.z}, {high.x, high.y, high.z});
+  double const pairs = Impl::PairsOf(block, d);
+  if (pairs == 0) return;
   AddToTotal(pairs > static_cast<double>(c_mostPairs) ? c_mostPairs + 1
                                                       : static_cast<uint64>(pairs));
-  auto sorted = d;
-  Impl::SortAxes(block, sorted);
-  CBlockCounter(m_Counts).Count(block, sorted);
+  // The opposite displacement counts the transposed matrix.
+  Impl::AddPairs(block, {-d[0], -d[1], -d[2]}, {m_Counts.data(), Impl::c_nLevels, Impl::c_nLevels});
 }
 
 void CCooccurrenceSum::AddToTotal(uint64 pairs) {

@@ -228,8 +228,20 @@ made on purpose, 1 to n, of integers and floating-point numbers, and have the fe
 (--features ibsi, the default then), of Haralick's paper (haralick), or those that are named, such
 as contrast,joint_entr. A value on an edge belongs to the bin above it; values beyond --range are
 clamped; pairs with a voxel off the mask, or NaN, do not count. --aggregate makes one value of all
-directions, and --matrix and --picture then show the matrices that it takes, added up over the slices
-and, where the way ends in comb, over the directions; a feature without any pair is NaN (null in JSON).
+directions; --matrix and --picture then show the matrices that it takes, added up over the slices
+and, where the way ends in comb, over the directions. A feature without any pair is NaN (null in
+JSON).
+
+Coming from another tool, for the same values:
+  scikit-image  graycomatrix(a, [1], [0], 256, symmetric=True) is --levels 256 --direction 1,0
+                --symmetric; pi/4 is 1,1 (y runs downwards). ASM is energy here, and its energy
+                the root of that; homogeneity is inv_diff_mom; its entropy is in nats, here in bits
+  mahotas       haralick(a) is --levels 256 --symmetric --features haralick; its entropies are in
+                bits, here in nats; return_mean=True adds --aggregate 2D_avg
+  ITK           its Inertia is contrast, its Energy energy; 32 bins from 0 to 1023 are --levels 32
+                --range 0,1024, but values beyond are clamped here and left out there
+  PyRadiomics   binWidth=25 is --bin-width 25 --bin-start multiple, binCount=32 --bin-count 32; with
+                --symmetric --aggregate 3D_avg, or 2_5D_avg for force2D
 
 Examples:
   selu texture brick.png --picture brick-texture.png

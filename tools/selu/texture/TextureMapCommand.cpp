@@ -197,9 +197,10 @@ void Run(StOptions const& options) {
 
 constexpr char c_help[] =
     R"(Each pixel or voxel of a map is the feature of the window around it, the mean over the directions;
-at the border what of the window lies in the image counts, or with --border valid there is no window. Pairs with a voxel off the mask, or NaN,
-do not count; a window without any pair is NaN. The maps are 32-bit floating-point and keep the
-place of the image in space; --step 2,2,1 makes their spacing twice as large along x and y.
+at the border what of the window lies in the image counts, or with --border valid there is no
+window. Pairs with a voxel off the mask, or NaN, do not count; a window without any pair is NaN.
+The maps are 32-bit floating-point and keep the place of the image in space; --step 2,2,1 makes
+their spacing twice as large along x and y.
 
 One feature is written to the output's name, several each to a file of its own: maps.nrrd becomes
 maps-contrast.nrrd and so on. NRRD, MetaImage and TIFF files keep the feature's name and the window
