@@ -73,7 +73,9 @@ def range_tasks(graph: Graph, name: str, image: Volume, mask: Volume | None) -> 
 
 def value_range(image: Source, mask: Source | None, core: Box) -> Found:
     parts = core.pieces(MOST_VOXELS)
-    return join_ranges(_core.value_range(image.read(p), mask and mask.read(p)) for p in parts)
+    return join_ranges(
+        _core.value_range(image.read(p), None if mask is None else mask.read(p)) for p in parts
+    )
 
 
 def join_ranges(ranges: Iterable[Found]) -> Found:
