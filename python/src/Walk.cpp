@@ -195,15 +195,16 @@ CWalk Sweep(py::object const& shape, py::object const& direction, int dimension)
 } // namespace
 
 void BindWalk(py::module_& module) {
-  py::class_<CWalk>(module, "Walk",
-                    "A walk: an iterator over points, tuples in the order of the array's axes. One "
-                    "thread at a time may use it.")
+  py::class_<CWalk>(
+      module, "Walk",
+      "The points of a walk, one after the other, as tuples in the order of the array's axes.\n\n"
+      "Its length is the number of points still to come. One thread at a time may use it.")
       .def("take", &CWalk::Take, py::arg("n"),
-           "Up to n of the next points, an (m, d) array of int64.")
-      .def("points", &CWalk::All, "All points that are left, an (m, d) array of int64.")
-      .def("rewind", &CWalk::Rewind, "Back to the first point.")
-      .def_property_readonly("remaining", &CWalk::Remaining, "How many points are left.")
-      .def_property_readonly("ndim", &CWalk::Dimension, "The length of a point: 2 or 3.")
+           "The next points, n at most, as an (n, d) array of int64.")
+      .def("points", &CWalk::All, "All points that are left, as an (n, d) array of int64.")
+      .def("rewind", &CWalk::Rewind, "Goes back to the first point.")
+      .def_property_readonly("remaining", &CWalk::Remaining, "Number of points still to come.")
+      .def_property_readonly("ndim", &CWalk::Dimension, "Number of coordinates of a point.")
       .def("__len__", &CWalk::Remaining)
       .def("__iter__", [](py::object const& self) { return self; })
       .def("__next__", &CWalk::Next);
