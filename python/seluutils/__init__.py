@@ -17,14 +17,18 @@ works, and Ctrl-C ends it.
 
 from ._core import __version__
 from ._errors import BadParameter, Location, SeluError
-from . import draw, random, texture, walk
+from . import compat, draw, features, mask, metric, random, texture, walk
 
 __all__ = [
     "BadParameter",
     "Location",
     "SeluError",
     "__version__",
+    "compat",
     "draw",
+    "features",
+    "mask",
+    "metric",
     "random",
     "texture",
     "walk",

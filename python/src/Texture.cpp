@@ -316,13 +316,27 @@ py::tuple Quantize(py::object const& array, CRecipe const& recipe, py::object co
   std::vector<py::ssize_t> strides;
   for (std::size_t axis = shape.size(); axis-- > 0;)
     strides.push_back(static_cast<py::ssize_t>(levels.Strides()[axis]));
-  // The pixels stay with the array; a copy of them would double the memory.
-  auto* const owner = new CLevelImage(levels);
-  py::capsule const keep(owner, [](void* kept) { delete static_cast<CLevelImage*>(kept); });
+  // The pixels stay with the array; a copy of them would double the memory. Values as they are may
+  // be the caller's own; without an owner the array has a copy.
+  py::object keep;
+  if (!recipe.IsPlain())
+    keep = py::capsule(new CLevelImage(levels),
+                       [](void* kept) { delete static_cast<CLevelImage*>(kept); });
   return py::make_tuple(
-      py::array(dtype, shape, strides, owner->Base(), keep),
+      py::array(dtype, shape, strides, levels.Base(), keep),
       py::array_t<double>(static_cast<py::ssize_t>(gray.edges.size()), gray.edges.data()),
       levels.Levels());
+}
+
+// Least and greatest finite value and how many there are: what a recipe is fitted to.
+py::tuple ValueRange(py::object const& array, py::object const& maskArray) {
+  CImageView const image = GrayViewOf(array, "image");
+  CMask const mask(maskArray, image.Size());
+  ORVA::StValueRange const range = [&] {
+    CUnlocked const unlocked;
+    return ORVA::CQuantizer::FindRange(image, mask.Get());
+  }();
+  return py::make_tuple(range.low, range.high, range.voxels);
 }
 
 py::array Offsets(int dimension, int64 distance, bool isShell) {
@@ -374,7 +388,15 @@ void BindTexture(py::module_& module) {
                     std::optional<std::pair<double, double>>, py::object const&>(),
            py::arg("levels") = py::none(), py::arg("bin_width") = py::none(),
            py::arg("bin_count") = py::none(), py::arg("range") = py::none(),
-           py::arg("anchor") = py::none());
+           py::arg("anchor") = py::none())
+      .def_property_readonly("needs_range", &CRecipe::NeedsRange)
+      .def(
+          "fit",
+          [](CRecipe const& recipe, double low, double high, uint64 voxels) {
+            return recipe.Fit({low, high, voxels});
+          },
+          py::arg("low"), py::arg("high"), py::arg("voxels"));
+  module.def("value_range", &ValueRange, py::arg("image"), py::arg("mask"));
   module.def("quantize", &Quantize, py::arg("image"), py::arg("recipe"), py::arg("mask"));
   module.def("cooccurrence", &Cooccurrence, py::arg("image"), py::arg("offsets"), py::arg("recipe"),
              py::arg("mask"), py::arg("symmetric"), py::arg("progress"));
