@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "base/FileBytes.h"
+#include "base/Quiet.h"
 #include "base/Texts.h"
 
 #include <algorithm>
@@ -100,6 +101,7 @@ void FixFonts(cairo_t* context) {
 // Left to begin by itself, the font library tries on without an end where it gets no memory.
 void LoadFonts() {
   static bool const s_isLoaded = [] {
+    CQuiet const quiet;
     std::unique_ptr<FcConfig, decltype(&FcConfigDestroy)> const fonts(FcInitLoadConfigAndFonts(),
                                                                       FcConfigDestroy);
     return fonts != nullptr && FcConfigSetCurrent(fonts.get()) == FcTrue;
