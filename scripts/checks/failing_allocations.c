@@ -68,6 +68,20 @@ int posix_memalign(void **memory, size_t alignment, size_t bytes) {
   return 0;
 }
 
+// Those of the C library are asked for by whoever calls it.
+char *strdup(char const *text) {
+  size_t const bytes = strlen(text) + 1;
+  char *const copy = Fails() ? NULL : __libc_malloc(bytes);
+  return copy == NULL ? NULL : memcpy(copy, text, bytes);
+}
+char *strndup(char const *text, size_t most) {
+  size_t const bytes = strnlen(text, most);
+  char *const copy = Fails() ? NULL : __libc_malloc(bytes + 1);
+  if (copy == NULL) return NULL;
+  copy[bytes] = 0;
+  return memcpy(copy, text, bytes);
+}
+
 typedef int Main(int, char **, char **);
 static Main *g_main;
 
