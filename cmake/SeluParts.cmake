@@ -7,7 +7,7 @@ macro(selu_find_python)
   if(NOT Python3_EXECUTABLE AND EXISTS /usr/bin/python3)
     set(Python3_EXECUTABLE /usr/bin/python3)
   endif()
-  find_package(Python3 3.9 ${ARGN} COMPONENTS Interpreter Development.Module NumPy)
+  find_package(Python3 3.10 ${ARGN} COMPONENTS Interpreter Development.Module NumPy)
 endmacro()
 
 # selu_missing(RESULT PACKAGE...): those of the packages that CMake does not find.

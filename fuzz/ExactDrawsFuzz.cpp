@@ -21,6 +21,7 @@
 #include <pxlib2core/RandomSource.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <string>
 
@@ -163,8 +164,9 @@ void CheckPoints(CInput& input) {
   auto const isNear = [&](CTriple<double> const& p) {
     auto const d = p - center;
     double const size = std::max({std::abs(center.x), std::abs(center.y), std::abs(center.z)});
-    double const most = radius * (1 + 1e-12) + size * 1e-12;
-    return !(std::abs(d.x) > most || std::abs(d.y) > most || std::abs(d.z) > most);
+    constexpr double tiniest = std::numeric_limits<double>::denorm_min();
+    double const most = radius * (1 + 1e-12) + size * 1e-12 + 4 * tiniest;
+    return std::abs(d.x) <= most && std::abs(d.y) <= most && std::abs(d.z) <= most;
   };
   CheckDraws(
       input, [&] { return CSpherePoint(center, radius); }, isNear);

@@ -18,14 +18,67 @@
 #include <pxlib2core/Types.h>
 #include <pxlib2image/Image.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <memory>
 #include <ranges>
 #include <type_traits>
 #include <utility>
 
 namespace ORVA {
+
+namespace Impl {
+
+/// Goes from voxel to voxel below a walk. All of it is inline up to the loop, so that a walker that
+/// lives there is walked in registers.
+template <class Pixel, RunWalker W>
+class CVoxelIterator {
+public:
+  using iterator_concept = std::input_iterator_tag;
+  using value_type = std::remove_const_t<Pixel>;
+  using difference_type = std::ptrdiff_t;
+
+  CVoxelIterator() = default;
+  [[gnu::always_inline]] CVoxelIterator(CVoxelBlock<Pixel> const& block, W& walker)
+      : m_Block(&block), m_Walker(&walker) {
+    NextRow();
+  }
+
+  [[nodiscard]] Pixel& operator*() const noexcept { return *m_Row.first; }
+  [[gnu::always_inline]] CVoxelIterator& operator++() {
+    if (--m_Row.length > 0) {
+      m_Row.first = Moved(m_Row.first, m_Row.stride);
+    } else {
+      NextRow();
+    }
+    return *this;
+  }
+  [[gnu::always_inline]] void operator++(int) { ++*this; }
+  friend bool operator==(CVoxelIterator const& a, std::default_sentinel_t) noexcept {
+    return a.m_Row.length <= 0;
+  }
+
+private:
+  [[gnu::always_inline]] void NextRow() {
+    m_Row.length = 0;
+    while (m_Row.length == 0 && m_Walker->MorePoints()) {
+      // Of a line, whose rows are short, the next point.
+      if constexpr (std::is_same_v<W, CBresenhamVisitor> ||
+                    std::is_same_v<W, CBresenhamVisitorSelect>) {
+        CTriple<int64> const p = m_Walker->NextPoint();
+        if (m_Block->IsInside(p)) m_Row = {p, 0, m_Block->Address(p), 0, 1};
+      } else {
+        m_Row = m_Block->Clip(m_Walker->NextRun());
+      }
+    }
+  }
+
+  CVoxelBlock<Pixel> const* m_Block = nullptr;
+  W* m_Walker = nullptr;
+  StVoxelRow<Pixel> m_Row; // from this voxel on; of no length behind the last one
+};
+
+} // namespace Impl
 
 /// References to the voxels below the points that a walker has still to hand out, in their order;
 /// points outside the image are left out. A single-pass input range: begin goes to the first voxel,
@@ -34,67 +87,15 @@ namespace ORVA {
 template <class Pixel, RunWalker W>
 class CVoxelRange : public std::ranges::view_base {
 public:
-  class CIterator {
-  public:
-    using iterator_concept = std::input_iterator_tag;
-    using value_type = std::remove_const_t<Pixel>;
-    using difference_type = std::ptrdiff_t;
-
-    CIterator() = default;
-    explicit CIterator(CVoxelRange& range) : m_Range(&range) { NextRun(); }
-
-    [[nodiscard]] Pixel& operator*() const noexcept { return *m_Voxel; }
-    CIterator& operator++() {
-      if (--m_Left > 0) {
-        m_Voxel = Impl::Moved(m_Voxel, m_Stride);
-      } else {
-        NextRun();
-      }
-      return *this;
-    }
-    void operator++(int) { ++*this; }
-    friend bool operator==(CIterator const& a, std::default_sentinel_t) noexcept {
-      return a.m_Voxel == nullptr;
-    }
-
-  private:
-    void NextRun() {
-      m_Voxel = nullptr;
-      while (m_Range->m_Walker->MorePoints()) {
-        auto const row = m_Range->NextRow();
-        if (row.length == 0) continue;
-        m_Voxel = row.first;
-        m_Stride = row.stride;
-        m_Left = row.length;
-        return;
-      }
-    }
-
-    CVoxelRange* m_Range = nullptr;
-    Pixel* m_Voxel = nullptr;
-    int64 m_Stride = 0; // bytes
-    int64 m_Left = 0;   // voxels of the row from this one on
-  };
+  using CIterator = Impl::CVoxelIterator<Pixel, W>;
 
   CVoxelRange(CImageAccess access, W& walker)
       : m_Access(std::move(access)), m_Block(m_Access), m_Walker(&walker) {}
 
-  [[nodiscard]] CIterator begin() { return CIterator(*this); }
+  [[nodiscard, gnu::always_inline]] CIterator begin() { return {m_Block, *m_Walker}; }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
-  // Of a line, whose rows are short, the next point.
-  [[nodiscard]] Impl::StVoxelRow<Pixel> NextRow() {
-    if constexpr (std::is_same_v<W, CBresenhamVisitor> ||
-                  std::is_same_v<W, CBresenhamVisitorSelect>) {
-      CTriple<int64> const p = m_Walker->NextPoint();
-      if (!m_Block.IsInside(p)) return {};
-      return {p, 0, m_Block.Address(p), 0, 1};
-    } else {
-      return m_Block.Clip(m_Walker->NextRun());
-    }
-  }
-
   CImageAccess m_Access;
   Impl::CVoxelBlock<Pixel> m_Block;
   W* m_Walker;
@@ -105,14 +106,17 @@ template <class Pixel, RunWalker W>
 class COwningVoxelRange : public std::ranges::view_base {
 public:
   COwningVoxelRange(CImageAccess access, W&& walker)
-      : m_Walker(std::make_unique<W>(std::move(walker))), m_Voxels(std::move(access), *m_Walker) {}
+      : m_Access(std::move(access)), m_Block(m_Access), m_Walker(std::move(walker)) {}
 
-  [[nodiscard]] auto begin() { return m_Voxels.begin(); }
+  [[nodiscard, gnu::always_inline]] auto begin() {
+    return Impl::CVoxelIterator<Pixel, W>(m_Block, m_Walker);
+  }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
 
 private:
-  std::unique_ptr<W> m_Walker; // stays where it is when the range moves
-  CVoxelRange<Pixel, W> m_Voxels;
+  CImageAccess m_Access;
+  Impl::CVoxelBlock<Pixel> m_Block;
+  W m_Walker;
 };
 
 /// The voxels of the image below the walker's remaining points, as `Pixel const&`, and as `Pixel&`
@@ -149,15 +153,16 @@ requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>
 [[gnu::always_inline]] inline void ForEachVoxel(Image& image, W&& walker, Function f) {
   static_assert(!std::is_const_v<std::remove_reference_t<W>>, "walking changes the walker");
   auto const access = Impl::OpenVoxels(image);
-  Impl::DispatchPixelType(image, [&]<class Pixel>(Pixel const*) {
-    using Voxel = std::conditional_t<std::is_const_v<Image>, Pixel const, Pixel>;
-    Impl::WalkVoxels(Impl::CVoxelBlock<Voxel>(access), walker, f);
-  });
+  Impl::DispatchPixelType(
+      image, [&]<class Pixel>(Pixel const*) __attribute__((always_inline)) {
+        using Voxel = std::conditional_t<std::is_const_v<Image>, Pixel const, Pixel>;
+        Impl::WalkVoxels(Impl::CVoxelBlock<Voxel>(access), walker, f);
+      });
 }
 template <class Pixel, class Image, class W, class Function>
 requires std::is_arithmetic_v<Pixel> && std::derived_from<Image, IImage> &&
     RunWalker<std::remove_cvref_t<W>>
-void ForEachVoxel(Image& image, W&& walker, Function f) {
+[[gnu::always_inline]] inline void ForEachVoxel(Image& image, W&& walker, Function f) {
   static_assert(!std::is_const_v<std::remove_reference_t<W>>, "walking changes the walker");
   using Voxel = std::conditional_t<std::is_const_v<Image>, Pixel const, Pixel>;
   auto const access = Impl::OpenVoxels(image);

@@ -17,12 +17,16 @@ works, and Ctrl-C ends it.
 
 from ._core import __version__
 from ._errors import BadParameter, Location, SeluError
-from . import texture
+from . import compat, draw, random, texture, walk
 
 __all__ = [
     "BadParameter",
     "Location",
     "SeluError",
     "__version__",
+    "compat",
+    "draw",
+    "random",
     "texture",
+    "walk",
 ]

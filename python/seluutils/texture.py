@@ -40,8 +40,10 @@ __all__ = [
     "IBSI_FEATURES",
     "SELU_FEATURES",
     "cooccurrence",
+    "feature_maps",
     "features",
     "matrix_features",
+    "object_features",
     "offsets",
     "quantize",
 ]
@@ -333,6 +335,153 @@ def matrix_features(
             cells += cells.transpose(0, 2, 1).copy()
         table = _core.count_features(cells, wanted, ng)
     return _by_name(wanted, table, None, array.ndim == 2)
+
+
+def feature_maps(
+    image: Array,
+    size: int | Sequence[int],
+    *,
+    names: Sequence[str] | None = None,
+    offset: npt.ArrayLike | None = None,
+    distances: int | Sequence[int] | None = None,
+    levels: int | None = None,
+    bin_width: float | None = None,
+    bin_count: int | None = None,
+    range: Range = None,
+    anchor: Anchor = None,
+    mask: Array | None = None,
+    step: int | Sequence[int] = 1,
+    border: Literal["clipped", "valid"] = "clipped",
+    symmetric: bool = True,
+    dtype: npt.DTypeLike = np.float32,
+    out: Array | None = None,
+    progress: Progress = None,
+) -> dict[str, Array]:
+    """The features of the window around every pixel or voxel.
+
+    Parameters
+    ----------
+    image : (z, y, x) or (y, x) array
+        Integers as they are, 0 outside, or anything that the other arguments make levels of; up to
+        4096 levels.
+    size : int or tuple
+        The sides of the window in the order of the array's axes, each odd; up to 2**20 voxels.
+    names : sequence of str
+        Features of IBSI and Haralick but the maximal correlations; IBSI's 25 by default.
+    offset, distances
+        As those of :func:`features`. A value is the mean over the offsets that have pairs in the
+        window.
+    levels, bin_width, bin_count, range, anchor, mask
+        How values become levels; see the head of this module.
+    step : int or tuple
+        Voxels from one window to the next along each axis.
+    border : {"clipped", "valid"}
+        Windows around every voxel, clipped at the border of the image, or only those inside it.
+    symmetric : bool
+        Whether each pair counts in both orders.
+    dtype : float32 or float64
+        Of the maps, unless `out` is given.
+    out : (n, ...) array of float32 or float64 without gaps
+        Takes the n maps. An operation that fails or is interrupted leaves it filled with NaN.
+    progress : callable(done, total) or True
+        Hears of the progress, in lines of the maps; True shows a bar.
+
+    Returns
+    -------
+    dict
+        The map of each feature by its name; all are parts of one array. NaN where a window has no
+        pair.
+
+    Raises
+    ------
+    BadParameter
+        For arguments that do not go together, windows and levels beyond the limits, and values that
+        are no levels.
+
+    >>> import numpy as np
+    >>> image = np.array([[1, 2, 4, 4, 1]], np.uint8)
+    >>> feature_maps(image, (1, 3), names=["contrast"], offset=(0, 1))["contrast"]
+    array([[1. , 2.5, 2. , 4.5, 9. ]], dtype=float32)
+    """
+    recipe = _core.Recipe(levels, bin_width, bin_count, range, anchor)
+    wanted = _names("ibsi", names)
+    if out is not None and not isinstance(out, np.ndarray):
+        raise BadParameter("out must be an array")
+    kind = np.dtype(dtype if out is None else out.dtype)
+    if kind not in (np.dtype(np.float32), np.dtype(np.float64)):
+        raise BadParameter(f"maps are float32 or float64, not {kind}")
+    where = _offsets(image, offset, distances)
+    with watched(progress, "feature maps") as tell:
+        maps = _core.feature_maps(
+            image, size, where, wanted, recipe, mask, step, symmetric, border, out,
+            kind == np.dtype(np.float64), tell,
+        )  # fmt: skip
+    return dict(zip(wanted, maps))
+
+
+def object_features(
+    image: Array,
+    labels: Array,
+    *,
+    definition: Literal["ibsi", "haralick"] = "ibsi",
+    names: Sequence[str] | None = None,
+    offset: npt.ArrayLike | None = None,
+    distances: int | Sequence[int] | None = None,
+    aggregate: Literal["mean", "sum"] = "mean",
+    levels: int | None = None,
+    bin_width: float | None = None,
+    bin_count: int | None = None,
+    range: Range = None,
+    anchor: Anchor = None,
+    mask: Array | None = None,
+    symmetric: bool = True,
+    progress: Progress = None,
+) -> dict[str, Array]:
+    """Features of each object of a label image, over the pairs with both voxels in the object.
+
+    Parameters
+    ----------
+    image : (z, y, x) or (y, x) array
+        Integers as they are, 0 outside, or anything that the other arguments make levels of: the
+        same levels for all objects.
+    labels : array of the image's shape
+        Integers from 0 to 2**32 - 1, or bool; 0 is the background.
+    definition, names, offset, distances, symmetric
+        As those of :func:`features`.
+    aggregate : {"mean", "sum"}
+        The mean of the features over the offsets, or the features of the sum of the matrices.
+    levels, bin_width, bin_count, range, anchor, mask
+        How values become levels; see the head of this module.
+    progress : callable(done, total) or True
+        Hears of the progress, in objects; True shows a bar.
+
+    Returns
+    -------
+    dict
+        Columns: "label", "voxels", and each feature under its name; NaN for an object without
+        pairs. ``pandas.DataFrame`` takes it.
+
+    Raises
+    ------
+    BadParameter
+        For labels that are negative or no integers, and as :func:`features`.
+
+    >>> import numpy as np
+    >>> image = np.array([[1, 2, 2, 1]], np.uint8)
+    >>> objects = np.array([[7, 7, 9, 9]], np.int32)
+    >>> object_features(image, objects, names=["contrast"])
+    {'label': array([7, 9], dtype=uint32), 'voxels': array([2, 2]), 'contrast': array([1., 1.])}
+    """
+    recipe = _core.Recipe(levels, bin_width, bin_count, range, anchor)
+    wanted = _names(definition, names)
+    if aggregate not in ("mean", "sum"):
+        raise BadParameter(f'aggregate must be "mean" or "sum", not "{aggregate}"')
+    where = _offsets(image, offset, distances)
+    with watched(progress, "object features") as tell:
+        ids, voxels, table = _core.object_features(
+            image, labels, where, wanted, recipe, mask, symmetric, aggregate == "sum", tell
+        )
+    return {"label": ids, "voxels": voxels, **dict(zip(wanted, table.T.copy()))}
 
 
 def _offsets(

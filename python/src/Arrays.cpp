@@ -1,5 +1,6 @@
 #include "Arrays.h"
 
+#include <SeluUtils/Texture/Quantizer.h>
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 #include <pxlib2image/Image.h>
@@ -36,15 +37,19 @@ constexpr std::array<StDtype, 9> c_dtypes = {{{'b', 1, ORVA::IMAGE_BOOL},
                                               {'f', 4, ORVA::IMAGE_GREY_F},
                                               {'f', 8, ORVA::IMAGE_DOUBLE}}};
 
+// Integers of 64 bits in the machine's byte order.
+bool IsWide(py::array const& array) {
+  char const kind = array.dtype().kind();
+  return (kind == 'i' || kind == 'u') && array.itemsize() == 8 && array.dtype().byteorder() != '>';
+}
+
 [[noreturn]] void RaiseDtype(py::array const& array, char const* name) {
   std::string const dtype = py::str(array.dtype());
-  bool const isWide =
-      (array.dtype().kind() == 'i' || array.dtype().kind() == 'u') && array.itemsize() == 8;
   std::string message =
       std::string(name) + " has the dtype " + dtype +
       ", but bool, integers of 8, 16 and 32 bits, float32 and float64 in this machine's byte order "
       "are taken";
-  if (isWide)
+  if (IsWide(array))
     message += std::string("; ") + name + ".astype(\"int32\") makes one where the values allow it";
   ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ViewOf"), CString(message));
 }
@@ -57,6 +62,25 @@ CPixelType TypeOf(py::array const& array, char const* name) {
       });
   if (found == c_dtypes.end() || order == '>') RaiseDtype(array, name);
   return found->type;
+}
+
+struct StLayout {
+  CSize size;
+  std::array<int64, 3> strides{};
+};
+
+StLayout LayoutOf(py::array const& array, char const* name) {
+  if (array.ndim() != 2 && array.ndim() != 3)
+    ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ViewOf"),
+                              CString("%1 has %2 axes, but arrays [y, x] and [z, y, x] are taken")
+                                  .Arg(name)
+                                  .Arg(static_cast<int64>(array.ndim())));
+  StLayout layout;
+  for (py::ssize_t axis = 0; axis < array.ndim(); ++axis)
+    layout.strides[static_cast<std::size_t>(array.ndim() - 1 - axis)] = array.strides(axis);
+  layout.size = array.ndim() == 3 ? CSize(array.shape(2), array.shape(1), array.shape(0))
+                                  : CSize(array.shape(1), array.shape(0));
+  return layout;
 }
 
 void CheckIsPlain(py::handle array, char const* name) {
@@ -118,21 +142,26 @@ CImageView ViewOf(py::handle object, char const* name, bool write) {
   CheckIsPlain(object, name);
   auto const array = py::reinterpret_borrow<py::array>(object);
   CPixelType const type = TypeOf(array, name);
-  if (array.ndim() != 2 && array.ndim() != 3)
-    ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ViewOf"),
-                              CString("%1 has %2 axes, but arrays [y, x] and [z, y, x] are taken")
-                                  .Arg(name)
-                                  .Arg(static_cast<int64>(array.ndim())));
-  std::array<int64, 3> strides{};
-  for (py::ssize_t axis = 0; axis < array.ndim(); ++axis)
-    strides[static_cast<std::size_t>(array.ndim() - 1 - axis)] = array.strides(axis);
-  CSize const size = array.ndim() == 3 ? CSize(array.shape(2), array.shape(1), array.shape(0))
-                                       : CSize(array.shape(1), array.shape(0));
-  if (!write) return {type, size, array.data(), strides};
+  StLayout const layout = LayoutOf(array, name);
+  if (!write) return {type, layout.size, array.data(), layout.strides};
   if (!array.writeable())
     ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "ViewOf"),
                               CString("%1 is read-only").Arg(name));
-  return {type, size, const_cast<void*>(array.data()), strides};
+  return {type, layout.size, const_cast<void*>(array.data()), layout.strides};
+}
+
+CImageView LabelViewOf(py::handle object, char const* name) {
+  CheckIsPlain(object, name);
+  auto const array = py::reinterpret_borrow<py::array>(object);
+  if (!IsWide(array)) return ViewOf(object, name);
+  StLayout const layout = LayoutOf(array, name);
+  auto const* const lower = static_cast<std::byte const*>(array.data());
+  void const* const upper = lower + 4; // of a little-endian number
+  CImageView const uppers(ORVA::IMAGE_GREY_32, layout.size, upper, layout.strides);
+  if (ORVA::CQuantizer::FindRange(uppers).high > 0)
+    ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "LabelViewOf"),
+                              CString("%1 must be from 0 to 2^32 - 1").Arg(name));
+  return {ORVA::IMAGE_GREY_32, layout.size, static_cast<void const*>(lower), layout.strides};
 }
 
 CImageView GrayViewOf(py::handle array, char const* name) {
@@ -160,6 +189,33 @@ std::vector<CTriple<int64>> PointsOf(py::handle points, int dimension, char cons
   std::vector<CTriple<int64>> result(static_cast<std::size_t>(rows.size() / dimension));
   for (std::size_t k = 0; k < result.size(); ++k)
     result[k] = Turned(rows.data() + k * static_cast<std::size_t>(dimension), dimension);
+  return result;
+}
+
+std::vector<CTriple<double>> RealPointsOf(py::handle points, int dimension, char const* name) {
+  using CReals = py::array_t<double, py::array::c_style | py::array::forcecast>;
+  auto const array = py::array::ensure(points);
+  if (!array) throw py::error_already_set();
+  char const kind = array.dtype().kind();
+  if (kind != 'i' && kind != 'u' && kind != 'f')
+    throw py::type_error(std::string(name) + " must be real numbers, not " + TextOf(points));
+  auto const rows = CReals::ensure(array);
+  bool const isOne = rows.ndim() == 1 && rows.shape(0) == dimension;
+  bool const isEmpty = rows.size() == 0 && rows.ndim() <= 2;
+  if (!isOne && !isEmpty && (rows.ndim() != 2 || rows.shape(1) != dimension))
+    ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "RealPointsOf"),
+                              CString("%1 must be points of %2 numbers each, in the order of the "
+                                      "array's axes, not %3")
+                                  .Arg(name)
+                                  .Arg(dimension)
+                                  .Arg(TextOf(points).c_str()));
+  std::vector<CTriple<double>> result(static_cast<std::size_t>(rows.size() / dimension));
+  double const* in = rows.data();
+  for (auto& [x, y, z] : result) {
+    z = dimension == 3 ? *in++ : 0;
+    y = *in++;
+    x = *in++;
+  }
   return result;
 }
 

@@ -23,6 +23,8 @@ namespace py = pybind11;
 /// A module of its own for each subject: adds the functions to _core.
 void BindTexture(py::module_& module);
 void BindTextureMaps(py::module_& module);
+void BindWalk(py::module_& module);
+void BindRandom(py::module_& module);
 
 /// An integer or real array of 2 or 3 axes in the machine's byte order as an image over the same
 /// memory, read-only unless `write` is asked for. BadParameter, with the name, for another dtype or
@@ -31,6 +33,10 @@ void BindTextureMaps(py::module_& module);
 /// The same for gray values: booleans are refused as well.
 [[nodiscard]] ORVA::CImageView GrayViewOf(py::handle array, char const* name);
 
+/// The same for labels and masks: integers of 64 bits are taken too, through their lower halves.
+/// BadParameter where one of them is not from 0 to 2^32 - 1.
+[[nodiscard]] ORVA::CImageView LabelViewOf(py::handle array, char const* name);
+
 /// The shape of an image or a size of `dimension` axes in the order of the array's axes.
 [[nodiscard]] std::vector<py::ssize_t> ShapeOf(ORVA::CSize const& size);
 
@@ -38,6 +44,9 @@ void BindTextureMaps(py::module_& module);
 /// plane. BadParameter for another shape; TypeError for numbers that are not integers.
 [[nodiscard]] std::vector<ORVA::CTriple<ORVA::int64>> PointsOf(py::handle points, int dimension,
                                                                char const* name);
+/// Real numbers of shape (n, d) or (d,) alike, such as corners between the voxels and directions.
+[[nodiscard]] std::vector<ORVA::CTriple<double>> RealPointsOf(py::handle points, int dimension,
+                                                              char const* name);
 /// One point of shape (d,).
 [[nodiscard]] ORVA::CTriple<ORVA::int64> PointOf(py::handle point, int dimension, char const* name);
 /// d integers, or one for all axes; an extent of 1 along z in a plane.

@@ -97,9 +97,15 @@ CRecipe::CRecipe(std::optional<int64> levels, std::optional<double> binWidth,
   if (binCount && !range) m_Quantizer = CQuantizer::BinCount(*m_Levels);
 }
 
+CRecipe CRecipe::Fit(ORVA::StValueRange const& range) const {
+  CRecipe fitted = *this;
+  if (m_Quantizer) fitted.m_Quantizer = m_Quantizer->Fit(range);
+  return fitted;
+}
+
 CMask::CMask(py::handle mask, ORVA::CSize const& image) {
   if (mask.is_none()) return;
-  m_View.emplace(ViewOf(mask, "mask"));
+  m_View.emplace(LabelViewOf(mask, "mask"));
   if (IsReal(*m_View))
     ORVA::Impl::RaiseBadParam(ORVA_LOCATION(c_module, "CMask"),
                               "mask must be bool or integers, not floating-point numbers");

@@ -24,6 +24,12 @@ public:
 
   /// Whether the values are levels as they are.
   [[nodiscard]] bool IsPlain() const noexcept { return !m_Quantizer; }
+  /// Whether the levels depend on the values found.
+  [[nodiscard]] bool NeedsRange() const noexcept {
+    return m_Quantizer && m_Quantizer->NeedsRange();
+  }
+  /// The same recipe for all parts of an image with values of that range.
+  [[nodiscard]] CRecipe Fit(ORVA::StValueRange const& range) const;
   /// How many, where the values are taken as they are and the caller says it.
   [[nodiscard]] std::optional<int> Levels() const noexcept { return m_Levels; }
   /// Needs !IsPlain().

@@ -7,4 +7,8 @@ PYBIND11_MODULE(_core, module) {
   module.attr("__version__") = SELU_VERSION;
   RegisterErrors();
   BindTexture(module);
+  BindTextureMaps(module);
+  BindWalk(module);
+  auto random = module.def_submodule("random");
+  BindRandom(random);
 }

@@ -325,6 +325,17 @@ py::tuple Quantize(py::object const& array, CRecipe const& recipe, py::object co
       levels.Levels());
 }
 
+// Least and greatest finite value and how many there are: what a recipe is fitted to.
+py::tuple ValueRange(py::object const& array, py::object const& maskArray) {
+  CImageView const image = GrayViewOf(array, "image");
+  CMask const mask(maskArray, image.Size());
+  ORVA::StValueRange const range = [&] {
+    CUnlocked const unlocked;
+    return ORVA::CQuantizer::FindRange(image, mask.Get());
+  }();
+  return py::make_tuple(range.low, range.high, range.voxels);
+}
+
 py::array Offsets(int dimension, int64 distance, bool isShell) {
   auto const offsets = isShell ? ORVA::ShellDisplacements(dimension, distance)
                                : ORVA::NeighborDisplacements(dimension, distance);
@@ -374,7 +385,15 @@ void BindTexture(py::module_& module) {
                     std::optional<std::pair<double, double>>, py::object const&>(),
            py::arg("levels") = py::none(), py::arg("bin_width") = py::none(),
            py::arg("bin_count") = py::none(), py::arg("range") = py::none(),
-           py::arg("anchor") = py::none());
+           py::arg("anchor") = py::none())
+      .def_property_readonly("needs_range", &CRecipe::NeedsRange)
+      .def(
+          "fit",
+          [](CRecipe const& recipe, double low, double high, uint64 voxels) {
+            return recipe.Fit({low, high, voxels});
+          },
+          py::arg("low"), py::arg("high"), py::arg("voxels"));
+  module.def("value_range", &ValueRange, py::arg("image"), py::arg("mask"));
   module.def("quantize", &Quantize, py::arg("image"), py::arg("recipe"), py::arg("mask"));
   module.def("cooccurrence", &Cooccurrence, py::arg("image"), py::arg("offsets"), py::arg("recipe"),
              py::arg("mask"), py::arg("symmetric"), py::arg("progress"));

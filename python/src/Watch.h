@@ -19,6 +19,13 @@ namespace py = pybind11;
 /// The interpreter's lock let go of for the life of the object.
 using CUnlocked = py::gil_scoped_release;
 
+/// What f returns, computed without the lock.
+template <class Function>
+auto Unlocked(Function const& f) {
+  CUnlocked const unlocked;
+  return f();
+}
+
 /// Looks for signals, and calls `progress`, at most 20 times per second, from the thread that
 /// computes. What is raised there leaves Advance() as an exception and so ends the computation.
 class CWatch final : public ORVA::IProgressObserver {

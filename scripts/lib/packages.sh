@@ -18,6 +18,9 @@ bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev li
   libopencv-imgproc-dev python3 python3-numpy python3-skimage)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
+package_packages=(lintian mmdebstrap binutils python3 gzip)
+root_packages=(g++ clang cmake make pkg-config zsh) # what the outside projects in the empty root are built with
+
 say() { printf '== %s\n' "$*"; }
 fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
 

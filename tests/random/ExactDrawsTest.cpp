@@ -126,6 +126,10 @@ void ExpectFormsAgree(Distribution const& distribution, char const* what) {
   EXPECT_EQ((*clone)(), rotations[0]) << what << ", from the shared source";
 }
 
+void ExpectUnit(CTriple<double> const& d) {
+  EXPECT_NEAR(d.x * d.x + d.y * d.y + d.z * d.z, 1, 1e-15);
+}
+
 template <class Make>
 void ExpectRefused(Make make, std::string const& message) {
   test::ExpectError<CExBadParam>(make, message);
@@ -266,6 +270,20 @@ TEST(ExactDraws, ParametersOfRotationsAndPointsAreChecked) {
         CBallPoint({0, 0, 0}, -1);
       },
       "The radius has to be finite and at least 0, not -1.");
+  ExpectRefused(
+      [] {
+        CSpherePoint({0, -1e308, 0}, 1e308);
+      },
+      "The radius has to leave all coordinates finite, not 1e+308.");
+}
+
+TEST(ExactDraws, PointsAboutTheGreatestRadiusAreFinite) {
+  CRandomSource source(13);
+  for (int i = 0; i < 1000; ++i)
+    for (auto const& p :
+         {CBallPoint({0, 0, 0}, c_greatest)(source), CSpherePoint({0, 0, 0}, c_greatest)(source),
+          CDiscPoint({0, 0, 0}, c_greatest, c_aslant)(source)})
+      EXPECT_LE(std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)}), c_greatest);
 }
 
 // The papers' construction, in other words: all layers have one area, each begins at the height
@@ -348,6 +366,16 @@ TEST(ExactDraws, EndsOfTheRangesAreSafe) {
   EXPECT_EQ(CSpherePoint()(zeros), CTriple<double>(0, 0, 1));
   EXPECT_EQ(CBallPoint()(zeros), CTriple<double>(0, 0, 0));
   EXPECT_TRUE(CExactVonMisesFisher(5, c_up)(zeros).IsValid());
+  // Nor has an azimuth from two zeros, whatever the cosine that was drawn before them.
+  for (uint64 const first : {uint64{1} << 63 | 7, uint64{3} << 62 | 7}) {
+    CReplaySource fisher({first, 0, 0}), wide({first, 0, 0}), across({first, 0, 0}),
+        any({first, 0, 0, 0}), ends({first, first, 0, 0, 0});
+    ExpectUnit(CExactVonMisesFisher(5, c_aslant).Direction(fisher));
+    ExpectUnit(CExactVonMisesFisher(0.5, c_aslant).Direction(wide));
+    ExpectUnit(CExactWatsonRotation(-5, c_aslant).Direction(across));
+    ExpectUnit(CExactWatsonRotation(0, c_aslant).Direction(any));
+    ExpectUnit(CExactWatsonRotation(5, c_aslant).Direction(ends));
+  }
   EXPECT_EQ(CExactPressedDirections(0.5)(zeros), 0);
 }
 
@@ -388,6 +416,8 @@ TEST(ExactDraws, GammaOfTheSmallestAndGreatestShapes) {
     double const tiny = CExactGamma(1e-300, 1)(source);
     EXPECT_TRUE(tiny >= 0 && tiny < 1e-3);
     EXPECT_NEAR(CExactGamma(1e300, 1)(source), 1e300, 1e286);
+    // A scale so great that the number of shape 1 + 1e-12 is infinite, and nearly 0 as a factor.
+    EXPECT_EQ(CExactGamma(1e-12, 5e-309)(source), 0);
   }
 }
 

@@ -2,6 +2,7 @@
 #include <SeluUtils/Random/FixRotation.h>
 #include <SeluUtils/Random/IsotropicRotation.h>
 #include <SeluUtils/Random/MixtureRotation.h>
+#include <pxlib2core/ReplaySource.h>
 
 #include "support/Errors.h"
 #include "support/Printers.h"
@@ -24,6 +25,7 @@ using test::TwoFixed;
 namespace {
 
 constexpr int c_draws = 500;
+constexpr uint64 c_half = uint64{1} << 63;
 
 // Counts how many of its kind live.
 class CCounted : public IRotationGenerator {
@@ -44,8 +46,9 @@ private:
   int m_Draws = 0;
 };
 
-void ExpectEmptySlot(CMixtureRotation& mixture, int n) {
-  test::ExpectError([&] { (void)mixture(); },
+void ExpectEmptySlot(CMixtureRotation& mixture, uint64 word, int n) {
+  CReplaySource words({word});
+  test::ExpectError([&] { (void)mixture(words); },
                     "Non-existing orientation generator. Be sure to call CMixtureRotation::Add n=" +
                         std::to_string(n) + " times!",
                     "ORVA::CMixtureRotation::operator ()", "src/Utils/Random/MixtureRotation", 64);
@@ -60,8 +63,8 @@ TEST(MixtureRotation, WeightsChooseTheGenerator) {
   for (int i = 0; i < c_draws; ++i)
     EXPECT_TRUE(mixture() == (words.U() <= 0.25 ? c_first : c_second));
   words.ExpectInStep();
-  auto onTheBorder = test::CReplay::BeginningWith(uint64{1} << 62);
-  EXPECT_TRUE(mixture() == c_first);
+  CReplaySource onTheBorder({uint64{1} << 62});
+  EXPECT_TRUE(mixture(onTheBorder) == c_first);
 }
 
 TEST(MixtureRotation, WeightsMustGiveExactlyOne) {
@@ -82,19 +85,17 @@ TEST(MixtureRotation, MissingGeneratorIsAnError) {
   CMixtureRotation mixture(2);
   mixture.Add(new CFixRotation(c_first), 0.25);
   EXPECT_FALSE(mixture.IsValid());
-  auto low = test::CReplay::BeginningWith(uint64{1} << 61);
-  EXPECT_TRUE(mixture() == c_first);
-  auto high = test::CReplay::BeginningWith(uint64{1} << 63);
-  ExpectEmptySlot(mixture, 2);
+  CReplaySource low({uint64{1} << 61});
+  EXPECT_TRUE(mixture(low) == c_first);
+  ExpectEmptySlot(mixture, c_half, 2);
   mixture.Add(static_cast<IRotationGenerator*>(nullptr), 0.75);
-  auto again = test::CReplay::BeginningWith(uint64{1} << 63);
-  ExpectEmptySlot(mixture, 2);
+  ExpectEmptySlot(mixture, c_half, 2);
 }
 
 TEST(MixtureRotation, ScanPastAllGeneratorsIsAnError) {
   auto mixture = TwoFixed(0.125, 0.125);
-  auto words = test::CReplay::BeginningWith(uint64{1} << 63);
-  test::ExpectError([&] { (void)mixture(); },
+  CReplaySource words({c_half});
+  test::ExpectError([&] { (void)mixture(words); },
                     "The weights add up to 0.25 and leave no generator for 0.5.",
                     "ORVA::CMixtureRotation::operator ()", "src/Utils/Random/MixtureRotation");
   CMixtureRotation none(0);
@@ -170,8 +171,7 @@ TEST(MixtureRotation, CloneHasTheGeneratorsThatThereAre) {
   mixture.Add(static_cast<IRotationGenerator*>(nullptr), 0.5);
   mixture.Add(new CFixRotation(c_second), 0.5);
   std::unique_ptr<IRotationGenerator> const clone(mixture.Clone());
-  auto low = test::CReplay::BeginningWith(uint64{1} << 62);
-  EXPECT_TRUE((*clone)() == c_second);
-  auto same = test::CReplay::BeginningWith(uint64{1} << 62);
-  ExpectEmptySlot(mixture, 3);
+  CReplaySource low({uint64{1} << 62});
+  EXPECT_TRUE((*clone)(low) == c_second);
+  ExpectEmptySlot(mixture, uint64{1} << 62, 3);
 }

@@ -63,7 +63,7 @@ StTables const& Tables() {
 // The step lists, step by step; one letter names are theirs.
 class CStepLists {
 public:
-  explicit CStepLists(test::CReplay& words) : m_Words(words) {}
+  explicit CStepLists(test::CWords& words) : m_Words(words) {}
 
   double Exponential() {
     auto const& q = Tables().q;
@@ -188,7 +188,7 @@ private:
     }
   }
 
-  test::CReplay& m_Words;
+  test::CWords& m_Words;
 };
 
 double NormalWordToU(uint64 numerator) { return static_cast<double>(numerator) * 0x1p-32; }
@@ -218,20 +218,22 @@ TEST(RandomGamma, EveryFirstWordOfTheNormalDeviates) {
       numerators.push_back((i << 26) + offset);
   for (int bit = 0; bit < 32; ++bit) numerators.push_back(uint64{1} << bit);
   for (uint64 const numerator : numerators) {
-    auto words = test::CReplay::BeginningWith(numerator << 32);
+    auto source = test::WordsAfter(numerator << 32);
+    test::CWords words(source);
     CStepLists reference(words);
-    ASSERT_DOUBLE_EQ(CRandomGamma(50, 1)(), reference.Gamma(50)) << NormalWordToU(numerator);
-    words.ExpectInStep();
+    ASSERT_DOUBLE_EQ(CRandomGamma(50, 1)(source), reference.Gamma(50)) << NormalWordToU(numerator);
+    ASSERT_EQ(source.Drawn(), words.Drawn()) << NormalWordToU(numerator);
   }
 }
 
 TEST(RandomGamma, ZeroCountsAsTheSmallestNumber) {
   // Small shapes: the first word is the uniform number, the second opens the exponential deviate.
-  auto words = test::CReplay::BeginningWith(uint64{1} << 62, true);
-  EXPECT_DOUBLE_EQ(CRandomGamma(0.5, 1)(), CStepLists(words).Gamma(0.5));
-  words.ExpectInStep();
-  auto zero = test::CReplay::BeginningWith(0);
-  EXPECT_EQ(CRandomGamma(0.5, 1)(), 0);
+  auto source = test::WordsAfter(uint64{1} << 62, uint64{0});
+  test::CWords words(source);
+  EXPECT_DOUBLE_EQ(CRandomGamma(0.5, 1)(source), CStepLists(words).Gamma(0.5));
+  EXPECT_EQ(source.Drawn(), words.Drawn());
+  auto zero = test::WordsAfter(uint64{0});
+  EXPECT_EQ(CRandomGamma(0.5, 1)(zero), 0);
 }
 
 TEST(RandomGamma, NoDrawForAShapeThatIsNone) {

@@ -1,6 +1,7 @@
 #include <SeluUtils/Random/RandomUniform.h>
 
 #include <SeluUtils/Random/UniformPoint.h>
+#include <pxlib2core/ReplaySource.h>
 
 #include "support/Errors.h"
 #include "support/Printers.h"
@@ -36,10 +37,9 @@ TEST(RandomUniform, TakesTheHighHalfOfAWord) {
 
 TEST(RandomUniform, ReachesItsStartButNotItsEnd) {
   CRandomUniform const unit;
-  auto lowest = test::CReplay::BeginningWith(0x00000000FFFFFFFFu);
-  EXPECT_EQ(unit(), 0);
-  auto highest = test::CReplay::BeginningWith(0xFFFFFFFF00000000u);
-  EXPECT_EQ(unit(), 1 - 0x1p-32);
+  CReplaySource ends({0x00000000FFFFFFFFu, 0xFFFFFFFF00000000u});
+  EXPECT_EQ(unit(ends), 0);
+  EXPECT_EQ(unit(ends), 1 - 0x1p-32);
 }
 
 TEST(RandomUniform, DoublesInBulkTakeTheLowHalfOfEachWord) {

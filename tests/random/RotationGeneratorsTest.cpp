@@ -6,6 +6,7 @@
 #include <SeluUtils/Random/MixtureRotation.h>
 #include <SeluUtils/Random/VonMisesFisher.h>
 #include <SeluUtils/Random/WatsonRotation.h>
+#include <pxlib2core/ReplaySource.h>
 
 #include "support/Errors.h"
 #include "support/Printers.h"
@@ -208,8 +209,8 @@ TEST(GirdleRotation, RoundingLeavesTheCosineInRange) {
   for (double const beta : {1e8, 1e10, 1e100, 1e-8, 1e-100, c_smallest}) {
     CGirdleRotation generator(beta);
     for (uint64 const word : {uint64{0}, ~uint64{0}}) {
-      auto words = test::CReplay::BeginningWith(word);
-      EXPECT_NO_THROW((void)generator()) << beta;
+      auto words = test::WordsAfter(word);
+      EXPECT_NO_THROW((void)generator(words)) << beta;
     }
   }
 }
@@ -305,10 +306,10 @@ TEST(VonMisesFisherRotation, RoundingLeavesTheAnglesInRange) {
   for (double const kappa : {1e-16, 1e-12, 1e-3, 1.0, 400.0, 1e300}) {
     CVonMisesFisher generator(kappa, CVonMisesFisher::zaxis);
     for (uint64 const word : {uint64{0}, ~uint64{0}}) {
-      auto words = test::CReplay::BeginningWith(word);
-      EXPECT_NO_THROW((void)generator()) << kappa;
-      auto again = test::CReplay::BeginningWith(word);
-      EXPECT_FALSE(std::isnan(generator.GenerateTheta(kappa))) << kappa;
+      auto words = test::WordsAfter(word);
+      EXPECT_NO_THROW((void)generator(words)) << kappa;
+      CReplaySource angle({word});
+      EXPECT_FALSE(std::isnan(generator.GenerateTheta(kappa, angle))) << kappa;
     }
   }
 }
@@ -389,8 +390,8 @@ TEST(WatsonRotation, HugeConcentrationNeitherLoopsNorOverflows) {
   for (double const kappa : {1.0, 1000.0, 1e300, -1.0, -1e300})
     for (uint64 const word : {uint64{0}, ~uint64{0}}) {
       CWatsonRotation generator(kappa, CPolarCoordinates(0.0, 0.0));
-      auto words = test::CReplay::BeginningWith(word);
-      EXPECT_NO_THROW((void)generator()) << kappa;
+      auto words = test::WordsAfter(word);
+      EXPECT_NO_THROW((void)generator(words)) << kappa;
     }
 }
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,7 +31,7 @@ struct StProcessOptions {
   std::string folder = {};       ///< working folder
   long fileLimit = -1;           ///< bytes that a file may have
   bool obeysPermissions = false; ///< root gives up the right to pass over them
-  double interruptAfter = -1;    ///< seconds until SIGINT
+  double interruptAfter = -1;    ///< seconds until SIGINT, once the program catches it
   int signal = SIGINT;           ///< what to send then
   bool terminal = false;         ///< standard error is a terminal; caught in `error`
 };
@@ -48,7 +49,7 @@ namespace Impl {
   if (target < 0) ::_exit(126);
   ::dup2(target, STDOUT_FILENO);
   if (!options.terminal) ::dup2(error, STDERR_FILENO);
-  ::signal(SIGINT, SIG_DFL);
+  for (int const signal : {SIGINT, SIGTERM, SIGHUP}) ::signal(signal, SIG_DFL);
   if (!options.folder.empty() && ::chdir(options.folder.c_str()) != 0) ::_exit(126);
   if (options.fileLimit >= 0) {
     auto const bytes = static_cast<rlim_t>(options.fileLimit);
@@ -87,6 +88,27 @@ inline void Collect(std::array<int, 2> streams, std::array<std::string*, 2> text
   }
 }
 
+// Whether the process has a handler of the signal, or has ended. On a busy machine a program may
+// take longer to get there than any fixed time.
+inline bool IsReadyFor(pid_t process, int signal) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("State:\tZ")) return true;
+    if (line.starts_with("SigCgt:"))
+      return (std::stoull(line.substr(7), nullptr, 16) >> (signal - 1) & 1) != 0;
+  }
+  return true;
+}
+
+inline void Interrupt(pid_t process, StProcessOptions const& options) {
+  using namespace std::chrono;
+  auto const deadline = steady_clock::now() + minutes(1);
+  while (!IsReadyFor(process, options.signal) && steady_clock::now() < deadline)
+    std::this_thread::sleep_for(milliseconds(2));
+  std::this_thread::sleep_for(duration<double>(options.interruptAfter));
+  ::kill(process, options.signal);
+}
+
 } // namespace Impl
 
 /// Whether pseudo-terminals are to be had: bare trees without /dev/pts have none, and tests that
@@ -118,9 +140,7 @@ inline StProcessResult RunProcess(std::vector<std::string> const& command,
   }
   if (options.terminal) ::close(error[0]);
   std::thread interrupter([&] {
-    if (options.interruptAfter < 0) return;
-    std::this_thread::sleep_for(std::chrono::duration<double>(options.interruptAfter));
-    ::kill(child, options.signal);
+    if (options.interruptAfter >= 0) Impl::Interrupt(child, options);
   });
   StProcessResult result;
   Impl::Collect({out[0], options.terminal ? terminal : error[0]}, {&result.out, &result.error});

@@ -70,28 +70,6 @@ void AddHelpCommand(CLI::App& app) {
   });
 }
 
-void AddCommands(CLI::App& app) {
-  app.name("selu");
-  app.set_version_flag("--version", "selu " SELU_VERSION);
-  app.require_subcommand(1);
-  app.footer(R"(Example:
-  selu texture brick.png --picture brick-texture.png
-
-Each command has a help page of its own: selu help texture)");
-  AddInfoCommand(app);
-  AddTextureCommand(app);
-  AddTextureMapCommand(app);
-  AddSampleCommand(app);
-  AddSynthCommand(app);
-  AddWalkCommand(app);
-  AddMaskCommand(app);
-  AddRegionsCommand(app);
-  AddFeatureImageCommand(app);
-  AddHelpCommand(app);
-  RefuseEmptyValues(app);
-  FinishHelpPages(app);
-}
-
 // The first argument that should name a command and does not, or an empty text.
 std::string UnknownCommand(CLI::App const& app, int argc, char const* const* argv) {
   std::vector<CLI::App const*> known = app.get_subcommands({});
@@ -128,8 +106,8 @@ int AnswerParseError(CLI::App const& app, CLI::ParseError const& error, std::str
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("Texture, masks and object features of 2D and 3D gray-value images");
-  AddCommands(app);
+  CLI::App app;
+  BuildApplication(app);
   try {
     app.parse(argc, argv);
   } catch (CLI::RequiredError const& error) {
@@ -149,6 +127,29 @@ int Report(std::string_view sentence, int code) noexcept {
 }
 
 } // namespace
+
+void BuildApplication(CLI::App& app) {
+  app.description("Texture, masks and object features of 2D and 3D gray-value images");
+  app.name("selu");
+  app.set_version_flag("--version", "selu " SELU_VERSION);
+  app.require_subcommand(1);
+  app.footer(R"(Example:
+  selu texture brick.png --picture brick-texture.png
+
+Each command has a help page of its own: selu help texture)");
+  AddInfoCommand(app);
+  AddTextureCommand(app);
+  AddTextureMapCommand(app);
+  AddSampleCommand(app);
+  AddSynthCommand(app);
+  AddWalkCommand(app);
+  AddMaskCommand(app);
+  AddRegionsCommand(app);
+  AddFeatureImageCommand(app);
+  AddHelpCommand(app);
+  RefuseEmptyValues(app);
+  FinishHelpPages(app);
+}
 
 int RunApplication(int argc, char** argv) noexcept {
   try {

@@ -64,7 +64,7 @@ public:
   // "IMAGE" says what a positional is; the others tell what they take and whether they must be.
   std::string make_option_opts(CLI::Option const* option) const override {
     std::string text;
-    bool const takes = option->get_type_size() != 0 && !option->get_positional();
+    bool const takes = option->get_items_expected_max() > 0 && !option->get_positional();
     if (takes && !option->get_option_text().empty()) text += " " + option->get_option_text();
     if (takes && option->get_option_text().empty()) text += " VALUE";
     if (!option->get_default_str().empty()) text += "=" + option->get_default_str();

@@ -40,7 +40,7 @@ StKind const& KindOf(CValue::EnType type) { return c_kinds[static_cast<std::size
 constexpr int c_deepest = 100;
 
 // Containers whose destruction is under way on this thread, one inside the other.
-[[gnu::tls_model("initial-exec")]] constinit thread_local int t_depth = 0;
+constinit thread_local int t_depth = 0;
 
 [[noreturn]] void RaiseWrongKind(CValue::EnType found, CValue::EnType wanted) {
   CString message("the value is a %1, not a %2");

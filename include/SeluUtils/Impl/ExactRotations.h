@@ -25,10 +25,10 @@
 
 namespace ORVA::Impl {
 
-/// Normal numbers times this are a vector of the given length in a uniform direction. Where all of
-/// them are 0 it is 0, never infinite.
-[[nodiscard]] inline double ToLength(double length, double square) {
-  return square > 0 ? length / std::sqrt(square) : 0;
+/// Numbers times this are a vector of length 1, the sum of their squares given. Where all of them
+/// are 0 it is 0, never infinite.
+[[nodiscard]] inline double ToLengthOne(double square) {
+  return square > 0 ? 1 / std::sqrt(square) : 0;
 }
 
 /// A uniform point of the circle.
@@ -69,7 +69,10 @@ public:
   template <RandomSource Source>
   [[nodiscard]] CTriple<double> DirectionAt(double cosine, double sine, Source& source) const {
     double const x = StandardNormal(source), y = StandardNormal(source);
-    double const factor = ToLength(sine, x * x + y * y);
+    double const square = x * x + y * y;
+    if (square == 0) [[unlikely]]
+      return FromZ(sine, 0, cosine);
+    double const factor = sine / std::sqrt(square);
     return FromZ(x * factor, y * factor, cosine);
   }
 

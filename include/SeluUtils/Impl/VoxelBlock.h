@@ -29,7 +29,7 @@ template <class Image>
 
 /// Calls visit with a null pointer of the image's pixel type.
 template <class Visit>
-void DispatchPixelType(IImage const& image, Visit visit) {
+[[gnu::always_inline]] inline void DispatchPixelType(IImage const& image, Visit visit) {
   switch (image.Type().Id()) {
   case CPixelType::EnId::Bool:
   case CPixelType::EnId::BinaryFg:
@@ -102,6 +102,10 @@ public:
   /// Of a voxel inside.
   [[nodiscard]] Pixel* Address(CTriple<int64> const& p) const noexcept {
     return Moved(m_Base, p.x * m_Strides[0] + p.y * m_Strides[1] + p.z * m_Strides[2]);
+  }
+  /// Of a run inside.
+  [[nodiscard]] StVoxelRow<Pixel> Row(StRun const& run) const noexcept {
+    return {run.first, run.axis, Address(run.first), Stride(run.axis), run.length};
   }
   /// The part of a run inside.
   [[nodiscard]] StVoxelRow<Pixel> Clip(StRun const& run) const noexcept {

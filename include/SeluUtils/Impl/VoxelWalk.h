@@ -12,6 +12,7 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/Box.h>
 #include <SeluUtils/Impl/LineCursor.h>
+#include <SeluUtils/Impl/RowsOfColumns.h>
 #include <SeluUtils/Impl/VoxelBlock.h>
 #include <SeluUtils/LineVisitor.h>
 #include <SeluUtils/Run.h>
@@ -23,7 +24,6 @@
 #include <cstddef>
 #include <limits>
 #include <type_traits>
-#include <vector>
 
 namespace ORVA {
 
@@ -230,126 +230,32 @@ template <class Pixel, class Line, class Function>
                  inside.end - inside.begin, f);
 }
 
-/// Turns the columns of a walk into rows across them. It remembers of each place along the columns
-/// where the row through it began, and hands a row out where a column lacks it: O(1) per end of a
-/// column or a row.
-template <class Pixel, class Function>
-class CRowsOfColumns {
-public:
-  CRowsOfColumns(CVoxelBlock<Pixel> const& block, Function& f) : m_Block(block), m_Function(f) {
-    CTriple<int64> const extents = block.Extents();
-    int64 const longest = extents.y > extents.z ? extents.y : extents.z;
-    m_RowStarts.resize(static_cast<std::size_t>(longest > extents.x ? longest : extents.x));
-  }
-
-  /// The next run of the walk, inside the image.
-  void Add(StVoxelRow<Pixel> const& run) {
-    if (!Follows(run)) {
-      Flush();
-      m_Across = run.axis == 0 ? 1 : 0;
-    }
-    int64 const column = At(run.position, m_Across);
-    if (!m_Current.empty() && column != m_Column) CloseColumn();
-    if (m_Current.empty()) {
-      m_First = run;
-      m_Column = column;
-    }
-    int64 const low = At(run.position, run.axis);
-    m_Current.push_back({low, low + run.length - 1});
-  }
-  /// Hands out all rows that are left.
-  void Flush() {
-    if (!m_Current.empty()) CloseColumn();
-    if (!m_Previous.empty()) CloseRows(m_Column + 1);
-    m_Previous.clear();
-  }
-
-private:
-  struct StPart {
-    int64 low, high;
-  };
-  using Parts = std::vector<StPart>;
-
-  static int64 At(CTriple<int64> const& p, int64 axis) noexcept {
-    return axis == 0 ? p.x : axis == 1 ? p.y : p.z;
-  }
-  // Whether the run lies in the current column behind its other runs, or in the one after it; else
-  // the rows end here.
-  bool Follows(StVoxelRow<Pixel> const& run) {
-    if (m_Current.empty() || run.axis != m_First.axis) return false;
-    CTriple<int64> const from = m_First.position, to = run.position;
-    int64 const axis = run.axis, low = At(to, axis);
-    int64 const a = axis == 0 ? 1 : 0, b = axis == 2 ? 1 : 2;
-    bool const isSameA = At(from, a) == At(to, a), isSameB = At(from, b) == At(to, b);
-    if (isSameA && isSameB) return low > m_Current.back().high;
-    if (m_Previous.empty() && isSameA != isSameB) {
-      m_Across = isSameA ? b : a;
-      m_Column = At(from, m_Across);
-    }
-    return At(to, m_Across) == m_Column + 1 && (m_Across == a ? isSameB : isSameA);
-  }
-  // Calls visit(low, high) for the parts of a outside of b.
-  template <class VisitPart>
-  static void ForEachOutside(Parts const& a, Parts const& b, VisitPart visit) {
-    auto taken = b.begin();
-    for (StPart part : a) {
-      while (taken != b.end() && taken->high < part.low) ++taken;
-      for (auto cut = taken; cut != b.end() && cut->low <= part.high; ++cut) {
-        if (cut->low > part.low) visit(part.low, cut->low - 1);
-        part.low = cut->high + 1;
-      }
-      if (part.low <= part.high) visit(part.low, part.high);
-    }
-  }
-  void CloseColumn() {
-    if (!m_Previous.empty()) CloseRows(m_Column);
-    ForEachOutside(m_Current, m_Previous, [&](int64 low, int64 high) {
-      for (int64 place = low; place <= high; ++place)
-        m_RowStarts[static_cast<std::size_t>(place)] = m_Column;
-    });
-    m_Previous.swap(m_Current);
-    m_Current.clear();
-  }
-  // Hands out the rows of the column before `end` that the current column has not.
-  void CloseRows(int64 end) {
-    CTriple<int64> position = m_First.position;
-    int64 const axis = m_First.axis;
-    int64& along = axis == 0 ? position.x : axis == 1 ? position.y : position.z;
-    int64& across = m_Across == 0 ? position.x : m_Across == 1 ? position.y : position.z;
-    ForEachOutside(m_Previous, m_Current, [&](int64 low, int64 high) {
-      for (along = low; along <= high; ++along) {
-        across = m_RowStarts[static_cast<std::size_t>(along)];
-        VisitRow(StVoxelRow<Pixel>{position, m_Across, m_Block.Address(position),
-                                   m_Block.Stride(m_Across), end - across},
-                 m_Function);
-      }
-    });
-  }
-
-  CVoxelBlock<Pixel> const& m_Block;
-  Function& m_Function;
-  StVoxelRow<Pixel> m_First;        // of the current column
-  int64 m_Across = 0, m_Column = 0; // the axis across the columns, and where on it this one is
-  Parts m_Previous, m_Current;      // the columns' places, ascending
-  std::vector<int64> m_RowStarts;   // by place along the columns
-};
-
 /// As rows, where neighbors across the columns lie nearer in memory than those along them and the
 /// walk has the points to make up for it.
 template <class Pixel, class W, class Function>
-void WalkColumns(CVoxelBlock<Pixel> const& block, W& walker, Function& f) {
+[[gnu::always_inline]] inline void WalkColumns(CVoxelBlock<Pixel> const& block, W& walker,
+                                               Function& f) {
   CTriple<int64> const extents = block.Extents();
   int64 const longest = extents.y > extents.z ? extents.y : extents.z;
   int64 const x = block.Stride(0), y = block.Stride(1);
   bool const isXNearest = (x < 0 ? -x : x) < (y < 0 ? -y : y);
   if (!isXNearest || walker.Remaining() < static_cast<uint64>(longest) + 256)
     return WalkRuns(block, walker, f);
-  CRowsOfColumns<Pixel, Function> rows(block, f);
-  while (walker.MorePoints()) {
-    auto const row = block.Clip(walker.NextRun());
-    if (row.length > 0) rows.Add(row);
+  CRowsOfColumns rows(extents);
+  for (bool isMore = true; isMore;) {
+    isMore = walker.MorePoints();
+    if (isMore) {
+      auto const row = block.Clip(walker.NextRun());
+      if (row.length > 0) rows.Add({row.position, row.axis, row.length});
+    } else {
+      rows.Flush();
+    }
+    // Here, not in a member: what f adds to is to stay in registers.
+    for (auto const& ended : rows.Ended())
+      for (int64 place = ended.low; place <= ended.high; ++place)
+        VisitRow(block.Row(rows.Row(ended, place)), f);
+    rows.ForgetEnded();
   }
-  rows.Flush();
 }
 
 template <class Pixel, class W, class Function>

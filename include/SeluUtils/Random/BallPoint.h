@@ -22,7 +22,8 @@ namespace ORVA {
 class SELUUTILS_EXPORT CBallPoint final : public Impl::CDraws<CBallPoint, CTriple<double>> {
 public:
   CBallPoint() = default; ///< radius 1 about the origin
-  /// Throws CExBadParam unless all numbers are finite and the radius is at least 0.
+  /// Throws CExBadParam unless all numbers are finite, those of the ball as well, and the radius is
+  /// at least 0.
   CBallPoint(CTriple<double> const& center, double radius);
 
 private:
@@ -32,8 +33,8 @@ private:
     double const x = Impl::StandardNormal(source), y = Impl::StandardNormal(source);
     double const z = Impl::StandardNormal(source);
     double const square = x * x + y * y + z * z + 2 * Impl::StandardExponential(source);
-    double const factor = Impl::ToLength(m_Radius, square);
-    return {m_Center.x + x * factor, m_Center.y + y * factor, m_Center.z + z * factor};
+    double const factor = Impl::ToLengthOne(square);
+    return m_Center + CTriple<double>(x * factor, y * factor, z * factor) * m_Radius;
   }
 
   CTriple<double> m_Center{0, 0, 0};

@@ -20,7 +20,8 @@ namespace ORVA {
 /// Nothing is rejected; about 3.1 words a point.
 class SELUUTILS_EXPORT CDiscPoint final : public Impl::CDraws<CDiscPoint, CTriple<double>> {
 public:
-  /// Throws CExBadParam unless all numbers are finite and the radius is at least 0.
+  /// Throws CExBadParam unless all numbers are finite, those of its ball as well, and the radius is
+  /// at least 0.
   CDiscPoint(CTriple<double> const& center, double radius,
              CPolarCoordinates const& axis = CPolarCoordinates(0.0, 0.0));
 
@@ -30,8 +31,8 @@ private:
   [[nodiscard]] CTriple<double> Draw(Source& source) const {
     double const x = Impl::StandardNormal(source), y = Impl::StandardNormal(source);
     double const square = x * x + y * y + 2 * Impl::StandardExponential(source);
-    double const factor = Impl::ToLength(m_Radius, square);
-    return m_Center + m_Frame.FromZ(x * factor, y * factor, 0);
+    double const factor = Impl::ToLengthOne(square);
+    return m_Center + m_Frame.FromZ(x * factor, y * factor, 0) * m_Radius;
   }
 
   CTriple<double> m_Center;

@@ -33,17 +33,19 @@ namespace Impl {
 /// draw, 3.2 below shape 1.
 class SELUUTILS_EXPORT CExactGamma final : public Impl::CExactDraws<CExactGamma, double> {
 public:
-  /// Throws CExBadParam unless both are finite and positive, and the mean shape / rate is finite.
+  /// Throws CExBadParam unless both are finite and positive, and shape / rate is finite, below
+  /// shape 1 (shape + 2/3) / rate.
   CExactGamma(double shape, double rate);
 
 private:
   friend CDraws;
   template <RandomSource Source>
   [[nodiscard]] double Draw(Source& source) const {
-    double const value = m_Scale * Standard(source);
+    double const standard = Standard(source);
     if (!m_IsBelowOne) [[likely]]
-      return value;
-    return value * std::exp(-Impl::StandardExponential(source) / m_Shape);
+      return m_Scale * standard;
+    // The factor is at most 1: in this order nothing overflows that the result does not.
+    return m_Scale * std::exp(-Impl::StandardExponential(source) / m_Shape) * standard;
   }
 
   // The cube (1 + y)^3 with y = x / (3 sqrt(d)), accepted with the probability

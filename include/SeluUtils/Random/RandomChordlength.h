@@ -13,7 +13,8 @@
 
 namespace ORVA {
 
-/// sqrt(U): the chord that a random line cuts from a ball of diameter 1.
+/// sqrt(U): the chord that a random line cuts from a ball of diameter 1. U has 32 random bits, so
+/// no chord but 0 is shorter than 2^-16.
 class SELUUTILS_EXPORT CRandomChordlength : public IRandomGenerator<double> {
 public:
   double operator()() const override { return std::sqrt(m_Uniform()); }

@@ -13,7 +13,8 @@
 
 namespace ORVA {
 
-/// sqrt(1 - U^2): the diameter of the circle that a random plane cuts from a ball of diameter 1.
+/// sqrt(1 - U^2): the diameter of the circle that a random plane cuts from a ball of diameter 1. U
+/// has 32 random bits, so none is shorter than 2^-15.5.
 class SELUUTILS_EXPORT CRandomCircleDiameter : public IRandomGenerator<double> {
 public:
   double operator()() const override { return OfUniform(m_Uniform()); }

@@ -18,7 +18,8 @@ namespace ORVA {
 class SELUUTILS_EXPORT CSpherePoint final : public Impl::CDraws<CSpherePoint, CTriple<double>> {
 public:
   CSpherePoint() = default; ///< radius 1 about the origin
-  /// Throws CExBadParam unless all numbers are finite and the radius is at least 0.
+  /// Throws CExBadParam unless all numbers are finite, those of the sphere as well, and the radius
+  /// is at least 0.
   CSpherePoint(CTriple<double> const& center, double radius);
 
 private:

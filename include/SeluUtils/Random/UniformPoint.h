@@ -14,7 +14,8 @@
 
 namespace ORVA {
 
-/// A box given by its lower and upper corner; three uniform draws a point.
+/// A box given by its lower and upper corner; three uniform draws a point. A
+/// coordinate has 32 random bits; three draws of CExactUniform have 53 each.
 class SELUUTILS_EXPORT CUniformPoint {
 public:
   CUniformPoint() = default; ///< the unit cube

@@ -19,8 +19,9 @@ namespace ORVA {
 
 /// Density proportional to exp(kappa t^2), t the cosine of the angle to the mean, over the
 /// hemisphere t >= 0 about the mean: directions stand for axes. kappa > 0 gathers them at the mean,
-/// kappa < 0 across it; kappa = 0 draws an isotropic rotation, on the whole sphere. For axes drawn
-/// at both ends, and without loss of digits for huge concentrations, see CExactWatsonRotation.
+/// kappa < 0 across it; kappa = 0 draws an isotropic rotation, on the whole sphere. The
+/// cosine comes from 32 random bits, and its angle loses digits for huge concentrations:
+/// CExactWatsonRotation has 53, keeps the digits, and draws axes at both ends.
 ///
 /// By rejection, two draws a trial and less than two trials on average: N. I. Fisher, T. Lewis and
 /// B. J. J. Embleton, Statistical Analysis of Spherical Data (1987), 3.6.2. No constructor checks;

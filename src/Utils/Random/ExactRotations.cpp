@@ -22,6 +22,10 @@ void CheckCircle(CTriple<double> const& center, double radius, char const* funct
                            "coordinates of the center have to be finite", coordinate);
   Impl::RequireParameter(std::isfinite(radius) && radius >= 0, ORVA_LOCATION(c_module, function),
                          "radius has to be finite and at least 0", radius);
+  for (double const coordinate : {center.x, center.y, center.z})
+    Impl::RequireParameter(std::isfinite(std::fabs(coordinate) + radius),
+                           ORVA_LOCATION(c_module, function),
+                           "radius has to leave all coordinates finite", radius);
 }
 
 } // namespace

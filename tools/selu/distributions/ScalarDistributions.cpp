@@ -282,6 +282,7 @@ StScalar MakePressed(CParameters& given) {
 std::vector<double> CellsOfCounts(double mean) {
   double const root = std::sqrt(mean), step = std::max(1.0, std::floor(root / 20));
   std::vector<double> cells;
+  // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter): exact, as counts are whole numbers
   for (double x = std::max(0.0, std::floor(mean - 6 * root)); x < mean + 6 * root + 6; x += step)
     cells.push_back(x);
   cells.push_back(std::numeric_limits<double>::infinity());

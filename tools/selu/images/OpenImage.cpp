@@ -111,9 +111,7 @@ CRawImage COpenImage::Read() {
   return image;
 }
 
-COpenImage OpenImage(fs::path const& path, std::string const& series) {
-  return COpenImage(path, series);
-}
+COpenImage OpenImage(fs::path const& path, std::string const& series) { return {path, series}; }
 
 CRawImage ReadImage(fs::path const& path) { return OpenImage(path).Read(); }
 

@@ -60,6 +60,7 @@ Word PixelBits(StTiffSamples const& how, Word bits) {
   if (how.kind == c_float)
     return std::bit_cast<std::uint32_t>(how.bits == 16 ? SmallFloat(bits, 5, 10)
                                                        : SmallFloat(bits, 7, 16));
+  // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): there are 1 to 64 bits
   bool const negative = how.kind == c_signed && (bits >> (how.bits - 1) & 1) != 0;
   return negative && how.bits < 64 ? bits | ~Word{0} << how.bits : bits;
 }

@@ -24,7 +24,6 @@ namespace {
 
 using ORVA::CValue;
 using ORVA::CValueMap;
-using ORVA::CValueVector;
 using ORVA::int64;
 
 struct StOptions {

@@ -28,9 +28,9 @@ struct StRandomStream {
   uint64 Next() noexcept { return NextWord(state); }
 };
 
-// Constant-initialized and of the fixed TLS model, so that a draw reaches its stream by one load.
-[[gnu::tls_model(
-    "initial-exec")]] extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream t_randomStream;
+// Constant-initialized, so that an executable's draw reaches its stream by one load. The TLS model
+// is left to the compiler: a plug-in may load the library late.
+extern PXLIB2CORE_EXPORT constinit thread_local StRandomStream t_randomStream;
 extern PXLIB2CORE_EXPORT constinit std::atomic<uint64> g_randomGeneration;
 
 class CSharedSource;
