@@ -1,5 +1,7 @@
 #include "base/FileLock.h"
 
+#include "base/FileBytes.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -109,8 +111,8 @@ bool IsTemporaryName(std::string_view name) noexcept {
 void RemoveLeftovers(fs::path const& folder) noexcept {
   try {
     if (!IsFirstLook(folder)) return;
-    for (auto const& entry : fs::directory_iterator(folder))
-      if (IsTemporaryName(entry.path().filename().native())) RemoveUnlocked(entry.path());
+    for (std::string const& name : NamesIn(folder))
+      if (IsTemporaryName(name)) RemoveUnlocked(folder / name);
   } catch (...) { // they can stay where they are
   }
 }
