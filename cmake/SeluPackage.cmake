@@ -3,6 +3,10 @@
 set(abi ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set(selu_packages libseluutils${abi} libseluutils-dev selu) # of the components
 set(selu_components libraries development application)
+if(SELU_BUILD_PYTHON)
+  list(APPEND selu_packages python3-seluutils)
+  list(APPEND selu_components python3)
+endif()
 
 # What Debian wants to find beside the files of each package: its license and its list of changes.
 set(docs ${PROJECT_BINARY_DIR}/package-docs)
@@ -28,6 +32,15 @@ foreach(package component IN ZIP_LISTS selu_packages selu_components)
   install(FILES ${docs}/copyright ${docs}/changelog.Debian.gz ${docs}/changelog.gz
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
 endforeach()
+
+if(SELU_BUILD_PYTHON)
+  set(folder lib/python3/dist-packages)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/seluutils DESTINATION ${folder} COMPONENT python3
+    FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed")
+  install(TARGETS _core LIBRARY DESTINATION ${folder}/seluutils COMPONENT python3)
+  file(RELATIVE_PATH to_libraries /${folder}/seluutils /${CMAKE_INSTALL_LIBDIR})
+  set_property(TARGET _core APPEND PROPERTY INSTALL_RPATH "$ORIGIN/${to_libraries}")
+endif()
 
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_PACKAGE_NAME seluutils)
@@ -74,4 +87,17 @@ set(CPACK_COMPONENT_APPLICATION_DESCRIPTION "texture, masks and walks of images 
 selu measures the texture of image files, draws samples of random
 orientations, walks and paints voxels, masks volumes, and turns the
 features of objects into tables.")
+set(CPACK_DEBIAN_PYTHON3_PACKAGE_NAME python3-seluutils)
+set(CPACK_DEBIAN_PYTHON3_PACKAGE_SECTION python)
+set(CPACK_COMPONENT_PYTHON3_DESCRIPTION "texture, masks and walks of images in Python
+SeluUtils walks the voxels of images, measures their texture by
+co-occurrence matrices, masks volumes and draws random orientations.
+This package has the module seluutils for NumPy arrays.")
+set(CPACK_DEBIAN_PYTHON3_PACKAGE_CONTROL_EXTRA # what Python compiles goes with the package
+  ${PROJECT_SOURCE_DIR}/packaging/python3/postinst ${PROJECT_SOURCE_DIR}/packaging/python3/prerm)
+if(SELU_BUILD_PYTHON)
+  math(EXPR next "${Python3_VERSION_MINOR} + 1")
+  string(CONCAT CPACK_DEBIAN_PYTHON3_PACKAGE_DEPENDS "libseluutils${abi} (= ${version}), python3-numpy, "
+    "python3 (>= 3.${Python3_VERSION_MINOR}), python3 (<< 3.${next})")
+endif()
 include(CPack)

@@ -1,4 +1,4 @@
-// The pieces of docs/guide.md about masks, features of objects and distances, each in a function of
+// The pieces of docs/guide, about masks, features of objects and distances, each in a function of
 // its own.
 
 #include <SeluUtils/CylinderMask.h>

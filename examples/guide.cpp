@@ -1,4 +1,4 @@
-// The pieces of docs/guide.md, each in a function of its own.
+// The pieces of docs/guide, each in a function of its own.
 
 #include <SeluUtils/Cooccurrence.h>
 #include <pxlib2core/Exception.h>

@@ -1,4 +1,4 @@
-// The pieces of docs/guide.md about solids and polygons with real corners, each in a function of
+// The pieces of docs/guide/walks.md about solids and polygons with real corners, each in a function of
 // its own.
 
 #include <SeluBase/Neighborhood.h>

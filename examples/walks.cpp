@@ -1,4 +1,4 @@
-// The pieces of docs/guide.md about walks, each in a function of its own.
+// The pieces of docs/guide/walks.md, each in a function of its own.
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/BresenhamVisitor.h>

@@ -80,9 +80,10 @@ def main():
     words.add("operator")
     found, exported = [], 0
     for file in options.files:
-        is_library = ".so." in file
+        is_module = file.endswith(".so")
+        is_library = ".so." in file or is_module
         problems = [*hardening(file, is_library), *traces(file, options.build)]
-        if is_library:
+        if is_library and not is_module:
             problems += exports(file, words)
             exported += len(run("nm", "-D", "--defined-only", file).splitlines()) - 1
         found += [f"{Path(file).name}: {problem}" for problem in problems]

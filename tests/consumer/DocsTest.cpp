@@ -23,7 +23,7 @@ std::string Read(fs::path const& file) {
 
 std::vector<fs::path> FilesIn(fs::path const& folder, std::string const& ending) {
   std::vector<fs::path> files;
-  for (auto const& entry : fs::directory_iterator(folder))
+  for (auto const& entry : fs::recursive_directory_iterator(folder))
     if (entry.path().extension() == ending) files.push_back(entry.path());
   return files;
 }
