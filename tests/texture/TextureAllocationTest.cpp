@@ -110,8 +110,11 @@ TEST(TextureAllocation, ManyPairsAreCountedOrNone) {
   for (auto const form : {CPairCounter::EnForm::Dense, CPairCounter::EnForm::Sparse}) {
     CPairCounter counter(12, form), whole(12, form);
     whole.Count(levels, {1, 0, 0});
-    EXPECT_GT(FailEveryAllocation([&] { counter.Count(levels, {1, 0, 0}); },
-                                  [&] { EXPECT_EQ(counter, CPairCounter(12, form)); }),
+    EXPECT_GT(FailEveryAllocation(
+                  [&] {
+                    counter.Count(levels, {1, 0, 0});
+                  },
+                  [&] { EXPECT_EQ(counter, CPairCounter(12, form)); }),
               0);
     EXPECT_EQ(counter, whole);
     EXPECT_EQ(counter.Pairs(), uint64{199 * 100});
