@@ -17,7 +17,7 @@ works, and Ctrl-C ends it.
 
 from ._core import __version__
 from ._errors import BadParameter, Location, SeluError
-from . import compat, draw, random, texture, walk
+from . import compat, draw, features, mask, metric, random, texture, walk
 
 __all__ = [
     "BadParameter",
@@ -26,6 +26,9 @@ __all__ = [
     "__version__",
     "compat",
     "draw",
+    "features",
+    "mask",
+    "metric",
     "random",
     "texture",
     "walk",

@@ -25,6 +25,8 @@ void BindTexture(py::module_& module);
 void BindTextureMaps(py::module_& module);
 void BindWalk(py::module_& module);
 void BindRandom(py::module_& module);
+void BindValues(py::module_& module);
+void BindVolume(py::module_& module);
 
 /// An integer or real array of 2 or 3 axes in the machine's byte order as an image over the same
 /// memory, read-only unless `write` is asked for. BadParameter, with the name, for another dtype or

@@ -11,4 +11,6 @@ PYBIND11_MODULE(_core, module) {
   BindWalk(module);
   auto random = module.def_submodule("random");
   BindRandom(random);
+  BindValues(module);
+  BindVolume(module);
 }
