@@ -31,7 +31,7 @@ public:
     return i << 16U | j;
   }
 
-  /// Counts a cell once; runs of one key take no room.
+  /// Counts a cell once; a run of one key takes the room of one.
   void Push(std::uint32_t key) {
     if (key == m_RunKey) {
       ++m_RunLength;
@@ -63,6 +63,7 @@ public:
 
 private:
   static constexpr std::size_t c_nBuffer = std::size_t{1} << 22U;
+  static constexpr std::size_t c_nLongRuns = c_nBuffer / 8;
 
   void EndRun() {
     if (m_RunLength == 1) {
@@ -70,7 +71,7 @@ private:
     } else if (m_RunLength > 1) {
       EndLongRun();
     }
-    if (m_Buffer.size() >= c_nBuffer) EmptyBuffer();
+    if (m_Buffer.size() >= c_nBuffer || m_LongRuns.keys.size() >= c_nLongRuns) EmptyBuffer();
   }
   void EndLongRun();
   void EmptyBuffer();

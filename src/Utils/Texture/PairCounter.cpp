@@ -1,5 +1,6 @@
 #include <SeluUtils/Texture/PairCounter.h>
 
+#include "Utils/Cooccurrence/PairTotals.h"
 #include "Utils/Cooccurrence/Strides.h"
 #include "Utils/Texture/LevelPairs.h"
 
@@ -133,6 +134,45 @@ void CountDense(StPairs const& pairs, int bytesPerVoxel, std::size_t side,
   counters.Empty();
 }
 
+// Whether a voxel has level 0; looks at one row after the other.
+bool HasOutside(Impl::StGrayBlock const& block) noexcept {
+  for (int64 z = 0; z < block.extent[2]; ++z)
+    for (int64 y = 0; y < block.extent[1]; ++y) {
+      std::byte const* const row = block.base + y * block.stride[1] + z * block.stride[2];
+      unsigned zeros = 0;
+      for (int64 x = 0; x < block.extent[0]; ++x) {
+        std::uint16_t level;
+        std::memcpy(&level, row + x * 2, sizeof level);
+        zeros |= level == 0 ? 1U : 0U;
+      }
+      if (zeros != 0) return true;
+    }
+  return false;
+}
+
+// Up to 256 levels in many pairs fit the tables of gray levels, which are counted fastest: as bytes
+// or, where no voxel is outside, counted from 0. Returns whether they do and have been added.
+bool CountAsGray(CLevelImage const& levels, CTriple<int64> const& displacement, CPos const& low,
+                 CPos const& high, std::size_t side, std::vector<uint64>& table) {
+  constexpr double enough = 1 << 18;
+  constexpr std::size_t fewest = 129, most = 257; // fewer levels are at home in smaller tables
+  if (side < fewest || side > most) return false;
+  std::array<int64, 3> const d = {displacement.x, displacement.y, displacement.z};
+  auto const block = Impl::BlockOfPairs(
+      {levels.Base(), levels.Extents(), levels.Strides(), levels.BytesPerVoxel()}, d,
+      {low.x, low.y, low.z}, {high.x, high.y, high.z});
+  if (Impl::PairsOf(block, d) < enough) return false;
+  if (levels.BytesPerVoxel() == 1) {
+    Impl::AddPairs(block, d, {table.data(), side, std::min<std::size_t>(side, 256)});
+    return true;
+  }
+  if (levels.Levels() > 256 || block.stride[0] != 2 || HasOutside(block)) return false;
+  auto fromOne = block;
+  fromOne.hasLevelsFromOne = true;
+  Impl::AddPairs(fromOne, d, {table.data() + side + 1, side, side - 1});
+  return true;
+}
+
 // Takes the pairs with level 0 out of a table; how many there were.
 uint64 RemoveOutside(std::vector<uint64>& table, std::size_t side) noexcept {
   uint64 outside = 0;
@@ -204,7 +244,8 @@ void CPairCounter::Count(CLevelImage const& levels, CTriple<int64> const& displa
   if (pairs.count == 0) return;
   (void)TotalWith(pairs.count); // those of level 0 will not count
   if (m_IsDense) {
-    CountDense(pairs, levels.BytesPerVoxel(), Side(), m_Table);
+    if (!CountAsGray(levels, displacement, low, high, Side(), m_Table))
+      CountDense(pairs, levels.BytesPerVoxel(), Side(), m_Table);
     m_Pairs += pairs.count - RemoveOutside(m_Table, Side());
   } else {
     m_Pairs += CountSparse(pairs, levels.BytesPerVoxel(), m_Cells);

@@ -139,8 +139,10 @@ void CSparsePairs::Settle() {
   EndRun();
   m_RunLength = 0;
   EmptyBuffer();
-  m_Buffer = {};
-  m_SortSpace = {};
+  // Their memory goes, too, which an assignment of {} would keep.
+  m_Buffer = std::vector<std::uint32_t>();
+  m_SortSpace = std::vector<std::uint32_t>();
+  m_LongRuns = StCellList();
   while (m_Lists.size() > 1) {
     auto& before = m_Lists[m_Lists.size() - 2];
     before = Merged(before, m_Lists.back());
