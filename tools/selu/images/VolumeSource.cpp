@@ -44,7 +44,7 @@ CRawImage CVolumeSource::Slab(int64 first, int64 last) {
     m_Buffer = std::make_shared<CSharedBuffer>(bytes);
   }
   m_Image.ReadSlab(first, last, *m_Buffer);
-  return CRawImage(header, m_Image.Grid(), m_Buffer);
+  return {header, m_Image.Grid(), m_Buffer};
 }
 
 } // namespace selu

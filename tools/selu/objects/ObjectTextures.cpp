@@ -58,6 +58,7 @@ public:
     bool isBeforeWanted = false;
     VisitPixels(labels, [&](auto pixels) {
       for (auto const value : pixels) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): labels were judged, none is negative
         auto const label = static_cast<std::uint32_t>(value);
         if (label != before) isBeforeWanted = label != 0 && isWanted(label);
         before = label;

@@ -253,7 +253,7 @@ StTextures ObjectTextures(StOptions const& options, StInputs& inputs,
   wanted.options.features = ParseFeatures(options.features.empty() ? "ibsi" : options.features);
   wanted.options.isSymmetric = options.symmetric;
   for (auto const& d : Directions(options, inputs.labels.Size().Dim()))
-    wanted.options.displacements.push_back({d.x, d.y, d.z});
+    wanted.options.displacements.emplace_back(d.x, d.y, d.z);
   StTextures result;
   std::size_t const width = wanted.options.features.size();
   for (auto const feature : wanted.options.features)

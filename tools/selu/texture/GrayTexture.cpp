@@ -22,7 +22,7 @@ constexpr int64 c_levels = ORVA::CCooccurrence::m_cGreyLevels;
 
 std::vector<ORVA::CTriple<int64>> DisplacementsOf(std::vector<Direction> const& directions) {
   std::vector<ORVA::CTriple<int64>> displacements;
-  for (auto const& d : directions) displacements.push_back({d.x, d.y, d.z});
+  for (auto const& d : directions) displacements.emplace_back(d.x, d.y, d.z);
   return displacements;
 }
 

@@ -109,15 +109,20 @@ std::unique_ptr<ORVA::IImage> ValuesOf(CRawImage const& image, std::filesystem::
   });
 }
 
+// A whole number of 32 bits.
+template <class T>
+bool IsLabel(T value) {
+  if constexpr (std::is_floating_point_v<T>)
+    return value >= T{-0x1p31} && value < T{0x1p31} && std::trunc(value) == value;
+  else
+    return std::in_range<std::int32_t>(value);
+}
+
 std::unique_ptr<ORVA::IImage> LabelsOf(CRawImage const& mask, std::filesystem::path const& path) {
   bool const isReal = mask.Pixel() == EnPixel::Float || mask.Pixel() == EnPixel::Double;
   if (!isReal && !Has64BitIntegers(mask.Pixel())) return Viewed(mask);
   return Converted<std::int32_t>(mask, ORVA::IMAGE_SIGNED_32, [&]<class T>(T value) {
-    constexpr T low = std::is_signed_v<T> ? static_cast<T>(INT32_MIN) : T{0};
-    constexpr T beyond = static_cast<T>(int64{INT32_MAX} + 1);
-    bool isLabel = value >= low && value < beyond;
-    if constexpr (std::is_floating_point_v<T>) isLabel = isLabel && std::trunc(value) == value;
-    if (!isLabel)
+    if (!IsLabel(value))
       throw CAppError(Quoted(path) + " has the value " + ValueText(value) +
                       ", but a mask has whole numbers, up to 2147483647 in such pixels");
     return static_cast<std::int32_t>(value);

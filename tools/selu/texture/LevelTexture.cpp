@@ -107,7 +107,7 @@ void NameFeatures(StTexture& texture, StCounting const& counting) {
 std::vector<ORVA::CTriple<int64>> DisplacementsOf(StCounting const& counting) {
   std::vector<ORVA::CTriple<int64>> displacements;
   for (auto const& direction : counting.directions)
-    displacements.push_back({direction.x, direction.y, direction.z});
+    displacements.emplace_back(direction.x, direction.y, direction.z);
   return displacements;
 }
 

@@ -159,10 +159,12 @@ std::string DrawMaps(StMapTitle const& title, std::span<ORVA::EnTextureFeature c
                      "Texture maps of " + Shown(std::filesystem::path(title.image).filename()),
                      {.size = 22, .bold = true});
   picture.Text(c_margin, 64, title.text, {.size = 13, .color = c_faint});
-  for (std::size_t k = 0; k < features.size(); ++k)
+  for (std::size_t k = 0; k < features.size(); ++k) {
+    std::size_t const column = k % columns, row = k / columns;
     DrawPanel(picture, features[k], maps, maps.Panels()[k],
-              {c_margin + static_cast<double>(k % columns) * right,
-               c_top + static_cast<double>(k / columns) * down + c_titleHeight / 2, width, height});
+              {c_margin + static_cast<double>(column) * right,
+               c_top + static_cast<double>(row) * down + c_titleHeight / 2, width, height});
+  }
   return picture.Finish();
 }
 

@@ -61,8 +61,8 @@ std::vector<int64> ParseSteps(std::string const& text) {
 
 // One number is that of all axes.
 CSize PerAxis(std::vector<int64> const& numbers, int dimension, char const* option) {
-  if (numbers.size() == 1 && dimension == 2) return CSize(numbers[0], numbers[0]);
-  if (numbers.size() == 1) return CSize(numbers[0], numbers[0], numbers[0]);
+  if (numbers.size() == 1 && dimension == 2) return {numbers[0], numbers[0]};
+  if (numbers.size() == 1) return {numbers[0], numbers[0], numbers[0]};
   if (numbers.size() != static_cast<std::size_t>(dimension))
     throw CAppError(std::string(option) + " needs one number or " + std::to_string(dimension) +
                     ", since the image is " + std::to_string(dimension) + "D");
@@ -75,7 +75,7 @@ std::vector<ORVA::CTriple<int64>> Displacements(std::vector<StGivenDirection> co
   std::vector<ORVA::CTriple<int64>> displacements;
   for (auto const& one : given) {
     Direction const direction = FitDirection(one, size);
-    displacements.push_back({direction.x, direction.y, direction.z});
+    displacements.emplace_back(direction.x, direction.y, direction.z);
   }
   if (!given.empty()) return displacements;
   displacements = ORVA::NeighborDisplacements(size.Dim());
