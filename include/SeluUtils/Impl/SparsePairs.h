@@ -43,12 +43,14 @@ public:
   }
   /// Makes one list of all; the functions below need it.
   void Settle();
+  /// Forgets what was pushed since then, where memory has run out on the way.
+  void Forget() noexcept;
 
   [[nodiscard]] StCellList const& Cells() const noexcept { return m_Cells; }
   [[nodiscard]] std::uint64_t CountOf(std::uint32_t key) const noexcept;
-  /// Adds a list to this one.
+  /// Adds a list to this one, or, where memory runs out, nothing.
   void Add(StCellList const& other);
-  /// Adds the transposed cells.
+  /// Adds the transposed cells, or nothing.
   void AddTransposed();
   void Clear() noexcept;
 

@@ -71,9 +71,12 @@ void CPairSums::Start(int n, bool keepCells) {
   m_N = static_cast<std::size_t>(n);
   m_Low = m_N + 1;
   m_High = 0;
-  if (m_Rows.size() > m_N) return;
-  for (auto* const perLevel : {&m_Rows, &m_Columns}) perLevel->resize(m_N + 1);
-  for (auto* const perPair : {&m_Differences, &m_Sums}) perPair->resize(2 * m_N + 1);
+  // Each by itself: memory may have run out after the first of them.
+  auto const reach = [](std::vector<double>& values, std::size_t size) {
+    if (values.size() < size) values.resize(size);
+  };
+  for (auto* const perLevel : {&m_Rows, &m_Columns}) reach(*perLevel, m_N + 1);
+  for (auto* const perPair : {&m_Differences, &m_Sums}) reach(*perPair, 2 * m_N + 1);
 }
 
 double CPairSums::Total() const noexcept {

@@ -153,6 +153,14 @@ void CSparsePairs::Settle() {
   m_Lists.clear();
 }
 
+void CSparsePairs::Forget() noexcept {
+  m_RunLength = 0;
+  m_Buffer = {};
+  m_SortSpace = {};
+  m_LongRuns = {};
+  m_Lists = {};
+}
+
 std::uint64_t CSparsePairs::CountOf(std::uint32_t key) const noexcept {
   auto const found = std::ranges::lower_bound(m_Cells.keys, key);
   if (found == m_Cells.keys.end() || *found != key) return 0;

@@ -4,6 +4,7 @@
 #include "images/ImageFile.h"
 #include "images/ImageReader.h"
 #include "images/ItkWriter.h"
+#include "images/PngWriter.h"
 #include "images/TiffWriter.h"
 
 #include <cstring>
@@ -51,8 +52,11 @@ void WritePixels(fs::path const& path, EnFormat format, StPixels const& image,
 void WriteChecked(CAtomicFile& file, StPixels const& image, ImageNotes const& notes) {
   CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
   std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
-  Guarded([&] { WritePixels(file.Temporary(), FormatForOutput(file.Target()), image, notes); },
-          sentence);
+  EnFormat const format = FormatForOutput(file.Target());
+  if (format == EnFormat::Png)
+    file.Write(PngBytes(image)); // the image library breaks down on a full disk
+  else
+    Guarded([&] { WritePixels(file.Temporary(), format, image, notes); }, sentence);
   // Some writers overlook a full disk.
   bool same = false;
   try {
