@@ -4,6 +4,7 @@
 #include "support/FeatureOracle.h"
 #include "support/InThreads.h"
 
+#include <SeluUtils/Cooccurrence.h>
 #include <SeluUtils/Texture/ObjectTexture.h>
 #include <SeluUtils/Texture/PairCounter.h>
 #include <SeluUtils/Texture/Quantizer.h>
@@ -13,6 +14,7 @@
 #include <itkScalarImageToCooccurrenceMatrixFilter.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -116,9 +118,14 @@ void CountSkimage(benchmark::State& state, int n, bool /*isNoise*/) {
 }
 
 // The same picture, its pixels column by column or backwards in memory.
-void CountLayout(benchmark::State& state, bool isUsual, bool isFlipped) {
+struct StLaidOut {
+  std::vector<std::byte> pixels = std::vector<std::byte>(static_cast<std::size_t>(c_side * c_side));
+  CImageView view;
+};
+
+std::unique_ptr<StLaidOut> LaidOut(bool isUsual, bool isFlipped) {
   auto const& levels = Levels(32, true);
-  std::vector<std::byte> pixels(static_cast<std::size_t>(c_side * c_side));
+  auto image = std::make_unique<StLaidOut>();
   std::array<int64, 3> strides =
       isUsual ? std::array<int64, 3>{1, c_side, 0} : std::array<int64, 3>{c_side, 1, 0};
   int64 first = 0;
@@ -128,16 +135,31 @@ void CountLayout(benchmark::State& state, bool isUsual, bool isFlipped) {
   }
   for (int64 y = 0; y < c_side; ++y)
     for (int64 x = 0; x < c_side; ++x)
-      pixels[static_cast<std::size_t>(first + x * strides[0] + y * strides[1])] =
+      image->pixels[static_cast<std::size_t>(first + x * strides[0] + y * strides[1])] =
           static_cast<std::byte>(levels.At({x, y}));
-  CImageView const view(IMAGE_GREY_8, CSize(c_side, c_side),
-                        static_cast<void const*>(pixels.data() + first), strides);
-  CLevelImage const laidOut(view, 32);
+  image->view = CImageView(IMAGE_GREY_8, CSize(c_side, c_side),
+                           static_cast<void const*>(image->pixels.data() + first), strides);
+  return image;
+}
+
+void CountLayout(benchmark::State& state, bool isUsual, bool isFlipped) {
+  auto const image = LaidOut(isUsual, isFlipped);
+  CLevelImage const levels(image->view, 32);
   CPairCounter pairs(32);
   for (auto _ : state) {
     pairs.Clear();
-    for (auto const& displacement : NeighborDisplacements(2)) pairs.Count(laidOut, displacement);
+    for (auto const& displacement : NeighborDisplacements(2)) pairs.Count(levels, displacement);
     benchmark::DoNotOptimize(pairs.Pairs());
+  }
+}
+
+void CountGrayLayout(benchmark::State& state, bool isUsual, bool isFlipped) {
+  auto const image = LaidOut(isUsual, isFlipped);
+  CCooccurrence texture("texture", nullptr);
+  CImage matrices(IMAGE_GREY_32, CSize(4, 256, 256));
+  for (auto _ : state) {
+    texture.ComputeMatrixAllDirections(matrices, image->view);
+    benchmark::DoNotOptimize(matrices.CreateAccess(false).Base());
   }
 }
 
@@ -294,6 +316,14 @@ void Register() {
     benchmark::RegisterBenchmark(
         (std::string("32 levels, 1024^2, 4 directions, by layout/") + layout.contestant).c_str(),
         [layout](benchmark::State& state) { CountLayout(state, layout.isUsual, layout.isFlipped); })
+        ->Unit(benchmark::kMillisecond);
+  for (auto const& layout : layouts)
+    benchmark::RegisterBenchmark(
+        (std::string("256 gray levels, 1024^2, 4 directions, by layout/") + layout.contestant)
+            .c_str(),
+        [layout](benchmark::State& state) {
+          CountGrayLayout(state, layout.isUsual, layout.isFlipped);
+        })
         ->Unit(benchmark::kMillisecond);
   for (int const n : {8, 32, 256}) {
     std::string const row = "25 features of " + std::to_string(n) + " levels/";

@@ -7,6 +7,7 @@
 #include <images/VolumeSource.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -60,13 +61,16 @@ protected:
     WriteNrrd(name, type, sizes, pixels);
   }
 
-  // Objects of all sizes, some of which reach through the whole image.
+  // Objects of all heights, some of which reach through the whole image.
+  static constexpr std::array<int, 6> c_layers = {1, 3, 6, 10, 12, 17};
   void WriteLabels(std::string const& name) const {
     std::vector<std::uint16_t> labels(20 * 18 * 24);
     for (int z = 0; z < 24; ++z)
       for (int y = 0; y < 18; ++y)
         for (int x = 0; x < 20; ++x) {
-          int const cell = x / 5 + y / 6 * 4 + z / 4 * 12 + 1;
+          auto const layer =
+              static_cast<int>(std::ranges::upper_bound(c_layers, z) - c_layers.begin());
+          int const cell = x / 5 + y / 6 * 4 + layer * 12 + 1;
           int const label = x == 7 ? 500 : x > 15 && y > 12 ? 7 : (x + y + z) % 5 == 0 ? 0 : cell;
           labels[static_cast<std::size_t>((z * 18 + y) * 20 + x)] =
               static_cast<std::uint16_t>(label);
@@ -226,6 +230,12 @@ TEST_F(SeluSlab, TextureIsTheSame) {
                 "--format", "csv"},
                {}, slab);
     ExpectSame({"texture", "shorts.nrrd", "--range", "-500,500", "--format", "csv"}, {}, slab);
+    for (std::string const direction : {"1,0,-3", "0,-1,2"}) // to one side only
+      for (std::string const levels : {"256", "20"})
+        ExpectSame({"texture", "bytes.nrrd", "--direction", direction, "--levels", levels,
+                    "--features", levels == "256" ? "ibsi" : "contrast", "--format", "csv"},
+                   {}, slab);
+    ExpectSame({"texture", "bytes.nrrd", "--direction", "1,0,-3", "--format", "csv"}, {}, slab);
     ExpectSame({"texture", "flat.nrrd", "--format", "csv"}, {}, slab); // with its warning
     ExpectSame({"texture", "flat.nrrd", "--bin-count", "9", "--aggregate", "2D_avg"}, {}, slab);
     ExpectSame({"texture", "shorts.nrrd", "--mask", "mask.nrrd", "--label", "2", "--bin-width",

@@ -49,6 +49,20 @@ public:
     Widen(std::min(i, j), std::max(i, j));
     AddCell(i, j, count);
   }
+  /// Adds cells (i, j) and (j, i), or for i = j one cell of twice the count, of a matrix that is
+  /// symmetric and filled by this function alone; the counts must be small ones. The order does not
+  /// matter.
+  void AddBoth(std::size_t i, std::size_t j, std::size_t count) {
+    auto const weight = static_cast<double>(count);
+    m_IsSymmetric = true;
+    m_Rows[i] += weight;
+    m_Rows[j] += weight;
+    m_Differences[m_N + j - i] += weight;
+    m_Differences[m_N + i - j] += weight;
+    m_Sums[i + j] += 2 * weight;
+    Widen(std::min(i, j), std::max(i, j));
+    AddSmall(i == j ? 2 * count : count, i == j ? 1 : 2);
+  }
   /// Adds row i of a dense matrix, column 1 first; cells may be 0.
   template <class T>
   void AddRow(std::size_t i, T const* row) {
@@ -68,8 +82,10 @@ public:
     return Used(m_Rows, m_Low, m_High);
   }
   [[nodiscard]] std::span<double const> Columns() const noexcept {
-    return Used(m_Columns, m_Low, m_High);
+    return Used(m_IsSymmetric ? m_Rows : m_Columns, m_Low, m_High);
   }
+  /// Whether rows and columns are known to be the same.
+  [[nodiscard]] bool IsSymmetric() const noexcept { return m_IsSymmetric; }
   /// By j - i from Low() - High() to High() - Low().
   [[nodiscard]] std::span<double const> Differences() const noexcept {
     return Used(m_Differences, m_N + m_Low - m_High, m_N + m_High - m_Low);
@@ -87,8 +103,8 @@ public:
   [[nodiscard]] double Entropy() const;
 
 private:
-  void AddSmall(std::size_t count) noexcept {
-    ++m_CellsOf[count];
+  void AddSmall(std::size_t count, std::uint32_t cells = 1) noexcept {
+    m_CellsOf[count] += cells;
     m_SmallCountsEnd = std::max(m_SmallCountsEnd, count + 1);
   }
   [[nodiscard]] static std::span<double const> Used(std::vector<double> const& values,
@@ -119,7 +135,7 @@ private:
   }
 
   std::size_t m_N = 0, m_Low = 1, m_High = 0;
-  bool m_KeepsCells = false;
+  bool m_KeepsCells = false, m_IsSymmetric = false;
   std::vector<double> m_Rows, m_Columns; // by level 0 .. n; 0 stays empty
   std::vector<double> m_Differences;     // by j - i + n
   std::vector<double> m_Sums;            // by i + j

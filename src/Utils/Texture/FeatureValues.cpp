@@ -224,9 +224,10 @@ void CFeatureValues::FindMoments() {
       sum{m_Sums.Sums(), 2 * low, m_Total}, difference{m_Sums.Differences(), low - high, m_Total};
   auto& m = m_Moments;
   m.meanX = x.Mean();
-  double const meanY = y.Mean();
+  bool const areEqual = m_Sums.IsSymmetric();
+  double const meanY = areEqual ? m.meanX : y.Mean();
   m.varianceX = x.Central(m.meanX).second;
-  m.varianceY = y.Central(meanY).second;
+  m.varianceY = areEqual ? m.varianceX : y.Central(meanY).second;
   double const ofDifference = difference.Central(difference.Mean()).second;
   m.covariance = (m.varianceX + m.varianceY - ofDifference) / 2;
   m.product = m.covariance + m.meanX * meanY;
@@ -241,7 +242,8 @@ void CFeatureValues::FindMoments() {
 void CFeatureValues::FindEntropies() {
   m_Entropies.joint = m_Sums.Entropy();
   m_Entropies.rows = EntropyInBits(m_Sums.Rows(), m_Total);
-  m_Entropies.columns = EntropyInBits(m_Sums.Columns(), m_Total);
+  m_Entropies.columns =
+      m_Sums.IsSymmetric() ? m_Entropies.rows : EntropyInBits(m_Sums.Columns(), m_Total);
   m_HasEntropies = true;
 }
 

@@ -72,7 +72,22 @@ void CObjectPairs::TakeCells() {
   m_Sparse.Clear();
 }
 
+// Small counts straight from the table, each cell once.
+void CObjectPairs::MoveSmall(CPairSums& sums) {
+  for (std::uint32_t const key : m_Used) {
+    std::size_t const i = key >> 16U, j = key & 0xFFFFU;
+    std::uint64_t const count = std::exchange(m_Table[i * m_Side + j], 0);
+    if (m_IsSymmetric)
+      sums.AddBoth(i, j, static_cast<std::size_t>(count));
+    else
+      sums.Add(i, j, count);
+  }
+  m_Used.clear();
+}
+
 void CObjectPairs::MoveTo(CPairSums& sums, bool inOrder) {
+  bool const hasLarge = std::exchange(m_HasLarge, false);
+  if (!hasLarge && !inOrder && !m_HasSparse) return MoveSmall(sums);
   TakeCells();
   auto const isLarge = [](StCell const& cell) { return cell.count >= CPairSums::c_nSmallCounts; };
   if (inOrder || std::ranges::any_of(m_Cells, isLarge))

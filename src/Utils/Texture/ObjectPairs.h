@@ -46,8 +46,10 @@ public:
     if (m_Table.empty()) {
       m_Sparse.Push(CSparsePairs::Key(i, j));
       m_HasSparse = true;
-    } else if (m_Table[i * m_Side + j]++ == 0) {
-      m_Used.push_back(CSparsePairs::Key(i, j));
+    } else {
+      std::uint64_t const count = ++m_Table[i * m_Side + j];
+      if (count == 1) m_Used.push_back(CSparsePairs::Key(i, j));
+      m_HasLarge |= count == c_nLarge;
     }
   }
   [[nodiscard]] bool IsEmpty() const noexcept { return m_Used.empty() && !m_HasSparse; }
@@ -56,16 +58,19 @@ public:
   void MoveTo(CPairSums& sums, bool inOrder);
 
 private:
+  /// Twice this is no small count of the sums.
+  static constexpr std::uint64_t c_nLarge = CPairSums::c_nSmallCounts / 2;
   struct StCell {
     std::uint32_t key;
     std::uint64_t count;
   };
+  void MoveSmall(CPairSums& sums);
   void TakeCells();
   void Append(std::uint32_t key, std::uint64_t count);
 
   std::size_t m_Side;
   bool m_IsSymmetric;
-  bool m_HasSparse = false;
+  bool m_HasSparse = false, m_HasLarge = false;
   std::vector<std::uint64_t> m_Table;
   std::vector<std::uint32_t> m_Used;
   CSparsePairs m_Sparse;

@@ -67,6 +67,7 @@ void CPairSums::Start(int n, bool keepCells) {
   m_OtherCells.clear();
   m_Cells.clear();
   m_KeepsCells = keepCells;
+  m_IsSymmetric = false;
   m_N = static_cast<std::size_t>(n);
   m_Low = m_N + 1;
   m_High = 0;
