@@ -6,6 +6,10 @@ import os
 
 import numpy as np
 import pytest
+from hypothesis import settings
+
+settings.register_profile("selu", database=None)  # nothing is written beside the tests
+settings.load_profile("selu")
 
 
 @pytest.fixture
