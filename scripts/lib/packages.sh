@@ -18,6 +18,7 @@ bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev li
   libopencv-imgproc-dev python3 python3-numpy python3-skimage)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
+abi_packages=(abigail-tools xz-utils)
 docs_packages=(doxygen python3-sphinx python3-myst-parser furo python3-numpydoc python3-dask python3-distributed
   python3-zarr python3-scipy python3-skimage python3-matplotlib)
 package_packages=(lintian mmdebstrap binutils python3 gzip)
