@@ -204,8 +204,7 @@ void CQuantizer::FitWidth(StValueRange const& range) {
                         CString("bins of width %1 up to the value %2 are more than 65535")
                             .Arg(m_Width)
                             .Arg(range.high));
-  m_Levels = std::max(1, greatest); // 1 ORVA_LOCATION(c_module, "ORVA::CQuantizer::Fit") all values
-                                    // lie below a given start
+  m_Levels = std::max(1, greatest); // 1 where all values lie below a given start
 }
 
 void CQuantizer::CheckFitted(char const* function) const {
