@@ -42,7 +42,7 @@ class FeatureImage(NamedTuple):
         if key not in self.keys:
             raise BadParameter(f'there is no feature "{key}"')
         row = self.keys.index(key)
-        values = self.pixels[row]
+        values: npt.NDArray[np.float32] = self.pixels[row]
         if self.types[row] != "label":
             return values
         texts: Any = self.lookup

@@ -28,7 +28,7 @@ def distance(
 
     Returns
     -------
-    (n,) float64, or float64 for two points
+    (n,) float64, or of no axes for two points
 
     Raises
     ------
@@ -46,7 +46,7 @@ def distance(
     rows = np.broadcast_arrays(np.atleast_2d(first), np.atleast_2d(second))
     wrap = None if period is None else [float(extent) for extent in period]
     distances = _core.distances(rows[0], rows[1], wrap)
-    return distances if max(first.ndim, second.ndim) == 2 else distances[0]
+    return distances if max(first.ndim, second.ndim) == 2 else distances[0, ...]
 
 
 def neighbor_table(

@@ -50,7 +50,7 @@ Reals = npt.NDArray[np.float64]
 Vector = Sequence[float]
 
 
-class Source(_core.random.Source):
+class Source(_core.Source):
     """A source of random bits.
 
     Parameters
@@ -106,7 +106,7 @@ class _Described:
 class _Scalar(_Described):
     """A law of numbers."""
 
-    _law: _core.random.Law
+    _law: _core.Law
 
     def sample(self, n: int, source: Source | None = None) -> npt.NDArray[Any]:
         """n draws, one after the other: float64, or int64 where the law is one of counts."""
@@ -131,7 +131,7 @@ class Uniform(_Scalar):
     """
 
     def __init__(self, low: float = 0.0, high: float = 1.0, exact: bool = True) -> None:
-        self._law = _core.random.uniform(low, high, exact)
+        self._law = _core.uniform_law(low, high, exact)
         self._arguments = (low, high, exact)
 
     def to_scipy(self) -> Any:
@@ -147,7 +147,7 @@ class Normal(_Scalar):
     """
 
     def __init__(self, mean: float = 0.0, sigma: float = 1.0, exact: bool = True) -> None:
-        self._law = _core.random.normal(mean, sigma, exact)
+        self._law = _core.normal_law(mean, sigma, exact)
         self._arguments = (mean, sigma, exact)
 
     def to_scipy(self) -> Any:
@@ -158,7 +158,7 @@ class LogNormal(_Scalar):
     """The exponential of a normal number of mean mu and standard deviation sigma."""
 
     def __init__(self, mu: float = 0.0, sigma: float = 1.0, exact: bool = True) -> None:
-        self._law = _core.random.log_normal(mu, sigma, exact)
+        self._law = _core.log_normal_law(mu, sigma, exact)
         self._arguments = (mu, sigma, exact)
 
     def to_scipy(self) -> Any:
@@ -170,7 +170,7 @@ class Exponential(_Scalar):
     """Exponential, of a rate; the mean is 1 / rate."""
 
     def __init__(self, rate: float = 1.0, exact: bool = True) -> None:
-        self._law = _core.random.exponential(rate, exact)
+        self._law = _core.exponential_law(rate, exact)
         self._arguments = (rate, exact)
 
     def to_scipy(self) -> Any:
@@ -181,7 +181,7 @@ class Gamma(_Scalar):
     """Gamma, of a shape and a rate; the mean is shape / rate."""
 
     def __init__(self, shape: float, rate: float, exact: bool = True) -> None:
-        self._law = _core.random.gamma(shape, rate, exact)
+        self._law = _core.gamma_law(shape, rate, exact)
         self._arguments = (shape, rate, exact)
 
     def to_scipy(self) -> Any:
@@ -197,7 +197,7 @@ class Poisson(_Scalar):
     """
 
     def __init__(self, mean: float, exact: bool = True) -> None:
-        self._law = _core.random.poisson(mean, exact)
+        self._law = _core.poisson_law(mean, exact)
         self._arguments = (mean, exact)
 
     def to_scipy(self) -> Any:
@@ -208,7 +208,7 @@ class Rayleigh(_Scalar):
     """Lengths of plane vectors whose components are normal of that standard deviation."""
 
     def __init__(self, sigma: float = 1.0, exact: bool = True) -> None:
-        self._law = _core.random.rayleigh(sigma, exact)
+        self._law = _core.rayleigh_law(sigma, exact)
         self._arguments = (sigma, exact)
 
     def to_scipy(self) -> Any:
@@ -219,7 +219,7 @@ class PressedDirections(_Scalar):
     """Angles in [0, pi] between the x axis and (factor cos t, sin t), t uniform on the circle."""
 
     def __init__(self, factor: float, exact: bool = True) -> None:
-        self._law = _core.random.pressed_directions(factor, exact)
+        self._law = _core.pressed_directions_law(factor, exact)
         self._arguments = (factor, exact)
 
 
@@ -227,7 +227,7 @@ class ChordLength(_Scalar):
     """The chord that a random line cuts from a ball of diameter 1: density 2 x on [0, 1)."""
 
     def __init__(self) -> None:
-        self._law = _core.random.chord_length()
+        self._law = _core.chord_length_law()
         self._arguments = ()
 
     def to_scipy(self) -> Any:
@@ -241,7 +241,7 @@ class CircleDiameter(_Scalar):
     """
 
     def __init__(self) -> None:
-        self._law = _core.random.circle_diameter()
+        self._law = _core.circle_diameter_law()
         self._arguments = ()
 
 
@@ -255,7 +255,7 @@ class Discrete(_Scalar):
     def __init__(self, values: Sequence[float], weights: Sequence[float]) -> None:
         if len(values) != len(weights):
             raise BadParameter(f"{len(values)} values have {len(weights)} weights")
-        self._law = _core.random.indices(list(weights))
+        self._law = _core.indices_law(list(weights))
         self._arguments = (tuple(values), tuple(weights))
 
     def sample(self, n: int, source: Source | None = None) -> npt.NDArray[Any]:
@@ -271,7 +271,7 @@ class Discrete(_Scalar):
 class _Rotations(_Described):
     """A law of rotations: of directions, each with a uniform spin about it."""
 
-    _law: _core.random.RotationLaw
+    _law: _core.RotationLaw
 
     def directions_xyz(self, n: int, source: Source | None = None) -> Reals:
         """n unit vectors, (n, 3), the third columns of the matrices."""
@@ -312,7 +312,8 @@ def _vector(vector: Vector, name: str) -> tuple[float, float, float]:
     numbers = tuple(float(number) for number in vector)
     if len(numbers) != 3:
         raise BadParameter(f"{name} must be three numbers, not {len(numbers)}")
-    return numbers
+    x, y, z = numbers
+    return x, y, z
 
 
 class Isotropic(_Rotations):
@@ -323,7 +324,7 @@ class Isotropic(_Rotations):
     """
 
     def __init__(self, exact: bool = True) -> None:
-        self._law = _core.random.isotropic(exact)
+        self._law = _core.isotropic_rotations(exact)
         self._arguments = (exact,)
 
 
@@ -336,7 +337,7 @@ class Watson(_Rotations):
 
     def __init__(self, kappa: float, axis_xyz: Vector = (0, 0, 1), exact: bool = True) -> None:
         axis = _vector(axis_xyz, "axis_xyz")
-        self._law = _core.random.watson(kappa, axis, exact)
+        self._law = _core.watson_rotations(kappa, axis, exact)
         self._arguments = (kappa, axis, exact)
 
 
@@ -350,7 +351,7 @@ class VonMisesFisher(_Rotations):
 
     def __init__(self, kappa: float, mean_xyz: Vector = (0, 0, 1), exact: bool = True) -> None:
         mean = _vector(mean_xyz, "mean_xyz")
-        self._law = _core.random.von_mises_fisher(kappa, mean, exact)
+        self._law = _core.von_mises_fisher_rotations(kappa, mean, exact)
         self._arguments = (kappa, mean, exact)
 
 
@@ -359,7 +360,7 @@ class Girdle(_Rotations):
 
     def __init__(self, beta: float, axis_xyz: Vector = (0, 0, 1), exact: bool = True) -> None:
         axis = _vector(axis_xyz, "axis_xyz")
-        self._law = _core.random.girdle(beta, axis, exact)
+        self._law = _core.girdle_rotations(beta, axis, exact)
         self._arguments = (beta, axis, exact)
 
 
@@ -371,7 +372,7 @@ class Fixed(_Rotations):
     """
 
     def __init__(self, phi: float = 0.0, theta: float = 0.0, psi: float = 0.0) -> None:
-        self._law = _core.random.fixed(phi, theta, psi)
+        self._law = _core.fixed_rotations(phi, theta, psi)
         self._arguments = (phi, theta, psi)
 
 
@@ -392,14 +393,14 @@ class Mixture(_Rotations):
             raise BadParameter(f"weights must be at least 0 and have a sum, not {list(weights)}")
         shares = [share / total for share in shares]
         shares[-1] = max(0.0, 1 - sum(shares[:-1]))  # they add up to 1 without a rest
-        self._law = _core.random.mixture([law._law for law in laws], shares)
+        self._law = _core.mixture_rotations([law._law for law in laws], shares)
         self._arguments = (tuple(laws), tuple(weights))
 
 
 class _Points(_Described):
     """A law of points in space."""
 
-    _law: _core.random.PointLaw
+    _law: _core.PointLaw
 
     def points_xyz(self, n: int, source: Source | None = None) -> Reals:
         """n points, (n, 3)."""
@@ -415,7 +416,7 @@ class Box(_Points):
 
     def __init__(self, lower_xyz: Vector, upper_xyz: Vector) -> None:
         lower, upper = _vector(lower_xyz, "lower_xyz"), _vector(upper_xyz, "upper_xyz")
-        self._law = _core.random.box(lower, upper)
+        self._law = _core.box_points(lower, upper)
         self._arguments = (lower, upper)
 
 
@@ -424,7 +425,7 @@ class Ball(_Points):
 
     def __init__(self, center_xyz: Vector = (0, 0, 0), radius: float = 1.0) -> None:
         center = _vector(center_xyz, "center_xyz")
-        self._law = _core.random.ball(center, radius)
+        self._law = _core.ball_points(center, radius)
         self._arguments = (center, radius)
 
 
@@ -433,7 +434,7 @@ class Sphere(_Points):
 
     def __init__(self, center_xyz: Vector = (0, 0, 0), radius: float = 1.0) -> None:
         center = _vector(center_xyz, "center_xyz")
-        self._law = _core.random.sphere(center, radius)
+        self._law = _core.sphere_points(center, radius)
         self._arguments = (center, radius)
 
 
@@ -444,5 +445,5 @@ class Disc(_Points):
         self, center_xyz: Vector = (0, 0, 0), radius: float = 1.0, axis_xyz: Vector = (0, 0, 1)
     ) -> None:
         center, axis = _vector(center_xyz, "center_xyz"), _vector(axis_xyz, "axis_xyz")
-        self._law = _core.random.disc(center, radius, axis)
+        self._law = _core.disc_points(center, radius, axis)
         self._arguments = (center, radius, axis)

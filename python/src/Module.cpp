@@ -3,14 +3,13 @@
 
 PYBIND11_MODULE(_core, module) {
   using namespace selu_python;
-  module.doc() = "What seluutils calls; its functions are the public ones.";
+  module.doc() = "What the modules of seluutils call.";
   module.attr("__version__") = SELU_VERSION;
   RegisterErrors();
   BindTexture(module);
   BindTextureMaps(module);
   BindWalk(module);
-  auto random = module.def_submodule("random");
-  BindRandom(random);
+  BindRandom(module);
   BindValues(module);
   BindVolume(module);
 }

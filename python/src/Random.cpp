@@ -283,8 +283,12 @@ void BindSource(py::module_& module) {
   py::class_<CSource>(module, "Source")
       .def(py::init<std::optional<uint64>, uint64>(), py::arg("seed") = py::none(),
            py::arg("stream") = 0)
-      .def("jump", [](CSource& self) { self.With([](auto& source) { source.Jump(); }); })
-      .def("save", [](CSource& self) { return self.With([](auto& s) { return s.Save(); }); })
+      .def(
+          "jump", [](CSource& self) { self.With([](auto& source) { source.Jump(); }); },
+          "Goes on by 2**128 words.")
+      .def(
+          "save", [](CSource& self) { return self.With([](auto& s) { return s.Save(); }); },
+          "The state as a line of text.")
       .def(
           "restore",
           [](CSource& self, std::string const& state) {
@@ -305,20 +309,21 @@ void BindSource(py::module_& module) {
 
 void BindLaws(py::module_& module) {
   py::class_<StLaw>(module, "Law").def("sample", &StLaw::Sample);
-  DefineLaw<ORVA::CExactUniform, ORVA::CRandomUniform, double, double>(module, "uniform");
-  DefineLaw<ORVA::CExactNormal, ORVA::CRandomNormal, double, double>(module, "normal");
-  DefineLaw<ORVA::CExactLogNormal, ORVA::CRandomLogNormal, double, double>(module, "log_normal");
-  DefineLaw<ORVA::CExactExponential, ORVA::CRandomExponential, double>(module, "exponential");
-  DefineLaw<ORVA::CExactGamma, ORVA::CRandomGamma, double, double>(module, "gamma");
-  DefineLaw<ORVA::CExactPoisson, ORVA::CRandomPoisson, double>(module, "poisson");
-  DefineLaw<ORVA::CExactRayleigh, ORVA::CRandomRayleigh, double>(module, "rayleigh");
-  module.def("pressed_directions", [](double factor, bool isExact) {
+  DefineLaw<ORVA::CExactUniform, ORVA::CRandomUniform, double, double>(module, "uniform_law");
+  DefineLaw<ORVA::CExactNormal, ORVA::CRandomNormal, double, double>(module, "normal_law");
+  DefineLaw<ORVA::CExactLogNormal, ORVA::CRandomLogNormal, double, double>(module,
+                                                                           "log_normal_law");
+  DefineLaw<ORVA::CExactExponential, ORVA::CRandomExponential, double>(module, "exponential_law");
+  DefineLaw<ORVA::CExactGamma, ORVA::CRandomGamma, double, double>(module, "gamma_law");
+  DefineLaw<ORVA::CExactPoisson, ORVA::CRandomPoisson, double>(module, "poisson_law");
+  DefineLaw<ORVA::CExactRayleigh, ORVA::CRandomRayleigh, double>(module, "rayleigh_law");
+  module.def("pressed_directions_law", [](double factor, bool isExact) {
     return isExact ? LawOf(ORVA::CExactPressedDirections(factor))
                    : LawOf(ORVA::CPressedDirections(factor, 1));
   });
-  module.def("chord_length", [] { return LawOf(ORVA::CRandomChordlength()); });
-  module.def("circle_diameter", [] { return LawOf(ORVA::CRandomCircleDiameter()); });
-  module.def("indices", &IndexLaw);
+  module.def("chord_length_law", [] { return LawOf(ORVA::CRandomChordlength()); });
+  module.def("circle_diameter_law", [] { return LawOf(ORVA::CRandomCircleDiameter()); });
+  module.def("indices_law", &IndexLaw);
 }
 
 void BindRotationLaws(py::module_& module) {
@@ -326,33 +331,34 @@ void BindRotationLaws(py::module_& module) {
       .def("directions_xyz", &CRotationLaw::Directions)
       .def("rotations", &CRotationLaw::Rotations)
       .def("quaternions", &CRotationLaw::Quaternions);
-  module.def("isotropic", [](bool isExact) {
+  module.def("isotropic_rotations", [](bool isExact) {
     return isExact ? RotationLaw(ORVA::CExactIsotropicRotation())
                    : RotationLaw(ORVA::CIsotropicRotation());
   });
-  DefineRotationLaw<ORVA::CExactWatsonRotation, ORVA::CWatsonRotation>(module, "watson");
-  DefineRotationLaw<ORVA::CExactVonMisesFisher, ORVA::CVonMisesFisher>(module, "von_mises_fisher");
-  DefineRotationLaw<ORVA::CExactGirdleRotation, ORVA::CGirdleRotation>(module, "girdle");
-  module.def("fixed", [](double phi, double theta, double psi) {
+  DefineRotationLaw<ORVA::CExactWatsonRotation, ORVA::CWatsonRotation>(module, "watson_rotations");
+  DefineRotationLaw<ORVA::CExactVonMisesFisher, ORVA::CVonMisesFisher>(
+      module, "von_mises_fisher_rotations");
+  DefineRotationLaw<ORVA::CExactGirdleRotation, ORVA::CGirdleRotation>(module, "girdle_rotations");
+  module.def("fixed_rotations", [](double phi, double theta, double psi) {
     return RotationLaw(ORVA::CFixRotation(ORVA::CEulerRotation(phi, theta, psi)));
   });
-  module.def("mixture", &Mixture);
+  module.def("mixture_rotations", &Mixture);
 }
 
 void BindPointLaws(py::module_& module) {
   py::class_<StPointLaw>(module, "PointLaw").def("points_xyz", &StPointLaw::Points);
-  module.def("box", [](CVector const& lower, CVector const& upper) {
+  module.def("box_points", [](CVector const& lower, CVector const& upper) {
     CheckFinite(lower);
     CheckFinite(upper);
     return PointLaw(ORVA::CUniformPoint(TripleOf(lower), TripleOf(upper)));
   });
-  module.def("ball", [](CVector const& center, double radius) {
+  module.def("ball_points", [](CVector const& center, double radius) {
     return PointLaw(ORVA::CBallPoint(TripleOf(center), radius));
   });
-  module.def("sphere", [](CVector const& center, double radius) {
+  module.def("sphere_points", [](CVector const& center, double radius) {
     return PointLaw(ORVA::CSpherePoint(TripleOf(center), radius));
   });
-  module.def("disc", [](CVector const& center, double radius, CVector const& axis) {
+  module.def("disc_points", [](CVector const& center, double radius, CVector const& axis) {
     return PointLaw(ORVA::CDiscPoint(TripleOf(center), radius, PolarOf(axis)));
   });
 }

@@ -316,11 +316,14 @@ py::tuple Quantize(py::object const& array, CRecipe const& recipe, py::object co
   std::vector<py::ssize_t> strides;
   for (std::size_t axis = shape.size(); axis-- > 0;)
     strides.push_back(static_cast<py::ssize_t>(levels.Strides()[axis]));
-  // The pixels stay with the array; a copy of them would double the memory.
-  auto* const owner = new CLevelImage(levels);
-  py::capsule const keep(owner, [](void* kept) { delete static_cast<CLevelImage*>(kept); });
+  // The pixels stay with the array; a copy of them would double the memory. Values as they are may
+  // be the caller's own; without an owner the array has a copy.
+  py::object keep;
+  if (!recipe.IsPlain())
+    keep = py::capsule(new CLevelImage(levels),
+                       [](void* kept) { delete static_cast<CLevelImage*>(kept); });
   return py::make_tuple(
-      py::array(dtype, shape, strides, owner->Base(), keep),
+      py::array(dtype, shape, strides, levels.Base(), keep),
       py::array_t<double>(static_cast<py::ssize_t>(gray.edges.size()), gray.edges.data()),
       levels.Levels());
 }

@@ -198,7 +198,7 @@ void BindWalk(py::module_& module) {
   py::class_<CWalk>(
       module, "Walk",
       "The points of a walk, one after the other, as tuples in the order of the array's axes.\n\n"
-      "Its length is the number of points still to come.")
+      "Its length is the number of points still to come. One thread at a time may use it.")
       .def("take", &CWalk::Take, py::arg("n"),
            "The next points, n at most, as an (n, d) array of int64.")
       .def("points", &CWalk::All, "All points that are left, as an (n, d) array of int64.")
@@ -206,7 +206,7 @@ void BindWalk(py::module_& module) {
       .def_property_readonly("remaining", &CWalk::Remaining, "Number of points still to come.")
       .def_property_readonly("ndim", &CWalk::Dimension, "Number of coordinates of a point.")
       .def("__len__", &CWalk::Remaining)
-      .def("__iter__", [](py::object self) { return self; })
+      .def("__iter__", [](py::object const& self) { return self; })
       .def("__next__", &CWalk::Next);
   module.def("line", &Line);
   module.def("polygon", &Polygon);

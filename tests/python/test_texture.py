@@ -161,6 +161,11 @@ def test_quantize_puts_what_is_off_the_mask_and_nan_outside() -> None:
 def test_quantized_levels_outlive_all_else() -> None:
     levels = texture.quantize(np.full((500, 500), 3.0), bin_count=4)
     assert (levels == 1).all() and levels.sum() == 250000
+    image = np.full((500, 500), 3, np.uint8)
+    levels = texture.quantize(image)
+    assert not np.shares_memory(levels, image)
+    del image
+    assert (levels == 3).all()
 
 
 @pytest.mark.parametrize("dtype", GRAY_DTYPES)

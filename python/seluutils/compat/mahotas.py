@@ -116,13 +116,13 @@ def _features(p: Reals, is_printed: bool, is_of_differences: bool) -> list[float
     px = p.sum(axis=0)
     i, j = np.nonzero(p)
     occurring = p[i, j]
-    sums = np.bincount(i + j, occurring, minlength=2 * n)
-    differences = np.bincount(np.abs(i - j), occurring, minlength=n)
+    sums: Reals = np.bincount(i + j, occurring, minlength=2 * n).astype(np.float64)
+    differences: Reals = np.bincount(np.abs(i - j), occurring, minlength=n).astype(np.float64)
     double = np.arange(2 * n, dtype=np.float64)
     mean = px @ level
     variance = px @ level**2 - mean**2
     sum_average = sums @ double
-    about = _entropy(sums) if is_printed else sum_average
+    about = _entropy(sums) if is_printed else float(sum_average)
     hx, hxy = _entropy(px), _entropy(p)
     # The matrix is symmetric: rows and columns have the same sums, and HXY1 = HXY2 = 2 HX.
     return [

@@ -32,5 +32,7 @@ except ImportError as error:
     raise ImportError("seluutils.dask needs the package dask with its arrays") from error
 
 from ._cooccurrence import cooccurrence
+from ._maps import feature_maps
+from ._objects import object_features
 
-__all__ = ["cooccurrence"]
+__all__ = ["cooccurrence", "feature_maps", "object_features"]

@@ -10,7 +10,7 @@ import numpy.typing as npt
 
 from .. import _core
 from .._errors import BadParameter
-from ._volume import Box, Graph, Source, Volume
+from ._volume import Box, Graph, Source, Volume, read
 
 Array = npt.NDArray[Any]
 #: Least and greatest value found, and how many there are.
@@ -73,7 +73,7 @@ def range_tasks(graph: Graph, name: str, image: Volume, mask: Volume | None) -> 
 
 def value_range(image: Source, mask: Source | None, core: Box) -> Found:
     parts = core.pieces(MOST_VOXELS)
-    return join_ranges(_core.value_range(image.read(p), mask and mask.read(p)) for p in parts)
+    return join_ranges(_core.value_range(image.read(p), read(mask, p)) for p in parts)
 
 
 def join_ranges(ranges: Iterable[Found]) -> Found:

@@ -14,6 +14,7 @@ from functools import cached_property
 from importlib import import_module
 from pathlib import Path
 from typing import Any, Iterable, Iterator, NamedTuple, Protocol, Sequence, Tuple
+from uuid import uuid4
 
 import dask.array
 import numpy as np
@@ -87,6 +88,11 @@ class Source(Protocol):
         """The voxels of a box, which must not be changed."""
 
 
+def read(source: Source | None, box: Box) -> Array | None:
+    """The voxels of a box of a volume that may not be given."""
+    return None if source is None else source.read(box)
+
+
 @dataclass(frozen=True)
 class MappedFile:
     """Numbers in a file at any strides; the pages that a box touches are read."""
@@ -135,8 +141,11 @@ class Slabs:
 class Volume:
     """A volume of any kind, and the boxes of its chunks."""
 
-    def __init__(self, given: Any, name: str, chunks: Any = None) -> None:
+    def __init__(self, given: Any, name: str, chunks: Any = None, most: int | None = None) -> None:
+        """Chunks of `most` voxels or so, where neither the caller nor a Dask array has its own."""
         opened = _opened(given, name)
+        self.shape: Index = tuple(opened.shape)
+        self.dtype: np.dtype[Any] = np.dtype(opened.dtype)
         self._file: Source | None = None
         self._array: Any = None
         if isinstance(opened, (np.ndarray, da.Array)):
@@ -146,16 +155,15 @@ class Volume:
                 self._array = opened if own else da.from_array(opened, chunks or "auto")
         else:
             self._file, own = ZarrFile(opened), None
-        self.shape: Index = tuple(opened.shape)
-        self.dtype: np.dtype[Any] = np.dtype(opened.dtype)
         if any(isinstance(n, float) for n in self.shape):
             raise BadParameter(f"{name} has chunks of unknown sizes; compute_chunk_sizes() finds them")
         previous = getattr(opened, "chunks", None)
         if chunks is None and own:
             self.chunks = own
         elif self.shape:
+            limit = None if most is None else most * self.dtype.itemsize
             self.chunks = da.core.normalize_chunks(
-                chunks or "auto", self.shape, dtype=self.dtype, previous_chunks=previous
+                chunks or "auto", self.shape, limit, self.dtype, previous
             )
         else:
             self.chunks = ()
@@ -205,6 +213,25 @@ class Volume:
                 yield index, part
 
 
+def computed(graph: Graph, keys: Sequence[Any], *read: Volume | None) -> list[Any]:
+    """The values of keys of a graph that reads these volumes, by whatever scheduler runs."""
+    name = f"all-{uuid4().hex}"
+    graph[name] = (list, list(keys))
+    layers = _layers(graph, name, read)
+    return list(import_module("dask.delayed").Delayed(name, layers, layer=name).compute())
+
+
+def lazy(graph: Graph, name: str, chunks: Any, dtype: Any, *read: Volume | None) -> Any:
+    """A Dask array of a graph that reads these volumes."""
+    return da.Array(_layers(graph, name, read), name, chunks, dtype=dtype)
+
+
+def _layers(graph: Graph, name: str, read: Sequence[Volume | None]) -> Any:
+    needed = [volume._array for volume in read if volume is not None and volume._array is not None]
+    layers: Any = import_module("dask.highlevelgraph").HighLevelGraph
+    return layers.from_collections(name, graph, dependencies=needed)
+
+
 def _edges_of(chunks: Any) -> list[Array]:
     return [np.concatenate([[0], np.cumsum(axis)]).astype(np.int64) for axis in chunks]
 
@@ -212,15 +239,6 @@ def _edges_of(chunks: Any) -> list[Array]:
 def _chunk(edges: list[Array], index: Index) -> Box:
     low = tuple(int(edge[i]) for edge, i in zip(edges, index))
     return Box(low, tuple(int(edge[i + 1]) for edge, i in zip(edges, index)))
-
-
-def lazy(graph: Graph, name: str, chunks: Any, dtype: Any, *read: Volume | None) -> Any:
-    """A Dask array of a graph that reads these volumes."""
-    needed = [volume._array for volume in read if volume is not None and volume._array is not None]
-    layers = import_module("dask.highlevelgraph").HighLevelGraph.from_collections(
-        name, graph, dependencies=needed
-    )
-    return da.Array(layers, name, chunks, dtype=dtype)
 
 
 def _part(chunk: Array, slices: tuple[slice, ...]) -> Array:
