@@ -2,6 +2,7 @@
 // ITK's filter, and scikit-image in a process of its own; the same pixels in other layouts; all
 // features at once beside formula by formula; the texture of many objects.
 #include "support/FeatureOracle.h"
+#include "support/InThreads.h"
 
 #include <SeluUtils/Texture/ObjectTexture.h>
 #include <SeluUtils/Texture/PairCounter.h>
@@ -198,6 +199,55 @@ void Objects(benchmark::State& state, int64 perAxis, int n) {
   }
 }
 
+// 13 directions of 128^3 voxels and 256 levels, each thread its slices.
+template <int Threads>
+void CountInThreads(benchmark::State& state) {
+  constexpr int64 side = 128;
+  CImage image(IMAGE_GREY_16, CSize(side, side, side));
+  auto const level = image.CreateAccess(true).As<std::uint16_t>();
+  std::mt19937_64 random(1);
+  for (int64 z = 0; z < side; ++z)
+    for (int64 y = 0; y < side; ++y)
+      for (std::uint16_t& pixel : level.Row(y, z))
+        pixel = static_cast<std::uint16_t>(1 + random() % 256);
+  CLevelImage const levels(image, 256);
+  for (auto _ : state) {
+    std::vector<CPairCounter> counters(Threads, CPairCounter(256));
+    state.SetIterationTime(bench::SecondsInThreads(Threads, [&](int part) {
+      for (auto const& d : NeighborDisplacements(3))
+        counters[static_cast<std::size_t>(part)].Count(
+            levels, d, CPos(0, 0, side * part / Threads),
+            CPos(side, side, side * (part + 1) / Threads));
+    }));
+    benchmark::DoNotOptimize(counters.front().Pairs());
+  }
+}
+
+// Slow waves of 16 bits with noise, every value a level of its own: a scan as it comes.
+void CountScan(benchmark::State& state) {
+  constexpr int64 side = 128;
+  CImage image(IMAGE_GREY_16, CSize(side, side, side));
+  auto const level = image.CreateAccess(true).As<std::uint16_t>();
+  std::mt19937_64 random(1);
+  for (int64 z = 0; z < side; ++z)
+    for (int64 y = 0; y < side; ++y)
+      for (int64 x = 0; x < side; ++x) {
+        double const wave = 32768 + 9000 * std::sin(0.03 * static_cast<double>(x)) +
+                            9000 * std::sin(0.04 * static_cast<double>(y)) +
+                            9000 * std::sin(0.05 * static_cast<double>(z));
+        level(x, y, z) = static_cast<std::uint16_t>(wave + static_cast<double>(random() % 64));
+      }
+  CLevelImage const levels(image, 65535);
+  std::size_t cells = 0;
+  for (auto _ : state) {
+    CPairCounter pairs(65535);
+    pairs.Count(levels, {1, 0, 0});
+    cells = pairs.Cells().size();
+  }
+  state.SetItemsProcessed(state.iterations() * side * side * (side - 1));
+  state.counters["cells"] = static_cast<double>(cells);
+}
+
 template <class Function>
 void RegisterCount(std::string const& row, char const* contestant, Function function, int n,
                    bool isNoise) {
@@ -223,6 +273,16 @@ void Register() {
       RegisterCount(row, "ITK", CountItk, n, isNoise);
       if (isNoise) RegisterCount(row, "scikit-image", CountSkimage, n, isNoise);
     }
+  benchmark::RegisterBenchmark("65535 levels, 128^3 of a scan/SeluUtils", CountScan)
+      ->Unit(benchmark::kMillisecond);
+  benchmark::RegisterBenchmark("256 levels, 128^3, 13 directions, threads/SeluUtils",
+                               CountInThreads<1>)
+      ->Unit(benchmark::kMillisecond)
+      ->UseManualTime();
+  benchmark::RegisterBenchmark("256 levels, 128^3, 13 directions, threads/two threads",
+                               CountInThreads<2>)
+      ->Unit(benchmark::kMillisecond)
+      ->UseManualTime();
   struct {
     char const* contestant;
     bool isUsual, isFlipped;

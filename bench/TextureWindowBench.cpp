@@ -2,6 +2,8 @@
 // scikit-image's graycomatrix and graycoprops. Loops run for a sample of the pixels; their times
 // are those of all. scikit-image computes six features (it has no more), in a process of its own,
 // whose start does not count.
+#include "support/InThreads.h"
+
 #include <SeluUtils/Texture/Features.h>
 #include <SeluUtils/Texture/LevelImage.h>
 #include <SeluUtils/Texture/PairCounter.h>
@@ -76,6 +78,23 @@ void Maps(benchmark::State& state, StJob const& job) {
     window.Compute(levels, {0, job.side}, std::span(values));
     benchmark::DoNotOptimize(values.data());
   }
+  state.SetItemsProcessed(state.iterations() * Voxels(job));
+}
+
+// Bands of rows, one for each thread.
+template <int Threads>
+void MapsInThreads(benchmark::State& state, StJob const& job) {
+  auto const levels = MakeLevels(job);
+  auto const window = MakeWindow(job);
+  std::vector<std::vector<float>> values(Threads);
+  for (auto _ : state)
+    state.SetIterationTime(bench::SecondsInThreads(Threads, [&](int part) {
+      StRowRange const rows{job.side * part / Threads, job.side * (part + 1) / Threads};
+      auto& band = values[static_cast<std::size_t>(part)];
+      band.resize(static_cast<std::size_t>((rows.high - rows.low) * job.side) *
+                  job.features.size());
+      window.Compute(levels, rows, std::span(band));
+    }));
   state.SetItemsProcessed(state.iterations() * Voxels(job));
 }
 
@@ -166,6 +185,14 @@ void RegisterAll() {
     Register(size + ", joint entropy", {512, window, 32, false, {JointEntropy}}, false);
     Register(size + ", 25 features", {512, window, 32, false, all}, false);
   }
+  StJob const job{512, 15, 256, false, without};
+  std::string const byThreads = "512^2, window 15, 24 features, 256 levels, threads/";
+  benchmark::RegisterBenchmark((byThreads + "SeluUtils").c_str(), MapsInThreads<1>, job)
+      ->Unit(benchmark::kMillisecond)
+      ->UseManualTime();
+  benchmark::RegisterBenchmark((byThreads + "two threads").c_str(), MapsInThreads<2>, job)
+      ->Unit(benchmark::kMillisecond)
+      ->UseManualTime();
   Register("64^3, window 7^3, 32 levels, 13 directions, noise, 24 features",
            {64, 7, 32, false, without, true}, false);
 }

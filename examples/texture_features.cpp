@@ -1,9 +1,11 @@
 // Gray levels made on purpose, and the features that everyone publishes.
+#include <SeluUtils/CooccurrenceSum.h>
 #include <SeluUtils/Texture/Aggregation.h>
 #include <SeluUtils/Texture/ObjectTexture.h>
 #include <SeluUtils/Texture/Quantizer.h>
 #include <SeluUtils/ValueHelper.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <utility>
@@ -70,6 +72,16 @@ void ViewForeignPixels() {
   std::cout << levels.Levels() << " levels of pixels that were not copied\n";
 }
 
+void CountSlabs() {
+  CCooccurrenceSum sum; // of 256 gray levels; CPairCounter does the same with any number
+  for (int64 first = 0; first < 32; first += 8) {
+    int64 const to = std::min<int64>(first + 8 + 1, 32);  // one slice more for dz = 1
+    CImage slab(IMAGE_GREY_8, CSize(64, 64, to - first)); // read the slices first .. to - 1 into it
+    sum.Count(slab, {1, 0, 1}, CPos(0, 0, 0), CPos(64, 64, 8));
+  }
+  std::cout << sum.Pairs() << " pairs, contrast " << sum.Features()[0] << '\n';
+}
+
 } // namespace
 
 int main() {
@@ -78,4 +90,5 @@ int main() {
   CountOneMatrix(CQuantizer::BinCount(16).Quantize(scan));
   MeasureObjects(scan, labels);
   ViewForeignPixels();
+  CountSlabs();
 }

@@ -62,10 +62,13 @@ void Look(std::string const& path, fuzz::CInput& input) {
   Reads([&] {
     auto const store = selu::StoreOf(path, format, beginning);
     selu::CheckClaim(path, store, extents, bytes);
+    if (store.isDeflated) selu::CheckDeflated(path, store, extents, bytes);
+    auto const pixel = static_cast<selu::EnPixel>(input.Count(9));
+    std::vector<std::byte> some(16);
+    if (auto const plain = selu::FindPlainPixels(path, format, beginning, store, pixel))
+      selu::ReadPlainPixels(*plain, 0, some);
     std::vector<std::byte> pixels(64);
-    if (store.isText)
-      selu::ReadTextPixels(store.file, store.offset, static_cast<selu::EnPixel>(input.Count(9)),
-                           pixels);
+    if (store.isText) selu::ReadTextPixels(store.file, store.offset, pixel, pixels);
   });
 }
 

@@ -1,5 +1,8 @@
 #include "Levels.h"
 
+#include "Boxes.h"
+#include "Watch.h"
+
 #include <pxlib2core/Exception.h>
 #include <pxlib2core/String.h>
 
@@ -46,12 +49,43 @@ bool IsReal(CImageView const& image) {
   return image.Type() == ORVA::IMAGE_GREY_F || image.Type() == ORVA::IMAGE_DOUBLE;
 }
 
+// What fits the box of a mask to that of its image.
+class CMaskBox {
+public:
+  CMaskBox(CMask const& mask, ORVA::CPos const& low, ORVA::CPos const& high) {
+    if (mask.IsGiven()) m_View = mask.View().Box(low, high);
+  }
+  [[nodiscard]] ORVA::StMask Get() const noexcept {
+    return {m_View ? &*m_View : nullptr, std::nullopt};
+  }
+
+private:
+  std::optional<CImageView> m_View;
+};
+
+CLevelImage Quantized(CQuantizer const& quantizer, CImageView const& image, CMask const& mask) {
+  ORVA::CSize const size = image.Size();
+  if (size.IsEmpty() || Voxels({}, {size.x, size.y, size.z}) <= c_boxVoxels)
+    return quantizer.Quantize(image, mask.Get());
+  int const n = quantizer.Levels();
+  ORVA::CImage levels(n <= 255 ? ORVA::IMAGE_GREY_8 : ORVA::IMAGE_GREY_16, size);
+  auto const access = levels.CreateAccess(true);
+  CImageView pixels(levels.Type(), size, static_cast<void*>(access.WritableBase()));
+  CWatch watch;
+  ForEachBox(size, [&](ORVA::CPos const& low, ORVA::CPos const& high) {
+    CImageView part = pixels.Box(low, high);
+    quantizer.QuantizeInto(part, image.Box(low, high), CMaskBox(mask, low, high).Get());
+    watch.Advance();
+  });
+  return {levels, n};
+}
+
 // The range of the integers within; they must be levels from 0 to `most`.
 StValueRange LevelRange(CImageView const& image, CMask const& mask, int most) {
   if (IsReal(image))
     RaiseRecipe("floating-point values are no gray levels: say how to make them by bin_width, "
                 "bin_count, or levels and range");
-  StValueRange const range = CQuantizer::FindRange(image, mask.Get());
+  StValueRange const range = FindRange(image, mask);
   double const wrong = range.low < 0 ? range.low : range.high;
   if (range.voxels > 0 && (range.low < 0 || range.high > most))
     ORVA::Impl::RaiseBadParam(
@@ -65,9 +99,9 @@ StValueRange LevelRange(CImageView const& image, CMask const& mask, int most) {
 
 // Value v becomes level v - first + 1; what is not from `first` to first + n - 1 is outside.
 CLevelImage Shifted(CImageView const& image, int first, int n, CMask const& mask) {
-  return CQuantizer::Range(first - 0.5, first + n - 0.5, n)
-      .Beyond(CQuantizer::EnBeyond::Outside)
-      .Quantize(image, mask.Get());
+  return Quantized(
+      CQuantizer::Range(first - 0.5, first + n - 0.5, n).Beyond(CQuantizer::EnBeyond::Outside),
+      image, mask);
 }
 
 CLevelImage PlainLevels(CImageView const& image, std::optional<int> levels, CMask const& mask) {
@@ -114,11 +148,21 @@ CMask::CMask(py::handle mask, ORVA::CSize const& image) {
                               "mask and image must have the same shape");
 }
 
+StValueRange FindRange(CImageView const& image, CMask const& mask) {
+  StValueRange range;
+  CWatch watch;
+  ForEachBox(image.Size(), [&](ORVA::CPos const& low, ORVA::CPos const& high) {
+    range += CQuantizer::FindRange(image.Box(low, high), CMaskBox(mask, low, high).Get());
+    watch.Advance();
+  });
+  return range;
+}
+
 StLevels LevelsOf(CImageView const& image, CRecipe const& recipe, CMask const& mask) {
   if (recipe.IsPlain()) return {PlainLevels(image, recipe.Levels(), mask), {}};
   CQuantizer quantizer = recipe.Quantizer();
-  if (quantizer.NeedsRange()) quantizer = quantizer.Fit(CQuantizer::FindRange(image, mask.Get()));
-  return {quantizer.Quantize(image, mask.Get()), quantizer.Edges()};
+  if (quantizer.NeedsRange()) quantizer = quantizer.Fit(FindRange(image, mask));
+  return {Quantized(quantizer, image, mask), quantizer.Edges()};
 }
 
 int CountValues(CImageView const& image, std::optional<int> levels, CMask const& mask) {

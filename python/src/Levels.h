@@ -54,14 +54,19 @@ public:
     return {m_View ? &*m_View : nullptr, std::nullopt};
   }
   [[nodiscard]] bool IsGiven() const noexcept { return m_View.has_value(); }
+  /// Needs IsGiven().
+  [[nodiscard]] ORVA::CImageView const& View() const { return *m_View; }
 
 private:
   std::optional<ORVA::CImageView> m_View;
 };
 
+// What follows is called without the interpreter's lock; Ctrl-C ends it.
+
+/// Least and greatest finite value within the mask.
+[[nodiscard]] ORVA::StValueRange FindRange(ORVA::CImageView const& image, CMask const& mask);
 /// Levels 1 .. n of an image; 0 is outside. Without a recipe the values are the levels and must be
-/// integers from 0 on; bytes and 16-bit numbers without a mask are not copied. To be called without
-/// the interpreter's lock.
+/// integers from 0 on; bytes and 16-bit numbers without a mask are not copied.
 [[nodiscard]] StLevels LevelsOf(ORVA::CImageView const& image, CRecipe const& recipe,
                                 CMask const& mask);
 /// The same for values as they are where 0 is a value as others: value v becomes level v + 1. So

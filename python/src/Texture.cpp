@@ -164,8 +164,8 @@ CMatrices Cooccurrence(py::object const& array, py::object const& points, CRecip
   CMatrices matrices;
   if (isBytes) {
     bool const isChecked = recipe.Levels().value_or(c_grays) >= c_grays;
-    int const n =
-        isChecked ? recipe.Levels().value_or(c_grays) : CountValues(image, recipe.Levels(), mask);
+    int const n = isChecked ? recipe.Levels().value_or(c_grays)
+                            : Unlocked([&] { return CountValues(image, recipe.Levels(), mask); });
     matrices = MatricesOfBytes(image, offsets, n, watch);
   } else {
     CLevelImage const levels = [&] {
@@ -334,7 +334,7 @@ py::tuple ValueRange(py::object const& array, py::object const& maskArray) {
   CMask const mask(maskArray, image.Size());
   ORVA::StValueRange const range = [&] {
     CUnlocked const unlocked;
-    return ORVA::CQuantizer::FindRange(image, mask.Get());
+    return FindRange(image, mask);
   }();
   return py::make_tuple(range.low, range.high, range.voxels);
 }

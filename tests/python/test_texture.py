@@ -129,6 +129,16 @@ def test_out_takes_the_counts(rng: np.random.Generator) -> None:
             texture.cooccurrence(image, out=wrong)
 
 
+def test_a_volume_that_is_quantized_in_several_boxes(rng: np.random.Generator) -> None:
+    image = rng.integers(0, 60000, (300, 400, 301), np.uint16)[::-1]  # 36 million voxels
+    mask = np.broadcast_to(rng.random(301) < 0.5, image.shape)
+    image[0, 0, :2] = 7, 59999
+    expected = np.where(mask, image // 300 + 1, 0)
+    assert (texture.quantize(image, bin_width=300, anchor="multiple", mask=mask) == expected).all()
+    with pytest.raises(BadParameter, match="value 59999"):
+        texture.cooccurrence(image, levels=10000)
+
+
 QUANTIZED = [  # arguments, levels of 0, 2, 5, 9.99, 10 and 30
     ({"bin_count": 3}, [1, 1, 1, 1, 2, 3]),
     ({"bin_width": 10}, [1, 1, 1, 1, 2, 4]),

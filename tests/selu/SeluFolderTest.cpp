@@ -99,6 +99,22 @@ TEST_F(SeluFolder, GapsAndStrangersAreNamed) {
   ExpectFailure({"info", "cut"}, "\"");
 }
 
+TEST_F(SeluFolder, SlicesTooDamagedToBeKnownAreNotLeftOut) {
+  for (int z = 0; z < 3; ++z)
+    WriteDicom("scan/" + std::to_string(z) + ".dcm", {.position = 1.0 * z});
+  WriteSlices("png", {"s1.png", "s2.png"});
+  WriteSlices("tif", {"s1.TIF", "s2.TIF"});
+  for (std::string const last : {"scan/2.dcm", "png/s2.png", "tif/s2.TIF"}) {
+    std::string const folder = last.substr(0, last.find('/')), whole = Read(last);
+    EXPECT_EQ(Selu({"info", folder}).code, 0) << last;
+    for (std::size_t const size : {0u, 3u, 50u}) {
+      SCOPED_TRACE(last + " cut to " + std::to_string(size));
+      Write(last, size < 50 ? whole.substr(0, size) : std::string(size, '\0'));
+      ExpectFailure({"info", folder}, "cannot read \"" + last + "\"");
+    }
+  }
+}
+
 TEST_F(SeluFolder, DicomIsOrderedByPosition) {
   // The names say another order.
   for (int z = 0; z < 4; ++z)

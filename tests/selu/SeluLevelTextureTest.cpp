@@ -1,15 +1,19 @@
 // selu texture with levels made on purpose: against published values and the library's own.
+#include "support/Images.h"
 #include "support/SeluRun.h"
 
 #include <SeluUtils/Texture/Aggregation.h>
 #include <SeluUtils/Texture/PairCounter.h>
 #include <SeluUtils/Texture/Quantizer.h>
 
+#include <images/ImageFile.h>
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
 #include <cstdint>
 #include <map>
+#include <utility>
 
 namespace {
 
@@ -125,6 +129,89 @@ TEST_F(SeluLevelTexture, MaskOfALabelTakesItsVoxelsAlone) {
                 "no voxel to measure");
 }
 
+TEST_F(SeluLevelTexture, MasksMayHaveWholeNumbersOfAnyType) {
+  WriteNrrd<std::int16_t>("i.nrrd", "int16", {6, 1}, {-5, 5, 9, 9, 9, 7});
+  WriteNrrd<float>("float.nrrd", "float", {6, 1}, {2, 2, 1, 1, 1, 0});
+  WriteNrrd<double>("double.nrrd", "double", {6, 1}, {-2, -2, 1, 1, 1, -0.0});
+  WriteNrrd<std::int64_t>("long.nrrd", "int64", {6, 1}, {2, 2, 1, 1, 1, 0});
+  auto const pairs = [&](std::string const& mask, std::string const& label) {
+    return Texture("i.nrrd", {"--mask", mask, "--label", label, "--bin-width", "1", "--direction",
+                              "1,0"})["directions"][0]["pairs"]
+        .get<int>();
+  };
+  for (std::string const mask : {"float.nrrd", "double.nrrd", "long.nrrd"})
+    EXPECT_EQ(pairs(mask, "1"), 2) << mask;
+  EXPECT_EQ(pairs("double.nrrd", "-2"), 1);
+  WriteNrrd<float>("half.nrrd", "float", {6, 1}, {2, 2, 0.5F, 1, 1, 0});
+  WriteNrrd<float>("nan.nrrd", "float", {6, 1}, {2, 2, NAN, 1, 1, 0});
+  WriteNrrd<std::uint64_t>("large.nrrd", "uint64", {6, 1}, {2, 2, 1ULL << 31U, 1, 1, 0});
+  for (auto const& [mask, value] : std::map<std::string, std::string>{
+           {"half.nrrd", "0.5"}, {"nan.nrrd", "nan"}, {"large.nrrd", "2147483648"}})
+    ExpectFailure({"texture", "i.nrrd", "--mask", mask, "--bin-width", "1", "--direction", "1,0"},
+                  "has the value " + value + ", but a mask has whole numbers");
+}
+
+TEST_F(SeluLevelTexture, IntegersOf64BitsAreMeasuredWhereTheyAreExact) {
+  WriteNrrd<std::int32_t>("i.nrrd", "int32", {3, 2}, {-900000, 5, 9, 70000, -3, 12});
+  WriteNrrd<std::int64_t>("long.nrrd", "int64", {3, 2}, {-900000, 5, 9, 70000, -3, 12});
+  auto const features = [&](std::string const& image) {
+    return Texture(image, {"--bin-count", "7", "--direction", "1,0"})["directions"];
+  };
+  EXPECT_EQ(features("long.nrrd"), features("i.nrrd"));
+  WriteNrrd<std::uint64_t>("large.nrrd", "uint64", {2, 1}, {1, (1ULL << 53U) + 1});
+  ExpectFailure({"texture", "large.nrrd", "--bin-count", "7", "--direction", "1,0"},
+                "has the value 9007199254740993");
+}
+
+TEST_F(SeluLevelTexture, BinsBeginWhereTheyAreToldTo) {
+  WriteNrrd<std::int16_t>("i.nrrd", "int16", {4, 1}, {-13, 5, 9, 22});
+  auto const edges = [&](Arguments options) {
+    options.insert(options.end(), {"--bin-width", "10", "--direction", "1,0"});
+    Json const json = Texture("i.nrrd", options);
+    return Json{json["edges"][0], json["edges"][1], json["levels"]};
+  };
+  EXPECT_EQ(edges({}), (Json{-13.0, 27.0, 4}));
+  EXPECT_EQ(edges({"--bin-start", "minimum"}), (Json{-13.0, 27.0, 4}));
+  EXPECT_EQ(edges({"--bin-start", "multiple"}), (Json{-20.0, 30.0, 5}));
+  EXPECT_EQ(edges({"--bin-start", "-15.5"}), (Json{-15.5, 24.5, 4}));
+}
+
+// The matrices that an aggregation adds up are the whole story of its features.
+TEST_F(SeluLevelTexture, MatricesOfAnAggregationAreThoseThatItTakes) {
+  WritePhantom();
+  auto const image = [&](std::string const& way) {
+    Arguments const arguments = {
+        "texture",     "phantom.nrrd", "--mask",   "mask.nrrd", "--bin-width", "1",
+        "--symmetric", "--aggregate",  way,        "--matrix",  "m.nrrd",      "--picture",
+        "p.svg",       "--features",   "contrast", "--format",  "json"};
+    double const contrast = Json::parse(Output(arguments))["features"]["contrast"].get<double>();
+    EXPECT_NE(Read("p.svg").find("<svg"), std::string::npos);
+    return std::pair(selu::ReadImage(Path("m.nrrd")).ToGray(), contrast);
+  };
+  for (std::string const way : {"3D_comb", "2_5D_comb", "3D_avg", "2_5D_avg", "2D_avg"}) {
+    SCOPED_TRACE(way);
+    auto const [matrices, contrast] = image(way);
+    bool const isCombined = way.ends_with("comb"), isFlat = way.starts_with("2");
+    EXPECT_EQ(matrices.Size(), ORVA::CSize(isCombined ? 1 : isFlat ? 4 : 13, 6, 6));
+    auto const counts = test::Pixels<std::uint32_t>(matrices);
+    auto const n = static_cast<std::size_t>(matrices.Size().x);
+    double mean = 0;
+    for (std::size_t s = 0; s < n; ++s) {
+      double sum = 0, pairs = 0;
+      for (std::size_t j = 0; j < 6; ++j)
+        for (std::size_t i = 0; i < 6; ++i) {
+          double const count = counts[(j * 6 + i) * n + s];
+          double const d = static_cast<double>(i) - static_cast<double>(j);
+          sum += d * d * count;
+          pairs += count;
+        }
+      mean += sum / pairs / static_cast<double>(n);
+    }
+    if (way == "2D_avg") continue; // its matrices do not tell the slices apart
+    EXPECT_NEAR(mean, contrast, 1e-12);
+  }
+}
+
 TEST_F(SeluLevelTexture, MatrixAndPictureShowTheLevels) {
   WritePhantom();
   (void)Output({"texture", "phantom.nrrd", "--bin-width", "1", "--matrix", "m.nrrd", "--picture",
@@ -156,7 +243,9 @@ TEST_F(SeluLevelTexture, WordsThatDoNotFitAreNamed) {
       {{"--features", "contrast,contrast"}, "twice", 2},
       {{"--features", "selu", "--symmetric"}, "--features selu", 2},
       {{"--aggregate", "4D"}, "4D", 2},
-      {{"--aggregate", "3D_avg", "--matrix", "m.nrrd"}, "leave out --aggregate", 2},
+      {{"--bin-start", "0"}, "need --bin-width", 2},
+      {{"--bin-width", "1", "--bin-start", "middle"}, "\"middle\"", 2},
+      {{"--bin-width", "1", "--bin-start", "inf"}, "\"inf\"", 2},
       {{"--distance", "0"}, "\"0\"", 2},
       {{"--threads", "0"}, "\"0\"", 2},
       {{"--mask", "none.nrrd"}, "none.nrrd", 1},

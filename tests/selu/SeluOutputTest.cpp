@@ -3,6 +3,8 @@
 
 #include <base/AtomicFile.h>
 #include <base/Errors.h>
+#include <base/FileLock.h>
+#include <images/ImageFile.h>
 
 #include <array>
 #include <chrono>
@@ -30,6 +32,13 @@ TEST_F(SeluOutput, FullDiskLeavesNothing) {
     EXPECT_TRUE(result.error.starts_with("selu: cannot write \"a." + ending)) << result.error;
     EXPECT_TRUE(Files().empty()) << ending << testing::PrintToString(Files());
   }
+}
+
+TEST_F(SeluOutput, FullDiskLeavesNoHalfOfAFlatImage) {
+  auto const result = Selu(Synth("a.png", "300,300"), {.fileLimit = 50000});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_EQ(result.error, "selu: cannot write \"a.png\": File too large\n");
+  EXPECT_TRUE(Files().empty()) << testing::PrintToString(Files());
 }
 
 TEST_F(SeluOutput, FullDiskKeepsTheOldFile) {
@@ -171,22 +180,76 @@ TEST_F(SeluOutput, InputsAreNotOverwritten) {
   EXPECT_EQ(Files(), files);
 }
 
-TEST_F(SeluOutput, TemporariesOfADeadProcessDoNotBlock) {
-  Arguments old;
+TEST_F(SeluOutput, NamesThatAreTakenDoNotBlock) {
+  Arguments taken;
   for (int count = 0; count < 20; ++count)
-    old.push_back(".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count) + ".txt");
-  std::sort(old.begin(), old.end());
-  for (auto const& name : old) Write(name, "old");
+    taken.push_back(".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count) + ".txt");
+  for (auto const& name : taken) fs::create_directory(Folder() / name); // no leftovers
   {
     selu::CAtomicFile file(Path("a.txt"));
-    EXPECT_EQ(Files().size(), old.size() + 1);
+    EXPECT_EQ(Files().size(), taken.size() + 1);
     file.Write("new");
     file.Commit();
   }
   EXPECT_EQ(Read("a.txt"), "new");
-  for (auto const& name : old) EXPECT_EQ(Read(name), "old") << name;
-  old.push_back("a.txt");
-  EXPECT_EQ(Files(), old);
+  EXPECT_EQ(Files().size(), taken.size() + 1) << "the folders and the file";
+}
+
+TEST_F(SeluOutput, TemporariesOfKilledProcessesVanishWithTheNextOutput) {
+  for (std::string const ending : {"nrrd", "mha", "nii", "nii.gz", "tif"}) {
+    Write(".selu-4194999-0." + ending, "half");
+    ASSERT_EQ(Selu(Synth("a." + ending)).code, 0);
+    EXPECT_EQ(Files(), Arguments{"a." + ending});
+    fs::remove(Folder() / ("a." + ending));
+  }
+}
+
+TEST_F(SeluOutput, OnlyLeftoversAreRemoved) {
+  Arguments others = {".selu",         ".selu-1",      ".selu-1-",   ".selu--1",     ".selu-a-1",
+                      ".selu-1-b.tif", "selu-1-1.tif", ".selu-1-1x", ".Selu-1-1.tif"};
+  std::sort(others.begin(), others.end());
+  for (auto const& name : others) Write(name, "mine");
+  fs::create_directory(Folder() / ".selu-1-2.tif");
+  fs::create_symlink("b.tif", Folder() / ".selu-1-3.tif");
+  ::mkfifo(Path(".selu-1-4.tif").c_str(), 0600);
+  Write(".selu-1-5.tif", "left");
+  selu::RemoveLeftovers(Folder());
+  for (auto const name : {".selu-1-2.tif", ".selu-1-3.tif", ".selu-1-4.tif"})
+    others.push_back(name);
+  std::sort(others.begin(), others.end());
+  EXPECT_EQ(Files(), others);
+}
+
+TEST_F(SeluOutput, TemporariesOfLivingProcessesStay) {
+  for (std::string const ending : {"nrrd", "mha", "nii", "nii.gz", "tif"}) {
+    selu::CAtomicFile file(Path("a." + ending));
+    ORVA::CImage image(ORVA::IMAGE_GREY_8, ORVA::CSize(4, 3, 2));
+    for (bool const isWritten : {false, true}) {
+      if (isWritten) selu::WriteImage(file, image);
+      ASSERT_EQ(Selu(Synth("b.nrrd")).code, 0);
+      EXPECT_TRUE(fs::exists(file.Temporary())) << ending << isWritten;
+    }
+    file.Commit();
+    EXPECT_EQ(Files(), (Arguments{"a." + ending, "b.nrrd"}));
+    fs::remove(Folder() / ("a." + ending));
+  }
+}
+
+TEST_F(SeluOutput, LockedFilesAreNoLeftovers) {
+  Write(".selu-1-1.txt", "mine");
+  {
+    selu::CFileLock const lock(Folder() / ".selu-1-1.txt");
+    EXPECT_TRUE(lock.Holds(Folder() / ".selu-1-1.txt"));
+    ASSERT_EQ(Selu(Synth("b.nrrd")).code, 0);
+    EXPECT_EQ(Files(), (Arguments{".selu-1-1.txt", "b.nrrd"}));
+    Write("other", "");
+    fs::rename(Folder() / "other", Folder() / ".selu-1-1.txt");
+    EXPECT_FALSE(lock.Holds(Folder() / ".selu-1-1.txt")) << "another file has taken the name";
+  }
+  ASSERT_EQ(Selu(Synth("b.nrrd")).code, 0);
+  EXPECT_EQ(Files(), Arguments{"b.nrrd"});
+  EXPECT_FALSE(selu::CFileLock(Folder() / "missing").Holds(Folder() / "missing"));
+  EXPECT_FALSE(selu::CFileLock().Holds(Folder() / "b.nrrd"));
 }
 
 TEST_F(SeluOutput, WriteProtectedTargetsAreRefused) {

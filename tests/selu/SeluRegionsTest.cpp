@@ -247,6 +247,46 @@ TEST_F(SeluRegions, TextureIsThatOfTheObjectsPairs) {
   EXPECT_EQ(one["object 1"]["texture"].size(), 1u);
 }
 
+TEST_F(SeluRegions, LengthsComeInTheUnitOfTheGridToo) {
+  std::string const header = "NRRD0004\ntype: uint8\ndimension: 3\nsizes: 4 3 2\n"
+                             "space: left-posterior-superior\n"
+                             "space directions: (0.5,0,0) (0,0,2) (0,-3,0)\n"
+                             "space origin: (10,20,30)\nencoding: raw\n\n";
+  std::string pixels(24, '\0');
+  pixels[1] = pixels[2] = pixels[2 + 4] = pixels[2 + 4 + 12] = 5; // (1,0,0) (2,0,0) (2,1,0) (2,1,1)
+  Write("l.nrrd", header + pixels);
+  Json const object = Json::parse(Output({"regions", "l.nrrd", "-o", "-"}))["object 5"];
+  Json const& physical = object["physical"];
+  EXPECT_EQ(object["centroid"]["x"], 1.75);
+  EXPECT_EQ(physical["centroid x"], 10 + 1.75 * 0.5);
+  EXPECT_EQ(physical["centroid y"], 20 - 0.25 * 3); // z runs down the second axis of space
+  EXPECT_EQ(physical["centroid z"], 30 + 0.5 * 2);
+  EXPECT_EQ(physical["extent x"], 1);
+  EXPECT_EQ(physical["extent y"], 4);
+  EXPECT_EQ(physical["extent z"], 6);
+  EXPECT_EQ(physical["volume"], 12);
+  Write("p.nrrd", "NRRD0004\ntype: uint8\ndimension: 3\nsizes: 4 3 2\nencoding: raw\n\n" + pixels);
+  EXPECT_FALSE(
+      Json::parse(Output({"regions", "p.nrrd", "-o", "-"}))["object 5"].contains("physical"));
+}
+
+TEST_F(SeluRegions, IntensitiesMayHave64Bits) {
+  WriteNrrd<std::uint8_t>("l.nrrd", "uint8", {4, 1}, {1, 1, 1, 1});
+  WriteNrrd<std::int64_t>("i.nrrd", "int64", {4, 1}, {-4000000000, 0, 0, 4000000000});
+  auto const measure = [&](Arguments options) {
+    options.insert(options.begin(), {"regions", "l.nrrd", "--intensity", "i.nrrd"});
+    options.insert(options.end(), {"-o", "-"});
+    return Json::parse(Output(options))["object 1"];
+  };
+  Json const object = measure({"--bin-count", "3", "--features", "contrast"});
+  EXPECT_EQ(object["intensity"]["mean"], 0);
+  EXPECT_EQ(object["texture"]["contrast"], 2.0 / 3); // levels 1 2 2 3
+  WriteNrrd<std::int64_t>("i.nrrd", "int64", {4, 1}, {0, 0, 0, INT64_MAX});
+  ExpectFailure({"regions", "l.nrrd", "--intensity", "i.nrrd", "--bin-count", "3", "-o", "-"},
+                "has the value 9223372036854775807");
+  EXPECT_TRUE(measure({"--no-texture"}).contains("intensity"));
+}
+
 TEST_F(SeluRegions, LabelsHave32Bits) {
   WriteNrrd<std::uint32_t>("l.nrrd", "uint32", {3, 1}, {4294967295u, 0, 16777217});
   Json const json = Regions({});

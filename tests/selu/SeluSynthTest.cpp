@@ -113,13 +113,15 @@ TEST_F(SeluSynth, TinyAndFlatSizesWork) {
     }
 }
 
-TEST_F(SeluSynth, SizesBeyondMemoryAreRefused) {
+TEST_F(SeluSynth, SizesBeyondMemoryOrTheDiskAreRefused) {
   for (std::string const kind : {"noise", "blobs", "layers"})
     for (std::string const size :
          {"1000000,1000000,1000000", "9223372036854775807,9223372036854775807,9223372036854775807",
           "3000000000,3000000000"})
-      ExpectFailure({"synth", kind, "--size", size, "--seed", "1", "-o", "a.nrrd"},
-                    "more than this machine's memory");
+      for (std::string const file : {"a.nrrd", "a.nii.gz"})
+        ExpectFailure({"synth", kind, "--size", size, "--seed", "1", "-o", file},
+                      kind == "blobs" || file == "a.nii.gz" ? "more than this machine's memory"
+                                                            : "left on its disk");
   EXPECT_TRUE(Files().empty());
 }
 

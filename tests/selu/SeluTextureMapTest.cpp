@@ -6,6 +6,8 @@
 #include <SeluUtils/Texture/TextureWindow.h>
 #include <images/ImageFile.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -74,6 +76,36 @@ TEST_F(SeluTextureMap, TheGridIsKept) {
   EXPECT_EQ(selu::ReadImage(Path("m.nrrd")).Grid(), in);
 }
 
+TEST_F(SeluTextureMap, StepsAndValidWindowsMoveTheGrid) {
+  Make("21,17,12", "plain.nrrd");
+  auto const image = selu::ReadImage(Path("plain.nrrd"));
+  selu::StGrid grid;
+  grid.spacing = {0.5, 2, 3};
+  grid.origin = {10, 20, 30};
+  grid.direction = {{{0, 1, 0}, {1, 0, 0}, {0, 0, 1}}};
+  selu::CRawImage placed({image.Size(), image.Pixel()}, grid);
+  std::ranges::copy(image.Bytes(), placed.Bytes().begin());
+  selu::CAtomicFile file(Path("a.nrrd"));
+  selu::WriteImage(file, placed);
+  file.Commit();
+
+  ORVA::CTextureWindow window("map", nullptr);
+  window.SetSides(CSize(7, 5, 3));
+  window.SetSteps(CSize(2, 3, 4));
+  window.SetBorder(ORVA::EnWindowBorder::Valid);
+  window.SetFeatures(std::array{EnTextureFeature::Contrast});
+  window.SetDisplacements(ORVA::NeighborDisplacements(3));
+  auto const expected = window.Maps(ORVA::CQuantizer::BinCount(8).Quantize(image.ToGray()));
+  (void)Output({"texture-map", "a.nrrd", "--window", "7,5,3", "--step", "2,3,4", "--border",
+                "valid", "--features", "contrast", "--bin-count", "8", "-o", "m.nrrd"});
+  ExpectMap("m.nrrd", expected[0]);
+  auto const moved = selu::ReadImage(Path("m.nrrd")).Grid();
+  EXPECT_EQ(moved.spacing, (std::array<double, 3>{1, 6, 12}));
+  // The first window lies around voxel (3, 2, 1): x runs along the second axis of space.
+  EXPECT_EQ(moved.origin, (std::array<double, 3>{14, 21.5, 33}));
+  EXPECT_EQ(moved.direction, grid.direction);
+}
+
 TEST_F(SeluTextureMap, WindowsOffTheMaskAreNoNumbers) {
   WriteNrrd<std::uint8_t>("i.nrrd", "uint8", {8, 1}, {1, 2, 1, 2, 1, 2, 1, 2});
   WriteNrrd<std::uint8_t>("k.nrrd", "uint8", {8, 1}, {7, 7, 7, 7, 0, 0, 0, 0});
@@ -108,12 +140,17 @@ TEST_F(SeluTextureMap, BadWordsLeaveNothing) {
     std::string text;
     int code;
   };
-  std::vector<StCase> const cases = {{{"--window", "4"}, "\"4\"", 2},
-                                     {{"--window", "0"}, "\"0\"", 2},
-                                     {{"--window", "5,5,5"}, "since the image is 2D", 1},
-                                     {{"--features", "nothing"}, "nothing", 2},
-                                     {{"--picture", "p.jpg"}, "a picture ends in .png or .svg", 1},
-                                     {{"--levels", "5000"}, "5000", 1}};
+  std::vector<StCase> const cases = {
+      {{"--window", "4"}, "\"4\"", 2},
+      {{"--window", "0"}, "\"0\"", 2},
+      {{"--window", "5,5,5"}, "since the image is 2D", 1},
+      {{"--step", "0"}, "--step needs a number above 0", 2},
+      {{"--step", "1,1,1"}, "since the image is 2D", 1},
+      {{"--border", "none"}, "--border", 2},
+      {{"--border", "valid", "--window", "21"}, "no window of 21 x 21 voxels lies in the image", 1},
+      {{"--features", "nothing"}, "nothing", 2},
+      {{"--picture", "p.jpg"}, "a picture ends in .png or .svg", 1},
+      {{"--levels", "5000"}, "5000", 1}};
   for (auto const& one : cases) {
     Arguments arguments = {"texture-map", "a.png", "-o", "m.nrrd"};
     arguments.insert(arguments.end(), one.options.begin(), one.options.end());

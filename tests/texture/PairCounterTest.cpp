@@ -163,6 +163,29 @@ TEST(PairCounter, ManyPairsUseTablesOfTheirOwnAndCountTheSame) {
   }
 }
 
+// Up to 256 levels in as many pairs are counted as bytes, whatever their pixels have.
+TEST(PairCounter, LevelsThatFitBytesCountTheSameInManyPairs) {
+  test::CRandomNumbers random;
+  for (int const n : {130, 255, 256})
+    for (bool const hasOutside : {false, true})
+      for (Displacement const& d : {Displacement(1, 0, 0), Displacement(-2, 1, 1)}) {
+        SCOPED_TRACE(testing::Message() << n << ' ' << hasOutside << ' ' << d.x);
+        auto picture = MakePicture(random, CSize(131, 97, 26), n);
+        if (!hasOutside)
+          for (auto& level : picture.levels) level = std::max<std::uint16_t>(level, 1);
+        picture.levels[5] = static_cast<std::uint16_t>(n);
+        StBox const box{CPos(0, 1, 0), CPos(131, 97, 25)};
+        auto const expected = CountNaively(picture, d, box);
+        CPairCounter pairs(n);
+        pairs.Count(CLevelImage(picture.Image(), n), d, box.low, box.high);
+        EXPECT_EQ(CellsOf(pairs), expected);
+        if (n > 255) continue;
+        CPairCounter bytes(n);
+        bytes.Count(CLevelImage(picture.Image8(), n), d, box.low, box.high);
+        EXPECT_EQ(bytes, pairs);
+      }
+}
+
 TEST(PairCounter, RowsOfAnyLengthAreCountedToTheirEnds) {
   test::CRandomNumbers random;
   for (int64 length = 1; length <= 70; ++length) {

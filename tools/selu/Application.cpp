@@ -13,15 +13,17 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace selu {
 namespace {
 
-// The first line of a text without its full stop; a sentence of ours has none.
-std::string OneLine(std::string text) {
-  text.resize(std::min(text.find('\n'), text.size()));
-  if (text.ends_with('.')) text.pop_back();
+// The first line of a text without its full stop; a sentence of ours has none. There may be no
+// memory left for a copy.
+std::string_view OneLine(std::string_view text) noexcept {
+  text = text.substr(0, text.find('\n'));
+  if (text.ends_with('.')) text.remove_suffix(1);
   return text;
 }
 
@@ -95,7 +97,8 @@ std::string Hint(CLI::App const& app, int argc, char const* const* argv) {
 
 // Help and version come as exceptions, too, with exit code 0.
 int AnswerParseError(CLI::App const& app, CLI::ParseError const& error, std::string const& hint) {
-  if (error.get_exit_code() != 0) throw CUsageError(OneLine(error.what()) + " (" + hint + ")");
+  if (error.get_exit_code() != 0)
+    throw CUsageError(std::string(OneLine(error.what())) + " (" + hint + ")");
   std::ostringstream out;
   (void)app.exit(error, out, out);
   PrintOut(out.str());
@@ -118,7 +121,7 @@ int Run(int argc, char** argv) {
   return 0;
 }
 
-int Report(std::string const& sentence, int code) noexcept {
+int Report(std::string_view sentence, int code) noexcept {
   PrintNote(sentence);
   return code;
 }

@@ -17,7 +17,7 @@ struct StValueName {
   char const *option, *value;
 };
 // What the options take; the same option takes the same in every command.
-constexpr std::array<StValueName, 47> c_valueNames = {
+constexpr std::array<StValueName, 50> c_valueNames = {
     {{"--direction", "X,Y[,Z]"}, {"--range", "LO,HI"},       {"--format", "FORMAT"},
      {"--matrix", "FILE"},       {"--picture", "FILE"},      {"--output", "FILE"},
      {"--csv", "FILE"},          {"--corners", "FILE"},      {"--hole", "FILE"},
@@ -33,7 +33,8 @@ constexpr std::array<StValueName, 47> c_valueNames = {
      {"--scale", "NUMBER"},      {"--shift", "X,Y,Z"},       {"--levels", "NUMBER"},
      {"--bin-width", "NUMBER"},  {"--bin-count", "NUMBER"},  {"--mask", "IMAGE"},
      {"--label", "NUMBER"},      {"--features", "NAMES"},    {"--aggregate", "WAY"},
-     {"--threads", "NUMBER"},    {"--window", "NUMBER"}}};
+     {"--threads", "NUMBER"},    {"--window", "NUMBER"},     {"--bin-start", "WHERE"},
+     {"--border", "RULE"},       {"--step", "NUMBER"}}};
 
 constexpr char c_exitCodes[] =
     R"(Exit codes: 0 done, 1 it could not be done, 2 the words of the command line are wrong.)";

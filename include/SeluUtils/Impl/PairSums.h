@@ -87,9 +87,9 @@ public:
   [[nodiscard]] double Entropy() const;
 
 private:
-  /// Counts from here on do not occur.
-  [[nodiscard]] std::size_t SmallCountsEnd() const noexcept {
-    return static_cast<std::size_t>(std::min(Total() + 1, static_cast<double>(c_nSmallCounts)));
+  void AddSmall(std::size_t count) noexcept {
+    ++m_CellsOf[count];
+    m_SmallCountsEnd = std::max(m_SmallCountsEnd, count + 1);
   }
   [[nodiscard]] static std::span<double const> Used(std::vector<double> const& values,
                                                     std::size_t first, std::size_t last) noexcept {
@@ -106,12 +106,12 @@ private:
                          static_cast<double>(count)});
     if constexpr (std::integral<T>) {
       if (count < c_nSmallCounts) [[likely]] {
-        ++m_CellsOf[static_cast<std::size_t>(count)];
+        AddSmall(static_cast<std::size_t>(count));
         return;
       }
     } else if (count < c_nSmallCounts) {
       if (auto const whole = static_cast<std::size_t>(count); static_cast<double>(whole) == count) {
-        ++m_CellsOf[whole];
+        AddSmall(whole);
         return;
       }
     }
@@ -124,6 +124,7 @@ private:
   std::vector<double> m_Differences;     // by j - i + n
   std::vector<double> m_Sums;            // by i + j
   std::vector<std::uint32_t> m_CellsOf;  // how many cells have that count
+  std::size_t m_SmallCountsEnd = 0;      // from here on none has
   std::vector<double> m_OtherCells;      // large counts and weights that are no integers, by rows
   std::vector<StWeightedCell> m_Cells;
 };

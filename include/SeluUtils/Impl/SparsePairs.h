@@ -31,7 +31,7 @@ public:
     return i << 16U | j;
   }
 
-  /// Counts a cell once; runs of one key take no room.
+  /// Counts a cell once; a run of one key takes the room of one.
   void Push(std::uint32_t key) {
     if (key == m_RunKey) {
       ++m_RunLength;
@@ -43,12 +43,14 @@ public:
   }
   /// Makes one list of all; the functions below need it.
   void Settle();
+  /// Forgets what was pushed since then, where memory has run out on the way.
+  void Forget() noexcept;
 
   [[nodiscard]] StCellList const& Cells() const noexcept { return m_Cells; }
   [[nodiscard]] std::uint64_t CountOf(std::uint32_t key) const noexcept;
-  /// Adds a list to this one.
+  /// Adds a list to this one, or, where memory runs out, nothing.
   void Add(StCellList const& other);
-  /// Adds the transposed cells.
+  /// Adds the transposed cells, or nothing.
   void AddTransposed();
   void Clear() noexcept;
 
@@ -61,6 +63,7 @@ public:
 
 private:
   static constexpr std::size_t c_nBuffer = std::size_t{1} << 22U;
+  static constexpr std::size_t c_nLongRuns = c_nBuffer / 8;
 
   void EndRun() {
     if (m_RunLength == 1) {
@@ -68,7 +71,7 @@ private:
     } else if (m_RunLength > 1) {
       EndLongRun();
     }
-    if (m_Buffer.size() >= c_nBuffer) EmptyBuffer();
+    if (m_Buffer.size() >= c_nBuffer || m_LongRuns.keys.size() >= c_nLongRuns) EmptyBuffer();
   }
   void EndLongRun();
   void EmptyBuffer();

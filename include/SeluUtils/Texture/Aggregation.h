@@ -57,7 +57,8 @@ struct StAggregationOptions {
 ///
 /// A value. Parts counted apart, by slabs or threads, add up: to the same values, bit by bit, as
 /// counting the whole. Memory: one matrix for each direction (one in all where they are combined);
-/// in 2D the features of each slice and direction.
+/// in 2D the features of each slice and direction. Where memory runs out in Count or +=, a part of
+/// the pairs may have been added: assign a fresh object before it counts again.
 class SELUUTILS_EXPORT CAggregatedTexture {
 public:
   /// The features come with their evaluator. CExBadParam for levels outside 1 .. 65535, for a null

@@ -45,7 +45,8 @@ NeighborDisplacements(int dimension, int64 distance = 1);
 /// each, and takes up to three times that and 32 MiB while pairs are counted. Either form has the
 /// same values.
 ///
-/// A value. One object serves one thread at a time; parts counted apart add up exactly. A slab of
+/// A value. Where memory runs out in an operation, the matrix is as it was. One object serves one
+/// thread at a time; parts counted apart add up exactly. A slab of
 /// an image that is read from `low` + min(0, d) up to `high` + max(0, d), clipped to the image, has
 /// all that Count(slab, d, low, high) needs.
 class SELUUTILS_EXPORT CPairCounter {
@@ -96,7 +97,7 @@ public:
 
 private:
   [[nodiscard]] std::size_t Side() const noexcept { return static_cast<std::size_t>(m_Levels) + 1; }
-  void AddToTotal(uint64 pairs);
+  [[nodiscard]] uint64 TotalWith(uint64 pairs) const;
   void CheckCell(int i, int j, char const* function) const;
 
   int m_Levels = 1;

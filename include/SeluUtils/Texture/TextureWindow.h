@@ -92,6 +92,7 @@ public:
   void SetNormalizingLevels(int levels);
 
   [[nodiscard]] CSize const& Sides() const noexcept { return m_Sides; }
+  [[nodiscard]] CSize const& Steps() const noexcept { return m_Steps; }
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept { return m_Features; }
   /// The extents of a map of an image of that size: with clipped windows extent / step, rounded up,
   /// with valid ones (extent - side) / step + 1, rounded down, or 0.

@@ -74,22 +74,6 @@ double NumberOfPairs(CSize const& size, CTriple<long> const& d) {
   return static_cast<double>(pairs);
 }
 
-// By the names of CCooccurrence::m_cFeatureNames.
-constexpr std::array<double (*)(Impl::StTextureArrays const&) noexcept, 13> c_features = {
-    Impl::Contrast,
-    Impl::Correlation,
-    Impl::DifferenceVariance,
-    Impl::DifferenceEntropy,
-    Impl::Entropy,
-    Impl::InverseDifferenceMoment,
-    Impl::InformationMeasureOfCorrelation1,
-    Impl::InformationMeasureOfCorrelation2,
-    Impl::SecondAngularMoment,
-    Impl::SumAverage,
-    Impl::SumEntropy,
-    Impl::SumVariance,
-    Impl::Variance};
-
 } // namespace
 
 struct CCooccurrence::StArrays {
@@ -260,9 +244,7 @@ void CCooccurrence::PrepareArrays(double N) {
 }
 
 CCooccurrence::CFeatures CCooccurrence::ProcessMap(CValueMap* map) const {
-  CFeatures features{};
-  for (std::size_t k = 0; k < c_features.size(); ++k)
-    features[k] = c_features[k](m_Arrays->texture);
+  CFeatures const features = Impl::TextureFeatures(m_Arrays->texture);
   if (map == nullptr) return features;
   std::vector<std::pair<CValue_Key, CValue>> entries;
   for (std::size_t k = 0; k < features.size(); ++k)

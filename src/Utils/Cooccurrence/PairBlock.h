@@ -19,16 +19,22 @@ namespace ORVA::Impl {
 
 constexpr int c_nBlockPairs = 16;
 
+/// What `Bytes` says of 16-bit levels from 1 to 256, which count as 0 to 255; otherwise it is the
+/// size of a voxel.
+constexpr int c_levelsFromOne = 3;
+template <int Bytes>
+constexpr int c_voxelBytes = Bytes == c_levelsFromOne ? 2 : Bytes;
+
 /// The gray level of the voxel at `voxel`: the highest byte of its value, in the machine's own byte
 /// order. The address need not be aligned.
 template <int Bytes>
 [[nodiscard]] inline unsigned Level(std::byte const* voxel) noexcept {
   if constexpr (Bytes == 1) {
     return std::to_integer<unsigned>(*voxel);
-  } else if constexpr (Bytes == 2) {
+  } else if constexpr (c_voxelBytes<Bytes> == 2) {
     std::uint16_t value;
     std::memcpy(&value, voxel, sizeof value);
-    return value >> 8U;
+    return Bytes == 2 ? value >> 8U : (value - 1U) & 255U;
   } else {
     static_assert(Bytes == 4);
     std::uint32_t value;
@@ -53,9 +59,10 @@ struct StPairBlockPlain {
   static void Write(std::byte const* a, std::byte const* b, std::int64_t stride,
                     std::uint16_t* to) noexcept {
     std::array<std::uint16_t, c_nBlockPairs> indices; // which nothing else can point to
-    if (stride == Bytes) { // a stride known to the compiler, which then may use vectors
+    if (stride ==
+        c_voxelBytes<Bytes>) { // a stride known to the compiler, which then may use vectors
       for (std::size_t i = 0; i < c_nBlockPairs; ++i)
-        indices[i] = PairIndex<Bytes>(a + i * Bytes, b + i * Bytes);
+        indices[i] = PairIndex<Bytes>(a + i * c_voxelBytes<Bytes>, b + i * c_voxelBytes<Bytes>);
     } else {
       for (std::size_t i = 0; i < c_nBlockPairs; ++i)
         indices[i] = PairIndex<Bytes>(a + static_cast<std::int64_t>(i) * stride,
@@ -72,7 +79,7 @@ struct StPairBlockSse2 {
   /// alike.
   template <int Bytes>
   [[nodiscard]] static std::int64_t Stride(std::int64_t /*stride*/) noexcept {
-    return Bytes;
+    return c_voxelBytes<Bytes>;
   }
 
   template <int Bytes>
@@ -97,6 +104,10 @@ private:
       return Quad(voxel, 0);
     } else if constexpr (Bytes == 2) {
       return _mm_packus_epi16(_mm_srli_epi16(Quad(voxel, 0), 8), _mm_srli_epi16(Quad(voxel, 1), 8));
+    } else if constexpr (Bytes == c_levelsFromOne) {
+      __m128i const one = _mm_set1_epi16(1);
+      return _mm_packus_epi16(_mm_sub_epi16(Quad(voxel, 0), one),
+                              _mm_sub_epi16(Quad(voxel, 1), one));
     } else {
       static_assert(Bytes == 4);
       __m128i const first =

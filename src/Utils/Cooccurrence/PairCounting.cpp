@@ -266,8 +266,9 @@ void CountBox(StPairBox const& box, CPairCounters& counters) {
 using BoxCounter = void (*)(StPairBox const&, CPairCounters&);
 
 template <class Block>
-BoxCounter BoxCounterOf(int bytesPerVoxel) noexcept {
-  switch (bytesPerVoxel) {
+BoxCounter BoxCounterOf(StGrayBlock const& block) noexcept {
+  if (block.hasLevelsFromOne) return CountBox<Block, c_levelsFromOne>;
+  switch (block.bytesPerVoxel) {
   case 1:
     return CountBox<Block, 1>;
   case 2:
@@ -281,11 +282,10 @@ BoxCounter BoxCounterOf(int bytesPerVoxel) noexcept {
 BoxCounter ChooseBoxCounter(StGrayBlock const& block, EPairPath path) noexcept {
 #ifdef __SSE2__
   bool const withoutGaps = block.stride[0] == block.bytesPerVoxel;
-  if (path == EPairPath::Fastest && withoutGaps)
-    return BoxCounterOf<StPairBlockSse2>(block.bytesPerVoxel);
+  if (path == EPairPath::Fastest && withoutGaps) return BoxCounterOf<StPairBlockSse2>(block);
 #endif
   static_cast<void>(path);
-  return BoxCounterOf<StPairBlockPlain>(block.bytesPerVoxel);
+  return BoxCounterOf<StPairBlockPlain>(block);
 }
 
 // Makes one axis of two where rows (or planes) follow each other without gaps.

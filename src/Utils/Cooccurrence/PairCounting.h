@@ -27,6 +27,7 @@ struct StGrayBlock {
   std::array<std::int64_t, 3> extent{}; // voxels; zero or less is an empty block
   std::array<std::int64_t, 3> stride{}; // bytes from a voxel to its neighbor along x, y, z
   int bytesPerVoxel = 1;                // 1, 2 or 4
+  bool hasLevelsFromOne = false;        // of 2 bytes: levels 1 .. 256, not a highest byte
 };
 
 /// Which of the two implementations counts. Both give the same counts.

@@ -24,7 +24,9 @@ constexpr double c_dHardlyDependent = 1.0 / 32;
 // Products of two numbers below this fit 64 bits.
 constexpr std::uint64_t c_nProductsFit = std::uint64_t{1} << 31U;
 
-using Strip = std::span<std::uint32_t const, c_nStrip>;
+// Counts have 32 or 64 bits.
+template <class Count>
+using Strip = std::span<Count const, c_nStrip>;
 
 double TimesLog(double p) noexcept { return p > 0 ? p * std::log(p) : 0; }
 
@@ -44,8 +46,8 @@ double MomentAbout(double center, std::span<double const> p) noexcept {
   return sum;
 }
 
-// The distributions as integers, hence without rounding: the sums below stay under 2^64, since a
-// cell is below 2^32 and the weights of all cells add up to less.
+// The distributions as integers, hence without rounding: the sums below stay under 2^64, since all
+// cells together are below 2^48 and weigh less than 2^16 each.
 struct StMarginals {
   std::array<std::uint64_t, c_nLevels> x{}, y{};
   std::array<std::uint64_t, c_nSums> sum{};
@@ -62,17 +64,21 @@ double Total(std::array<double, 4> const& chains) noexcept {
   return (chains[0] + chains[1]) + (chains[2] + chains[3]);
 }
 
-bool IsZero(Strip counts) noexcept {
-  std::uint32_t any = 0;
-  for (std::uint32_t const count : counts) any |= count;
+template <class Count>
+bool IsZero(Strip<Count> counts) noexcept {
+  Count any = 0;
+  for (Count const count : counts) any |= count;
   return any == 0;
 }
 
-void AddTo(std::uint64_t* sums, Strip counts) noexcept {
+template <class Count>
+void AddTo(std::uint64_t* sums, Strip<Count> counts) noexcept {
   for (std::size_t k = 0; k < c_nStrip; ++k) sums[k] += counts[k];
 }
 
-void AddToMarginals(StMarginals& marginals, std::size_t i, std::size_t j, Strip counts) noexcept {
+template <class Count>
+void AddToMarginals(StMarginals& marginals, std::size_t i, std::size_t j,
+                    Strip<Count> counts) noexcept {
   AddTo(marginals.y.data() + j, counts);
   AddTo(marginals.sum.data() + (i + j), counts);
   AddTo(marginals.difference.data() + (j + c_nLevels - 1 - i), counts);
@@ -90,11 +96,11 @@ public:
     std::ranges::fill(m_Terms, StCountTerm{}); // the term of count 0, which is right in place 0
   }
 
-  StCountTerm operator()(std::uint32_t count) noexcept {
+  StCountTerm operator()(std::uint64_t count) noexcept {
     StCountTerm& kept = m_Terms[count & (m_Terms.size() - 1)];
     if (kept.count == count) [[likely]]
       return kept;
-    double const p = count / m_N;
+    double const p = static_cast<double>(static_cast<std::int64_t>(count)) / m_N;
     StCountTerm const term{count, p, TimesLog(p)};
     kept = term;
     return term;
@@ -106,8 +112,8 @@ private:
 };
 
 // Unrolled, so that the chains of sums stay in registers.
-template <std::size_t... K>
-[[gnu::always_inline]] inline void SweepCells(Strip counts, CTerms& terms, StCellSums& sums,
+template <class Count, std::size_t... K>
+[[gnu::always_inline]] inline void SweepCells(Strip<Count> counts, CTerms& terms, StCellSums& sums,
                                               std::index_sequence<K...>) noexcept {
   StCellSums local = sums;
   auto const sweepCell = [&](std::size_t k) {
@@ -120,14 +126,17 @@ template <std::size_t... K>
 }
 
 // A square of cells, row by row.
-using Tile = std::array<std::array<std::uint32_t, c_nStrip>, c_nStrip>;
+template <class Count>
+using Tile = std::array<std::array<Count, c_nStrip>, c_nStrip>;
 
 // The cells from row i, column j on; false where all are zero.
-bool LoadTile(StTransposedCounts counts, std::size_t i, std::size_t j, Tile& tile) noexcept {
-  std::uint32_t const* const first = counts.m_Cells.data() + j * c_nLevels + i;
+template <class Count>
+bool LoadTile(std::span<Count const, 65536> counts, std::size_t i, std::size_t j,
+              Tile<Count>& tile) noexcept {
+  Count const* const first = counts.data() + j * c_nLevels + i;
   std::uint64_t any = 0;
   for (std::size_t column = 0; column < c_nStrip; ++column) {
-    std::array<std::uint64_t, c_nStrip / 2> words; // two cells each
+    std::array<std::uint64_t, c_nStrip * sizeof(Count) / 8> words; // of one or two cells
     std::memcpy(words.data(), first + column * c_nLevels, sizeof words);
     for (std::uint64_t const word : words) any |= word;
   }
@@ -138,16 +147,17 @@ bool LoadTile(StTransposedCounts counts, std::size_t i, std::size_t j, Tile& til
   return true;
 }
 
-void Sweep(StTextureArrays& arrays, StTransposedCounts counts, double N,
+template <class Count>
+void Sweep(StTextureArrays& arrays, std::span<Count const, 65536> counts, double N,
            StMarginals& marginals) noexcept {
   CTerms terms(arrays.m_Terms, N);
   std::array<StCellSums, c_nLevels> rows{};
-  Tile tile;
+  Tile<Count> tile;
   for (std::size_t j = 0; j < c_nLevels; j += c_nStrip)
     for (std::size_t i = 0; i < c_nLevels; i += c_nStrip) {
       if (!LoadTile(counts, i, j, tile)) continue;
       for (std::size_t row = 0; row < c_nStrip; ++row) {
-        Strip const strip(tile[row]);
+        Strip<Count> const strip(tile[row]);
         if (IsZero(strip)) continue;
         AddToMarginals(marginals, i + row, j, strip);
         SweepCells(strip, terms, rows[i + row], std::make_index_sequence<c_nStrip>());
@@ -184,8 +194,8 @@ double Surprise(double u) noexcept {
 // p = p_x p_y (1 + u) that is the sum of p_x p_y ((1 + u) ln(1 + u) - u), since u weighted by p_x
 // p_y adds up to 0: no term is negative, hence no digits are lost. u = (C N - C_x C_y) / (C_x C_y)
 // has an exact numerator, which is 0 for independent levels.
-template <class Exact>
-double MutualInformation(StTransposedCounts counts, StMarginals const& marginals,
+template <class Exact, class Count>
+double MutualInformation(std::span<Count const, 65536> counts, StMarginals const& marginals,
                          std::uint64_t N) noexcept {
   double sum = 0;
   for (std::size_t j = 0; j < c_nLevels; ++j) {
@@ -193,8 +203,7 @@ double MutualInformation(StTransposedCounts counts, StMarginals const& marginals
     for (std::size_t i = 0; i < c_nLevels && marginals.y[j] > 0; ++i) {
       if (marginals.x[i] == 0) continue;
       Exact const product = static_cast<Exact>(marginals.x[i]) * static_cast<Exact>(marginals.y[j]);
-      Exact const joint =
-          static_cast<Exact>(counts.m_Cells[j * c_nLevels + i]) * static_cast<Exact>(N);
+      Exact const joint = static_cast<Exact>(counts[j * c_nLevels + i]) * static_cast<Exact>(N);
       auto const weight = static_cast<double>(product);
       column += weight * Surprise(static_cast<double>(joint - product) / weight);
     }
@@ -230,9 +239,8 @@ Fold(std::array<std::uint64_t, c_nSums> const& signedDifference) noexcept {
   return difference;
 }
 
-} // namespace
-
-void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, double N) noexcept {
+template <class Count>
+void Fill(StTextureArrays& arrays, std::span<Count const, 65536> counts, double N) noexcept {
   StMarginals marginals;
   Sweep(arrays, counts, N, marginals);
   auto const difference = Fold(marginals.difference);
@@ -258,6 +266,16 @@ void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, doubl
     arrays.m_Dependence = total < c_nProductsFit
                               ? MutualInformation<std::int64_t>(counts, marginals, total)
                               : MutualInformation<int128>(counts, marginals, total);
+}
+
+} // namespace
+
+void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, double N) noexcept {
+  Fill(arrays, counts.m_Cells, N);
+}
+
+void FillTextureArrays(StTextureArrays& arrays, StWideTransposedCounts counts, double N) noexcept {
+  Fill(arrays, counts.m_Cells, N);
 }
 
 double Sigma_x(StTextureArrays const& arrays) noexcept {
@@ -346,6 +364,22 @@ double SumVariance(StTextureArrays const& arrays) noexcept {
 
 double Variance(StTextureArrays const& arrays) noexcept {
   return MomentAbout(arrays.m_MeanX, arrays.m_RowMarginal) * c_dPerLevel * c_dPerLevel;
+}
+
+std::array<double, 13> TextureFeatures(StTextureArrays const& arrays) noexcept {
+  return {Contrast(arrays),
+          Correlation(arrays),
+          DifferenceVariance(arrays),
+          DifferenceEntropy(arrays),
+          Entropy(arrays),
+          InverseDifferenceMoment(arrays),
+          InformationMeasureOfCorrelation1(arrays),
+          InformationMeasureOfCorrelation2(arrays),
+          SecondAngularMoment(arrays),
+          SumAverage(arrays),
+          SumEntropy(arrays),
+          SumVariance(arrays),
+          Variance(arrays)};
 }
 
 } // namespace ORVA::Impl

@@ -8,6 +8,7 @@
 //   pair
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -18,7 +19,7 @@ namespace ORVA::Impl {
 /// A count with its probability p and its share p ln p of the entropy (0 for p = 0). Equal counts
 /// are frequent, so that most cells find their logarithm taken already.
 struct StCountTerm {
-  std::uint32_t count = 0;
+  std::uint64_t count = 0;
   double p = 0;
   double pLogP = 0;
 };
@@ -30,6 +31,11 @@ constexpr std::size_t c_nTextureTerms = 4096;
 /// image has them in memory, and what counting in the opposite direction gives.
 struct StTransposedCounts {
   std::span<std::uint32_t const, 65536> m_Cells;
+};
+
+/// The same of counts that may be larger; together they must be less than 2^46.
+struct StWideTransposedCounts {
+  std::span<std::uint64_t const, 65536> m_Cells;
 };
 
 /// Everything that the features read: the distributions of the normalized matrix p, and the sums
@@ -59,6 +65,8 @@ struct StTextureArrays {
 /// be 0. Allocates nothing. Cost: one pass over the counts; a second one where the levels of a pair
 /// hardly depend on each other.
 void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, double N) noexcept;
+/// The same, to the last bit where the counts fit 32 bits.
+void FillTextureArrays(StTextureArrays& arrays, StWideTransposedCounts counts, double N) noexcept;
 
 /// Standard deviation of the rows about m_MeanX.
 [[nodiscard]] double Sigma_x(StTextureArrays const& arrays) noexcept;
@@ -87,5 +95,7 @@ void FillTextureArrays(StTextureArrays& arrays, StTransposedCounts counts, doubl
 [[nodiscard]] double SumEntropy(StTextureArrays const& arrays) noexcept;
 [[nodiscard]] double SumVariance(StTextureArrays const& arrays) noexcept;
 [[nodiscard]] double Variance(StTextureArrays const& arrays) noexcept;
+/// All of them, in the order of CCooccurrence::m_cFeatureNames.
+[[nodiscard]] std::array<double, 13> TextureFeatures(StTextureArrays const& arrays) noexcept;
 
 } // namespace ORVA::Impl

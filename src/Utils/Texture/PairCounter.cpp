@@ -1,5 +1,6 @@
 #include <SeluUtils/Texture/PairCounter.h>
 
+#include "Utils/Cooccurrence/PairTotals.h"
 #include "Utils/Cooccurrence/Strides.h"
 #include "Utils/Texture/LevelPairs.h"
 
@@ -133,6 +134,45 @@ void CountDense(StPairs const& pairs, int bytesPerVoxel, std::size_t side,
   counters.Empty();
 }
 
+// Whether a voxel has level 0; looks at one row after the other.
+bool HasOutside(Impl::StGrayBlock const& block) noexcept {
+  for (int64 z = 0; z < block.extent[2]; ++z)
+    for (int64 y = 0; y < block.extent[1]; ++y) {
+      std::byte const* const row = block.base + y * block.stride[1] + z * block.stride[2];
+      unsigned zeros = 0;
+      for (int64 x = 0; x < block.extent[0]; ++x) {
+        std::uint16_t level;
+        std::memcpy(&level, row + x * 2, sizeof level);
+        zeros |= level == 0 ? 1U : 0U;
+      }
+      if (zeros != 0) return true;
+    }
+  return false;
+}
+
+// Up to 256 levels in many pairs fit the tables of gray levels, which are counted fastest: as bytes
+// or, where no voxel is outside, counted from 0. Returns whether they do and have been added.
+bool CountAsGray(CLevelImage const& levels, CTriple<int64> const& displacement, CPos const& low,
+                 CPos const& high, std::size_t side, std::vector<uint64>& table) {
+  constexpr double enough = 1 << 18;
+  constexpr std::size_t fewest = 129, most = 257; // fewer levels are at home in smaller tables
+  if (side < fewest || side > most) return false;
+  std::array<int64, 3> const d = {displacement.x, displacement.y, displacement.z};
+  auto const block = Impl::BlockOfPairs(
+      {levels.Base(), levels.Extents(), levels.Strides(), levels.BytesPerVoxel()}, d,
+      {low.x, low.y, low.z}, {high.x, high.y, high.z});
+  if (Impl::PairsOf(block, d) < enough) return false;
+  if (levels.BytesPerVoxel() == 1) {
+    Impl::AddPairs(block, d, {table.data(), side, std::min<std::size_t>(side, 256)});
+    return true;
+  }
+  if (levels.Levels() > 256 || block.stride[0] != 2 || HasOutside(block)) return false;
+  auto fromOne = block;
+  fromOne.hasLevelsFromOne = true;
+  Impl::AddPairs(fromOne, d, {table.data() + side + 1, side, side - 1});
+  return true;
+}
+
 // Takes the pairs with level 0 out of a table; how many there were.
 uint64 RemoveOutside(std::vector<uint64>& table, std::size_t side) noexcept {
   uint64 outside = 0;
@@ -162,11 +202,16 @@ uint64 PushRow(Impl::CSparsePairs& cells, std::byte const* a, std::byte const* b
 uint64 CountSparse(StPairs const& pairs, int bytesPerVoxel, Impl::CSparsePairs& cells) {
   auto const pushRow = bytesPerVoxel == 1 ? PushRow<std::uint8_t> : PushRow<std::uint16_t>;
   uint64 within = 0;
-  pairs.box.ForEachRow([&](std::array<int64, 2> const& at) {
-    within += pushRow(cells, pairs.base + at[0], pairs.base + at[1], pairs.box.extent[0],
-                      pairs.box.stride[0][0]);
-  });
-  cells.Settle();
+  try {
+    pairs.box.ForEachRow([&](std::array<int64, 2> const& at) {
+      within += pushRow(cells, pairs.base + at[0], pairs.base + at[1], pairs.box.extent[0],
+                        pairs.box.stride[0][0]);
+    });
+    cells.Settle();
+  } catch (...) {
+    cells.Forget();
+    throw;
+  }
   return within;
 }
 
@@ -197,23 +242,23 @@ void CPairCounter::Count(CLevelImage const& levels, CTriple<int64> const& displa
                             .Arg(m_Levels));
   StPairs const pairs = PairsOf(levels, displacement, low, high);
   if (pairs.count == 0) return;
-  AddToTotal(pairs.count);
-  m_Pairs -= pairs.count; // for the time being: those of level 0 do not count
+  (void)TotalWith(pairs.count); // those of level 0 will not count
   if (m_IsDense) {
-    CountDense(pairs, levels.BytesPerVoxel(), Side(), m_Table);
+    if (!CountAsGray(levels, displacement, low, high, Side(), m_Table))
+      CountDense(pairs, levels.BytesPerVoxel(), Side(), m_Table);
     m_Pairs += pairs.count - RemoveOutside(m_Table, Side());
   } else {
     m_Pairs += CountSparse(pairs, levels.BytesPerVoxel(), m_Cells);
   }
 }
 
-void CPairCounter::AddToTotal(uint64 pairs) {
+uint64 CPairCounter::TotalWith(uint64 pairs) const {
   uint64 total = 0;
   if (__builtin_add_overflow(m_Pairs, pairs, &total))
     Impl::RaiseBadParam(
-        ORVA_LOCATION(c_module, "ORVA::CPairCounter::AddToTotal"),
+        ORVA_LOCATION(c_module, "ORVA::CPairCounter::TotalWith"),
         CString("%1 more pairs than %2 are more than 2^64 - 1").Arg(pairs).Arg(m_Pairs));
-  m_Pairs = total;
+  return total;
 }
 
 CPairCounter& CPairCounter::operator+=(CPairCounter const& other) {
@@ -221,7 +266,7 @@ CPairCounter& CPairCounter::operator+=(CPairCounter const& other) {
     Impl::RaiseBadParam(
         ORVA_LOCATION(c_module, "ORVA::CPairCounter::operator+="),
         CString("matrices of %1 and %2 levels do not add up").Arg(m_Levels).Arg(other.m_Levels));
-  AddToTotal(other.m_Pairs);
+  uint64 const total = TotalWith(other.m_Pairs);
   if (m_IsDense && other.m_IsDense) {
     for (std::size_t k = 0; k < m_Table.size(); ++k) m_Table[k] += other.m_Table[k];
   } else if (m_IsDense) {
@@ -239,6 +284,7 @@ CPairCounter& CPairCounter::operator+=(CPairCounter const& other) {
     });
     m_Cells.Add(list);
   }
+  m_Pairs = total;
   return *this;
 }
 
@@ -252,7 +298,7 @@ void CPairCounter::CheckCell(int i, int j, char const* function) const {
 void CPairCounter::Add(int i, int j, uint64 count) {
   CheckCell(i, j, "ORVA::CPairCounter::Add");
   if (count == 0) return;
-  AddToTotal(count);
+  uint64 const total = TotalWith(count);
   if (m_IsDense) {
     m_Table[static_cast<std::size_t>(i) * Side() + static_cast<std::size_t>(j)] += count;
   } else {
@@ -260,18 +306,20 @@ void CPairCounter::Add(int i, int j, uint64 count) {
         {{Impl::CSparsePairs::Key(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(j))},
          {count}});
   }
+  m_Pairs = total;
 }
 
 void CPairCounter::Symmetrize() {
-  AddToTotal(m_Pairs);
-  if (!m_IsDense) return m_Cells.AddTransposed();
-  std::size_t const side = Side();
+  uint64 const total = TotalWith(m_Pairs);
+  if (!m_IsDense) m_Cells.AddTransposed();
+  std::size_t const side = m_IsDense ? Side() : 0;
   for (std::size_t i = 1; i < side; ++i)
     for (std::size_t j = 1; j <= i; ++j) {
       uint64 const both = m_Table[i * side + j] + m_Table[j * side + i];
       m_Table[i * side + j] = both;
       m_Table[j * side + i] = both;
     }
+  m_Pairs = total;
 }
 
 void CPairCounter::Clear() noexcept {

@@ -57,21 +57,25 @@ void Clear(std::vector<double>& values, std::size_t first, std::size_t last) {
 void CPairSums::Start(int n, bool keepCells) {
   if (m_CellsOf.empty()) m_CellsOf.resize(c_nSmallCounts);
   if (m_Low <= m_High) {
-    std::fill_n(m_CellsOf.begin(), SmallCountsEnd(), 0U);
+    std::fill_n(m_CellsOf.begin(), m_SmallCountsEnd, 0U);
     Clear(m_Rows, m_Low, m_High);
     Clear(m_Columns, m_Low, m_High);
     Clear(m_Differences, m_N + m_Low - m_High, m_N + m_High - m_Low);
     Clear(m_Sums, 2 * m_Low, 2 * m_High);
   }
+  m_SmallCountsEnd = 0;
   m_OtherCells.clear();
   m_Cells.clear();
   m_KeepsCells = keepCells;
   m_N = static_cast<std::size_t>(n);
   m_Low = m_N + 1;
   m_High = 0;
-  if (m_Rows.size() > m_N) return;
-  for (auto* const perLevel : {&m_Rows, &m_Columns}) perLevel->resize(m_N + 1);
-  for (auto* const perPair : {&m_Differences, &m_Sums}) perPair->resize(2 * m_N + 1);
+  // Each by itself: memory may have run out after the first of them.
+  auto const reach = [](std::vector<double>& values, std::size_t size) {
+    if (values.size() < size) values.resize(size);
+  };
+  for (auto* const perLevel : {&m_Rows, &m_Columns}) reach(*perLevel, m_N + 1);
+  for (auto* const perPair : {&m_Differences, &m_Sums}) reach(*perPair, 2 * m_N + 1);
 }
 
 double CPairSums::Total() const noexcept {
@@ -84,7 +88,7 @@ double CPairSums::Total() const noexcept {
 double CPairSums::Greatest() const noexcept {
   double greatest = 0;
   for (double const weight : m_OtherCells) greatest = std::max(greatest, weight);
-  for (std::size_t count = SmallCountsEnd(); count-- > 1;)
+  for (std::size_t count = m_SmallCountsEnd; count-- > 1;)
     if (m_CellsOf[count] != 0) return std::max(greatest, static_cast<double>(count));
   return greatest;
 }
@@ -92,8 +96,7 @@ double CPairSums::Greatest() const noexcept {
 double CPairSums::AngularSecondMoment() const noexcept {
   double const total = Total();
   double sum = 0;
-  std::size_t const end = SmallCountsEnd();
-  for (std::size_t count = 1; count < end; ++count)
+  for (std::size_t count = 1; count < m_SmallCountsEnd; ++count)
     sum += static_cast<double>(m_CellsOf[count]) * static_cast<double>(count * count);
   double shares = sum / total / total;
   for (double const weight : m_OtherCells) shares += weight / total * (weight / total);
@@ -104,8 +107,7 @@ double CPairSums::Entropy() const {
   double const total = Total();
   CEntropyTerms const term(total);
   double sum = 0;
-  std::size_t const end = SmallCountsEnd();
-  for (std::size_t count = 1; count < end; ++count)
+  for (std::size_t count = 1; count < m_SmallCountsEnd; ++count)
     if (std::uint32_t const cells = m_CellsOf[count]; cells != 0)
       sum += cells * term(static_cast<double>(count));
   for (double const weight : m_OtherCells) sum += term(weight);

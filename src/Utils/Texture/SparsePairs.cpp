@@ -139,8 +139,10 @@ void CSparsePairs::Settle() {
   EndRun();
   m_RunLength = 0;
   EmptyBuffer();
-  m_Buffer = {};
-  m_SortSpace = {};
+  // Their memory goes, too, which an assignment of {} would keep.
+  m_Buffer = std::vector<std::uint32_t>();
+  m_SortSpace = std::vector<std::uint32_t>();
+  m_LongRuns = StCellList();
   while (m_Lists.size() > 1) {
     auto& before = m_Lists[m_Lists.size() - 2];
     before = Merged(before, m_Lists.back());
@@ -149,6 +151,14 @@ void CSparsePairs::Settle() {
   if (m_Lists.empty()) return;
   m_Cells = m_Cells.keys.empty() ? std::move(m_Lists.front()) : Merged(m_Cells, m_Lists.front());
   m_Lists.clear();
+}
+
+void CSparsePairs::Forget() noexcept {
+  m_RunLength = 0;
+  m_Buffer = {};
+  m_SortSpace = {};
+  m_LongRuns = {};
+  m_Lists = {};
 }
 
 std::uint64_t CSparsePairs::CountOf(std::uint32_t key) const noexcept {

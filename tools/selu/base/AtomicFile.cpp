@@ -5,7 +5,6 @@
 #include "base/Texts.h"
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 
@@ -70,9 +69,17 @@ std::optional<int> OpenFileOf(fs::path path) {
 }
 
 fs::path TemporaryPath(fs::path const& folder, fs::path const& target) {
-  static std::atomic<int> count = 0;
-  return folder /
-         (".selu-" + std::to_string(::getpid()) + "-" + std::to_string(count++) + EndingOf(target));
+  return folder / TemporaryName(EndingOf(target));
+}
+
+// Remembers to remove a file that was just made, or removes it at once.
+std::unique_ptr<CTemporaryName> Remember(fs::path const& made) {
+  try {
+    return std::make_unique<CTemporaryName>(made);
+  } catch (...) {
+    ::unlink(made.c_str());
+    throw;
+  }
 }
 
 // No signal comes between making a file and remembering to remove it, nor removes one that another
@@ -118,18 +125,20 @@ CAtomicFile::CAtomicFile(fs::path const& target)
     Fail(errno);
 }
 
-// A process of the same number that was killed may have left its temporaries.
+// A process of the same number that was killed may have left its temporaries where they cannot be
+// removed; one who removes leftovers may take a new one for such, as long as it has no lock.
 void CAtomicFile::MakeTemporary(fs::path const& folder) {
   constexpr int patience = 1000;
+  RemoveLeftovers(folder);
   CSignalPause const pause;
   for (int tries = 1;; ++tries) {
     fs::path const name = TemporaryPath(folder, m_Target);
-    CDescriptor const file(name, O_WRONLY | O_CREAT | O_EXCL, 0666);
-    if (file.IsOpen()) {
-      m_Temporary = std::make_unique<CTemporaryName>(name);
-      return;
-    }
-    if (errno != EEXIST || tries == patience) Fail(errno);
+    int const file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0 && (errno != EEXIST || tries == patience)) Fail(errno);
+    if (file < 0) continue;
+    m_Lock = CFileLock(file);
+    m_Temporary = Remember(name);
+    if (m_Lock.Holds(name) || tries == patience) return;
   }
 }
 
@@ -187,7 +196,10 @@ void CAtomicFile::Rename() {
   {
     CSignalPause const pause;
     fs::path const old = TemporaryPath(FolderOf(m_Resolved), m_Target);
-    if (::link(m_Resolved.c_str(), old.c_str()) == 0) m_Old = std::make_unique<CTemporaryName>(old);
+    if (::link(m_Resolved.c_str(), old.c_str()) == 0) {
+      m_Old = Remember(old);
+      m_OldLock = CFileLock(old);
+    }
   }
   if (::rename(Temporary().c_str(), m_Resolved.c_str()) != 0) Fail(errno);
   m_Renamed = true;

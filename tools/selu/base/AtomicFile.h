@@ -6,6 +6,7 @@
 //   // without Commit nothing is left behind
 #pragma once
 
+#include "base/FileLock.h"
 #include "base/Signals.h"
 
 #include <filesystem>
@@ -21,7 +22,8 @@ namespace selu {
 /// The bytes go to a temporary beside the target, with the target's ending, which takes the
 /// target's name at last. A target that is no regular file (a device, a pipe) gets the finished
 /// bytes written into it, and so does an open file: "-" (standard output), /dev/stdout, /dev/fd/3.
-/// A symbolic link is followed. Temporaries are removed by signals, too.
+/// A symbolic link is followed. Temporaries are removed by signals, too; those of a process that
+/// was killed by the next output in the same folder.
 class CAtomicFile {
 public:
   /// Throws CAppError when the folder is missing or not writable, the target is a directory, or an
@@ -58,6 +60,7 @@ private:
   int m_Descriptor = -1;            // of an open file that the target names
   bool m_Replaces = true;           // false: a device or the like, which is written into
   bool m_Renamed = false;
+  CFileLock m_Lock, m_OldLock;           // of the temporary, and of what stood under the name
   std::unique_ptr<CTemporaryName> m_Old; // what stood under the name, until all is done
   std::unique_ptr<CTemporaryName> m_Temporary;
 };

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <memory>
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,6 +50,17 @@ std::string BeginningOf(fs::path const& path, std::size_t bytes) {
   file.read(text.data(), static_cast<std::streamsize>(bytes));
   text.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
   return text;
+}
+
+std::vector<std::string> NamesIn(fs::path const& folder) {
+  std::vector<std::string> names;
+  auto const close = [](DIR* open) { ::closedir(open); };
+  std::unique_ptr<DIR, decltype(close)> const open(::opendir(folder.c_str()), close);
+  if (open == nullptr) return names;
+  while (dirent const* const entry = ::readdir(open.get())) // NOLINT(concurrency-mt-unsafe)
+    names.emplace_back(static_cast<char const*>(entry->d_name));
+  std::erase_if(names, [](std::string const& name) { return name == "." || name == ".."; });
+  return names;
 }
 
 } // namespace selu

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace selu {
 
@@ -23,5 +24,9 @@ namespace selu {
                                            std::filesystem::path const& header = {});
 /// Its first bytes, as many as there are up to this number.
 [[nodiscard]] std::string BeginningOf(std::filesystem::path const& path, std::size_t bytes);
+
+/// The names of all that lies in a folder, in no order; none where it cannot be looked at. (The
+/// standard library's iterator ends the process where memory runs out.)
+[[nodiscard]] std::vector<std::string> NamesIn(std::filesystem::path const& folder);
 
 } // namespace selu

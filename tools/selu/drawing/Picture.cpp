@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "base/FileBytes.h"
+#include "base/Quiet.h"
 #include "base/Texts.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 
 #include <cairo-svg.h>
 #include <cairo.h>
+#include <fontconfig/fontconfig.h>
 
 namespace selu {
 namespace {
@@ -96,6 +98,17 @@ void FixFonts(cairo_t* context) {
   cairo_set_font_options(context, options.get());
 }
 
+// Left to begin by itself, the font library tries on without an end where it gets no memory.
+void LoadFonts() {
+  static bool const s_isLoaded = [] {
+    CQuiet const quiet;
+    std::unique_ptr<FcConfig, decltype(&FcConfigDestroy)> const fonts(FcInitLoadConfigAndFonts(),
+                                                                      FcConfigDestroy);
+    return fonts != nullptr && FcConfigSetCurrent(fonts.get()) == FcTrue;
+  }();
+  if (!s_isLoaded) throw CAppError("the picture cannot be drawn: the fonts cannot be loaded");
+}
+
 } // namespace
 
 struct CPicture::StCairo {
@@ -107,6 +120,7 @@ struct CPicture::StCairo {
 
 CPicture::CPicture(double width, double height, std::string const& ending)
     : m_Cairo(std::make_unique<StCairo>()) {
+  LoadFonts();
   m_Cairo->svg = ending == ".svg";
   m_Cairo->surface.reset(
       m_Cairo->svg

@@ -34,6 +34,11 @@ public:
   /// The pixels, in memory for one image. To be called once. Throws CAppError for a file that is
   /// damaged or cut off.
   [[nodiscard]] CRawImage Read();
+  /// Whether some slices can be read without the others: of pixels that are not packed.
+  [[nodiscard]] bool ReadsSlabs() const noexcept { return m_ReadsSlabs; }
+  /// The slices from `first` up to but not including `last`, into a buffer that has room for them.
+  /// As often as is wanted; throws like Read().
+  void ReadSlab(ORVA::int64 first, ORVA::int64 last, CSharedBuffer const& buffer);
 
 private:
   friend COpenImage OpenImage(std::filesystem::path const& path, std::string const& series);
@@ -45,6 +50,7 @@ private:
   EnFormat m_Format = EnFormat::Nrrd;
   StHeader m_Header;
   StGrid m_Grid;
+  bool m_ReadsSlabs = false;
   std::vector<std::filesystem::path> m_Files;
 };
 
@@ -81,6 +87,6 @@ void CheckImageOutput(std::filesystem::path const& path, EnPixel pixel, int dime
 void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid = {},
                 ImageNotes const& notes = {});
 /// The same for pixels of any type, with the image's grid.
-void WriteImage(CAtomicFile& file, CRawImage const& image);
+void WriteImage(CAtomicFile& file, CRawImage const& image, ImageNotes const& notes = {});
 
 } // namespace selu

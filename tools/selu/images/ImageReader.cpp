@@ -6,6 +6,7 @@
 #include "base/Texts.h"
 #include "images/DicomElements.h"
 #include "images/PixelStore.h"
+#include "images/PlainPixels.h"
 #include "images/SliceFolder.h"
 #include "images/TextPixels.h"
 
@@ -18,6 +19,8 @@ namespace fs = std::filesystem;
 namespace {
 
 using ORVA::int64;
+
+std::string ImageText(fs::path const& path) { return "the image " + Quoted(path); }
 
 [[noreturn]] void RefuseRead(fs::path const& path, std::string const& why) {
   throw CAppError("cannot read " + Quoted(path) + ": " + why);
@@ -95,6 +98,25 @@ private:
   EnPixel m_Pixel = EnPixel::UInt8;
 };
 
+// Of pixels that lie one after the other any slices can be read by themselves.
+class CPlainReader : public IImageReader {
+public:
+  CPlainReader(std::unique_ptr<IImageReader> header, StPlainPixels pixels, double sliceBytes)
+      : m_Header(std::move(header)), m_Pixels(std::move(pixels)),
+        m_SliceBytes(static_cast<std::uint64_t>(sliceBytes)) {}
+  StClaim Claim() override { return m_Header->Claim(); }
+  void Read(std::span<std::byte> pixels) override { m_Header->Read(pixels); }
+  [[nodiscard]] bool ReadsSlabs() const override { return true; }
+  void ReadSlab(int64 first, std::span<std::byte> pixels) override {
+    ReadPlainPixels(m_Pixels, static_cast<std::uint64_t>(first) * m_SliceBytes, pixels);
+  }
+
+private:
+  std::unique_ptr<IImageReader> m_Header;
+  StPlainPixels m_Pixels;
+  std::uint64_t m_SliceBytes;
+};
+
 std::unique_ptr<IImageReader> MakeReader(fs::path const& path, EnFormat format,
                                          StPixelStore const& store) {
   if (format == EnFormat::Tiff) return MakeTiffReader(path);
@@ -104,6 +126,10 @@ std::unique_ptr<IImageReader> MakeReader(fs::path const& path, EnFormat format,
 }
 
 } // namespace
+
+void IImageReader::ReadSlab(int64, std::span<std::byte>) {
+  throw CAppError("this reader reads whole images only");
+}
 
 StOpened OpenReader(fs::path const& path) {
   StOpened opened;
@@ -118,11 +144,17 @@ StOpened OpenReader(fs::path const& path) {
   auto const extents = UsedExtents(claim.extents, path);
   EnPixel const pixel = GrayPixel(claim, path);
   if (claim.ratio > 0) store.ratio = claim.ratio;
+  opened.header = HeaderOf(extents, pixel);
+  if (auto plain = FindPlainPixels(path, opened.format, beginning, store, pixel))
+    opened.reader = std::make_unique<CPlainReader>(
+        std::move(opened.reader), std::move(*plain),
+        ImageBytes(opened.header) / static_cast<double>(SlicesOf(opened.header.size)));
   CheckClaim(path, store, extents, PixelBytes(pixel));
+  if (!opened.reader->ReadsSlabs()) RefuseBeyondMemory(ImageBytes(opened.header), ImageText(path));
+  if (store.isDeflated) CheckDeflated(path, store, extents, PixelBytes(pixel));
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
   if (plainPixels < pixels) RefuseRead(path, "the file is damaged or cut off");
-  opened.header = HeaderOf(extents, pixel);
   opened.grid = SoundGrid(claim.grid);
   opened.series = claim.series;
   return opened;
@@ -134,11 +166,7 @@ StOpened OpenFolder(fs::path const& folder, std::string const& series) {
   StClaim const claim = opened.reader->Claim();
   auto const extents = UsedExtents(claim.extents, folder);
   opened.header = HeaderOf(extents, *claim.pixel);
-  auto const& size = opened.header.size;
-  RefuseBeyondMemory(static_cast<double>(size.x) * static_cast<double>(size.y) *
-                         static_cast<double>(size.z) *
-                         static_cast<double>(PixelBytes(*claim.pixel)),
-                     "the image " + Quoted(folder));
+  RefuseBeyondMemory(ImageBytes(opened.header), ImageText(folder));
   opened.grid = SoundGrid(claim.grid);
   opened.files = {folder};
   for (auto const& entry : fs::directory_iterator(folder)) opened.files.push_back(entry.path());

@@ -37,6 +37,10 @@ public:
   [[nodiscard]] virtual StClaim Claim() = 0;
   /// All pixels, x fastest, in the machine's byte order.
   virtual void Read(std::span<std::byte> pixels) = 0;
+  /// Whether some slices (see SlicesOf) can be read without the others.
+  [[nodiscard]] virtual bool ReadsSlabs() const { return false; }
+  /// The slices from `first` on for which there is room.
+  virtual void ReadSlab(ORVA::int64 first, std::span<std::byte> pixels);
 };
 
 /// By ITK.

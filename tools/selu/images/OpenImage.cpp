@@ -1,9 +1,11 @@
 #include "base/Errors.h"
 #include "base/FileBytes.h"
+#include "base/Memory.h"
 #include "base/Texts.h"
 #include "images/ImageFile.h"
 #include "images/ImageReader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -22,8 +24,8 @@ double BytesOf(fs::path const& path) {
   if (!fs::is_directory(path)) return static_cast<double>(SizeOfReadable(path));
   double bytes = 0;
   std::error_code error;
-  for (auto const& entry : fs::directory_iterator(path, error)) {
-    auto const size = entry.file_size(error);
+  for (std::string const& name : NamesIn(path)) {
+    auto const size = fs::file_size(path / name, error);
     if (!error) bytes += static_cast<double>(size) + 1e5; // each is opened by a reader of its own
   }
   return bytes;
@@ -43,13 +45,21 @@ struct StMessage {
   EnPixel pixel;
   std::array<ORVA::int64, 3> size;
   int dimension;
+  bool readsSlabs;
   StGrid grid;
 };
 
+// What stands in place of "pixels" for some slices.
+struct StSlabRequest {
+  ORVA::int64 first = 0;
+  std::size_t bytes = 0;
+};
+static_assert(sizeof(StSlabRequest) > sizeof "pixels");
+
 std::string ToMessage(StOpened const& opened) {
   auto const size = opened.header.size;
-  StMessage const message = {
-      opened.format, opened.header.pixel, {size.x, size.y, size.z}, size.Dim(), opened.grid};
+  StMessage const message = {opened.format, opened.header.pixel,         {size.x, size.y, size.z},
+                             size.Dim(),    opened.reader->ReadsSlabs(), opened.grid};
   std::string text(sizeof message, '\0');
   std::memcpy(text.data(), &message, sizeof message);
   for (auto const& file : opened.files) text += file.native() + '\0';
@@ -64,7 +74,13 @@ CIsolated::Work MakeWork(fs::path const& path, std::string const& series) {
       opened->emplace(fs::is_directory(path) ? OpenFolder(path, series) : OpenReader(path));
       return ToMessage(**opened);
     }
-    (*opened)->reader->Read(pixels);
+    StSlabRequest slab;
+    if (request.size() == sizeof slab) {
+      std::memcpy(&slab, request.data(), sizeof slab);
+      (*opened)->reader->ReadSlab(slab.first, pixels.first(std::min(slab.bytes, pixels.size())));
+    } else {
+      (*opened)->reader->Read(pixels);
+    }
     return std::string();
   };
 }
@@ -93,6 +109,7 @@ COpenImage::COpenImage(fs::path path, std::string const& series)
                                      : ORVA::CSize(size[0], size[1], size[2]),
               message.pixel};
   m_Grid = message.grid;
+  m_ReadsSlabs = message.readsSlabs;
   for (std::size_t at = sizeof message; at < answer.size();) {
     std::size_t const end = answer.find('\0', at);
     m_Files.emplace_back(answer.substr(at, end - at));
@@ -101,6 +118,7 @@ COpenImage::COpenImage(fs::path path, std::string const& series)
 }
 
 CRawImage COpenImage::Read() {
+  RefuseBeyondMemory(ImageBytes(m_Header), "the image " + Quoted(m_Path));
   CRawImage image(m_Header, m_Grid);
   try {
     (void)m_Reader.Ask("pixels", PixelLimits(m_Bytes, static_cast<double>(image.Bytes().size())),
@@ -109,6 +127,18 @@ CRawImage COpenImage::Read() {
     Refuse(m_Path, error, "the file is damaged or cut off");
   }
   return image;
+}
+
+void COpenImage::ReadSlab(ORVA::int64 first, ORVA::int64 last, CSharedBuffer const& buffer) {
+  double const bytes = ImageBytes({WithSlices(m_Header.size, last - first), m_Header.pixel});
+  StSlabRequest const slab = {first, static_cast<std::size_t>(bytes)};
+  std::string request(sizeof slab, '\0');
+  std::memcpy(request.data(), &slab, sizeof slab);
+  try {
+    (void)m_Reader.Ask(request, PixelLimits(0, bytes), &buffer);
+  } catch (CIsolationError const& error) {
+    Refuse(m_Path, error, "the file is damaged or cut off");
+  }
 }
 
 COpenImage OpenImage(fs::path const& path, std::string const& series) { return {path, series}; }

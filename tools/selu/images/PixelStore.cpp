@@ -2,7 +2,6 @@
 
 #include "base/Errors.h"
 #include "base/FileBytes.h"
-#include "base/Memory.h"
 #include "base/Texts.h"
 
 #include <algorithm>
@@ -249,21 +248,18 @@ private:
   std::vector<Bytef> m_In = std::vector<Bytef>(1 << 16), m_Out = std::vector<Bytef>(1 << 18);
 };
 
-// Unpacks as far as the pixels go, and to the end where that is near, since the checksum is there.
-void CheckDeflated(fs::path const& path, StPixelStore const& store, double bytes) {
-  CUnpacker unpacker(store.file, store.offset);
-  double const needed = static_cast<double>(store.before) + bytes;
-  constexpr double beyond = 1 << 20;
-  double unpacked = 0;
-  for (std::size_t count = 1; count > 0 && unpacked < needed + beyond;) {
-    auto const next = unpacker.Next();
-    if (!next) throw CAppError("cannot read " + Quoted(path) + ": the file is damaged or cut off");
-    count = *next;
-    unpacked += static_cast<double>(count);
-  }
-  if (unpacked < needed)
-    throw CAppError("cannot read " + Quoted(path) + ": its header claims " + BytesText(needed) +
-                    " unpacked, but the file unpacks to " + BytesText(unpacked));
+std::size_t StoredBytes(StPixelStore const& store, std::size_t bytesPerPixel) {
+  return store.bytesPerPixel > 0 ? store.bytesPerPixel : bytesPerPixel;
+}
+
+// Of all pixels in the file, unpacked.
+double ClaimedBytes(StPixelStore const& store, std::vector<ORVA::int64> const& extents,
+                    std::size_t bytesPerPixel) {
+  double pixels = 1;
+  for (auto const extent : extents) pixels *= static_cast<double>(extent);
+  // A number of a text needs a digit and, but for the last, a blank.
+  return store.isText ? pixels * 2 - 1
+                      : pixels * static_cast<double>(StoredBytes(store, bytesPerPixel));
 }
 
 } // namespace
@@ -277,21 +273,33 @@ StPixelStore StoreOf(fs::path const& path, EnFormat format, std::string_view beg
 
 void CheckClaim(fs::path const& path, StPixelStore const& store,
                 std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel) {
-  double pixels = 1;
-  for (auto const extent : extents) pixels *= static_cast<double>(extent);
-  std::size_t const stored = store.bytesPerPixel > 0 ? store.bytesPerPixel : bytesPerPixel;
-  // A number of a text needs a digit and, but for the last, a blank.
-  double const bytes = store.isText ? pixels * 2 - 1 : pixels * static_cast<double>(stored);
   auto const size = SizeOfReadable(store.file, path);
   double const room = size > store.offset ? static_cast<double>(size - store.offset) : 0;
-  if (bytes > room * store.ratio)
+  if (ClaimedBytes(store, extents, bytesPerPixel) > room * store.ratio)
     throw CAppError("cannot read " + Quoted(path) + ": its header claims " +
-                    Joined(extents, " x ") + " pixels of " + std::to_string(stored * 8) +
-                    " bits, but " +
+                    Joined(extents, " x ") + " pixels of " +
+                    std::to_string(StoredBytes(store, bytesPerPixel) * 8) + " bits, but " +
                     (store.file == path ? "the file" : QuotedPart(store.file.native())) +
                     " has only " + BytesText(static_cast<double>(size)));
-  RefuseBeyondMemory(pixels * static_cast<double>(bytesPerPixel), "the image " + Quoted(path));
-  if (store.isDeflated) CheckDeflated(path, store, bytes);
+}
+
+// Unpacks as far as the pixels go, and to the end where that is near, since the checksum is there.
+void CheckDeflated(fs::path const& path, StPixelStore const& store,
+                   std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel) {
+  CUnpacker unpacker(store.file, store.offset);
+  double const needed =
+      static_cast<double>(store.before) + ClaimedBytes(store, extents, bytesPerPixel);
+  constexpr double beyond = 1 << 20;
+  double unpacked = 0;
+  for (std::size_t count = 1; count > 0 && unpacked < needed + beyond;) {
+    auto const next = unpacker.Next();
+    if (!next) throw CAppError("cannot read " + Quoted(path) + ": the file is damaged or cut off");
+    count = *next;
+    unpacked += static_cast<double>(count);
+  }
+  if (unpacked < needed)
+    throw CAppError("cannot read " + Quoted(path) + ": its header claims " + BytesText(needed) +
+                    " unpacked, but the file unpacks to " + BytesText(unpacked));
 }
 
 } // namespace selu

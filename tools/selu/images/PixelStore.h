@@ -2,6 +2,7 @@
 //
 //   StPixelStore const store = StoreOf(path, format, BeginningOf(path, c_headerBytes));
 //   CheckClaim(path, store, {64, 64, 32}, 2);             // 64 x 64 x 32 pixels of 2 bytes each
+//   if (store.isDeflated) CheckDeflated(path, store, {64, 64, 32}, 2);
 #pragma once
 
 #include "images/FileFormat.h"
@@ -34,11 +35,13 @@ inline constexpr std::size_t c_headerBytes = 1 << 16;
 [[nodiscard]] StPixelStore StoreOf(std::filesystem::path const& path, EnFormat format,
                                    std::string_view beginning);
 
-/// Throws CAppError when the file is too small for the claimed pixels, of so many bytes in memory,
-/// or they for the memory. Exact for pixels stored plainly; deflated ones (NIfTI, NRRD, MetaImage)
-/// are unpacked once to see that they are whole; files packed otherwise may unpack to what their
-/// method can make of them at most. O(file).
+/// Throws CAppError when the file is too small for the claimed pixels, of so many bytes in memory.
+/// Exact for pixels stored plainly; files packed may unpack to what their method can make of them
+/// at most.
 void CheckClaim(std::filesystem::path const& path, StPixelStore const& store,
                 std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel);
+/// Unpacks deflated pixels (of NIfTI, NRRD, MetaImage) once to see that they are whole. O(file).
+void CheckDeflated(std::filesystem::path const& path, StPixelStore const& store,
+                   std::vector<ORVA::int64> const& extents, std::size_t bytesPerPixel);
 
 } // namespace selu

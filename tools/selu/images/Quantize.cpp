@@ -98,23 +98,43 @@ struct StLevelUse {
   }
 };
 
+// Least and greatest value, NaN left out.
 template <class T>
-void MeasureRange(std::span<T const> pixels, StLevels& result) {
+struct StValues {
   bool any = false;
   T low{}, high{};
-  for (T const value : pixels) {
-    if (IsNaN(value)) {
-      ++result.notNumbers;
-    } else if (!any) {
-      any = true;
-      low = high = value;
-    } else {
-      low = std::min(low, value);
-      high = std::max(high, value);
+  int64 notNumbers = 0;
+
+  void Add(std::span<T const> pixels) {
+    for (T const value : pixels) {
+      if (IsNaN(value)) {
+        ++notNumbers;
+      } else if (!any) {
+        any = true;
+        low = high = value;
+      } else {
+        low = std::min(low, value);
+        high = std::max(high, value);
+      }
     }
   }
+};
+
+template <class T>
+void MeasureRange(std::span<T const> pixels, StLevels& result) {
+  StValues<T> values;
+  values.Add(pixels);
   result.voxels = static_cast<int64>(pixels.size());
-  if (any) result.low = ValueText(low), result.high = ValueText(high);
+  result.notNumbers = values.notNumbers;
+  if (values.any) result.low = ValueText(values.low), result.high = ValueText(values.high);
+}
+
+[[noreturn]] void RaiseNeedsRange(EnPixel pixel, std::filesystem::path const& path,
+                                  std::string const& low, std::string const& high) {
+  throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
+                  " pixels, which need --range LO,HI to map them to gray levels" +
+                  (low.empty() ? std::string(" (all its values are NaN)")
+                               : " (its values range from " + low + " to " + high + ")"));
 }
 
 template <class T>
@@ -177,11 +197,7 @@ ORVA::CImage ToGray(CRawImage const& image, std::optional<StRange> const& range,
   if (!range) {
     StLevels values;
     VisitPixels(image, [&](auto pixels) { MeasureRange(pixels, values); });
-    throw CAppError(Quoted(path) + " has " + PixelText(image.Pixel()) +
-                    " pixels, which need --range LO,HI to map them to gray levels" +
-                    (values.low.empty()
-                         ? std::string(" (all its values are NaN)")
-                         : " (its values range from " + values.low + " to " + values.high + ")"));
+    RaiseNeedsRange(image.Pixel(), path, values.low, values.high);
   }
   ORVA::CImage gray(ORVA::IMAGE_GREY_8, image.Size());
   auto const access = gray.CreateAccess(true);
@@ -193,17 +209,61 @@ ORVA::CImage ToGray(CRawImage const& image, std::optional<StRange> const& range,
   return gray;
 }
 
+void RequireRange(CVolumeSource& image, std::optional<StRange> const& range) {
+  if (range || HasOwnGrayLevels(image.Pixel())) return;
+  VisitType(image.Pixel(), [&]<class T>(T) {
+    StValues<T> values;
+    for (StSlab const& slab : SlabsOf(image.Size(), image.BytesPerSlice())) {
+      auto const pixels = image.Slab(slab.first, slab.last);
+      VisitPixels(pixels, [&]<class U>(std::span<U const> some) {
+        if constexpr (std::is_same_v<T, U>) values.Add(some);
+      });
+    }
+    RaiseNeedsRange(image.Pixel(), image.Path(), values.any ? ValueText(values.low) : "",
+                    values.any ? ValueText(values.high) : "");
+  });
+}
+
+CCollapseMeter::CCollapseMeter(EnPixel pixel, std::optional<StRange> const& range)
+    : m_Bits(PixelBytes(pixel) * 8),
+      m_IsNeeded(!range && (pixel == EnPixel::UInt16 || pixel == EnPixel::UInt32)) {}
+
+void CCollapseMeter::Add(CRawImage const& image) {
+  if (!m_IsNeeded) return;
+  VisitPixels(image, [&]<class T>(std::span<T const> pixels) {
+    if constexpr (std::is_unsigned_v<T> && sizeof(T) <= 4)
+      for (T const value : pixels) {
+        auto& level = m_Levels[static_cast<std::size_t>(OwnLevel(value))];
+        level.low = std::min(level.low, std::uint32_t{value});
+        level.high = std::max(level.high, std::uint32_t{value});
+      }
+  });
+}
+
+std::string CCollapseMeter::Warning(std::filesystem::path const& path) const {
+  constexpr int few = 32;
+  int levels = 0;
+  bool isMerged = false;
+  StLevel all;
+  for (StLevel const& level : m_Levels) {
+    if (level.low > level.high) continue;
+    ++levels;
+    isMerged = isMerged || level.low < level.high;
+    all.low = std::min(all.low, level.low);
+    all.high = std::max(all.high, level.high);
+  }
+  if (!isMerged || levels >= few) return {};
+  return Quoted(path) + " keeps only " + std::to_string(levels) +
+         (levels == 1 ? " gray level" : " gray levels") + " of its " + std::to_string(m_Bits) +
+         " bits, since the highest byte counts: give --range " + std::to_string(all.low) + "," +
+         std::to_string(all.high) + " to spread its values over all 256";
+}
+
 std::string CollapseWarning(CRawImage const& image, std::optional<StRange> const& range,
                             std::filesystem::path const& path) {
-  constexpr int few = 32;
-  if (range || image.Pixel() == EnPixel::UInt8 || !HasOwnGrayLevels(image.Pixel())) return {};
-  StLevels const levels = MeasureLevelsOnly(image, range);
-  if (!levels.merged || levels.levels >= few) return {};
-  return Quoted(path) + " keeps only " + std::to_string(levels.levels) +
-         (levels.levels == 1 ? " gray level" : " gray levels") + " of its " +
-         std::to_string(PixelBytes(image.Pixel()) * 8) +
-         " bits, since the highest byte counts: " + "give --range " + levels.low + "," +
-         levels.high + " to spread its values over all 256";
+  CCollapseMeter collapse(image.Pixel(), range);
+  collapse.Add(image);
+  return collapse.Warning(path);
 }
 
 } // namespace selu

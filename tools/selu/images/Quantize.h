@@ -5,8 +5,10 @@
 //   ORVA::CImage gray = ToGray(raw, range, "scan.nrrd");
 #pragma once
 
-#include "images/RawImage.h"
+#include "images/VolumeSource.h"
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -48,7 +50,28 @@ struct StLevels {
 [[nodiscard]] ORVA::CImage ToGray(CRawImage const& image, std::optional<StRange> const& range,
                                   std::filesystem::path const& path);
 
-/// The warning for an image that keeps few of its values, or an empty text.
+/// Throws what ToGray throws for an image without a range that needs one, with the range of all its
+/// values.
+void RequireRange(CVolumeSource& image, std::optional<StRange> const& range);
+
+/// Finds out whether an image keeps few of its values as gray levels, slab by slab.
+class CCollapseMeter {
+public:
+  CCollapseMeter(EnPixel pixel, std::optional<StRange> const& range);
+  void Add(CRawImage const& image);
+  /// The warning, or an empty text.
+  [[nodiscard]] std::string Warning(std::filesystem::path const& path) const;
+
+private:
+  struct StLevel {
+    std::uint32_t low = UINT32_MAX, high = 0; ///< of the values on it; low > high: none
+  };
+  std::size_t m_Bits;
+  bool m_IsNeeded;
+  std::array<StLevel, 256> m_Levels;
+};
+
+/// The same for an image as a whole.
 [[nodiscard]] std::string CollapseWarning(CRawImage const& image,
                                           std::optional<StRange> const& range,
                                           std::filesystem::path const& path);

@@ -56,14 +56,39 @@ EnPixel PixelOf(ORVA::IImage::CType type) noexcept {
   return EnPixel::UInt8;
 }
 
+ORVA::CSize WithSlices(ORVA::CSize const& size, ORVA::int64 slices) {
+  return size.Dim() == 3 ? ORVA::CSize(size.x, size.y, slices) : ORVA::CSize(size.x, slices);
+}
+
+double ImageBytes(StHeader const& header) noexcept {
+  return static_cast<double>(header.size.x) * static_cast<double>(header.size.y) *
+         static_cast<double>(header.size.z) * static_cast<double>(PixelBytes(header.pixel));
+}
+
 CRawImage::CRawImage(StHeader const& header, StGrid const& grid)
-    : m_Header(header), m_Grid(grid),
-      m_Pixels(static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
-               static_cast<std::size_t>(header.size.z) * PixelBytes(header.pixel)) {}
+    : CRawImage(header, grid,
+                std::make_shared<CSharedBuffer>(static_cast<std::size_t>(header.size.x) *
+                                                static_cast<std::size_t>(header.size.y) *
+                                                static_cast<std::size_t>(header.size.z) *
+                                                PixelBytes(header.pixel))) {}
+
+CRawImage::CRawImage(StHeader const& header, StGrid const& grid,
+                     std::shared_ptr<CSharedBuffer> pixels)
+    : m_Header(header), m_Grid(grid), m_Pixels(std::move(pixels)),
+      m_Begin(m_Pixels->Bytes().data()),
+      m_Bytes(static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
+              static_cast<std::size_t>(header.size.z) * PixelBytes(header.pixel)) {}
+
+CRawImage CRawImage::Slab(ORVA::int64 first, ORVA::int64 last) const {
+  std::size_t const perSlice = m_Bytes / static_cast<std::size_t>(SlicesOf(Size()));
+  CRawImage slab({WithSlices(Size(), last - first), Pixel()}, m_Grid, m_Pixels);
+  slab.m_Begin = m_Begin + static_cast<std::size_t>(first) * perSlice;
+  return slab;
+}
 
 ORVA::CImage CRawImage::ToGray() const {
   ORVA::CImage image(GrayType(m_Header.pixel), m_Header.size);
-  std::memcpy(image.CreateAccess(true).WritableBase(), m_Pixels.Bytes().data(), image.Bytes());
+  std::memcpy(image.CreateAccess(true).WritableBase(), Bytes().data(), image.Bytes());
   return image;
 }
 

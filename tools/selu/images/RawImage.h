@@ -4,6 +4,7 @@
 //   VisitPixels(image, [](auto pixels) { ... std::span<T const> ... });
 //   ORVA::CImage gray = image.ToGray();
 //   image.Grid().spacing[2]
+//   CRawImage slab = image.Slab(4, 8);                   // slices 4 .. 7 of the same pixels
 #pragma once
 
 #include "base/Errors.h"
@@ -14,6 +15,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <utility>
 
@@ -45,23 +47,42 @@ struct StGrid {
   bool operator==(StGrid const&) const = default;
 };
 
+/// Slices of a 3D image along z, rows of a 2D image along y: what follows each other in memory.
+[[nodiscard]] inline ORVA::int64 SlicesOf(ORVA::CSize const& size) noexcept {
+  return size.Dim() == 3 ? size.z : size.y;
+}
+/// The same extents with another number of slices.
+[[nodiscard]] ORVA::CSize WithSlices(ORVA::CSize const& size, ORVA::int64 slices);
+/// Bytes of pixels of this type.
+[[nodiscard]] double ImageBytes(StHeader const& header) noexcept;
+
 /// x fastest.
 class CRawImage {
 public:
   explicit CRawImage(StHeader const& header, StGrid const& grid = {});
+  /// Over memory that is there, of which the first bytes are the pixels.
+  CRawImage(StHeader const& header, StGrid const& grid, std::shared_ptr<CSharedBuffer> pixels);
+  CRawImage(CRawImage&&) = default;
+  CRawImage& operator=(CRawImage&&) = default;
+  ~CRawImage() = default;
   [[nodiscard]] ORVA::CSize Size() const noexcept { return m_Header.size; }
   [[nodiscard]] EnPixel Pixel() const noexcept { return m_Header.pixel; }
   [[nodiscard]] StGrid const& Grid() const noexcept { return m_Grid; }
-  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return m_Pixels.Bytes(); }
-  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return m_Pixels.Bytes(); }
-  [[nodiscard]] CSharedBuffer const& Buffer() const noexcept { return m_Pixels; }
+  [[nodiscard]] std::span<std::byte> Bytes() noexcept { return {m_Begin, m_Bytes}; }
+  [[nodiscard]] std::span<std::byte const> Bytes() const noexcept { return {m_Begin, m_Bytes}; }
+  [[nodiscard]] CSharedBuffer const& Buffer() const noexcept { return *m_Pixels; }
+  /// The slices from `first` up to but not including `last`, which must lie inside: the same
+  /// pixels, which live as long as either image, with the grid of the whole.
+  [[nodiscard]] CRawImage Slab(ORVA::int64 first, ORVA::int64 last) const;
   /// A copy as framework image; for types with gray levels of their own and 32-bit floating-point.
   [[nodiscard]] ORVA::CImage ToGray() const;
 
 private:
   StHeader m_Header;
   StGrid m_Grid;
-  CSharedBuffer m_Pixels;
+  std::shared_ptr<CSharedBuffer> m_Pixels;
+  std::byte* m_Begin; // in them
+  std::size_t m_Bytes;
 };
 
 /// Calls the function with a zero of the type that such pixels have.

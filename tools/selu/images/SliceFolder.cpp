@@ -30,6 +30,15 @@ struct StSlice {
 
 bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
+// A file that is named like a slice is one, though damage may have left nothing to know it by.
+bool IsSlice(fs::path const& path, std::string_view beginning) {
+  if (auto const format = KnownFormat(beginning))
+    return format == EnFormat::Png || format == EnFormat::Tiff || format == EnFormat::Dicom;
+  constexpr std::array<std::string_view, 6> endings = {".png", ".tif",   ".tiff",
+                                                       ".dcm", ".dicom", ".ima"};
+  return std::ranges::find(endings, EndingOf(path)) != endings.end();
+}
+
 // The last number in a file's name, its ending left out.
 std::optional<std::uint64_t> LastNumber(fs::path const& path) {
   std::string const name = path.stem().string();
@@ -98,15 +107,11 @@ private:
 
   // Takes the file for a slice, or leaves it out.
   void Look(fs::path const& path) {
-    std::string const beginning = BeginningOf(path, 512);
-    auto const format = KnownFormat(beginning);
-    bool const isSlice =
-        format == EnFormat::Png || format == EnFormat::Tiff || format == EnFormat::Dicom;
-    if (!isSlice) return;
+    if (!IsSlice(path, BeginningOf(path, 512))) return;
     StOpened const opened = OpenReader(path);
     if (opened.header.size.Dim() != 2)
       Refuse(QuotedPart(path.filename().string()) + " is a volume, not a slice");
-    m_Slices.push_back({path, *format, opened.header, opened.grid, opened.series});
+    m_Slices.push_back({path, opened.format, opened.header, opened.grid, opened.series});
   }
 
   void Choose(std::string const& series) {

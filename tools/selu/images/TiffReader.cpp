@@ -100,6 +100,7 @@ public:
     m_File.Require(TIFFSetDirectory(m_File.Get(), 0) == 1);
     FindStack();
     m_Grid = ReadTiffGrid(m_File);
+    m_HasRows = m_StackPages == 0 && m_Pages == 1 && RowsArePlain();
   }
 
   StClaim Claim() override {
@@ -115,7 +116,7 @@ public:
   }
 
   void Read(std::span<std::byte> pixels) override {
-    if (m_StackPages > 0) return ReadStack(pixels);
+    if (m_StackPages > 0) return ReadStack(0, pixels);
     m_File.Require(TIFFSetDirectory(m_File.Get(), 0) == 1);
     std::size_t const plane = pixels.size() / static_cast<std::size_t>(m_Pages);
     std::size_t done = 0;
@@ -126,6 +127,21 @@ public:
       done += plane;
     } while (NextPage());
     m_File.Require(done == pixels.size());
+  }
+
+  [[nodiscard]] bool ReadsSlabs() const override {
+    return m_StackPages > 0 || m_Pages > 1 || m_HasRows;
+  }
+
+  void ReadSlab(int64 first, std::span<std::byte> pixels) override {
+    if (m_StackPages > 0) return ReadStack(first * int64{m_First.length}, pixels);
+    if (m_HasRows) return ReadRows(static_cast<std::uint64_t>(first), pixels);
+    std::size_t const plane = RowInMemory() * m_First.length;
+    for (std::size_t done = 0; done < pixels.size(); done += plane) {
+      m_File.Require(
+          TIFFSetSubDirectory(m_File.Get(), m_Places.at(static_cast<std::size_t>(first++))) == 1);
+      ReadPage(pixels.subspan(done, plane));
+    }
   }
 
 private:
@@ -165,6 +181,7 @@ private:
 
   void Include(StPage const& page) {
     if (m_Pages++ == 0) m_First = page;
+    m_Places.push_back(TIFFCurrentDirOffset(m_File.Get()));
     if (page.IsGray()) { // colors are refused as such
       if (page.photometric == PHOTOMETRIC_LOGL || !PixelOf(page.samples)) Refuse(KindText(page));
       if (page.orientation > ORIENTATION_BOTLEFT) Refuse("its rows run downwards, not across");
@@ -191,17 +208,63 @@ private:
       Refuse("the file is damaged or cut off");
   }
 
-  void ReadStack(std::span<std::byte> pixels) const {
+  [[nodiscard]] std::size_t RowInMemory() const {
+    return m_First.width * PixelBytes(*PixelOf(m_First.samples));
+  }
+
+  // From so many rows of all pages on.
+  void ReadStack(int64 row, std::span<std::byte> pixels) const {
+    auto const offset = m_StackOffset + static_cast<std::uint64_t>(row) * m_First.RowBytes();
+    ReadPlainRows(offset, pixels);
+  }
+
+  // Rows that follow each other in the file from a place on.
+  void ReadPlainRows(std::uint64_t offset, std::span<std::byte> pixels) const {
     std::ifstream in(m_Path, std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(m_StackOffset));
+    in.seekg(static_cast<std::streamoff>(offset));
     std::vector<std::byte> row(m_First.RowBytes());
-    std::size_t const rowPixels = m_First.width * PixelBytes(*PixelOf(m_First.samples));
+    std::size_t const rowPixels = RowInMemory();
     bool const swap = TIFFIsByteSwapped(m_File.Get()) != 0;
     for (std::size_t done = 0; done < pixels.size(); done += rowPixels) {
       in.read(reinterpret_cast<char*>(row.data()), static_cast<std::streamsize>(row.size()));
       m_File.Require(in.good());
       if (swap) SwapRow(row);
       UnpackSamples(m_First.samples, row, pixels.subspan(done, rowPixels));
+    }
+  }
+
+  [[nodiscard]] std::uint64_t RowsPerStrip() const {
+    return std::min(m_File.Field(TIFFTAG_ROWSPERSTRIP, m_First.length), m_First.length);
+  }
+
+  // Whether the rows of the only page stand in strips as they are.
+  [[nodiscard]] bool RowsArePlain() const {
+    TIFF* const file = m_File.Get();
+    auto const fillOrder = m_File.Field<std::uint16_t>(TIFFTAG_FILLORDER, FILLORDER_MSB2LSB);
+    bool const isPlain = m_First.compression == COMPRESSION_NONE && TIFFIsTiled(file) == 0 &&
+                         m_First.IsGray() && m_First.orientation == ORIENTATION_TOPLEFT &&
+                         fillOrder == FILLORDER_MSB2LSB && m_First.length > 0;
+    if (!isPlain) return false;
+    std::uint64_t const rows = RowsPerStrip();
+    if (rows == 0) return false;
+    for (std::uint64_t y = 0; y < m_First.length; y += rows) {
+      auto const strip = static_cast<std::uint32_t>(y / rows);
+      auto const bytes = std::min<std::uint64_t>(rows, m_First.length - y) * m_First.RowBytes();
+      if (TIFFGetStrileByteCount(file, strip) != bytes) return false;
+    }
+    return true;
+  }
+
+  void ReadRows(std::uint64_t first, std::span<std::byte> pixels) const {
+    std::uint64_t const perStrip = RowsPerStrip();
+    for (std::uint64_t y = first; !pixels.empty();) {
+      auto const strip = static_cast<std::uint32_t>(y / perStrip);
+      std::uint64_t const rows =
+          std::min<std::uint64_t>(perStrip - y % perStrip, pixels.size() / RowInMemory());
+      ReadPlainRows(TIFFGetStrileOffset(m_File.Get(), strip) + y % perStrip * m_First.RowBytes(),
+                    pixels.first(rows * RowInMemory()));
+      pixels = pixels.subspan(rows * RowInMemory());
+      y += rows;
     }
   }
 
@@ -265,6 +328,8 @@ private:
   StPage m_First;
   int64 m_Pages = 0, m_StackPages = 0;
   std::uint64_t m_StackOffset = 0;
+  std::vector<std::uint64_t> m_Places; // of the pages' directories
+  bool m_HasRows = false;              // see RowsArePlain
   StGrid m_Grid;
 };
 

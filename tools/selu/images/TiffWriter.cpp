@@ -4,8 +4,7 @@
 #include "images/TiffGrid.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <vector>
+#include <utility>
 
 namespace selu {
 namespace {
@@ -40,35 +39,61 @@ void SetPage(CTiffFile const& file, StHeader const& header, std::uint32_t rowsPe
   file.Set(TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
 }
 
-// libtiff may change what it is given, so it gets a copy.
-void WriteStrips(CTiffFile const& file, std::span<std::byte const> plane, std::size_t stripBytes) {
-  std::vector<std::byte> strip;
-  for (std::uint32_t number = 0; !plane.empty(); ++number) {
-    auto const part = plane.first(std::min(stripBytes, plane.size()));
-    strip.assign(part.begin(), part.end());
-    auto const bytes = static_cast<tmsize_t>(strip.size());
-    file.Require(TIFFWriteEncodedStrip(file.Get(), number, strip.data(), bytes) == bytes);
-    plane = plane.subspan(part.size());
-  }
+std::size_t PlaneBytes(StHeader const& header) {
+  return static_cast<std::size_t>(header.size.x) * static_cast<std::size_t>(header.size.y) *
+         PixelBytes(header.pixel);
+}
+
+std::size_t StripBytes(StHeader const& header) {
+  std::size_t const rowBytes = PlaneBytes(header) / static_cast<std::size_t>(header.size.y);
+  return rowBytes * std::clamp<std::size_t>(c_stripBytes / rowBytes, 1,
+                                            static_cast<std::size_t>(header.size.y));
 }
 
 } // namespace
 
-void WriteTiff(std::filesystem::path const& path, StPixels const& image, ImageNotes const& notes) {
-  auto const& size = image.header.size;
-  auto const pages = static_cast<std::size_t>(size.z);
-  std::size_t const plane = image.bytes.size() / pages;
-  std::size_t const rowBytes = plane / static_cast<std::size_t>(size.y);
-  auto const rows = std::max<std::size_t>(1, std::min(c_stripBytes / rowBytes, plane / rowBytes));
-  CTiffFile file(path, static_cast<double>(image.bytes.size()) > c_smallFile ? "w8" : "w");
-  for (std::size_t page = 0; page < pages; ++page) {
-    SetPage(file, image.header, static_cast<std::uint32_t>(rows));
-    if (page == 0) WriteTiffGrid(file, image.grid, notes);
-    if (pages > 1) file.Set(TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
-    WriteStrips(file, image.bytes.subspan(page * plane, plane), rows * rowBytes);
-    file.Require(TIFFWriteDirectory(file.Get()) == 1);
+CTiffWriter::CTiffWriter(std::filesystem::path const& path, StHeader const& header,
+                         StGrid const& grid, ImageNotes notes)
+    : m_Header(header), m_Grid(grid), m_Notes(std::move(notes)),
+      m_File(path, ImageBytes(header) > c_smallFile ? "w8" : "w"), m_PlaneBytes(PlaneBytes(header)),
+      m_StripBytes(StripBytes(header)) {}
+
+void CTiffWriter::StartPage() {
+  std::size_t const rowBytes = m_PlaneBytes / static_cast<std::size_t>(m_Header.size.y);
+  SetPage(m_File, m_Header, static_cast<std::uint32_t>(m_StripBytes / rowBytes));
+  if (m_Pages == 0) WriteTiffGrid(m_File, m_Grid, m_Notes);
+  if (m_Header.size.z > 1) m_File.Set(TIFFTAG_SUBFILETYPE, FILETYPE_PAGE);
+  m_Number = 0;
+}
+
+void CTiffWriter::WriteStrip() {
+  auto const bytes = static_cast<tmsize_t>(m_Strip.size());
+  m_File.Require(TIFFWriteEncodedStrip(m_File.Get(), m_Number++, m_Strip.data(), bytes) == bytes);
+  m_Strip.clear();
+}
+
+void CTiffWriter::Write(std::span<std::byte const> bytes) {
+  while (!bytes.empty()) {
+    if (m_InPlane == 0) StartPage();
+    auto const part = bytes.first(
+        std::min({bytes.size(), m_StripBytes - m_Strip.size(), m_PlaneBytes - m_InPlane}));
+    m_Strip.insert(m_Strip.end(), part.begin(), part.end());
+    m_InPlane += part.size();
+    bytes = bytes.subspan(part.size());
+    if (m_Strip.size() == m_StripBytes || m_InPlane == m_PlaneBytes) WriteStrip();
+    if (m_InPlane < m_PlaneBytes) continue;
+    m_File.Require(TIFFWriteDirectory(m_File.Get()) == 1);
+    ++m_Pages;
+    m_InPlane = 0;
   }
-  file.Close();
+}
+
+void CTiffWriter::Finish() { m_File.Close(); }
+
+void WriteTiff(std::filesystem::path const& path, StPixels const& image, ImageNotes const& notes) {
+  CTiffWriter writer(path, image.header, image.grid, notes);
+  writer.Write(image.bytes);
+  writer.Finish();
 }
 
 } // namespace selu

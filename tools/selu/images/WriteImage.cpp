@@ -3,13 +3,12 @@
 #include "base/Texts.h"
 #include "images/ImageFile.h"
 #include "images/ImageReader.h"
-#include "images/ItkImageIo.h"
+#include "images/ItkWriter.h"
+#include "images/PngWriter.h"
 #include "images/TiffWriter.h"
 
 #include <cstring>
 #include <vector>
-
-#include <itkMetaDataObject.h>
 
 namespace selu {
 namespace fs = std::filesystem;
@@ -30,29 +29,6 @@ void Guarded(Calls calls, std::string const& sentence) {
   }
 }
 
-void WriteByItk(itk::ImageIOBase& io, fs::path const& path, StPixels const& image,
-                ImageNotes const& notes) {
-  ORVA::CSize const size = image.header.size;
-  std::array<int64, 3> const extents = {size.x, size.y, size.z};
-  io.SetNumberOfDimensions(static_cast<unsigned>(size.Dim()));
-  for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
-    io.SetDimensions(axis, static_cast<itk::SizeValueType>(extents[axis]));
-    io.SetSpacing(axis, image.grid.spacing[axis]);
-    io.SetOrigin(axis, image.grid.origin[axis]);
-    auto const& direction = image.grid.direction[axis];
-    io.SetDirection(axis, {direction.begin(), direction.begin() + size.Dim()});
-  }
-  io.SetPixelType(itk::IOPixelEnum::SCALAR);
-  io.SetNumberOfComponents(1);
-  io.SetComponentType(ComponentOf(image.header.pixel));
-  io.SetIORegion(WholeRegion(io));
-  io.SetUseCompression(false);
-  for (auto const& [key, value] : notes)
-    itk::EncapsulateMetaData<std::string>(io.GetMetaDataDictionary(), key, value);
-  io.SetFileName(path.string());
-  io.Write(image.bytes.data());
-}
-
 // In a process of its own, as readers of what a full disk has cut off may crash.
 bool HoldsTheSame(fs::path const& path, StPixels const& image) {
   CIsolated reader([&](std::string const&, std::span<std::byte>) {
@@ -70,15 +46,17 @@ bool HoldsTheSame(fs::path const& path, StPixels const& image) {
 void WritePixels(fs::path const& path, EnFormat format, StPixels const& image,
                  ImageNotes const& notes) {
   if (format == EnFormat::Tiff) return WriteTiff(path, image, notes);
-  auto const io = MakeItkIo(format);
-  WriteByItk(*io, path, image, notes);
+  WriteByItk(path, format, image, notes);
 }
 
 void WriteChecked(CAtomicFile& file, StPixels const& image, ImageNotes const& notes) {
   CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
   std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
-  Guarded([&] { WritePixels(file.Temporary(), FormatForOutput(file.Target()), image, notes); },
-          sentence);
+  EnFormat const format = FormatForOutput(file.Target());
+  if (format == EnFormat::Png)
+    file.Write(PngBytes(image)); // the image library breaks down on a full disk
+  else
+    Guarded([&] { WritePixels(file.Temporary(), format, image, notes); }, sentence);
   // Some writers overlook a full disk.
   bool same = false;
   try {
@@ -112,8 +90,8 @@ void WriteImage(CAtomicFile& file, ORVA::CImage const& image, StGrid const& grid
                notes);
 }
 
-void WriteImage(CAtomicFile& file, CRawImage const& image) {
-  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Grid(), image.Bytes()}, {});
+void WriteImage(CAtomicFile& file, CRawImage const& image, ImageNotes const& notes) {
+  WriteChecked(file, {{image.Size(), image.Pixel()}, image.Grid(), image.Bytes()}, notes);
 }
 
 } // namespace selu

@@ -102,9 +102,11 @@ private:
   std::vector<StRegion> m_Regions;
 };
 
+// Of a slab that begins with slice `slice` of the whole.
 template <class T, class Intensity>
-void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const& size,
+void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const& size, int64 slice,
                  Intensity const& intensity) {
+  int64 const firstY = size.Dim() == 2 ? slice : 0, firstZ = size.Dim() == 2 ? 0 : slice;
   int64 row = 0; // index of its first voxel
   for (int64 z = 0; z < size.z; ++z)
     for (int64 y = 0; y < size.y; ++y, row += size.x)
@@ -117,32 +119,38 @@ void MeasureRows(CRegions& regions, std::span<T const> labels, ORVA::CSize const
         if (label == 0) continue;
         StRegion& region = regions.Of(label);
         intensity(region, row + first, row + x);
-        AddRun(region, {first, x - 1, y, z});
+        AddRun(region, {first, x - 1, y + firstY, z + firstZ});
       }
 }
 
 template <class Intensity>
-void Measure(CRegions& regions, CRawImage const& labels, Intensity const& intensity) {
-  VisitPixels(labels, [&](auto pixels) { MeasureRows(regions, pixels, labels.Size(), intensity); });
+void Measure(CRegions& regions, CRawImage const& labels, int64 slice, Intensity const& intensity) {
+  VisitPixels(labels,
+              [&](auto pixels) { MeasureRows(regions, pixels, labels.Size(), slice, intensity); });
 }
 
 } // namespace
 
 double StRegion::Deviation() const { return std::sqrt(squares / static_cast<double>(voxels)); }
 
-std::vector<StRegion> MeasureRegions(CRawImage const& labels, CRawImage const* intensity,
-                                     std::filesystem::path const& path) {
-  CRegions regions(path);
-  if (intensity == nullptr)
-    Measure(regions, labels, StNoIntensity());
-  else if (intensity->Size() != labels.Size())
-    throw CAppError(Quoted(path) + " and its intensity image have different sizes");
-  else
-    VisitPixels(*intensity, [&]<class T>(std::span<T const> pixels) {
-      Measure(regions, labels, StIntensity<T>{pixels});
+std::vector<StRegion> MeasureRegions(CVolumeSource& labels, CVolumeSource* intensity) {
+  CRegions regions(labels.Path());
+  double const bytes =
+      labels.BytesPerSlice() + (intensity == nullptr ? 0 : intensity->BytesPerSlice());
+  for (StSlab const& slab : SlabsOf(labels.Size(), bytes)) {
+    CRawImage const some = labels.Slab(slab.first, slab.last);
+    if (intensity == nullptr) {
+      Measure(regions, some, slab.first, StNoIntensity());
+      continue;
+    }
+    CRawImage const values = intensity->Slab(slab.first, slab.last);
+    VisitPixels(values, [&]<class T>(std::span<T const> pixels) {
+      Measure(regions, some, slab.first, StIntensity<T>{pixels});
     });
+  }
   auto sorted = std::move(regions).Sorted();
-  if (sorted.empty()) throw CAppError(Quoted(path) + " has no objects: all its labels are 0");
+  if (sorted.empty())
+    throw CAppError(Quoted(labels.Path()) + " has no objects: all its labels are 0");
   return sorted;
 }
 

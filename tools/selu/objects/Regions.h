@@ -1,13 +1,12 @@
 // What the objects of a label image measure: extent, place, intensity.
 //
-//   for (StRegion const& region : MeasureRegions(labels, &intensity, "labels.nrrd"))
+//   for (StRegion const& region : MeasureRegions(labels, &intensity))
 //     std::cout << region.label << ' ' << region.voxels << ' ' << region.Centroid(0) << '\n';
 #pragma once
 
-#include "images/RawImage.h"
+#include "images/VolumeSource.h"
 
 #include <array>
-#include <filesystem>
 #include <vector>
 
 namespace selu {
@@ -32,11 +31,9 @@ struct StRegion {
 };
 
 /// The regions in ascending order of their labels, 0 being the background, in one pass over the
-/// voxels: O(voxels + regions * log(regions)), with memory for the regions only. The intensity
-/// image may be null. Throws CAppError for a label that is negative, above c_greatestLabel or no
-/// whole number, for an image without objects, and for images of different sizes.
-[[nodiscard]] std::vector<StRegion> MeasureRegions(CRawImage const& labels,
-                                                   CRawImage const* intensity,
-                                                   std::filesystem::path const& path);
+/// voxels: O(voxels + regions * log(regions)), with memory for the regions and a slab. The
+/// intensity image, of the same size, may be null. Throws CAppError for a label that is negative,
+/// above c_greatestLabel or no whole number, and for an image without objects.
+[[nodiscard]] std::vector<StRegion> MeasureRegions(CVolumeSource& labels, CVolumeSource* intensity);
 
 } // namespace selu

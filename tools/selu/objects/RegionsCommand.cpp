@@ -5,7 +5,8 @@
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "base/Threads.h"
-#include "images/ImageFile.h"
+#include "images/VolumeSource.h"
+#include "objects/ObjectTextures.h"
 #include "objects/RegionFeatures.h"
 #include "objects/Regions.h"
 #include "texture/LevelOptions.h"
@@ -110,6 +111,7 @@ private:
 struct StAsked {
   int dimension = 3;
   bool hasIntensity = false;
+  StGrid grid;
   StTextures const* textures = nullptr;
 };
 
@@ -121,6 +123,27 @@ void AddTexture(std::vector<StRegionFeature>& features, std::vector<std::string>
   for (std::size_t const f : order)
     features.push_back({"texture/" + names[f],
                         texture ? (*texture)[f] : std::numeric_limits<double>::quiet_NaN()});
+}
+
+// Lengths in the unit of the grid, where the image has one.
+void AddPhysical(std::vector<StRegionFeature>& features, StRegion const& region,
+                 std::size_t dimension, StGrid const& grid) {
+  if (grid == StGrid()) return;
+  auto const add = [&](std::string const& name, double value) {
+    features.push_back({"physical/" + name, value});
+  };
+  double voxel = 1;
+  for (std::size_t k = 0; k < dimension; ++k) {
+    double place = grid.origin[k];
+    for (std::size_t i = 0; i < dimension; ++i)
+      place += grid.direction[i][k] * grid.spacing[i] * region.Centroid(i);
+    add(std::string("centroid ") + c_axes[k], place);
+    voxel *= grid.spacing[k];
+  }
+  for (std::size_t i = 0; i < dimension; ++i)
+    add(std::string("extent ") + c_axes[i],
+        grid.spacing[i] * static_cast<double>(region.high[i] - region.low[i] + 1));
+  add("volume", voxel * static_cast<double>(region.voxels));
 }
 
 // In the order of their paths.
@@ -141,6 +164,7 @@ std::vector<StRegionFeature> FeaturesOf(StRegion const& region, std::size_t inde
   }
   if (relabeled) features.push_back({"label", region.label});
   features.push_back({"object", std::to_string(label)});
+  AddPhysical(features, region, axes.size(), asked.grid);
   std::optional<Texture> texture;
   if (asked.textures != nullptr) texture = asked.textures->of(region, index);
   bool const tooSmall = asked.textures != nullptr && !texture;
@@ -197,15 +221,15 @@ void CheckOptions(StOptions const& options) {
 
 // The images that are read, opened before the output is.
 struct StInputs {
-  COpenImage labels;
-  std::optional<COpenImage> intensity;
+  CVolumeSource labels;
+  std::optional<CVolumeSource> intensity;
 };
 
 StInputs OpenInputs(StOptions const& options) {
-  StInputs inputs{OpenImage(options.labels, options.series), std::nullopt};
+  StInputs inputs{CVolumeSource(OpenImage(options.labels, options.series)), std::nullopt};
   if (options.intensity.empty()) return inputs;
   inputs.intensity.emplace(OpenImage(options.intensity, options.series));
-  if (inputs.intensity->Header().size != inputs.labels.Header().size)
+  if (inputs.intensity->Size() != inputs.labels.Size())
     throw CAppError(Quoted(options.labels) + " and " + Quoted(options.intensity) +
                     " have different sizes");
   return inputs;
@@ -222,42 +246,20 @@ StTextures BoxTextures(StOptions const& options, CRawImage const& intensity) {
           [boxes](StRegion const& region, std::size_t) { return boxes->Measure(region); }};
 }
 
-// Labels of any pixel type, judged already, as 32-bit integers.
-CImage To32Bits(CRawImage const& labels) {
-  CImage image(ORVA::IMAGE_GREY_32, labels.Size());
-  auto const access = image.CreateAccess(true);
-  auto* out = reinterpret_cast<std::uint32_t*>(access.WritableBase());
-  VisitPixels(labels, [&](auto pixels) {
-    for (auto const value : pixels) *out++ = static_cast<std::uint32_t>(value);
-  });
-  return image;
-}
-
 // All objects at once, in ascending order of their labels, as the regions come.
-StTextures ObjectTextures(StOptions const& options, CRawImage const& labels,
-                          CRawImage const& intensity) {
-  auto const gray = MakeLevels(intensity, options.intensity, ParseLevels(options.levels));
-  CImage const objects = To32Bits(labels);
-  ORVA::StObjectTextureOptions wanted;
-  wanted.features = ParseFeatures(options.features.empty() ? "ibsi" : options.features);
-  wanted.isSymmetric = options.symmetric;
-  for (auto const& d : Directions(options, labels.Size().Dim()))
-    wanted.displacements.push_back({d.x, d.y, d.z});
-  ORVA::CObjectTexture const texture(gray.levels, objects, wanted);
+StTextures ObjectTextures(StOptions const& options, StInputs& inputs,
+                          std::vector<StRegion> const& regions) {
+  StObjectTextures wanted{ParseLevels(options.levels), {}, ParseThreads(options.threads)};
+  wanted.options.features = ParseFeatures(options.features.empty() ? "ibsi" : options.features);
+  wanted.options.isSymmetric = options.symmetric;
+  for (auto const& d : Directions(options, inputs.labels.Size().Dim()))
+    wanted.options.displacements.push_back({d.x, d.y, d.z});
   StTextures result;
-  std::size_t const width = wanted.features.size();
-  for (auto const feature : wanted.features) result.names.emplace_back(ORVA::FeatureName(feature));
-  auto const values = std::make_shared<std::vector<double>>(texture.Objects().size() * width);
-  constexpr std::size_t block = 64;
-  std::size_t const count = texture.Objects().size();
-  auto const blocks = static_cast<int64>((count + block - 1) / block);
-  CProgressBar bar("measuring texture", blocks);
-  ForEachPart(ParseThreads(options.threads), blocks, [&](int64 part) {
-    std::size_t const first = static_cast<std::size_t>(part) * block;
-    std::size_t const last = std::min(first + block, count);
-    texture.Compute(first, last, std::span(*values).subspan(first * width, (last - first) * width));
-    bar.Advance();
-  });
+  std::size_t const width = wanted.options.features.size();
+  for (auto const feature : wanted.options.features)
+    result.names.emplace_back(ORVA::FeatureName(feature));
+  auto const values = std::make_shared<std::vector<double>>(
+      MeasureTextures(inputs.labels, *inputs.intensity, regions, wanted));
   result.of = [values, width](StRegion const&, std::size_t index) -> std::optional<Texture> {
     auto const begin = values->begin() + static_cast<std::ptrdiff_t>(index * width);
     if (std::isnan(*begin)) return std::nullopt; // all are, where there is no pair
@@ -267,17 +269,14 @@ StTextures ObjectTextures(StOptions const& options, CRawImage const& labels,
 }
 
 void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAtomicFile* csv) {
-  CRawImage const labels = inputs.labels.Read();
-  StAsked asked{labels.Size().Dim(), inputs.intensity.has_value(), nullptr};
-  if (!inputs.intensity)
-    return WriteRegions(MeasureRegions(labels, nullptr, options.labels), asked, options.relabel,
-                        json, csv);
-  CRawImage const intensity = inputs.intensity->Read();
-  auto const regions = MeasureRegions(labels, &intensity, options.labels);
+  auto* const intensity = inputs.intensity ? &*inputs.intensity : nullptr;
+  auto const regions = MeasureRegions(inputs.labels, intensity);
+  StAsked asked{inputs.labels.Size().Dim(), intensity != nullptr, inputs.labels.Image().Grid(),
+                nullptr};
   StTextures textures;
-  if (!options.noTexture) {
-    textures =
-        options.box ? BoxTextures(options, intensity) : ObjectTextures(options, labels, intensity);
+  if (intensity != nullptr && !options.noTexture) {
+    textures = options.box ? BoxTextures(options, intensity->Whole())
+                           : ObjectTextures(options, inputs, regions);
     asked.textures = &textures;
   }
   WriteRegions(regions, asked, options.relabel, json, csv);
@@ -285,8 +284,8 @@ void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAto
 
 std::optional<CAtomicFile> OpenOutput(std::string const& path, StInputs const& inputs) {
   if (path.empty()) return std::nullopt;
-  RefuseOverwriting(path, inputs.labels);
-  if (inputs.intensity) RefuseOverwriting(path, *inputs.intensity);
+  RefuseOverwriting(path, inputs.labels.Image());
+  if (inputs.intensity) RefuseOverwriting(path, inputs.intensity->Image());
   return std::optional<CAtomicFile>(std::in_place, path);
 }
 
@@ -303,7 +302,9 @@ constexpr char c_help[] =
 last coordinate along each axis), "centroid", and with --intensity "intensity" (mean and standard
 deviation of its voxels' values as they are) and "texture" (the features of the pairs with both
 voxels in the object; without --direction their mean over the directions to the 13 neighbors, in 2D
-4, that have a pair). All lengths are in voxels. Where there is no pair, the texture is NaN and the
+4, that have a pair). Lengths are in voxels; where the image has a spacing, "physical" has the
+centroid in space, the extent of the bounding box along each axis and the volume (in 2D the area) in
+the unit of the file, too. Where there is no pair, the texture is NaN and the
 status "too small for texture". The levels are made of the whole intensity image.
 
 With --box the texture is that of the object's bounding box, the voxels of others included: the 13

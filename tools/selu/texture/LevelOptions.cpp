@@ -3,6 +3,8 @@
 #include "base/Errors.h"
 #include "base/Texts.h"
 
+#include <SeluUtils/Texture/LevelImage.h>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -12,7 +14,6 @@
 namespace selu {
 namespace {
 
-using ORVA::CQuantizer;
 using ORVA::int64;
 
 int64 ParseWhole(std::string const& text, char const* option, int64 least, int64 most) {
@@ -30,59 +31,18 @@ double ParseWidth(std::string const& text) {
   return numbers->front();
 }
 
-ORVA::IImage::CType TypeOf(EnPixel pixel, std::filesystem::path const& path) {
-  switch (pixel) {
-  case EnPixel::UInt8:
-    return ORVA::IMAGE_GREY_8;
-  case EnPixel::Int8:
-    return ORVA::IMAGE_SIGNED_8;
-  case EnPixel::UInt16:
-    return ORVA::IMAGE_GREY_16;
-  case EnPixel::Int16:
-    return ORVA::IMAGE_SIGNED_16;
-  case EnPixel::UInt32:
-    return ORVA::IMAGE_GREY_32;
-  case EnPixel::Int32:
-    return ORVA::IMAGE_SIGNED_32;
-  case EnPixel::Float:
-    return ORVA::IMAGE_GREY_F;
-  case EnPixel::Double:
-    return ORVA::IMAGE_DOUBLE;
-  default:
-    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
-                    " pixels, but levels are made of integers of 8, 16 and 32 bits and of "
-                    "floating-point numbers");
+void ParseStart(std::string const& text, StLevelRecipe& recipe) {
+  if (text == "minimum") return;
+  auto const numbers = ParseNumbers(text);
+  if (text == "multiple") {
+    recipe.kind = StLevelRecipe::EnKind::WidthAtMultiple;
+  } else if (numbers && numbers->size() == 1 && std::isfinite(numbers->front())) {
+    recipe.kind = StLevelRecipe::EnKind::WidthFrom;
+    recipe.start = numbers->front();
+  } else {
+    throw CUsageError("--bin-start needs minimum, multiple or a finite number, not \"" + text +
+                      "\"");
   }
-}
-
-// The range of all values of a pixel type.
-StRange OwnRange(EnPixel pixel, std::filesystem::path const& path) {
-  if (!HasOwnGrayLevels(pixel))
-    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
-                    " pixels, which need --range LO,HI, --bin-width or --bin-count to map them to "
-                    "levels");
-  return {0, std::ldexp(1.0, static_cast<int>(PixelBytes(pixel)) * 8)};
-}
-
-CQuantizer QuantizerOf(StLevelRecipe const& recipe, EnPixel pixel,
-                       std::filesystem::path const& path) {
-  if (recipe.kind == StLevelRecipe::EnKind::Width) return CQuantizer::BinWidth(recipe.width);
-  if (recipe.kind == StLevelRecipe::EnKind::Count) return CQuantizer::BinCount(recipe.levels);
-  StRange const range = recipe.range ? *recipe.range : OwnRange(pixel, path);
-  return CQuantizer::Range(range.low, range.high, recipe.levels);
-}
-
-StGrayLevels Make(CRawImage const& image, std::filesystem::path const& path,
-                  StLevelRecipe const& recipe, ORVA::StMask const& mask) {
-  CQuantizer quantizer = QuantizerOf(recipe, image.Pixel(), path);
-  auto const view = ViewOf(image, path);
-  if (quantizer.NeedsRange()) quantizer = quantizer.Fit(CQuantizer::FindRange(view, mask));
-  ORVA::StLevelReport report;
-  StGrayLevels gray{quantizer.Quantize(view, mask, &report), quantizer.Edges()};
-  if (report.Outside() == report.Voxels())
-    throw CAppError(Quoted(path) + " has no voxel to measure: all are " +
-                    (report.offMask > 0 ? "off the mask or NaN" : "NaN"));
-  return gray;
 }
 
 } // namespace
@@ -93,6 +53,9 @@ void AddLevelOptions(CLI::App& command, StLevelOptions& options) {
                      "an unsigned pixel type; 256 when nothing else is asked for");
   command.add_option("--bin-width", options.width,
                      "levels of this width from the least value found, the fixed bin size");
+  command.add_option("--bin-start", options.start,
+                     "where the first of them begins: minimum (taken when not given), multiple "
+                     "(the multiple of the width at or below the least value) or a value");
   command.add_option("--bin-count", options.count,
                      "so many levels of equal width over the values found, the fixed bin number");
 }
@@ -110,6 +73,8 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
   if (!options.range.empty() && options.width.size() + options.count.size() > 0)
     throw CUsageError("--range goes with --levels; --bin-width and --bin-count take the values "
                       "found");
+  if (!options.start.empty() && options.width.empty())
+    throw CUsageError("--bin-start is for bins of one width, which need --bin-width");
   if (!options.label.empty() && options.mask.empty())
     throw CUsageError("--label is for the mask, which needs --mask");
   if (!options.range.empty()) recipe.range = ParseRange(options.range);
@@ -119,6 +84,7 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
     recipe.kind = StLevelRecipe::EnKind::Width;
     recipe.width = ParseWidth(options.width);
   }
+  if (!options.start.empty()) ParseStart(options.start, recipe);
   if (!options.count.empty()) {
     recipe.kind = StLevelRecipe::EnKind::Count;
     recipe.levels =
@@ -129,37 +95,13 @@ StLevelRecipe ParseLevels(StLevelOptions const& options) {
   return recipe;
 }
 
-ORVA::CImageView ViewOf(CRawImage const& image, std::filesystem::path const& path) {
-  return ORVA::CImageView(TypeOf(image.Pixel(), path), image.Size(),
-                          static_cast<void const*>(image.Bytes().data()));
-}
-
-std::optional<COpenImage> OpenMask(StLevelOptions const& options, COpenImage const& image) {
+std::optional<CVolumeSource> OpenMask(StLevelOptions const& options, COpenImage const& image) {
   if (options.mask.empty()) return std::nullopt;
-  std::optional<COpenImage> mask(OpenImage(options.mask));
-  EnPixel const pixel = mask->Header().pixel;
-  if (mask->Header().size != image.Header().size)
+  std::optional<CVolumeSource> mask(OpenImage(options.mask));
+  if (mask->Size() != image.Header().size)
     throw CAppError(Quoted(image.Path()) + " and its mask " + Quoted(options.mask) +
                     " have different sizes");
-  (void)TypeOf(pixel, options.mask);
-  if (pixel == EnPixel::Float || pixel == EnPixel::Double)
-    throw CAppError(Quoted(options.mask) + " has " + PixelText(pixel) +
-                    " pixels, but a mask has whole numbers");
   return mask;
-}
-
-StGrayLevels MakeLevels(COpenImage& image, std::optional<COpenImage>& mask,
-                        StLevelRecipe const& recipe) {
-  CRawImage const raw = image.Read();
-  if (!mask) return Make(raw, image.Path(), recipe, {});
-  CRawImage const labels = mask->Read();
-  auto const view = ViewOf(labels, mask->Path());
-  return Make(raw, image.Path(), recipe, {&view, recipe.label});
-}
-
-StGrayLevels MakeLevels(CRawImage const& image, std::filesystem::path const& path,
-                        StLevelRecipe const& recipe) {
-  return Make(image, path, recipe, {});
 }
 
 std::vector<ORVA::EnTextureFeature> ParseFeatures(std::string const& text) {

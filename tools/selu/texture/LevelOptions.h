@@ -1,17 +1,14 @@
 // Gray levels and features as the command line asks for them.
 //
-//   StLevelOptions options;                            // filled by AddLevelOptions(command,
-//   options) StLevelRecipe const recipe = ParseLevels(options); // before any image is read auto
-//   mask = OpenMask(options, image);              // nothing without --mask StGrayLevels const gray
-//   = MakeLevels(image, mask, recipe);
+//   StLevelOptions options;                       // filled by AddLevelOptions(command, options)
+//   StLevelRecipe const recipe = ParseLevels(options);     // before any image is read
+//   auto mask = OpenMask(options, image);                  // nothing without --mask
 #pragma once
 
-#include "images/ImageFile.h"
 #include "images/Quantize.h"
+#include "images/VolumeSource.h"
 
 #include <SeluUtils/Texture/Features.h>
-#include <SeluUtils/Texture/LevelImage.h>
-#include <SeluUtils/Texture/Quantizer.h>
 
 #include <optional>
 #include <string>
@@ -25,7 +22,7 @@ namespace selu {
 
 /// As written; empty where not given.
 struct StLevelOptions {
-  std::string levels, width, count, range, mask, label;
+  std::string levels, width, start, count, range, mask, label;
 
   /// Whether any but the range is given.
   [[nodiscard]] bool AreGiven() const {
@@ -33,17 +30,18 @@ struct StLevelOptions {
   }
 };
 
-/// --levels, --bin-width, --bin-count and --range.
+/// --levels, --bin-width, --bin-start and --bin-count.
 void AddLevelOptions(CLI::App& command, StLevelOptions& options);
 /// --mask and --label.
 void AddMaskOptions(CLI::App& command, StLevelOptions& options);
 
 /// How values become levels: so many of equal width over a range, bins of one width from the least
-/// value found, or so many bins over the values found.
+/// value found, from a given one or from the multiple of the width below, or so many bins over the
+/// values found.
 struct StLevelRecipe {
-  enum class EnKind { Range, Width, Count } kind = EnKind::Range;
+  enum class EnKind { Range, Width, WidthFrom, WidthAtMultiple, Count } kind = EnKind::Range;
   int levels = 256;
-  double width = 0;
+  double width = 0, start = 0;
   std::optional<StRange> range;     ///< none: all values of the pixel type
   std::optional<ORVA::int64> label; ///< of the mask; none: all but 0
 };
@@ -51,24 +49,9 @@ struct StLevelRecipe {
 /// Throws CUsageError for what does not go together, and for numbers that are none.
 [[nodiscard]] StLevelRecipe ParseLevels(StLevelOptions const& options);
 
-struct StGrayLevels {
-  ORVA::CLevelImage levels;
-  std::vector<double> edges; ///< of the levels, one more than there are
-};
-
-/// A framework image over the pixels, which must stay; CAppError for integers of 64 bits, which it
-/// does not hold.
-[[nodiscard]] ORVA::CImageView ViewOf(CRawImage const& image, std::filesystem::path const& path);
-
 /// The mask of an image, opened and judged; nothing where none is asked for.
-[[nodiscard]] std::optional<COpenImage> OpenMask(StLevelOptions const& options,
-                                                 COpenImage const& image);
-/// Throws CAppError where no voxel is within, and for pixels that the recipe does not fit.
-[[nodiscard]] StGrayLevels MakeLevels(COpenImage& image, std::optional<COpenImage>& mask,
-                                      StLevelRecipe const& recipe);
-/// The same of an image that has been read, without a mask.
-[[nodiscard]] StGrayLevels MakeLevels(CRawImage const& image, std::filesystem::path const& path,
-                                      StLevelRecipe const& recipe);
+[[nodiscard]] std::optional<CVolumeSource> OpenMask(StLevelOptions const& options,
+                                                    COpenImage const& image);
 
 /// "ibsi", "haralick", or names such as "contrast,joint_entr"; throws CUsageError for others.
 [[nodiscard]] std::vector<ORVA::EnTextureFeature> ParseFeatures(std::string const& text);

@@ -32,11 +32,13 @@ struct StTexture {
   std::optional<StRange> range;
   std::vector<std::string> featureNames;
   std::vector<StDirectionTexture> directions;
-  /// Size (directions, n, n) for n levels: the count of (i, j) for direction s at (s, i, j).
+  /// Size (directions, n, n) for n levels: the count of (i, j) for direction s at (s, i, j). Of an
+  /// aggregation those of its directions, or the only one of all.
   ORVA::CImage matrices;
+  std::vector<std::string> matrixNames; ///< such as "1,0,0"
   /// The n + 1 edges of the levels; none for the 256 gray levels.
   std::vector<double> edges;
-  /// Such as "3D_avg", and the features of all directions; no directions then.
+  /// Such as "3D_avg", and the features of all directions; the directions have none then.
   std::string aggregation;
   std::vector<double> aggregated;
 };

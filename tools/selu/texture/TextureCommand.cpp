@@ -4,27 +4,24 @@
 #include "base/FileBytes.h"
 #include "base/Memory.h"
 #include "base/Output.h"
-#include "base/Progress.h"
 #include "base/Texts.h"
 #include "base/Threads.h"
 #include "drawing/Picture.h"
 #include "images/Directions.h"
-#include "images/ImageFile.h"
+#include "images/VolumeSource.h"
+#include "texture/GrayTexture.h"
 #include "texture/LevelTexture.h"
 #include "texture/Texture.h"
 
 #include <CLI/CLI.hpp>
 
-#include <cstring>
 #include <memory>
-#include <mutex>
 #include <span>
 
 namespace selu {
 namespace {
 
 using ORVA::CCooccurrence;
-using ORVA::CImage;
 using ORVA::CSize;
 using ORVA::int64;
 
@@ -77,8 +74,6 @@ void CheckTogether(StOptions const& options) {
     throw CUsageError("--features selu are those of 256 gray levels as counted: leave out "
                       "--levels, --bin-width, --bin-count, --mask, --symmetric and --aggregate, "
                       "or take ibsi or haralick");
-  if (!options.aggregate.empty() && !(options.matrix.empty() && options.pictures.empty()))
-    throw CUsageError("--matrix and --picture show single directions: leave out --aggregate");
 }
 
 StAsked Parse(StOptions const& options) {
@@ -159,46 +154,6 @@ std::vector<Direction> AggregatedDirections(StOptions const& options, StAsked co
   return directions;
 }
 
-// Matrix s of `all` from the only one of `one`.
-void CopyMatrix(CImage& all, int64 s, CImage const& one) {
-  auto const to = all.CreateAccess(true);
-  auto const from = one.CreateAccess(false);
-  for (int64 j = 0; j < 256; ++j)
-    for (int64 i = 0; i < 256; ++i)
-      std::memcpy(to.WritableBase() + s * to.Stride(0) + i * to.Stride(1) + j * to.Stride(2),
-                  from.Base() + i * from.Stride(1) + j * from.Stride(2), sizeof(std::uint32_t));
-}
-
-void Compute(StTexture& texture, CImage const& gray, std::vector<Direction> const& directions,
-             int threads) {
-  constexpr int64 stepsOfOne = 3; // what ComputeMatrixAndFeatures advances by
-  auto const count = static_cast<int64>(directions.size());
-  CProgressBar bar("counting pairs", count * stepsOfOne);
-  texture.featureNames.assign(c_featureNames.begin(), c_featureNames.end());
-  texture.matrices = CImage(ORVA::IMAGE_GREY_32, CSize(count, 256, 256));
-  texture.directions.resize(directions.size());
-  std::mutex mutex;
-  ForEachPart(threads, count, [&](int64 s) {
-    CCooccurrence cooccurrence("texture", nullptr);
-    cooccurrence.SetProgressObserver(&bar);
-    CImage one(ORVA::IMAGE_GREY_32, CSize(1, 256, 256));
-    Direction const direction = directions[static_cast<std::size_t>(s)];
-    auto const values = cooccurrence.ComputeMatrixAndFeatures(one, gray, direction);
-    std::scoped_lock const lock(mutex);
-    CopyMatrix(texture.matrices, s, one);
-    texture.directions[static_cast<std::size_t>(s)] = {
-        direction, PairsOf(gray.Size(), direction), {values.begin(), values.end()}};
-  });
-}
-
-CImage ReadGray(COpenImage& image, std::optional<StRange> const& range) {
-  CRawImage const raw = image.Read();
-  CImage gray = ToGray(raw, range, image.Path());
-  auto const warning = CollapseWarning(raw, range, image.Path());
-  if (!warning.empty()) PrintNote("warning: " + warning);
-  return gray;
-}
-
 std::optional<CAtomicFile> OpenMatrix(StOptions const& options, COpenImage const& image) {
   if (options.matrix.empty()) return std::nullopt;
   CheckImageOutput(options.matrix, ORVA::IMAGE_GREY_32, 3);
@@ -222,19 +177,19 @@ std::string Formatted(StOptions const& options, StTexture const& texture) {
 }
 
 // The features of levels that were made on purpose.
-void Measure(StTexture& texture, StOptions const& options, StAsked& asked, COpenImage& image) {
+void Measure(StTexture& texture, StOptions const& options, StAsked& asked, CVolumeSource& image) {
   auto& counting = asked.counting;
   counting.directions = asked.way ? AggregatedDirections(options, asked, texture.size)
                                   : FitDirections(options, asked, texture.size);
-  auto mask = OpenMask(options.levels, image);
-  StGrayLevels const gray = MakeLevels(image, mask, asked.recipe);
-  if (asked.way) return Aggregate(texture, gray, counting, *asked.way);
+  auto mask = OpenMask(options.levels, image.Image());
+  CLevelSource source(image, mask ? &*mask : nullptr, asked.recipe);
   int const most = options.pictures.empty() ? c_mostMatrixLevels : c_mostPictureLevels;
-  if (counting.keepsMatrices && gray.levels.Levels() > most)
+  if (counting.keepsMatrices && source.Count() > most)
     throw CAppError(std::string(options.pictures.empty() ? "--matrix holds" : "--picture shows") +
                     " up to " + std::to_string(most) + " levels, not " +
-                    std::to_string(gray.levels.Levels()));
-  CountDirections(texture, gray, counting);
+                    std::to_string(source.Count()));
+  if (asked.way) return Aggregate(texture, source, counting, *asked.way);
+  CountDirections(texture, source, counting);
 }
 
 void Run(StOptions const& options) {
@@ -242,16 +197,17 @@ void Run(StOptions const& options) {
   StTexture texture;
   texture.image = options.image;
   texture.range = asked.range;
-  COpenImage image = OpenImage(options.image, options.series);
-  texture.size = image.Header().size;
-  texture.pixel = image.Header().pixel;
+  CVolumeSource image(OpenImage(options.image, options.series));
+  texture.size = image.Size();
+  texture.pixel = image.Pixel();
   if (options.IsGiven()) asked.counting.directions = FitDirections(options, asked, texture.size);
-  auto matrix = OpenMatrix(options, image);
-  auto pictures = OpenPictures(options, image);
+  auto matrix = OpenMatrix(options, image.Image());
+  auto pictures = OpenPictures(options, image.Image());
 
+  auto const& counting = asked.counting;
   if (options.IsGiven())
-    Compute(texture, ReadGray(image, texture.range), asked.counting.directions,
-            asked.counting.threads);
+    ComputeGray(texture, image,
+                {texture.range, counting.directions, counting.keepsMatrices, counting.threads});
   else
     Measure(texture, options, asked, image);
 
@@ -272,7 +228,20 @@ made on purpose, 1 to n, of integers and floating-point numbers, and have the fe
 (--features ibsi, the default then), of Haralick's paper (haralick), or those that are named, such
 as contrast,joint_entr. A value on an edge belongs to the bin above it; values beyond --range are
 clamped; pairs with a voxel off the mask, or NaN, do not count. --aggregate makes one value of all
-directions; a feature without any pair is NaN (null in JSON).
+directions; --matrix and --picture then show the matrices that it takes, added up over the slices
+and, where the way ends in comb, over the directions. A feature without any pair is NaN (null in
+JSON).
+
+Coming from another tool, for the same values:
+  scikit-image  graycomatrix(a, [1], [0], 256, symmetric=True) is --levels 256 --direction 1,0
+                --symmetric; pi/4 is 1,1 (y runs downwards). ASM is energy here, and its energy
+                the root of that; homogeneity is inv_diff_mom; its entropy is in nats, here in bits
+  mahotas       haralick(a) is --levels 256 --symmetric --features haralick; its entropies are in
+                bits, here in nats; return_mean=True adds --aggregate 2D_avg
+  ITK           its Inertia is contrast, its Energy energy; 32 bins from 0 to 1023 are --levels 32
+                --range 0,1024, but values beyond are clamped here and left out there
+  PyRadiomics   binWidth=25 is --bin-width 25 --bin-start multiple, binCount=32 --bin-count 32; with
+                --symmetric --aggregate 3D_avg, or 2_5D_avg for force2D
 
 Examples:
   selu texture brick.png --picture brick-texture.png

@@ -1,20 +1,17 @@
 #include "texture/TextureMap.h"
 
-#include "base/Memory.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "base/Threads.h"
 #include "drawing/Picture.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstring>
-#include <limits>
 
 namespace selu {
 namespace {
 
-using ORVA::CImage;
 using ORVA::int64;
 
 // The page, in points.
@@ -22,108 +19,136 @@ constexpr double c_margin = 40, c_top = 100, c_panel = 300, c_barWidth = 12, c_b
 constexpr double c_titleHeight = 34;
 constexpr int64 c_mostCells = 600; // along each axis of a panel
 
-// A slice of a map, thinned out to what a panel shows.
-class CSlice {
-public:
-  explicit CSlice(CImage const& map) {
-    auto const access = map.CreateAccess(false);
-    auto const size = map.Size();
-    int64 const step = (std::max(size.x, size.y) + c_mostCells - 1) / c_mostCells;
-    m_Columns = (size.x + step - 1) / step;
-    std::byte const* const base = access.Base() + size.z / 2 * access.Stride(2);
-    for (int64 y = 0; y < size.y; y += step)
-      for (int64 x = 0; x < size.x; x += step) {
-        float value = 0;
-        std::memcpy(&value, base + x * access.Stride(0) + y * access.Stride(1), sizeof value);
-        m_Values.push_back(value);
-        if (std::isnan(value)) continue;
-        m_Low = std::min(m_Low, value);
-        m_High = std::max(m_High, value);
-      }
-  }
-  [[nodiscard]] int Columns() const noexcept { return static_cast<int>(m_Columns); }
-  [[nodiscard]] int Rows() const noexcept { return static_cast<int>(m_Values.size()) / Columns(); }
-  [[nodiscard]] bool HasValues() const noexcept { return m_Low <= m_High; }
-
-  [[nodiscard]] std::vector<Color> Colors() const {
-    std::vector<Color> colors;
-    for (float const value : m_Values)
-      colors.push_back(std::isnan(value) ? c_empty : SequentialRamp(Share(value)));
-    return colors;
-  }
-  [[nodiscard]] std::vector<StTick> Ticks() const {
-    if (!HasValues()) return {};
-    if (!(m_Low < m_High)) return {{0, Rounded(m_Low, 6)}};
-    return LinearTicks(m_Low, m_High, 5);
-  }
-
-private:
-  [[nodiscard]] double Share(double value) const noexcept {
-    return m_Low < m_High ? (value - m_Low) / (double{m_High} - m_Low) : 0;
-  }
-
-  int64 m_Columns = 1;
-  std::vector<float> m_Values;
-  float m_Low = std::numeric_limits<float>::infinity(), m_High = -m_Low;
-};
-
-void DrawPanel(CPicture& picture, ORVA::EnTextureFeature feature, CSlice const& slice,
-               StBox const& box) {
-  picture.TextWithin(box.x, box.y - 16, box.width + c_barRoom - 20,
-                     std::string(ORVA::FeatureTitle(feature)), {.size = 15, .bold = true});
-  picture.Cells(box, slice.Columns(), slice.Rows(), slice.Colors());
-  picture.Frame(box, c_hairline);
-  if (slice.HasValues())
-    picture.ColorBar({box.x + box.width + 12, box.y, c_barWidth, box.height}, SequentialRamp,
-                     slice.Ticks(), "");
+int Rows(CMapPanels const& maps, CMapPanels::StPanel const& panel) {
+  return static_cast<int>(panel.values.size()) / maps.Columns();
 }
 
-// Rows of a band of maps, map after map, to their places.
-void CopyBand(std::vector<CImage>& maps, ORVA::StRowRange const& rows,
-              std::span<float const> values) {
-  std::size_t const count = values.size() / maps.size();
-  auto const size = maps.front().Size();
-  int64 const perRow = size.z == 1 ? size.x : size.x * size.y;
-  for (std::size_t k = 0; k < maps.size(); ++k) {
-    auto const access = maps[k].CreateAccess(true);
-    auto* const to = reinterpret_cast<float*>(access.WritableBase()) + rows.low * perRow;
-    std::copy_n(values.data() + k * count, count, to);
-  }
+double Share(CMapPanels::StPanel const& panel, float value) {
+  return panel.low < panel.high ? (double{value} - panel.low) / (double{panel.high} - panel.low)
+                                : 0;
+}
+
+std::vector<Color> ColorsOf(CMapPanels::StPanel const& panel) {
+  std::vector<Color> colors;
+  for (float const value : panel.values)
+    colors.push_back(std::isnan(value) ? c_empty : SequentialRamp(Share(panel, value)));
+  return colors;
+}
+
+std::vector<StTick> TicksOf(CMapPanels::StPanel const& panel) {
+  if (!(panel.low < panel.high)) return {{0, Rounded(double{panel.low}, 6)}};
+  return LinearTicks(double{panel.low}, double{panel.high}, 5);
+}
+
+void DrawPanel(CPicture& picture, ORVA::EnTextureFeature feature, CMapPanels const& maps,
+               CMapPanels::StPanel const& panel, StBox const& box) {
+  picture.TextWithin(box.x, box.y - 16, box.width + c_barRoom - 20,
+                     std::string(ORVA::FeatureTitle(feature)), {.size = 15, .bold = true});
+  picture.Cells(box, maps.Columns(), Rows(maps, panel), ColorsOf(panel));
+  picture.Frame(box, c_hairline);
+  if (panel.low <= panel.high)
+    picture.ColorBar({box.x + box.width + 12, box.y, c_barWidth, box.height}, SequentialRamp,
+                     TicksOf(panel), "");
+}
+
+// Pixels of a slice (a row of a flat image).
+int64 SlicePixels(ORVA::CSize const& size) { return size.Dim() == 3 ? size.x * size.y : size.x; }
+
+// The maps' slices from `slab.first` up to but not including `slab.last`, map after map.
+std::vector<float> ComputeSlab(ORVA::CTextureWindow const& window, CLevelSource& source,
+                               ORVA::StRowRange const& slab, int threads) {
+  auto const image = source.Size();
+  auto const input = window.InputRows(image, slab);
+  auto const levels = source.Levels({input.low, input.high, input.low, input.high});
+  std::size_t const features = window.Features().size();
+  int64 const perSlice = SlicePixels(window.MapSize(image)), slices = slab.high - slab.low;
+  std::vector<float> all(features * static_cast<std::size_t>(slices * perSlice));
+  int64 const parts = std::min(slices, int64{threads} * 4);
+  ForEachPart(threads, parts, [&](int64 part) {
+    int64 const first = slices * part / parts, last = slices * (part + 1) / parts;
+    auto const count = static_cast<std::size_t>((last - first) * perSlice);
+    std::vector<float> some(features * count);
+    window.Compute(levels, input.low, image, {slab.low + first, slab.low + last}, some);
+    for (std::size_t k = 0; k < features; ++k)
+      std::copy_n(some.data() + k * count, count,
+                  all.data() + (static_cast<int64>(k) * slices + first) * perSlice);
+  });
+  return all;
 }
 
 } // namespace
 
-std::vector<CImage> ComputeMaps(ORVA::CTextureWindow& window, ORVA::CLevelImage const& levels,
-                                int threads) {
-  auto const size = window.MapSize(levels.Size());
-  std::size_t const count = window.Features().size();
-  auto const voxels =
-      static_cast<double>(size.x) * static_cast<double>(size.y) * static_cast<double>(size.z);
-  RefuseBeyondMemory(4 * voxels * static_cast<double>(count), "the maps");
-  std::vector<CImage> maps;
-  for (std::size_t k = 0; k < count; ++k) maps.emplace_back(ORVA::IMAGE_GREY_F, size);
-
+void ComputeMaps(ORVA::CTextureWindow& window, CLevelSource& source, int threads,
+                 TakeMapSlices const& take) {
+  auto const size = window.MapSize(source.Size());
+  std::size_t const features = window.Features().size();
+  bool const isFlat = size.Dim() == 2;
+  int64 const reach = isFlat ? window.Sides().y : window.Sides().z;
+  int64 const step = isFlat ? window.Steps().y : window.Steps().z;
+  auto const perSlice = static_cast<double>(SlicePixels(size));
+  // Twice the maps: those of the threads, and all of them in their order.
+  double const bytes = source.BytesPerSlice() * static_cast<double>(step) +
+                       8 * perSlice * static_cast<double>(features);
   CProgressBar bar("measuring windows", size.y * size.z);
   window.SetProgressObserver(&bar);
-  int64 const rows = size.Dim() == 3 ? size.z : size.y;
-  int64 const perRow = size.Dim() == 3 ? size.x * size.y : size.x;
-  int64 const parts = std::min<int64>(rows, int64{threads} * 4);
-  ForEachPart(threads, parts, [&](int64 part) {
-    ORVA::StRowRange const band{rows * part / parts, rows * (part + 1) / parts};
-    std::vector<float> values(count * static_cast<std::size_t>((band.high - band.low) * perRow));
-    window.Compute(levels, band, values);
-    CopyBand(maps, band, values);
-  });
+  int64 const halo = reach / step / 2 + 1;
+  for (StSlab const& slab : SlabsOf(size, bytes, {halo, halo})) {
+    auto const values = ComputeSlab(window, source, {slab.first, slab.last}, threads);
+    std::size_t const count = values.size() / features;
+    for (std::size_t k = 0; k < features; ++k)
+      take(k, slab.first, std::span(values).subspan(k * count, count));
+  }
   window.SetProgressObserver(nullptr);
-  return maps;
+  if (step <= reach) source.RequireVoxels(); // else not every voxel has been looked at
+}
+
+StGrid MapGrid(StGrid grid, ORVA::CTextureWindow const& window) {
+  auto const first = window.Center(ORVA::CPos(0, 0, 0));
+  std::array<int64, 3> const center = {first.x, first.y, first.z};
+  std::array<int64, 3> const steps = {window.Steps().x, window.Steps().y, window.Steps().z};
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (std::size_t k = 0; k < 3 && center[axis] != 0; ++k)
+      grid.origin[k] +=
+          grid.direction[axis][k] * grid.spacing[axis] * static_cast<double>(center[axis]);
+    grid.spacing[axis] *= static_cast<double>(steps[axis]);
+  }
+  return grid;
+}
+
+CMapPanels::CMapPanels(std::size_t features, ORVA::CSize const& size)
+    : m_Size(size), m_Step((std::max(size.x, size.y) + c_mostCells - 1) / c_mostCells),
+      m_Columns(static_cast<int>((size.x + m_Step - 1) / m_Step)), m_Panels(features) {}
+
+void CMapPanels::Add(std::size_t feature, int64 first, std::span<float const> values) {
+  StPanel& panel = m_Panels[feature];
+  int64 y = first; // of the first row
+  if (m_Size.Dim() == 3) {
+    int64 const middle = m_Size.z / 2, slice = m_Size.x * m_Size.y;
+    int64 const last = first + static_cast<int64>(values.size()) / slice;
+    if (middle < first || middle >= last) return;
+    values = values.subspan(static_cast<std::size_t>((middle - first) * slice),
+                            static_cast<std::size_t>(slice));
+    y = 0;
+  }
+  auto const width = static_cast<std::size_t>(m_Size.x), step = static_cast<std::size_t>(m_Step);
+  for (; !values.empty(); values = values.subspan(width), ++y) {
+    if (y % m_Step != 0) continue;
+    for (std::size_t x = 0; x < width; x += step) {
+      float const value = values[x];
+      panel.values.push_back(value);
+      if (std::isnan(value)) continue;
+      panel.low = std::min(panel.low, value);
+      panel.high = std::max(panel.high, value);
+    }
+  }
 }
 
 std::string DrawMaps(StMapTitle const& title, std::span<ORVA::EnTextureFeature const> features,
-                     std::span<CImage const> maps, std::string const& ending) {
+                     CMapPanels const& maps, std::string const& ending) {
   auto const columns =
-      static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(maps.size()))));
-  std::size_t const rows = (maps.size() + columns - 1) / columns;
-  auto const size = maps.front().Size();
+      static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(features.size()))));
+  std::size_t const rows = (features.size() + columns - 1) / columns;
+  auto const size = maps.Size();
   double const ratio = static_cast<double>(size.y) / static_cast<double>(size.x);
   double const width = std::clamp(c_panel / std::sqrt(ratio), 60.0, 2 * c_panel);
   double const height = std::clamp(c_panel * std::sqrt(ratio), 60.0, 2 * c_panel);
@@ -134,8 +159,8 @@ std::string DrawMaps(StMapTitle const& title, std::span<ORVA::EnTextureFeature c
                      "Texture maps of " + Shown(std::filesystem::path(title.image).filename()),
                      {.size = 22, .bold = true});
   picture.Text(c_margin, 64, title.text, {.size = 13, .color = c_faint});
-  for (std::size_t k = 0; k < maps.size(); ++k)
-    DrawPanel(picture, features[k], CSlice(maps[k]),
+  for (std::size_t k = 0; k < features.size(); ++k)
+    DrawPanel(picture, features[k], maps, maps.Panels()[k],
               {c_margin + static_cast<double>(k % columns) * right,
                c_top + static_cast<double>(k / columns) * down + c_titleHeight / 2, width, height});
   return picture.Finish();

@@ -6,7 +6,7 @@
 #include "base/Threads.h"
 #include "drawing/Picture.h"
 #include "images/Directions.h"
-#include "images/ImageFile.h"
+#include "images/SlabWriter.h"
 #include "texture/LevelOptions.h"
 #include "texture/TextureMap.h"
 
@@ -24,7 +24,7 @@ using ORVA::int64;
 
 struct StOptions {
   std::string image, series, window = "15", output, picture, threads;
-  std::string features = "contrast,joint_entr,energy,corr";
+  std::string features = "contrast,joint_entr,energy,corr", border = "clipped", step = "1";
   std::vector<std::string> directions;
   StLevelOptions levels;
   bool symmetric = false;
@@ -37,7 +37,7 @@ std::vector<ORVA::EnTextureFeature> MappedFeatures(std::string const& text) {
   return features;
 }
 
-std::vector<int64> ParseWindow(std::string const& text) {
+std::vector<int64> ParseSides(std::string const& text) {
   auto const sides = ParseIntegers(text);
   bool isRight = sides && sides->size() <= 3;
   for (std::size_t k = 0; isRight && k < sides->size(); ++k)
@@ -49,14 +49,24 @@ std::vector<int64> ParseWindow(std::string const& text) {
   return *sides;
 }
 
+std::vector<int64> ParseSteps(std::string const& text) {
+  auto const steps = ParseIntegers(text);
+  bool isRight = steps && steps->size() <= 3;
+  for (std::size_t k = 0; isRight && k < steps->size(); ++k)
+    isRight = (*steps)[k] > 0 && (*steps)[k] <= INT32_MAX;
+  if (!isRight)
+    throw CUsageError("--step needs a number above 0, or one for each axis, not \"" + text + "\"");
+  return *steps;
+}
+
 // One number is that of all axes.
-CSize SidesOf(std::vector<int64> const& sides, int dimension) {
-  if (sides.size() == 1 && dimension == 2) return CSize(sides[0], sides[0]);
-  if (sides.size() == 1) return CSize(sides[0], sides[0], sides[0]);
-  if (sides.size() != static_cast<std::size_t>(dimension))
-    throw CAppError("--window needs one number or " + std::to_string(dimension) +
+CSize PerAxis(std::vector<int64> const& numbers, int dimension, char const* option) {
+  if (numbers.size() == 1 && dimension == 2) return CSize(numbers[0], numbers[0]);
+  if (numbers.size() == 1) return CSize(numbers[0], numbers[0], numbers[0]);
+  if (numbers.size() != static_cast<std::size_t>(dimension))
+    throw CAppError(std::string(option) + " needs one number or " + std::to_string(dimension) +
                     ", since the image is " + std::to_string(dimension) + "D");
-  return dimension == 2 ? CSize(sides[0], sides[1]) : CSize(sides[0], sides[1], sides[2]);
+  return dimension == 2 ? CSize(numbers[0], numbers[1]) : CSize(numbers[0], numbers[1], numbers[2]);
 }
 
 // Of an image one voxel thin, those directions that lead out of it are left out.
@@ -93,17 +103,17 @@ std::vector<std::string> OutputNames(std::string const& output,
 std::vector<CAtomicFile> OpenOutputs(StOptions const& options,
                                      std::span<ORVA::EnTextureFeature const> features,
                                      COpenImage const& image,
-                                     std::optional<COpenImage> const& mask) {
+                                     std::optional<CVolumeSource> const& mask) {
   std::vector<CAtomicFile> files;
   for (auto const& name : OutputNames(options.output, features)) {
     CheckImageOutput(name, ORVA::IMAGE_GREY_F, image.Header().size.Dim());
     RefuseOverwriting(name, image);
-    if (mask) RefuseOverwriting(name, *mask);
+    if (mask) RefuseOverwriting(name, mask->Image());
     files.emplace_back(name);
   }
   if (options.picture.empty()) return files;
   RefuseOverwriting(options.picture, image);
-  if (mask) RefuseOverwriting(options.picture, *mask);
+  if (mask) RefuseOverwriting(options.picture, mask->Image());
   files.push_back(OpenPicture(options.picture));
   return files;
 }
@@ -114,50 +124,83 @@ std::string WindowText(CSize const& sides) {
   return Joined(numbers, " x ");
 }
 
-void Write(std::vector<CAtomicFile>& files, StOptions const& options,
-           ORVA::CTextureWindow const& window, std::vector<ORVA::CImage> const& maps,
-           StGrid const& grid, int levels) {
+// What the command line says, judged before any file is opened.
+struct StAsked {
+  StLevelRecipe recipe;
+  std::vector<int64> sides, steps;
+  std::vector<ORVA::EnTextureFeature> features;
+  std::vector<StGivenDirection> directions;
+  int threads = 1;
+};
+
+StAsked Parse(StOptions const& options) {
+  StAsked asked;
+  asked.recipe = ParseLevels(options.levels);
+  asked.sides = ParseSides(options.window);
+  asked.steps = ParseSteps(options.step);
+  asked.features = MappedFeatures(options.features);
+  asked.threads = ParseThreads(options.threads);
+  for (auto const& text : options.directions) asked.directions.push_back(ParseDirection(text));
+  return asked;
+}
+
+void SetUp(ORVA::CTextureWindow& window, StOptions const& options, StAsked const& asked,
+           CSize const& size) {
+  window.SetSides(PerAxis(asked.sides, size.Dim(), "--window"));
+  window.SetSteps(PerAxis(asked.steps, size.Dim(), "--step"));
+  window.SetFeatures(asked.features);
+  window.SetDisplacements(Displacements(asked.directions, size));
+  window.SetSymmetric(options.symmetric);
+  if (options.border != "valid") return;
+  window.SetBorder(ORVA::EnWindowBorder::Valid);
+  auto const maps = window.MapSize(size);
+  if (maps.x == 0 || maps.y == 0 || maps.z == 0)
+    throw CAppError("no window of " + WindowText(window.Sides()) +
+                    " voxels lies in the image: take --border clipped");
+}
+
+void Write(std::vector<CAtomicFile>& files, StOptions const& options, ORVA::CTextureWindow& window,
+           CLevelSource& source, int threads, StGrid const& grid) {
   std::string const sides = WindowText(window.Sides());
-  for (std::size_t k = 0; k < maps.size(); ++k)
-    WriteImage(
-        files[k], maps[k], grid,
-        {{"feature", std::string(ORVA::FeatureName(window.Features()[k]))}, {"window", sides}});
-  if (!options.picture.empty())
-    files.back().Write(
-        DrawMaps({options.image, "window " + sides + ", " + std::to_string(levels) + " levels"},
-                 window.Features(), maps, EndingOf(options.picture)));
+  auto const size = window.MapSize(source.Size());
+  std::vector<CSlabWriter> writers;
+  for (std::size_t k = 0; k < window.Features().size(); ++k)
+    writers.emplace_back(
+        files[k], StHeader{size, EnPixel::Float}, MapGrid(grid, window),
+        ImageNotes{{"feature", std::string(ORVA::FeatureName(window.Features()[k]))},
+                   {"window", sides}});
+  CMapPanels panels(writers.size(), size);
+  ComputeMaps(window, source, threads, [&](std::size_t k, int64 first, auto values) {
+    writers[k].Write(std::as_bytes(values));
+    if (!options.picture.empty()) panels.Add(k, first, values);
+  });
+  for (auto& writer : writers) writer.Finish();
+  if (options.picture.empty()) return;
+  std::string const text = "window " + sides + ", " + std::to_string(source.Count()) + " levels";
+  files.back().Write(
+      DrawMaps({options.image, text}, window.Features(), panels, EndingOf(options.picture)));
+}
+
+void Run(StOptions const& options) {
+  StAsked const asked = Parse(options);
+  CVolumeSource image(OpenImage(options.image, options.series));
+  ORVA::CTextureWindow window("texture-map", nullptr);
+  SetUp(window, options, asked, image.Size());
+  auto mask = OpenMask(options.levels, image.Image());
+  auto files = OpenOutputs(options, asked.features, image.Image(), mask);
+  CLevelSource source(image, mask ? &*mask : nullptr, asked.recipe);
+  Write(files, options, window, source, asked.threads, image.Image().Grid());
   std::vector<CAtomicFile*> all;
   for (auto& file : files) all.push_back(&file);
   CommitAll(all);
 }
 
-void Run(StOptions const& options) {
-  auto const recipe = ParseLevels(options.levels);
-  auto const sides = ParseWindow(options.window);
-  auto const features = MappedFeatures(options.features);
-  int const threads = ParseThreads(options.threads);
-  std::vector<StGivenDirection> given;
-  for (auto const& text : options.directions) given.push_back(ParseDirection(text));
-  COpenImage image = OpenImage(options.image, options.series);
-  CSize const size = image.Header().size;
-  ORVA::CTextureWindow window("texture-map", nullptr);
-  window.SetSides(SidesOf(sides, size.Dim()));
-  window.SetFeatures(features);
-  window.SetDisplacements(Displacements(given, size));
-  window.SetSymmetric(options.symmetric);
-  auto mask = OpenMask(options.levels, image);
-  auto files = OpenOutputs(options, features, image, mask);
-
-  StGrayLevels const gray = MakeLevels(image, mask, recipe);
-  auto const maps = ComputeMaps(window, gray.levels, threads);
-  Write(files, options, window, maps, image.Grid(), gray.levels.Levels());
-}
-
 constexpr char c_help[] =
     R"(Each pixel or voxel of a map is the feature of the window around it, the mean over the directions;
-at the border what of the window lies in the image counts. Pairs with a voxel off the mask, or NaN,
-do not count; a window without any pair is NaN. The maps are 32-bit floating-point and keep the
-spacing, the origin and the orientation of the image.
+at the border what of the window lies in the image counts, or with --border valid there is no
+window. Pairs with a voxel off the mask, or NaN, do not count; a window without any pair is NaN.
+The maps are 32-bit floating-point and keep the place of the image in space; --step 2,2,1 makes
+their spacing twice as large along x and y.
 
 One feature is written to the output's name, several each to a file of its own: maps.nrrd becomes
 maps-contrast.nrrd and so on. NRRD, MetaImage and TIFF files keep the feature's name and the window
@@ -190,6 +233,16 @@ void AddTextureMapCommand(CLI::App& app) {
                    "those to all neighbors when none is given")
       ->take_all()
       ->expected(1);
+  command
+      ->add_option("--border", options->border,
+                   "clipped: around every voxel, the window cut off at the border; valid: only "
+                   "where the whole window lies in the image")
+      ->check(CLI::IsMember({"clipped", "valid"}))
+      ->capture_default_str();
+  command
+      ->add_option("--step", options->step,
+                   "voxels from one window to the next; or one number for each axis")
+      ->capture_default_str();
   AddLevelOptions(*command, options->levels);
   command->add_option("--range", options->levels.range, "LO,HI: the values that --levels divides");
   AddMaskOptions(*command, options->levels);

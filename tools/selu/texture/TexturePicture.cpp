@@ -101,14 +101,29 @@ private:
   double m_Most = 1;
 };
 
-// Where things stand for this number of directions.
+// A column of the table.
+struct StColumn {
+  std::string name;
+  std::vector<double> const* features;
+};
+
+std::vector<StColumn> ColumnsOf(StTexture const& texture) {
+  if (!texture.aggregation.empty()) return {{texture.aggregation, &texture.aggregated}};
+  std::vector<StColumn> columns;
+  for (auto const& one : texture.directions)
+    if (columns.size() < c_mostDirections)
+      columns.push_back({DirectionText(one.direction, texture.size.Dim()), &one.features});
+  return columns;
+}
+
+// Where things stand for this number of columns and matrices.
 struct StLayout {
-  explicit StLayout(std::size_t count) {
-    auto const n = static_cast<double>(count);
+  StLayout(std::size_t columns, std::size_t count) {
+    auto const n = static_cast<double>(columns);
     column = std::clamp(910 / n, c_columnLeast, c_columnMost);
     width = std::ceil(c_tableLeft + c_nameWidth + std::max(column * n, 260.0) + c_margin);
     double const room = width - 2 * c_margin;
-    double const thumbs = std::max(n - 1, 1.0);
+    double const thumbs = std::max(static_cast<double>(count) - 1, 1.0);
     thumb = std::clamp(room / thumbs - c_thumbGap, c_thumbLeast, c_thumbMost);
     thumbsInRow = static_cast<std::size_t>((room + c_thumbGap) / (thumb + c_thumbGap));
     thumbTop = c_top + c_mapSize + c_tableBottomGap;
@@ -130,9 +145,9 @@ void DrawHeading(CPicture& picture, StTexture const& texture, std::size_t shown,
   else if (texture.range)
     text += ", gray levels 0 to 255 from values " + Rounded(texture.range->low, 10) + " to " +
             Rounded(texture.range->high, 10);
-  if (shown < texture.directions.size())
+  if (shown < texture.matrixNames.size())
     text += "; the first " + std::to_string(shown) + " of " +
-            std::to_string(texture.directions.size()) + " directions";
+            std::to_string(texture.matrixNames.size()) + " directions";
   picture.TextWithin(c_margin, 38, width - 2 * c_margin,
                      "Texture of " + Shown(std::filesystem::path(texture.image).filename()),
                      {.size = 24, .bold = true});
@@ -143,8 +158,9 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
   StBox const box = {c_mapLeft, c_top, c_mapSize, c_mapSize};
   int const levels = matrices.Levels();
   picture.Text(box.x, box.y - 18,
-               "Co-occurrence along " +
-                   DirectionText(texture.directions.front().direction, texture.size.Dim()),
+               texture.matrixNames.front().empty()
+                   ? "Co-occurrence in all directions"
+                   : "Co-occurrence along " + texture.matrixNames.front(),
                {.size = 15, .bold = true});
   picture.Cells(box, levels, levels, matrices.Cells(0));
   picture.Frame(box, c_hairline);
@@ -158,17 +174,17 @@ void DrawMatrix(CPicture& picture, StTexture const& texture, CMatrices const& ma
 
 // One row of the table: each cell's color tells its place between the row's least and greatest,
 // where these can be told apart in print.
-void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& layout,
-                 std::size_t shown, std::size_t feature, StBox const& row) {
-  picture.Text(row.x, row.y + row.height / 2, texture.featureNames[feature], {});
+void DrawFeature(CPicture& picture, std::string const& name, std::vector<StColumn> const& columns,
+                 StLayout const& layout, std::size_t feature, StBox const& row) {
+  picture.Text(row.x, row.y + row.height / 2, name, {});
   double low = std::numeric_limits<double>::infinity(), high = -low; // of those that are no NaN
-  for (std::size_t s = 0; s < shown; ++s) {
-    low = std::min(low, texture.directions[s].features[feature]);
-    high = std::max(high, texture.directions[s].features[feature]);
+  for (auto const& column : columns) {
+    low = std::min(low, (*column.features)[feature]);
+    high = std::max(high, (*column.features)[feature]);
   }
   auto const digits = DigitsToTell(low, high);
-  for (std::size_t s = 0; s < shown; ++s) {
-    double const value = texture.directions[s].features[feature];
+  for (std::size_t s = 0; s < columns.size(); ++s) {
+    double const value = (*columns[s].features)[feature];
     StBox const cell = {row.x + c_nameWidth + static_cast<double>(s) * layout.column, row.y,
                         layout.column, row.height};
     double const share = digits && !std::isnan(value) ? (value - low) / (high - low) : 0;
@@ -180,20 +196,21 @@ void DrawFeature(CPicture& picture, StTexture const& texture, StLayout const& la
   }
 }
 
-void DrawTable(CPicture& picture, StTexture const& texture, StLayout const& layout,
-               std::size_t shown) {
+void DrawTable(CPicture& picture, StTexture const& texture, std::vector<StColumn> const& columns,
+               StLayout const& layout) {
   double const height = c_mapSize / static_cast<double>(std::max<std::size_t>(
                                         texture.featureNames.size(), c_featureNames.size()));
-  picture.Text(c_tableLeft, c_top - 18, "Features by direction", {.size = 15, .bold = true});
-  for (std::size_t s = 0; s < shown; ++s)
+  picture.Text(c_tableLeft, c_top - 18,
+               texture.aggregation.empty() ? "Features by direction" : "Features",
+               {.size = 15, .bold = true});
+  for (std::size_t s = 0; s < columns.size(); ++s)
     picture.Text(c_tableLeft + c_nameWidth + (static_cast<double>(s) + 0.5) * layout.column,
-                 c_top - 18, DirectionText(texture.directions[s].direction, texture.size.Dim()),
-                 {.size = 12, .align = EnAlign::Center, .bold = true});
+                 c_top - 18, columns[s].name, {.size = 12, .align = EnAlign::Center, .bold = true});
   for (std::size_t f = 0; f < texture.featureNames.size(); ++f)
-    DrawFeature(picture, texture, layout, shown, f,
+    DrawFeature(picture, texture.featureNames[f], columns, layout, f,
                 {c_tableLeft, c_top + static_cast<double>(f) * height, 0, height});
 
-  if (shown < 2) return;
+  if (columns.size() < 2) return;
   double const y = c_top + c_mapSize + 22, x = c_tableLeft + c_nameWidth;
   constexpr int steps = 64;
   std::vector<Color> ramp;
@@ -215,9 +232,7 @@ void DrawThumbnails(CPicture& picture, StTexture const& texture, CMatrices const
     StBox const box = {c_margin + column * (layout.thumb + c_thumbGap),
                        layout.thumbTop + row * (layout.thumb + 34) + 18, layout.thumb,
                        layout.thumb};
-    picture.Text(box.x, box.y - 11,
-                 DirectionText(texture.directions[s].direction, texture.size.Dim()),
-                 {.size = 12, .bold = true});
+    picture.Text(box.x, box.y - 11, texture.matrixNames[s], {.size = 12, .bold = true});
     picture.Cells(box, matrices.Levels(), matrices.Levels(), matrices.Cells(s));
     picture.Frame(box, c_hairline);
   }
@@ -226,13 +241,14 @@ void DrawThumbnails(CPicture& picture, StTexture const& texture, CMatrices const
 } // namespace
 
 std::string DrawTexture(StTexture const& texture, std::string const& ending) {
-  std::size_t const shown = std::min(texture.directions.size(), c_mostDirections);
+  std::size_t const shown = std::min(texture.matrixNames.size(), c_mostDirections);
+  auto const columns = ColumnsOf(texture);
   CMatrices const matrices(texture, shown);
-  StLayout const layout(shown);
+  StLayout const layout(columns.size(), shown);
   CPicture picture(layout.width, layout.height, ending);
   DrawHeading(picture, texture, shown, layout.width);
   DrawMatrix(picture, texture, matrices);
-  DrawTable(picture, texture, layout, shown);
+  DrawTable(picture, texture, columns, layout);
   DrawThumbnails(picture, texture, matrices, layout, shown);
   return picture.Finish();
 }

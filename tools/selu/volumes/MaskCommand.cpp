@@ -2,9 +2,11 @@
 #include "base/AtomicFile.h"
 #include "base/Errors.h"
 #include "base/JsonValues.h"
+#include "base/Progress.h"
 #include "base/Texts.h"
-#include "images/ImageFile.h"
 #include "images/PixelValue.h"
+#include "images/SlabWriter.h"
+#include "images/VolumeSource.h"
 
 #include <SeluUtils/CylinderMask.h>
 #include <pxlib2image/HeaderTools.h>
@@ -12,13 +14,14 @@
 #include <CLI/CLI.hpp>
 
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <optional>
 
 namespace selu {
 namespace {
 
-constexpr char c_parametersKey[] = "cylinderMaskParameters";
+constexpr char c_parametersKey[] = "cylinderMaskParameters", c_sliceKey[] = "cylinderMaskSlice";
 
 struct StOptions {
   std::string image, series, axis, center, radius, value, output;
@@ -41,21 +44,11 @@ StCylinder ParseCylinder(StOptions const& options) {
   return {options.axis, (*center)[0], (*center)[1], (*radius)[0]};
 }
 
-ORVA::IImage::CType MaskedType(EnPixel pixel, std::string const& path) {
-  switch (pixel) {
-  case EnPixel::UInt8:
-    return ORVA::IMAGE_GREY_8;
-  case EnPixel::UInt16:
-    return ORVA::IMAGE_GREY_16;
-  case EnPixel::UInt32:
-    return ORVA::IMAGE_GREY_32;
-  case EnPixel::Float:
-    return ORVA::IMAGE_GREY_F;
-  default:
-    throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
-                    " pixels, but the mask takes only unsigned 8, 16 and 32-bit integer and "
-                    "32-bit floating-point ones");
-  }
+void CheckMaskable(EnPixel pixel, std::string const& path) {
+  if (HasOwnGrayLevels(pixel) || pixel == EnPixel::Float) return;
+  throw CAppError(Quoted(path) + " has " + PixelText(pixel) +
+                  " pixels, but the mask takes only unsigned 8, 16 and 32-bit integer and "
+                  "32-bit floating-point ones");
 }
 
 std::string ParametersText(ORVA::CImage const& image) {
@@ -66,27 +59,82 @@ std::string ParametersText(ORVA::CImage const& image) {
   return ToJsonText(map);
 }
 
+// An image one voxel thin along the cylinder, which has the same cross section and parameters.
+ORVA::CImage ThinImage(StCylinder const& cylinder, ORVA::CSize const& size) {
+  ORVA::int64 const x = cylinder.axis == "X" ? 1 : size.x, y = cylinder.axis == "Y" ? 1 : size.y;
+  ORVA::int64 const z = cylinder.axis == "Z" ? 1 : size.z;
+  ORVA::CImage thin(ORVA::IMAGE_BINARY_FG,
+                    size.Dim() == 2 ? ORVA::CSize(x, y) : ORVA::CSize(x, y, z));
+  ORVA::CCylinderMask mask("mask", nullptr);
+  mask.SetCylinderParameters(thin, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);
+  mask.SetCylinderSlice(thin);
+  return thin;
+}
+
+// Sets what is outside of the cylinder, slab by slab.
+class CSlabMask {
+public:
+  CSlabMask(ORVA::CImage const& thin, char axis, PixelValue const& value)
+      : m_Section(ORVA::CSeluHeaderTools::FindMetaInfo(thin, c_sliceKey)
+                      ->Pointer<ORVA::CImage>()
+                      ->CreateAccess(false)),
+        m_Axis(axis), m_Value(value) {}
+
+  /// Of an image whose first slice is this one of the whole.
+  void Apply(CRawImage& slab, ORVA::int64 first) const {
+    auto const size = slab.Size();
+    bool const isFlat = size.Dim() == 2;
+    std::size_t const pixel = PixelBytes(slab.Pixel());
+    std::byte* row = slab.Bytes().data();
+    for (ORVA::int64 z = 0; z < size.z; ++z)
+      for (ORVA::int64 y = 0; y < size.y; ++y, row += static_cast<std::size_t>(size.x) * pixel)
+        ApplyToRow(row, size.x, pixel, y + (isFlat ? first : 0), z + (isFlat ? 0 : first));
+  }
+
+private:
+  // The section is (y, z), (x, z) or (x, y).
+  void ApplyToRow(std::byte* row, ORVA::int64 n, std::size_t pixel, ORVA::int64 y,
+                  ORVA::int64 z) const {
+    bool const alongRow = m_Axis == 'X';
+    std::byte const* const inside = m_Section.Base() + (alongRow ? y : 0) * m_Section.Stride(0) +
+                                    (m_Axis == 'Z' ? y : z) * m_Section.Stride(1);
+    for (ORVA::int64 x = 0; x < n; ++x, row += pixel)
+      if (inside[alongRow ? 0 : x] == std::byte{0}) std::memcpy(row, m_Value.data(), pixel);
+  }
+
+  ORVA::CImageAccess m_Section;
+  char m_Axis;
+  PixelValue m_Value;
+};
+
 void Run(StOptions const& options) {
   StCylinder const cylinder = ParseCylinder(options);
-  COpenImage opened = OpenImage(options.image, options.series);
-  StHeader const header = opened.Header();
-  RefuseOverwriting(options.output, opened);
-  (void)ParsePixelValue(options.value, header.pixel, "--value");
-  CheckImageOutput(options.output, MaskedType(header.pixel, options.image), header.size.Dim());
+  CVolumeSource image(OpenImage(options.image, options.series));
+  StHeader const header = image.Image().Header();
+  RefuseOverwriting(options.output, image.Image());
+  PixelValue const value = ParsePixelValue(options.value, header.pixel, "--value");
+  CheckMaskable(header.pixel, options.image);
+  CheckImageOutput(options.output, header.pixel, header.size.Dim());
   CAtomicFile file(options.output);
   std::optional<CAtomicFile> parameters;
   if (options.keepParameters) {
-    RefuseOverwriting(options.output + ".json", opened);
+    RefuseOverwriting(options.output + ".json", image.Image());
     parameters.emplace(options.output + ".json");
   }
 
-  ORVA::CImage image = opened.Read().ToGray();
-  ORVA::CCylinderMask mask("mask", nullptr);
-  mask.SetCylinderParameters(image, cylinder.axis, cylinder.s, cylinder.t, cylinder.radius);
-  mask.MaskImageWithMetaInfoCylinder(image, ParseNumbers(options.value)->front());
-
-  WriteImage(file, image, opened.Grid());
-  if (parameters) parameters->Write(ParametersText(image));
+  ORVA::CImage const thin = ThinImage(cylinder, header.size);
+  CSlabMask const mask(thin, cylinder.axis[0], value);
+  CSlabWriter writer(file, header, image.Image().Grid());
+  auto const slabs = SlabsOf(header.size, image.BytesPerSlice());
+  CProgressBar bar("masking", static_cast<ORVA::int64>(slabs.size()));
+  for (StSlab const& slab : slabs) {
+    CRawImage pixels = image.Slab(slab.first, slab.last);
+    mask.Apply(pixels, slab.first);
+    writer.Write(pixels.Bytes());
+    bar.Advance();
+  }
+  writer.Finish();
+  if (parameters) parameters->Write(ParametersText(thin));
   CommitAll({&file, parameters ? &*parameters : nullptr});
 }
 

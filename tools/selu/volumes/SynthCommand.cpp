@@ -1,7 +1,8 @@
 #include "Commands.h"
 #include "base/Arguments.h"
+#include "base/Memory.h"
 #include "base/Progress.h"
-#include "images/ImageFile.h"
+#include "images/SlabWriter.h"
 #include "volumes/SynthVolumes.h"
 
 #include <CLI/CLI.hpp>
@@ -12,7 +13,8 @@
 namespace selu {
 namespace {
 
-using Maker = ORVA::CImage (*)(ORVA::CSize const&, ORVA::uint64, ORVA::IProgressObserver*);
+using Maker = void (*)(ORVA::CSize const&, ORVA::uint64, TakeVoxels const&,
+                       ORVA::IProgressObserver*);
 
 struct StKind {
   char const* name;
@@ -20,22 +22,22 @@ struct StKind {
   char const* help;
   Maker make;
   int passes;        // steps of progress per slice
-  int bytesPerVoxel; // memory at the peak: image, work space, and the check of the written file
+  int bytesPerVoxel; // of memory, beside what is written at a time
 };
 constexpr std::array<StKind, 3> c_kinds = {{
     {"noise", "Independent uniform 8-bit gray values",
      R"(Every gray value is as likely as every other, whatever its neighbors: the texture is the same in
 all directions.)",
-     MakeNoise, c_noisePasses, 2},
+     MakeNoise, c_noisePasses, 0},
     {"blobs", "A continuous random field of 8-bit gray values",
      R"(Noise smoothed over about ten voxels in every direction; mean 128.)", MakeBlobs,
-     c_blobPasses, 5},
+     c_blobPasses, 4},
     {"layers", "An oblique lamination with noise, 8-bit",
      R"(Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the gray value depends on x +
 y + z alone, but for a little noise. So the texture differs by direction as one can predict: the
 contrast grows with |dx + dy + dz|. It is smallest in the plane of the layers, along 1,-1,0 and
 1,0,-1 and 0,1,-1 (in 2D 1,-1), and largest across them, along 1,1,1 (in 2D 1,1).)",
-     MakeLayers, c_layerPasses, 2},
+     MakeLayers, c_layerPasses, 0},
 }};
 
 struct StOptions {
@@ -47,9 +49,14 @@ void Run(StKind const& kind, StOptions const& options) {
   ORVA::CSize const size = ParseSize(options.size, kind.bytesPerVoxel);
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
+  CSlabWriter writer(file, {size, EnPixel::UInt8});
+  RefuseBeyondMemory(static_cast<double>(size.x) * static_cast<double>(size.y),
+                     "a slice of the image");
   {
     CProgressBar bar(std::string("making ") + kind.name, size.z * kind.passes);
-    WriteImage(file, kind.make(size, seed, &bar));
+    kind.make(
+        size, seed, [&](auto voxels) { writer.Write(voxels); }, &bar);
+    writer.Finish();
   }
   file.Commit();
 }

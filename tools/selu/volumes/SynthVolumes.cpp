@@ -12,7 +12,6 @@
 namespace selu {
 namespace {
 
-using ORVA::CImage;
 using ORVA::CRandom;
 using ORVA::CSize;
 using ORVA::int64;
@@ -32,10 +31,6 @@ double BellNoise() {
   std::uint32_t const word = CRandom::Obj().Rand32();
   auto const sum = (word & 255) + (word >> 8 & 255) + (word >> 16 & 255) + (word >> 24);
   return (static_cast<double>(sum) - 510) * (3 / 147.8);
-}
-
-std::uint8_t* Pixels(CImage& image) {
-  return reinterpret_cast<std::uint8_t*>(image.CreateAccess(true).WritableBase());
 }
 
 // Running mean over 2 * radius + 1 values of a line, which ends in a mirror at both borders.
@@ -115,21 +110,21 @@ std::vector<double> LayerProfile(int64 planes) {
 
 } // namespace
 
-CImage MakeNoise(CSize const& size, ORVA::uint64 seed, IProgressObserver* observer) {
+void MakeNoise(CSize const& size, ORVA::uint64 seed, TakeVoxels const& take,
+               IProgressObserver* observer) {
   CRandom::Obj().Seed(seed);
-  CImage image(ORVA::IMAGE_GREY_8, size);
-  auto const slice = Index(size.x * size.y);
-  std::uint8_t* out = Pixels(image);
-  for (int64 z = 0; z < size.z; ++z, out += slice, Advance(observer))
-    CRandom::Obj().Rand(out, slice);
-  return image;
+  std::vector<std::uint8_t> slice(Index(size.x * size.y));
+  for (int64 z = 0; z < size.z; ++z, Advance(observer)) {
+    CRandom::Obj().Rand(slice.data(), slice.size());
+    take(std::as_bytes(std::span(slice)));
+  }
 }
 
-CImage MakeBlobs(CSize const& size, ORVA::uint64 seed, IProgressObserver* observer) {
+void MakeBlobs(CSize const& size, ORVA::uint64 seed, TakeVoxels const& take,
+               IProgressObserver* observer) {
   CRandom::Obj().Seed(seed);
-  CImage image(ORVA::IMAGE_GREY_8, size);
   int64 const slab = size.x * size.y;
-  std::vector<float> field(image.Bytes());
+  std::vector<float> field(Index(slab * size.z));
   for (int64 z = 0; z < size.z; ++z, Advance(observer))
     for (int64 i = 0; i < slab; ++i)
       field[Index(z * slab + i)] = static_cast<float>(CRandom::Obj().Rand8());
@@ -137,27 +132,30 @@ CImage MakeBlobs(CSize const& size, ORVA::uint64 seed, IProgressObserver* observ
   for (int pass = 0; pass < 3; ++pass) SmoothPass(field, size, mean, observer);
   auto const [center, deviation] = MomentsOf(field);
   double const scale = deviation > 0 ? 127.5 / (3 * deviation) : 0;
-  std::uint8_t* const out = Pixels(image);
-  for (std::size_t i = 0; i < field.size(); ++i) {
-    double const value = 128 + (static_cast<double>(field[i]) - center) * scale;
-    out[i] = static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
+  std::vector<std::uint8_t> slice(Index(slab));
+  for (int64 z = 0; z < size.z; ++z, Advance(observer)) {
+    for (int64 i = 0; i < slab; ++i) {
+      double const value = 128 + (static_cast<double>(field[Index(z * slab + i)]) - center) * scale;
+      slice[Index(i)] = static_cast<std::uint8_t>(std::clamp(value, 0.0, 255.0));
+    }
+    take(std::as_bytes(std::span(slice)));
   }
-  for (int64 z = 0; z < size.z; ++z) Advance(observer);
-  return image;
 }
 
-CImage MakeLayers(CSize const& size, ORVA::uint64 seed, IProgressObserver* observer) {
+void MakeLayers(CSize const& size, ORVA::uint64 seed, TakeVoxels const& take,
+                IProgressObserver* observer) {
   CRandom::Obj().Seed(seed);
-  CImage image(ORVA::IMAGE_GREY_8, size);
   auto const profile = LayerProfile(size.x + size.y + size.z - 2);
-  std::uint8_t* out = Pixels(image);
-  for (int64 z = 0; z < size.z; ++z, Advance(observer))
+  std::vector<std::uint8_t> slice(Index(size.x * size.y));
+  for (int64 z = 0; z < size.z; ++z, Advance(observer)) {
+    std::uint8_t* out = slice.data();
     for (int64 y = 0; y < size.y; ++y)
       for (int64 x = 0; x < size.x; ++x) {
         double const value = profile[Index(x + y + z)] + BellNoise();
         *out++ = static_cast<std::uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
       }
-  return image;
+    take(std::as_bytes(std::span(slice)));
+  }
 }
 
 } // namespace selu
