@@ -1,6 +1,7 @@
 #include "base/Isolated.h"
 
 #include "base/Errors.h"
+#include "base/Signals.h"
 #include "base/Texts.h"
 
 #include <algorithm>
@@ -154,7 +155,7 @@ private:
 void Prepare(pid_t parent) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != parent) ::_exit(1);
-  for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(signal, SIG_DFL);
+  ResetSignalHandlers();
   rlimit const noDump = {0, 0};
   ::setrlimit(RLIMIT_CORE, &noDump);
   int const nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);

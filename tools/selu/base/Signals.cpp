@@ -5,7 +5,10 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 
 #include <unistd.h>
 
@@ -39,6 +42,46 @@ extern "C" void EndBySignal(int signal) {
   ::_exit(128 + signal);
 }
 
+std::atomic<bool> g_memoryRanOut = false;
+std::terminate_handler g_terminate = nullptr;
+
+void NoteMemory() {
+  g_memoryRanOut.store(true);
+  throw std::bad_alloc();
+}
+
+// Libraries break down where memory has run out, some in destructors that may not throw.
+void EndWithoutMemory() noexcept {
+  if (!g_memoryRanOut.load()) return;
+  RemoveTemporaries();
+  constexpr char text[] = "selu: out of memory\n";
+  (void)!::write(g_signalOutput.load(), text, sizeof text - 1);
+  ::_exit(c_exitError);
+}
+
+extern "C" void EndByCrash(int signal) {
+  EndWithoutMemory();
+  RemoveTemporaries();
+  std::signal(signal, SIG_DFL); // blocked until the handler returns to where it happens again
+}
+
+void EndByTerminate() {
+  EndWithoutMemory();
+  g_terminate();
+}
+
+void InstallMemoryHandlers() {
+  std::set_new_handler(NoteMemory);
+  g_terminate = std::set_terminate(EndByTerminate);
+  struct sigaction action = {};
+  bool const isWatched =
+      ::sigaction(SIGSEGV, nullptr, &action) == 0 && action.sa_handler != SIG_DFL;
+  if (isWatched) return; // by a sanitizer
+  action = {};
+  action.sa_handler = EndByCrash;
+  ::sigaction(SIGSEGV, &action, nullptr);
+}
+
 } // namespace
 
 void InstallSignalHandlers() {
@@ -51,6 +94,16 @@ void InstallSignalHandlers() {
     ::sigaction(signal, &action, nullptr);
   }
   std::signal(SIGXFSZ, SIG_IGN);
+  InstallMemoryHandlers();
+}
+
+void ResetSignalHandlers() noexcept {
+  for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(signal, SIG_DFL);
+  struct sigaction action = {};
+  if (::sigaction(SIGSEGV, nullptr, &action) == 0 && action.sa_handler == EndByCrash)
+    std::signal(SIGSEGV, SIG_DFL);
+  std::set_new_handler(nullptr);
+  std::set_terminate(std::abort);
 }
 
 void SetSignalOutput(int descriptor) noexcept { g_signalOutput.store(descriptor); }

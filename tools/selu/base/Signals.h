@@ -12,8 +12,11 @@ namespace selu {
 
 /// Ctrl-C, termination and hang-up remove the registered files and end the process with 128 plus
 /// the signal's number (130 for Ctrl-C), whatever library call is running. A signal that the parent
-/// had set to be ignored stays ignored. Writing beyond a file size limit becomes a common error.
+/// had set to be ignored stays ignored. Writing beyond a file size limit becomes a common error. A
+/// library that breaks down after memory has run out ends the process as any error does.
 void InstallSignalHandlers();
+/// For a process of its own, which has no part in the files of its parent.
+void ResetSignalHandlers() noexcept;
 
 /// Where the signal handler writes while standard error leads elsewhere.
 void SetSignalOutput(int descriptor) noexcept;
