@@ -7,11 +7,10 @@
 #include <SeluUtils/ImageWalker.h>
 #include <SeluUtils/Walker.h>
 
+#include "support/Lines.h"
+
 #include <benchmark/benchmark.h>
-#include <itkImage.h>
 #include <itkImageRegionConstIteratorWithIndex.h>
-#include <itkLineConstIterator.h>
-#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <array>
@@ -22,52 +21,18 @@
 #include <vector>
 
 using namespace ORVA;
-using Point = CTriple<int64>;
+using namespace bench;
 
 namespace {
 
 std::vector<std::uint8_t> Pixels(std::size_t count) {
   std::vector<std::uint8_t> pixels(count);
-  for (std::size_t k = 0; k < count; ++k) pixels[k] = static_cast<std::uint8_t>(k * 37 + k / 251);
+  for (std::size_t k = 0; k < count; ++k) pixels[k] = PixelAt(k);
   return pixels;
 }
 
-// Ends of lines of one length in a few slopes, so that no branch predictor learns one by heart.
-constexpr std::array<Point, 8> c_planeEnds = {{{999, 613, 0},
-                                               {999, 71, 0},
-                                               {999, 998, 0},
-                                               {311, 999, 0},
-                                               {999, 500, 0},
-                                               {777, 999, 0},
-                                               {999, 0, 0},
-                                               {38, 999, 0}}};
-constexpr std::array<Point, 8> c_spaceEnds = {{{499, 211, 87},
-                                               {211, 499, 310},
-                                               {100, 200, 499},
-                                               {499, 498, 497},
-                                               {499, 3, 250},
-                                               {7, 499, 499},
-                                               {250, 125, 499},
-                                               {499, 0, 333}}};
-
-constexpr int64 c_width = 1000;
-constexpr int64 c_side = 500;
-
 void CountPoints(benchmark::State& state, std::size_t points) {
   state.SetItemsProcessed(static_cast<int64>(points) * static_cast<int64>(state.iterations()));
-}
-
-// The pixels as ITK has them.
-template <unsigned dimension>
-auto ItkImage(std::vector<std::uint8_t> const& pixels, unsigned side) {
-  using Image = itk::Image<std::uint8_t, dimension>;
-  auto image = Image::New();
-  typename Image::SizeType size;
-  size.Fill(side);
-  image->SetRegions(size);
-  image->Allocate();
-  std::ranges::copy(pixels, image->GetBufferPointer());
-  return image;
 }
 
 // One line after another; `sumAlong(pixels, k)` adds up the pixels along line k.
@@ -131,80 +96,6 @@ std::uint64_t SumOfWalkInPlace(std::vector<std::uint8_t> const& pixels, CBresenh
   return sum;
 }
 
-std::uint64_t PlaneLineByHand(std::vector<std::uint8_t> const& pixels, std::size_t k) {
-  Point const end = c_planeEnds[k];
-  bool const xMajor = end.x >= end.y;
-  int64 const a = xMajor ? end.x : end.y, b = xMajor ? end.y : end.x;
-  int64 x = 0, y = 0, e = 2 * b - a;
-  std::uint64_t sum = 0;
-  for (int64 i = 0; i <= a; ++i) {
-    sum += pixels[static_cast<std::size_t>(x + c_width * y)];
-    if (e >= 0) {
-      ++(xMajor ? y : x);
-      e -= 2 * a;
-    }
-    ++(xMajor ? x : y);
-    e += 2 * b;
-  }
-  return sum;
-}
-
-std::uint64_t PlaneLineOfOpenCv(cv::Mat const& image, std::size_t k) {
-  Point const end = c_planeEnds[k];
-  cv::LineIterator line(image, cv::Point(0, 0),
-                        cv::Point(static_cast<int>(end.x), static_cast<int>(end.y)));
-  std::uint64_t sum = 0;
-  for (int i = 0; i < line.count; ++i, ++line) sum += **line;
-  return sum;
-}
-
-template <class Image>
-std::uint64_t LineOfItk(itk::SmartPointer<Image> const& image, Point const& end) {
-  typename Image::IndexType first, last;
-  std::array<int64, 3> const ends = {end.x, end.y, end.z};
-  for (unsigned axis = 0; axis < Image::ImageDimension; ++axis) {
-    first[axis] = 0;
-    last[axis] = ends[axis];
-  }
-  std::uint64_t sum = 0;
-  itk::LineConstIterator<Image> line(image, first, last);
-  for (; !line.IsAtEnd(); ++line) sum += line.Get();
-  return sum;
-}
-
-std::uint64_t SpaceLineByHand(std::vector<std::uint8_t> const& pixels, std::size_t k) {
-  Point const d = c_spaceEnds[k];
-  std::array<int64, 3> const length = {d.x, d.y, d.z};
-  std::size_t const main = d.x >= d.y && d.x >= d.z ? 0 : d.y >= d.z ? 1 : 2;
-  std::size_t const second = main == 0 ? 1 : 0, third = main == 2 ? 1 : 2;
-  int64 const a = length[main], b = length[second], c = length[third];
-  std::array<int64, 3> p{};
-  int64 e = 2 * b - a, f = 2 * c - a;
-  std::uint64_t sum = 0;
-  for (int64 i = 0; i <= a; ++i) {
-    sum += pixels[static_cast<std::size_t>(p[0] + c_side * (p[1] + c_side * p[2]))];
-    if (e >= 0) {
-      ++p[second];
-      e -= 2 * a;
-    }
-    if (f >= 0) {
-      ++p[third];
-      f -= 2 * a;
-    }
-    ++p[main];
-    e += 2 * b;
-    f += 2 * c;
-  }
-  return sum;
-}
-
-constexpr int64 c_edge = 256;
-
-// What a caller does with coordinates and voxel: it cannot be folded into a closed form.
-std::uint64_t Mix(std::uint64_t sum, Point const& p, std::uint8_t voxel) {
-  return sum + voxel * static_cast<std::uint64_t>(p.x ^ (p.y + p.z));
-}
-
 template <class MakePixels, class Walk>
 void WindowOf(benchmark::State& state, MakePixels makePixels, Walk walk) {
   auto const pixels = makePixels();
@@ -219,7 +110,7 @@ std::uint64_t WalkWindow(std::vector<std::uint8_t> const& pixels) {
   std::uint64_t sum = 0;
   while (window.MorePoints()) {
     Point const p = window.NextPoint();
-    sum = Mix(sum, p, pixels[static_cast<std::size_t>(p.x + c_edge * (p.y + c_edge * p.z))]);
+    sum = Mix(sum, pixels[static_cast<std::size_t>(p.x + c_edge * (p.y + c_edge * p.z))], p);
   }
   return sum;
 }
@@ -228,7 +119,7 @@ std::uint64_t WalkWindowRange(std::vector<std::uint8_t> const& pixels) {
   std::uint64_t sum = 0;
   for (Point const& p :
        Points(CWindowVisitor(Point(0, 0, 0), Point(c_edge - 1, c_edge - 1, c_edge - 1))))
-    sum = Mix(sum, p, pixels[static_cast<std::size_t>(p.x + c_edge * (p.y + c_edge * p.z))]);
+    sum = Mix(sum, pixels[static_cast<std::size_t>(p.x + c_edge * (p.y + c_edge * p.z))], p);
   return sum;
 }
 
@@ -237,8 +128,8 @@ std::uint64_t ThreeLoops(std::vector<std::uint8_t> const& pixels) {
   for (int64 z = 0; z < c_edge; ++z)
     for (int64 y = 0; y < c_edge; ++y)
       for (int64 x = 0; x < c_edge; ++x)
-        sum = Mix(sum, Point(x, y, z),
-                  pixels[static_cast<std::size_t>(x + c_edge * (y + c_edge * z))]);
+        sum = Mix(sum, pixels[static_cast<std::size_t>(x + c_edge * (y + c_edge * z))],
+                  Point(x, y, z));
   return sum;
 }
 
@@ -248,7 +139,7 @@ std::uint64_t WindowOfItk(itk::SmartPointer<itk::Image<std::uint8_t, 3>> const& 
   std::uint64_t sum = 0;
   for (; !voxel.IsAtEnd(); ++voxel) {
     auto const& p = voxel.GetIndex();
-    sum = Mix(sum, Point(p[0], p[1], p[2]), voxel.Get());
+    sum = Mix(sum, voxel.Get(), Point(p[0], p[1], p[2]));
   }
   return sum;
 }
@@ -276,6 +167,13 @@ void WindowOfSize(benchmark::State& state, int64 points) {
     benchmark::DoNotOptimize(sum);
   }
   CountPoints(state, static_cast<std::size_t>(points));
+}
+
+std::uint64_t PlaneLoop(std::vector<std::uint8_t> const& pixels, std::size_t k) {
+  return PlaneLineByHand(pixels.data(), c_planeEnds[k]);
+}
+std::uint64_t SpaceLoop(std::vector<std::uint8_t> const& pixels, std::size_t k) {
+  return SpaceLineByHand(pixels.data(), c_spaceEnds[k]);
 }
 
 template <class Function, class... Arguments>
@@ -320,20 +218,18 @@ void RegisterPlaneLines() {
         return sum;
       },
       c_width);
-  RegisterLines(row + "/integer loop", PlanePixels, PlaneLineByHand, c_width);
+  RegisterLines(row + "/integer loop", PlanePixels, PlaneLoop, c_width);
   RegisterLines(
-      row + "/OpenCV",
+      row + "/OpenCV", [] { return OpenCvImage(PlanePixels(), c_width, c_width); },
+      [](auto const& image, std::size_t k) { return LineOfOpenCv(image, c_planeEnds[k]); },
+      c_width);
+  RegisterLines(
+      row + "/ITK",
       [] {
-        auto const pixels = PlanePixels();
-        cv::Mat image(c_width, c_width, CV_8UC1);
-        std::ranges::copy(pixels, image.ptr());
-        return image;
+        return ItkImage<2>(PlanePixels(), {c_width, c_width});
       },
-      PlaneLineOfOpenCv, c_width);
-  RegisterLines(
-      row + "/ITK", [] { return ItkImage<2>(PlanePixels(), c_width); },
       [](auto const& image, std::size_t k) { return LineOfItk(image, c_planeEnds[k]); }, c_width);
-  RegisterPrebuilt<2>(row, PlanePixels, PlaneLine, c_width, PlaneLineByHand);
+  RegisterPrebuilt<2>(row, PlanePixels, PlaneLine, c_width, PlaneLoop);
 }
 
 void RegisterSpaceLines() {
@@ -347,18 +243,21 @@ void RegisterSpaceLines() {
         return sum;
       },
       c_side);
-  RegisterLines(row + "/integer loop", SpacePixels, SpaceLineByHand, c_side);
+  RegisterLines(row + "/integer loop", SpacePixels, SpaceLoop, c_side);
   RegisterLines(
-      row + "/ITK", [] { return ItkImage<3>(SpacePixels(), c_side); },
+      row + "/ITK",
+      [] {
+        return ItkImage<3>(SpacePixels(), {c_side, c_side, c_side});
+      },
       [](auto const& image, std::size_t k) { return LineOfItk(image, c_spaceEnds[k]); }, c_side);
-  RegisterPrebuilt<3>(row, SpacePixels, SpaceLine, c_side, SpaceLineByHand);
+  RegisterPrebuilt<3>(row, SpacePixels, SpaceLine, c_side, SpaceLoop);
 }
 
 void RegisterWindows() {
   auto const add = [](std::string const& name, auto makePixels, auto walk) {
     Register(name, WindowOf<decltype(makePixels), decltype(walk)>, makePixels, walk);
   };
-  auto const itkImage = [] { return ItkImage<3>(WindowPixels(), c_edge); };
+  auto const itkImage = [] { return ItkImage<3>(WindowPixels(), {c_edge, c_edge, c_edge}); };
   std::string const row = "256^3 window with coordinates";
   add(row + "/SeluUtils", WindowPixels, WalkWindow);
   add(row + "/three loops", WindowPixels, ThreeLoops);

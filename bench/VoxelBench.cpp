@@ -9,26 +9,25 @@
 #include <SeluUtils/Voxels.h>
 #include <SeluUtils/WindowVisitor.h>
 
+#include "support/Lines.h"
+
 #include <benchmark/benchmark.h>
-#include <itkImage.h>
 #include <itkImageRegionConstIterator.h>
 #include <itkImageRegionConstIteratorWithIndex.h>
-#include <itkLineConstIterator.h>
-#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <numbers>
+#include <span>
 #include <string>
 #include <vector>
 
 using namespace ORVA;
-using Point = CTriple<int64>;
+using namespace bench;
 
 namespace {
 
@@ -45,8 +44,7 @@ std::shared_ptr<CImage const> Image(CSize const& size) {
   CImage image(IMAGE_GREY_8, size);
   auto const access = image.CreateAccess(true);
   auto* const pixels = reinterpret_cast<std::uint8_t*>(access.WritableBase());
-  for (std::size_t k = 0; k < image.Bytes(); ++k)
-    pixels[k] = static_cast<std::uint8_t>(k * 37 + k / 251);
+  for (std::size_t k = 0; k < image.Bytes(); ++k) pixels[k] = PixelAt(k);
   return std::make_shared<CImage const>(image);
 }
 
@@ -54,24 +52,8 @@ std::uint8_t const* Pixels(CImage const& image) {
   return reinterpret_cast<std::uint8_t const*>(image.CreateAccess(false).Base());
 }
 
-template <unsigned dimension>
-auto ItkImage(CImage const& image) {
-  using Itk = itk::Image<std::uint8_t, dimension>;
-  auto copy = Itk::New();
-  std::array<int64, 3> const extents = {image.Size().x, image.Size().y, image.Size().z};
-  typename Itk::SizeType size;
-  for (unsigned axis = 0; axis < dimension; ++axis)
-    size[axis] = static_cast<itk::SizeValueType>(extents[axis]);
-  copy->SetRegions(size);
-  copy->Allocate();
-  std::memcpy(copy->GetBufferPointer(), Pixels(image), image.Bytes());
-  return copy;
-}
-
-cv::Mat OpenCvImage(CImage const& image) {
-  cv::Mat copy(static_cast<int>(image.Size().y), static_cast<int>(image.Size().x), CV_8UC1);
-  std::memcpy(copy.ptr(), Pixels(image), image.Bytes());
-  return copy;
+std::span<std::uint8_t const> AllPixels(CImage const& image) {
+  return {Pixels(image), image.Bytes()};
 }
 
 template <class W>
@@ -89,24 +71,6 @@ std::uint64_t SumOfRange(CImage const& image, W&& walker) {
   return sum;
 }
 
-// Ends of lines of one length in a few slopes, so that no branch predictor learns one by heart.
-constexpr std::array<Point, 8> c_planeEnds = {{{999, 613, 0},
-                                               {999, 71, 0},
-                                               {999, 998, 0},
-                                               {311, 999, 0},
-                                               {999, 500, 0},
-                                               {777, 999, 0},
-                                               {999, 0, 0},
-                                               {38, 999, 0}}};
-constexpr std::array<Point, 8> c_spaceEnds = {{{499, 211, 87},
-                                               {211, 499, 310},
-                                               {100, 200, 499},
-                                               {499, 498, 497},
-                                               {499, 3, 250},
-                                               {7, 499, 499},
-                                               {250, 125, 499},
-                                               {499, 0, 333}}};
-
 // All eight lines, one after the other.
 template <class SumAlong>
 Run Along(std::array<Point, 8> const& ends, SumAlong sumAlong) {
@@ -117,64 +81,8 @@ Run Along(std::array<Point, 8> const& ends, SumAlong sumAlong) {
   };
 }
 
-std::uint64_t PlaneLineByHand(std::uint8_t const* pixels, Point const& end) {
-  bool const xMajor = end.x >= end.y;
-  int64 const a = xMajor ? end.x : end.y, b = xMajor ? end.y : end.x;
-  int64 x = 0, y = 0, e = 2 * b - a;
-  std::uint64_t sum = 0;
-  for (int64 i = 0; i <= a; ++i) {
-    sum += pixels[x + 1000 * y];
-    if (e >= 0) {
-      ++(xMajor ? y : x);
-      e -= 2 * a;
-    }
-    ++(xMajor ? x : y);
-    e += 2 * b;
-  }
-  return sum;
-}
-
-std::uint64_t SpaceLineByHand(std::uint8_t const* pixels, Point const& d) {
-  std::array<int64, 3> const length = {d.x, d.y, d.z};
-  std::size_t const main = d.x >= d.y && d.x >= d.z ? 0 : d.y >= d.z ? 1 : 2;
-  std::size_t const second = main == 0 ? 1 : 0, third = main == 2 ? 1 : 2;
-  int64 const a = length[main], b = length[second], c = length[third];
-  std::array<int64, 3> p{};
-  int64 e = 2 * b - a, f = 2 * c - a;
-  std::uint64_t sum = 0;
-  for (int64 i = 0; i <= a; ++i) {
-    sum += pixels[p[0] + 500 * (p[1] + 500 * p[2])];
-    if (e >= 0) {
-      ++p[second];
-      e -= 2 * a;
-    }
-    if (f >= 0) {
-      ++p[third];
-      f -= 2 * a;
-    }
-    ++p[main];
-    e += 2 * b;
-    f += 2 * c;
-  }
-  return sum;
-}
-
-template <class Itk>
-std::uint64_t LineOfItk(itk::SmartPointer<Itk> const& image, Point const& end) {
-  typename Itk::IndexType first, last;
-  std::array<int64, 3> const ends = {end.x, end.y, end.z};
-  for (unsigned axis = 0; axis < Itk::ImageDimension; ++axis) {
-    first[axis] = 0;
-    last[axis] = ends[axis];
-  }
-  std::uint64_t sum = 0;
-  for (itk::LineConstIterator<Itk> line(image, first, last); !line.IsAtEnd(); ++line)
-    sum += line.Get();
-  return sum;
-}
-
 void AddPlaneLines() {
-  auto const image = Image(CSize(1000, 1000));
+  auto const image = Image(CSize(c_width, c_width));
   std::string const row = "1000 px line";
   auto const make = [](Point const& end) {
     return CBresenhamVisitor(Point(), end, 2, NEIGHBORHOOD_8, true);
@@ -185,16 +93,12 @@ void AddPlaneLines() {
   Add(row + "/SeluUtils", 8000,
       Along(c_planeEnds, [image, make](Point const& end) { return Sum(*image, make(end)); }));
   Add(row + "/integer loop", 8000, byHand);
-  Add(row + "/OpenCV", 8000, Along(c_planeEnds, [mat = OpenCvImage(*image)](Point const& end) {
-        cv::LineIterator line(mat, cv::Point(0, 0),
-                              cv::Point(static_cast<int>(end.x), static_cast<int>(end.y)));
-        std::uint64_t sum = 0;
-        for (int i = 0; i < line.count; ++i, ++line) sum += **line;
-        return sum;
-      }));
-  Add(row + "/ITK", 8000, Along(c_planeEnds, [itk = ItkImage<2>(*image)](Point const& end) {
-        return LineOfItk(itk, end);
-      }));
+  Add(row + "/OpenCV", 8000,
+      Along(c_planeEnds, [mat = OpenCvImage(AllPixels(*image), c_width, c_width)](
+                             Point const& end) { return LineOfOpenCv(mat, end); }));
+  Add(row + "/ITK", 8000,
+      Along(c_planeEnds, [itk = ItkImage<2>(AllPixels(*image), {c_width, c_width})](
+                             Point const& end) { return LineOfItk(itk, end); }));
   Add(row + ", range/SeluUtils", 8000, Along(c_planeEnds, [image, make](Point const& end) {
         return SumOfRange(*image, make(end));
       }));
@@ -202,7 +106,7 @@ void AddPlaneLines() {
 }
 
 void AddSpaceLines() {
-  auto const image = Image(CSize(500, 500, 500));
+  auto const image = Image(CSize(c_side, c_side, c_side));
   std::string const row = "500 voxel line";
   Add(row + "/SeluUtils", 4000, Along(c_spaceEnds, [image](Point const& end) {
         return Sum(*image, CBresenhamVisitor(Point(), end, 3, NEIGHBORHOOD_26, true));
@@ -211,12 +115,11 @@ void AddSpaceLines() {
       Along(c_spaceEnds, [image, pixels = Pixels(*image)](Point const& end) {
         return SpaceLineByHand(pixels, end);
       }));
-  Add(row + "/ITK", 4000, Along(c_spaceEnds, [itk = ItkImage<3>(*image)](Point const& end) {
-        return LineOfItk(itk, end);
-      }));
+  Add(row + "/ITK", 4000,
+      Along(c_spaceEnds, [itk = ItkImage<3>(AllPixels(*image), {c_side, c_side, c_side})](
+                             Point const& end) { return LineOfItk(itk, end); }));
 }
 
-constexpr int64 c_edge = 256;
 constexpr int64 c_voxels = c_edge * c_edge * c_edge;
 CWindowVisitor Cube() { return {{0, 0, 0}, {c_edge - 1, c_edge - 1, c_edge - 1}}; }
 
@@ -228,11 +131,6 @@ std::uint64_t ThreeLoops(std::uint8_t const* pixels, Visit visit) {
       for (int64 x = 0; x < c_edge; ++x)
         sum = visit(sum, pixels[x + c_edge * (y + c_edge * z)], Point(x, y, z));
   return sum;
-}
-
-// What a caller does with coordinates and voxel: it cannot be folded into a closed form.
-std::uint64_t Mix(std::uint64_t sum, std::uint8_t voxel, Point const& p) {
-  return sum + voxel * static_cast<std::uint64_t>(p.x ^ (p.y + p.z));
 }
 
 template <class W>
@@ -271,7 +169,7 @@ void AddWindows() {
   auto const image = Image(CSize(c_edge, c_edge, c_edge));
   auto const* const pixels = Pixels(*image);
   auto const add = [](std::uint64_t sum, std::uint8_t voxel, Point const&) { return sum + voxel; };
-  auto const itkImage = ItkImage<3>(*image);
+  auto const itkImage = ItkImage<3>(AllPixels(*image), {c_edge, c_edge, c_edge});
   using Itk = itk::Image<std::uint8_t, 3>;
   Run const loops = [image, pixels, add] { return ThreeLoops(pixels, add); };
   Run const mixing = [image, pixels] { return ThreeLoops(pixels, Mix); };
@@ -353,7 +251,24 @@ std::uint64_t SumBelow(cv::Mat const& mask, cv::Mat const& image) {
   return sum;
 }
 
-// First and last row of each column of a convex polygon, which the hand-written loop goes along.
+// The rows of a convex polygon, which the hand-written loop goes along.
+std::vector<StRun> RowsOf(CPolygonVisitor polygon, int64 side) {
+  std::vector<StRun> rows(static_cast<std::size_t>(side));
+  for (Point const& p : polygon) { // by ascending x
+    StRun& row = rows[static_cast<std::size_t>(p.y)];
+    if (row.length == 0) row.first = p;
+    ++row.length;
+  }
+  return rows;
+}
+
+// In the order of the walk.
+std::vector<StRun> ColumnsOf(CPolygonVisitor polygon) {
+  std::vector<StRun> columns;
+  for (StRun const& run : Runs(polygon)) columns.push_back(run);
+  return columns;
+}
+
 std::uint64_t SumColumns(std::vector<StRun> const& columns, std::uint8_t const* pixels,
                          int64 side) {
   std::uint64_t sum = 0;
@@ -363,16 +278,23 @@ std::uint64_t SumColumns(std::vector<StRun> const& columns, std::uint8_t const* 
   return sum;
 }
 
+std::uint64_t SumRows(std::vector<StRun> const& rows, std::uint8_t const* pixels, int64 side) {
+  std::uint64_t sum = 0;
+  for (StRun const& row : rows) {
+    std::uint8_t const* const first = pixels + row.first.x + side * row.first.y;
+    for (int64 k = 0; k < row.length; ++k) sum += first[k];
+  }
+  return sum;
+}
+
 void AddPolygon(std::string const& size, int64 radius) {
   int64 const side = 2 * radius + 1;
   auto const image = Image(CSize(side, side));
   auto const corners = Disc(radius);
   CPolygonVisitor const polygon(corners, 2, NEIGHBORHOOD_8, true);
   auto const points = static_cast<int64>(polygon.Steps());
-  std::vector<StRun> columns;
-  for (StRun const& run : Runs(CPolygonVisitor(polygon))) columns.push_back(run);
   std::string const row = "polygon of " + size;
-  auto const mat = OpenCvImage(*image);
+  auto const mat = OpenCvImage(AllPixels(*image), side, side);
   Add(row + ", built and read/SeluUtils", points,
       [image, corners] { return Sum(*image, CPolygonVisitor(corners, 2, NEIGHBORHOOD_8, true)); });
   Add(row + ", built and read/OpenCV fillPoly, image read below the mask", points,
@@ -381,9 +303,14 @@ void AddPolygon(std::string const& size, int64 radius) {
     walker.Rewind();
     return Sum(*image, walker);
   });
-  Add(row + ", read/nested loops", points, [image, columns, side, pixels = Pixels(*image)] {
-    return SumColumns(columns, pixels, side);
-  });
+  Add(row + ", read/loops over rows listed before", points,
+      [image, rows = RowsOf(polygon, side), side, pixels = Pixels(*image)] {
+        return SumRows(rows, pixels, side);
+      });
+  Add(row + ", read/loops over columns listed before", points,
+      [image, columns = ColumnsOf(polygon), side, pixels = Pixels(*image)] {
+        return SumColumns(columns, pixels, side);
+      });
   Add(row + ", read/OpenCV, image read below the mask", points,
       [mat, mask = FilledMask(corners, side)] { return SumBelow(mask, mat); });
 }

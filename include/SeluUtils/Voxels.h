@@ -145,8 +145,8 @@ requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>
 /// where that is named: ForEachVoxel<std::uint8_t>(image, walker, f).
 ///
 /// The order is the one that the memory likes best: polygons and areas are visited row by row of
-/// the image, not column by column, which takes 8 bytes per row of the image and 24 per run in
-/// hand. All else is visited in the order of the walk. Rows and lines are walked by addresses
+/// the image, not column by column, which takes 8 bytes per row of the image and some 100 per run
+/// in hand. All else is visited in the order of the walk. Rows and lines are walked by addresses
 /// alone: what f does over a row a compiler may do for many voxels at once. Errors as for Voxels.
 template <class Image, class W, class Function>
 requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>

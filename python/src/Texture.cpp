@@ -7,6 +7,7 @@
 #include "Watch.h"
 
 #include <SeluUtils/Cooccurrence.h>
+#include <SeluUtils/CooccurrenceSum.h>
 #include <SeluUtils/Texture/Aggregation.h>
 #include <SeluUtils/Texture/PairCounter.h>
 #include <pxlib2core/Exception.h>
@@ -55,14 +56,18 @@ int64 Steps(CSize const& size, std::size_t offsets) {
   return steps;
 }
 
+bool LeavesPairs(CSize const& size, CTriple<int64> const& d) {
+  auto const isNear = [](int64 step, int64 extent) { return -extent < step && step < extent; };
+  return isNear(d.x, size.x) && isNear(d.y, size.y) && isNear(d.z, size.z);
+}
+
 // The pairs of bytes, value by value. CCooccurrence counts in 32 bits, a box at a time; the box
 // read reaches as far as the displacement leads, and has no pair but those whose first voxel is
 // inside.
 void CountBytes(CImageView const& image, CTriple<int64> const& d, std::span<uint64> counts,
                 CWatch& watch) {
   CSize const size = image.Size();
-  auto const isFar = [](int64 step, int64 extent) { return step >= extent || step <= -extent; };
-  if (isFar(d.x, size.x) || isFar(d.y, size.y) || isFar(d.z, size.z)) return; // no pairs
+  if (!LeavesPairs(size, d)) return;
   CCooccurrence counter("cooccurrence", nullptr);
   ORVA::CImage matrix(ORVA::IMAGE_GREY_32, CSize(1, c_grays, c_grays));
   auto const cells = matrix.CreateAccess(false).As<std::uint32_t const>();
@@ -183,6 +188,20 @@ CMatrices Cooccurrence(py::object const& array, py::object const& points, CRecip
   return matrices;
 }
 
+// A large volume is counted box by box; the features are those of a count in one go, bit by bit.
+CCooccurrence::CFeatures FeaturesAt(CImageView const& image, CTriple<int64> const& d,
+                                    CCooccurrence& texture, CWatch& watch) {
+  CSize const size = image.Size();
+  if (!LeavesPairs(size, d) || Voxels({}, {size.x, size.y, size.z}) <= c_boxVoxels)
+    return texture.ComputeFeatures(image, Short(d));
+  ORVA::CCooccurrenceSum sum;
+  ForEachBox(size, [&](CPos const& low, CPos const& high) {
+    sum.Count(image, d, low, high);
+    watch.Advance(0);
+  });
+  return sum.Features();
+}
+
 // Features of a matrix after the other, of shape (offsets, features).
 py::array SeluFeatures(py::object const& array, py::object const& points,
                        py::object const& progress) {
@@ -197,7 +216,7 @@ py::array SeluFeatures(py::object const& array, py::object const& points,
     CUnlocked const unlocked;
     CCooccurrence texture("texture", nullptr);
     for (auto const& offset : offsets) {
-      out = std::ranges::copy(texture.ComputeFeatures(image, Short(offset)), out).out;
+      out = std::ranges::copy(FeaturesAt(image, offset, texture, watch), out).out;
       watch.Advance();
     }
   }

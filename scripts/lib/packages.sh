@@ -19,7 +19,8 @@ bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev li
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 abi_packages=(abigail-tools xz-utils)
-docs_packages=(doxygen python3-sphinx python3-myst-parser furo python3-numpydoc python3-dask python3-distributed)
+docs_packages=(doxygen python3-sphinx python3-myst-parser furo python3-numpydoc python3-dask python3-distributed
+  python3-zarr python3-scipy python3-skimage python3-matplotlib)
 package_packages=(lintian mmdebstrap binutils python3 gzip)
 root_packages=(g++ clang cmake make pkg-config zsh) # what the outside projects in the empty root are built with
 

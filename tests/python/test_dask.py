@@ -71,7 +71,7 @@ def test_counts_are_those_of_the_whole_array(case: dict[str, Any], is_dask: bool
 
 
 @pytest.mark.parametrize("dtype", ["i1", "u2", "i2", "u4", "i4"])
-def test_integers_of_all_kinds_are_counted_as_they_are(dtype: str, rng: np.random.Generator) -> None:
+def test_integers_of_all_kinds_are_counted(dtype: str, rng: np.random.Generator) -> None:
     image = rng.integers(0, 99, (9, 10, 11)).astype(dtype)
     whole = texture.cooccurrence(image, (0, -1, 2))
     assert np.array_equal(chunked.cooccurrence(image, (0, -1, 2), chunks=4).compute(), whole)

@@ -122,7 +122,7 @@ def test_objects_have_the_features_of_the_whole_array(
     labels = rng.integers(0, objects + 1, image.shape)
     if blocky:
         for axis in range(image.ndim):
-            labels = np.repeat(labels, 4, axis=axis)[(slice(None),) * axis + (slice(image.shape[axis]),)]
+            labels = np.repeat(labels, 4, axis).take(range(image.shape[axis]), axis)
     labels = labels.astype(np.uint32) * np.uint32(100_000_007)
     mask = rng.random(image.shape) < 0.8 if case["mask"] else None
     offset = [d for d in case["offset"] if any(d)] or [(1,) * image.ndim]
@@ -149,6 +149,18 @@ def test_objects_of_a_segmentation_cut_by_chunks(tmp_path: Path, rng: np.random.
     same_columns(ours, whole)
     regions = regionprops_table(labels, properties=("label", "area"))
     assert (ours["voxels"] == regions["area"]).all() and len(ours["label"]) > 20
+
+
+def test_objects_of_chunks_larger_than_memory_are_counted_in_parts(
+    monkeypatch: pytest.MonkeyPatch, rng: np.random.Generator
+) -> None:
+    image = rng.integers(1, 9, (20, 21, 22), np.uint8)
+    labels = np.ones(image.shape, np.uint8)
+    labels[3:5, 2:9, 4:8] = 2
+    for module in (chunked._objects, chunked._cooccurrence):
+        monkeypatch.setattr(module, "MOST_VOXELS", 500)
+    ours = chunked.object_features(image, labels, chunks=-1, levels=8)
+    same_columns(ours, texture.object_features(image, labels, levels=8))
 
 
 def test_boxes_and_sizes_of_labels_are_those_of_regionprops(rng: np.random.Generator) -> None:

@@ -1,4 +1,4 @@
-"""Volumes in chunks on processes of their own: exact though one is killed, small, and never stuck."""
+"""Volumes in chunks on processes: exact though one is killed, small, and never stuck."""
 
 from __future__ import annotations
 
@@ -81,7 +81,7 @@ def forget_most() -> int:
     return memory("VmRSS")
 
 
-@pytest.mark.skipif("libasan" in os.environ.get("LD_PRELOAD", ""), reason="not the library's memory")
+@pytest.mark.skipif("libasan" in os.environ.get("LD_PRELOAD", ""), reason="ASan needs more")
 def test_a_worker_holds_two_chunks_and_its_tables(tmp_path: Path) -> None:
     shape, chunks = (256, 512, 1024), (64, 512, 1024)
     chunk, table = 1 << 25, 8 << 16

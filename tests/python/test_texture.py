@@ -117,6 +117,10 @@ def test_a_volume_that_is_counted_in_several_boxes(rng: np.random.Generator) -> 
     image = rng.integers(0, 256, (300, 400, 401), np.uint8)  # 48 million voxels
     for offset in ((1, -2, 3), (-250, 0, 390)):
         assert (texture.cooccurrence(image, offset)[0] == counts_of(image, offset, 256)).all()
+        values = texture.features(image, offset)
+        counts = counts_of(image, offset, 256)
+        p = counts[counts > 0] / counts.sum()
+        assert values["Entropy"] == pytest.approx(-(p * np.log(p)).sum(), rel=1e-12)
 
 
 def test_out_takes_the_counts(rng: np.random.Generator) -> None:

@@ -137,6 +137,7 @@ def test_holes_are_left_out_and_corners_may_lie_between_pixels() -> None:
     assert points == {(y, x) for y in range(1, 9) for x in range(1, 9)} - {
         (y, x) for y in range(2, 7) for x in range(2, 7)
     }
+    assert len(draw.polygon([(0.0, 0.0), (0.0, 2.0), (2.0, 0.0)])) == 6  # with the outline
     real = np.array(outer) + 0.5
     assert points_of(draw.polygon(real)) == {(y, x) for y in range(1, 10) for x in range(1, 10)}
 
@@ -235,6 +236,9 @@ def test_profile_and_paint_take_walks_and_points() -> None:
     with pytest.raises(BadParameter, match=r"\(-1, 0\) lies outside"):
         draw.paint(painted, line, 9)
     assert painted.sum() == 10
+    for beyond in ((5, 0), (0, 6)):
+        with pytest.raises(BadParameter, match="lies outside"):
+            draw.profile(image, [beyond])
 
 
 def test_a_walk_serves_one_thread_at_a_time() -> None:

@@ -332,6 +332,34 @@ TEST(Ziggurat, AWordIsSignLayerAndPlace) {
     }
 }
 
+// Between what is inside a layer for certain and its end a second word decides: whether a uniform
+// height within the layer lies below the density.
+TEST(Ziggurat, WedgesAreTakenBelowTheDensity) {
+  test::CRandomNumbers random;
+  auto const expect = [&](auto const& layers, auto const& heights, auto density, auto draw) {
+    for (std::size_t layer = 1; layer < 256; ++layer)
+      for (int trial = 0; trial < 20; ++trial) {
+        auto const steps =
+            static_cast<uint64>(random.Real(static_cast<double>(layers[layer].inside), 0x1p53 - 1));
+        double const x = static_cast<double>(steps) * layers[layer].step;
+        double const low = heights[layer - 1], high = heights[layer];
+        double const share = (density(x) - low) / (high - low);
+        for (double const u : {share - 1e-6, share + 1e-6}) {
+          if (u < 0 || u >= 1) continue;
+          // What is rejected is drawn again: from here the number 0.
+          CReplaySource words({steps << 11 | layer, static_cast<uint64>(u * 0x1p53) << 11, 7});
+          EXPECT_EQ(draw(words), u < share ? x : 0) << layer << ", " << x << ", height " << u;
+        }
+      }
+  };
+  expect(
+      Impl::c_normalLayers, Impl::c_normalHeights, [](double x) { return std::exp(-x * x / 2); },
+      [](auto& words) { return Impl::StandardNormal(words); });
+  expect(
+      Impl::c_exponentialLayers, Impl::c_exponentialHeights, [](double x) { return std::exp(-x); },
+      [](auto& words) { return Impl::StandardExponential(words); });
+}
+
 TEST(Ziggurat, TailsGoOnWithoutEnd) {
   // The highest place of layer 0 is beyond the tail's beginning; three such words, then one inside.
   uint64 const beyond = c_ones << 11;

@@ -51,8 +51,8 @@ struct StPoissonPlace {
 
 } // namespace
 
-// Places all over the hat, and heights just below and just above
-// the bound that the probability of the count sets. Far in the tails, where no sample comes, too.
+// Places all over the hat, and heights just below and just above the bound that the probability of
+// the count sets. Far in the tails, where no sample comes, too.
 TEST(ExactPoisson, RejectsWhereThePaperDoes) {
   test::CRandomNumbers random;
   for (double const mean : {10.0, 11.5, 50.25, 127.9, 128.0, 1000.7, 1e6})
@@ -76,7 +76,7 @@ TEST(ExactPoisson, RejectsWhereThePaperDoes) {
 }
 
 TEST(ExactPoisson, PlacesWhereNoCountIsAreRejected) {
-  // The lowest and the highest place lie 2^49 standard deviations away, where no count is.
+  // The lowest and the highest place lie 2^49 standard deviations away.
   for (uint64 const end : {uint64{0}, c_ones}) {
     CReplaySource beyond({end, c_ones, uint64{1} << 63, c_ones});
     EXPECT_EQ(CExactPoisson(1e4)(beyond), 10000);

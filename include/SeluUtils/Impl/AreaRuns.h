@@ -10,6 +10,7 @@
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
 #include <SeluUtils/Impl/LineMoves.h>
+#include <SeluUtils/Impl/LineWalk.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Run.h>
 #include <SeluUtils/Triple.h>
@@ -163,9 +164,9 @@ public:
     if (m_Status == 2) return {};
     if (m_Status != 0 && m_Status != 1) [[unlikely]]
       RaiseStatus();
-    CTriple<int64> const point = m_Next;
+    CTriple<int64> const point = m_Next.Get();
     if (m_StepIndex < m_LastStep) {
-      m_Next += m_Lists->line.Step(m_StepIndex++);
+      m_Lists->line.Advance(m_Next, m_StepIndex++);
       m_Status = 1;
     } else {
       BeginNextRun();
@@ -214,13 +215,13 @@ public:
 
 private:
   struct StLists : StAreaLists {
-    CBresenhamVisitor3D line; // of the run being walked
+    StLine line; // of the run being walked
   };
 
   [[noreturn]] static void RaiseIndex(bool isStart);
   [[noreturn]] static void RaiseStatus();
-  [[nodiscard]] CBresenhamVisitor3D LineOfRun(std::size_t run) const;
-  void BeginRun(CBresenhamVisitor3D&& line, std::size_t run) noexcept;
+  [[nodiscard]] StLine LineOfRun(std::size_t run) const;
+  void BeginRun(StLine&& line, std::size_t run) noexcept;
   void BeginNextRun();
 
   CKeptList<StLists> m_Lists;
@@ -234,7 +235,7 @@ private:
   CUntilMoved<std::uint64_t> m_Later; // points of the runs behind this one
   int64 m_StepIndex = 0;              // next step of the run being walked
   int64 m_LastStep = 0;               // how many of its steps are taken
-  CTriple<int64> m_Next;
+  StLineCursor m_Next;
 };
 
 } // namespace ORVA::Impl

@@ -9,6 +9,7 @@
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/Export.h>
 #include <SeluUtils/Impl/KeptList.h>
+#include <SeluUtils/Impl/LineCursor.h>
 #include <SeluUtils/Impl/UntilMoved.h>
 #include <SeluUtils/Triple.h>
 #include <pxlib2core/Types.h>
@@ -64,8 +65,8 @@ private:
 /// digital plotter", IBM Systems Journal 4 (1965) 25-30). The longer axis drives, x on a tie. With
 /// diagonals a tie between two pixels takes the diagonal; without, the side step comes first.
 ///
-/// Components beyond 32 bits are clamped to them. Building takes O(moves) time and 8 bytes per
-/// move; a line longer than memory can hold throws std::bad_alloc and leaves the object as it was.
+/// Components beyond 32 bits are clamped to them. Takes no memory and O(1) time, whatever its
+/// length.
 class SELUUTILS_EXPORT CBresenhamVisitor2D {
 public:
   CBresenhamVisitor2D() = default;
@@ -76,7 +77,7 @@ public:
 
   /// Computes the line anew for another difference.
   void Init(int64 dx, int64 dy);
-  /// Fills the decision values anew for `a` voxels along the driving axis and `b` along the other;
+  /// Takes the decision values anew for `a` voxels along the driving axis and `b` along the other;
   /// CExBadParam for a length outside 0 to 2147483648.
   void FillNabla(int64 a, int64 b);
   /// Whether the neighborhood has the diagonal of this line's quadrant.
@@ -86,17 +87,19 @@ public:
   [[nodiscard]] CTriple<int64> Step(int64 i) const {
     if (i < 0) [[unlikely]]
       RaiseStepOutOfRange();
-    auto const index = static_cast<std::size_t>(i);
-    if (index >= m_Nabla->size()) return {};
-    return m_Moves[(*m_Nabla)[index] >= 0];
+    if (i >= m_Steps) return {};
+    return m_Moves[m_Seconds.IsStep(i)];
   }
   /// Number of moves.
-  [[nodiscard]] int64 LastStep() const noexcept { return static_cast<int64>(m_Nabla->size()); }
+  [[nodiscard]] int64 LastStep() const noexcept { return m_Steps; }
   /// Prints the moves to standard output, one per line.
   void PrintSteps() const;
 
   /// One value a move; where it is negative the move is along the driving axis, else the second.
-  [[nodiscard]] std::span<int64 const> Decisions() const noexcept { return *m_Nabla; }
+  /// O(moves): the list is made by the call.
+  [[nodiscard]] std::vector<int64> Decisions() const;
+  /// At which of the moves the second one is taken.
+  [[nodiscard]] StStepPattern const& Seconds() const noexcept { return m_Seconds; }
   [[nodiscard]] bool IsXMajor() const noexcept { return m_XMajor != 0; }
   [[nodiscard]] int64 Neighborhood() const noexcept { return m_Neighborhood; }
 
@@ -107,7 +110,9 @@ private:
   static CBresenhamVisitor2D Projection(int64 a, int64 b, int64 neighborhood);
   void Build(CTriple<int64> signs, int64 lengthX, int64 lengthY);
 
-  CKeptList<std::vector<int64>> m_Nabla;
+  CUntilMoved<int64> m_Steps;
+  StStepPattern m_Seconds;
+  int64 m_Other = 0; // length along the axis that does not drive
   int64 m_Neighborhood = 0;
   int64 m_SignX = 0, m_SignY = 0;
   int64 m_XMajor = 0;
@@ -124,8 +129,8 @@ private:
 /// (the axis that `Init` puts first is the first): 0 none; 1 (1,1,0); 3 (0,1,1), (1,1,0);
 /// 6 (1,1,1), (0,1,1), (1,1,0); 4 (1,1,1), (1,1,0); 2 and 5 (1,1,1); 7 all.
 ///
-/// Only the low 32 bits of a component give its length. Building takes O(moves) time and about 40
-/// bytes per move; a line longer than memory can hold throws std::bad_alloc and leaves the object
+/// Only the low 32 bits of a component give its length. Building takes O(moves) time and 24 bytes
+/// per move; a line longer than memory can hold throws std::bad_alloc and leaves the object
 /// as it was.
 class SELUUTILS_EXPORT CBresenhamVisitor3D {
 public:

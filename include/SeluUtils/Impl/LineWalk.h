@@ -73,8 +73,9 @@ struct StLine {
     return list.IsEmpty() ? start.Move(i) : list[i];
   }
   /// Takes a cursor that stands before move i >= 0 behind it. Past the last move a line of even
-  /// steps goes on, another one stays.
-  void Advance(StLineCursor& cursor, int64 i) const noexcept {
+  /// steps goes on, another one stays. Always inline: a call would keep the cursor out of
+  /// registers.
+  [[gnu::always_inline]] void Advance(StLineCursor& cursor, int64 i) const noexcept {
     if (list.IsEmpty()) {
       cursor.Advance();
     } else if (i < steps) {

@@ -1,7 +1,7 @@
 """Texture of volumes beyond one machine's memory, with Dask, on whatever scheduler you run.
 
-A volume is the path of a ``.npy`` file or of a Zarr folder, a Zarr array, a memory-mapped array, any
-Dask array, or a NumPy array; masks and labels may be another of these, with other chunks. Files
+A volume is the path of a ``.npy`` file or of a Zarr folder, a Zarr array, a memory-mapped array,
+any Dask array, or a NumPy array; masks and labels may be another of these, with other chunks. Files
 travel to the workers as their paths, so all workers must see them; a Dask array's chunks travel as
 Dask has them travel. The numbers are those of :mod:`seluutils.texture` for the whole array, bit for
 bit, whatever the chunks.
@@ -17,8 +17,8 @@ replaced by Dask, and its tasks run again; a task that kills every worker ends a
 >>> from seluutils import dask
 >>> volume = np.arange(4096, dtype=np.uint8).reshape(16, 16, 16)
 >>> counts = dask.cooccurrence(volume, (0, 0, 1), chunks=8)
->>> counts
-dask.array<cooccurrence, shape=(1, 256, 256), dtype=uint64, chunksize=(1, 256, 256), chunktype=numpy.ndarray>
+>>> counts.shape, counts.dtype
+((1, 256, 256), dtype('uint64'))
 >>> int(counts.sum().compute(scheduler="synchronous"))
 3840
 """

@@ -1,7 +1,7 @@
 """Co-occurrence matrices of volumes in chunks.
 
-A pair belongs to the chunk that has its first voxel: a task reads the chunk and as far as the offsets
-lead, and counts the pairs whose first voxel lies in the chunk. So every pair counts once.
+A pair belongs to the chunk that has its first voxel: a task reads the chunk and as far as the
+offsets lead, and counts the pairs whose first voxel lies in the chunk. So every pair counts once.
 """
 
 from __future__ import annotations
@@ -46,10 +46,10 @@ def cooccurrence(
     volume : path, or Zarr, Dask or NumPy array of shape (z, y, x) or (y, x)
         Integers or floating-point numbers.
     offset : (d,) or (n, d) integers
-        In the order of the array's axes, of any sign and length, longer than a chunk as well; without
-        it the neighbors.
+        In the order of the array's axes, of any sign and length, longer than a chunk as well;
+        without it the neighbors.
     distances, levels, bin_width, bin_count, range, anchor, symmetric
-        As those of :func:`seluutils.texture.cooccurrence`; the levels are those of the whole volume.
+        As those of :func:`seluutils.texture.cooccurrence`; the levels are the whole volume's.
     mask : path or array of the volume's shape
         Bool or integers, 0 is off; its chunks may be others.
     chunks : as Dask takes them
@@ -111,7 +111,7 @@ class Counting:
         return int(_core.quantize(np.zeros((1, 1)), self.gray.recipe().fit(*found), None)[2])
 
     def near(self, core: Box) -> list[Index]:
-        """The offsets whose pairs are read at once: all lead out by an eighth of the core at most."""
+        """The offsets whose pairs are read at once: those that lead out by an eighth of the core."""
         return [d for d in self.offsets if all(8 * abs(s) <= e for s, e in zip(d, core.shape))]
 
     def surroundings(self, core: Box) -> Box:
@@ -138,7 +138,9 @@ class Counting:
         return [self.surroundings(core)] + [first.moved(d) for _, d, first in self.far(core)]
 
 
-def counts_array(image: Volume, mask: Volume | None, recipe: Counting, cores: dict[Index, Box]) -> Any:
+def counts_array(
+    image: Volume, mask: Volume | None, recipe: Counting, cores: dict[Index, Box]
+) -> Any:
     """The counts of the pairs whose first voxels lie in the cores, as a lazy array of one chunk."""
     name = f"cooccurrence-{uuid4().hex}"
     graph: Graph = {}
@@ -248,5 +250,5 @@ def finish(total: Counts | None, recipe: Counting, found: Found | None) -> Count
 
 def _checked(levels: int) -> int:
     if levels > MOST_LEVELS:
-        raise BadParameter(f"matrices of {levels} levels are too large; up to {MOST_LEVELS} are made")
+        raise BadParameter(f"matrices of {levels} levels are too large, more than {MOST_LEVELS}")
     return levels

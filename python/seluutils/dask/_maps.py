@@ -1,7 +1,7 @@
 """Feature maps of volumes in chunks.
 
-A task reads its windows whole, with level 0 where they lead out of the volume: pairs with such a voxel
-do not count, so the windows at the border are as if clipped.
+A task reads its windows whole, with level 0 where they lead out of the volume: pairs with such a
+voxel do not count, so the windows at the border are as if clipped.
 """
 
 from __future__ import annotations
@@ -52,7 +52,7 @@ def feature_maps(
     size, names, offset, distances, step, border, symmetric, dtype
         As those of :func:`seluutils.texture.feature_maps`.
     levels, bin_width, bin_count, range, anchor
-        As those of :func:`seluutils.texture.feature_maps`; the levels are those of the whole volume.
+        As those of :func:`seluutils.texture.feature_maps`; the levels are the whole volume's.
     mask : path or array of the volume's shape
         Bool or integers, 0 is off; its chunks may be others.
     chunks : as Dask takes them
@@ -62,8 +62,8 @@ def feature_maps(
     Returns
     -------
     dict
-        A lazy dask.array by the name of each feature. A task makes all maps of its chunk: compute or
-        store them together, as in ``da.store(list(maps.values()), targets)``.
+        A lazy dask.array by the name of each feature. A task makes all maps of its chunk: compute
+        or store them together, as in ``da.store(list(maps.values()), targets)``.
 
     Raises
     ------
@@ -116,7 +116,7 @@ class Windows:
         return self.sides[axis] // 2 if self.border == "valid" else 0
 
     def parts(self, axis: int, chunks: Sequence[int]) -> list[tuple[int, int]]:
-        """The numbers of the windows with their middles in each chunk; chunks without are left out."""
+        """The numbers of the windows with their middles in each chunk that has some."""
         first, step = self.first(axis), self.steps[axis]
         room = self.shape[axis] - 2 * first  # of the middles
         count = max(0, -(-room // step))

@@ -1,7 +1,7 @@
 """Features of the objects of label volumes in chunks.
 
-A first pass finds the box of each object. Objects whose boxes are small are computed together, as many
-as fit into two chunks. The matrices of a larger object are counted chunk by chunk and added.
+A first pass finds the box of each object. Objects whose boxes are small are computed together, as
+many as fit into two chunks. The matrices of a larger object are counted chunk by chunk and added.
 """
 
 from __future__ import annotations
@@ -17,7 +17,7 @@ from .. import _core
 from .._errors import BadParameter
 from ..texture import Anchor, Range, _names, _offsets
 from ._cooccurrence import Counting, add_tables, count_pairs
-from ._levels import Found, Gray, check, range_tasks, tree
+from ._levels import MOST_VOXELS, Found, Gray, check, range_tasks, tree
 from ._volume import Array, Box, Graph, Source, Volume, computed, read
 
 #: Voxels of labels that are looked at at a time.
@@ -44,8 +44,8 @@ def object_features(
 ) -> dict[str, Array]:
     """Features of each object of a label volume, wherever the chunks cut it.
 
-    Computes at once, in two passes. An object larger than two chunks takes a task for each chunk that
-    it meets.
+    Computes at once, in two passes. An object larger than two chunks takes a task for each chunk
+    that it meets.
 
     Parameters
     ----------
@@ -56,7 +56,7 @@ def object_features(
     definition, names, offset, distances, aggregate, symmetric
         As those of :func:`seluutils.texture.object_features`.
     levels, bin_width, bin_count, range, anchor
-        As those of :func:`seluutils.texture.object_features`; the levels are those of the whole volume.
+        As those of :func:`seluutils.texture.object_features`; the levels are the whole volume's.
     mask : path or array of the volume's shape
         Bool or integers, 0 is off.
     chunks : as Dask takes them
@@ -65,7 +65,7 @@ def object_features(
     Returns
     -------
     dict
-        Columns: "label", "voxels", and each feature under its name; NaN for an object without pairs.
+        Columns: "label", "voxels", and each feature by its name; NaN for an object without pairs.
 
     Raises
     ------
@@ -193,7 +193,7 @@ def _second_pass(volumes: Volumes, texture: Texture, objects: Objects, found: An
     graph: Graph = {}
     keys: list[Any] = []
     cores = [core for core in volumes.image.cores().values() if core.voxels]
-    most = 2 * max((core.voxels for core in cores), default=0)
+    most = 2 * min(MOST_VOXELS, max((core.voxels for core in cores), default=0))
     for k, group in enumerate(objects.groups(most)):
         box = group.box()
         keys.append((name, k))

@@ -156,7 +156,7 @@ class Volume:
         else:
             self._file, own = ZarrFile(opened), None
         if any(isinstance(n, float) for n in self.shape):
-            raise BadParameter(f"{name} has chunks of unknown sizes; compute_chunk_sizes() finds them")
+            raise BadParameter(f"{name} has chunks of unknown sizes (see compute_chunk_sizes)")
         previous = getattr(opened, "chunks", None)
         if chunks is None and own:
             self.chunks = own
@@ -266,7 +266,7 @@ def _opened(given: Any, name: str) -> Any:
 
 
 def _mapped(array: Any) -> MappedFile | None:
-    """Where in its file a memory-mapped array or a view of one lies; None if its pages are private."""
+    """Where in its file a memory-mapped array or a view of one lies; None for private pages."""
     root = array
     while isinstance(root.base, np.ndarray):
         root = root.base

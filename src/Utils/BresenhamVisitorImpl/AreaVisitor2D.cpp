@@ -41,8 +41,9 @@ void CBresenhamAreaVisitor2D::SignBorder() {
     if (corner.z != m_Lists->corners.front().z)
       CBresenhamVisitor2D(corner - m_Lists->corners.front(), m_Neighborhood);
   m_Lists->limits = {};
-  SignEdges<CBresenhamVisitor2D>(*this, m_Lists->limits, m_Lists->corners, m_Neighborhood,
-                                 m_Border);
+  SignEdges(m_Lists->limits, m_Lists->corners, m_Border, [this](auto const& a, auto const& b) {
+    return CBresenhamVisitor2D(b - a, m_Neighborhood);
+  });
   SortLimits(m_Lists->limits);
   EraseUselessBorders();
   if (!m_Border) EraseBorderPoints();

@@ -1,7 +1,6 @@
 #include "Utils/BresenhamVisitorImpl/RunLimits.h"
 
 #include <SeluBase/Neighborhood.h>
-#include <SeluUtils/Impl/AxisMove.h>
 
 #include <algorithm>
 #include <functional>
@@ -14,6 +13,17 @@ namespace {
 
 constexpr char c_module[] = "src/Utils/BresenhamVisitorImpl";
 constexpr char c_constructor[] = "ORVA::Impl::CBresenhamAreaVisitor3D::CBresenhamAreaVisitor3D";
+
+// A line's moves by their numbers.
+class CLineSteps {
+public:
+  explicit CLineSteps(StLine line) : m_Line(std::move(line)) {}
+  [[nodiscard]] int64 LastStep() const { return m_Line.steps; }
+  [[nodiscard]] CTriple<int64> Step(int64 i) const { return m_Line.Move(i); }
+
+private:
+  StLine m_Line;
+};
 
 void PrintPoint(char const* title, CTriple<int64> const& p) {
   std::cout << title << p.x << ", " << p.y << ", " << p.z << ")\n";
@@ -52,8 +62,9 @@ void CBresenhamAreaVisitor3D::SignBorder() {
   CheckSpan(m_Lists->corners,
             ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamAreaVisitor3D::SignBorder"));
   m_Lists->limits = {};
-  SignEdges<CBresenhamVisitor3D>(*this, m_Lists->limits, m_Lists->corners, m_Neighborhood,
-                                 m_Border);
+  SignEdges(m_Lists->limits, m_Lists->corners, m_Border, [this](auto const& a, auto const& b) {
+    return CLineSteps(LineBetween(a, b, 3, m_Neighborhood, true));
+  });
   SortLimits(m_Lists->limits);
   EraseUselessBorders();
   if (!m_Border) EraseBorderPoints();
@@ -85,18 +96,19 @@ void CBresenhamAreaVisitor3D::EraseUselessBorders() {
 void CBresenhamAreaVisitor3D::EraseBorderPoints() {
   EraseOuterColumns(m_Lists->limits);
   FilterRuns(m_Lists->limits, [this](CTriple<int64>& start, CTriple<int64>& end) {
-    return start.x == end.x && CBresenhamVisitor3D(end - start, m_Neighborhood).LastStep() >= 2;
+    return start.x == end.x && LineBetween(start, end, 3, m_Neighborhood, true).steps >= 2;
   });
 }
 
-CBresenhamVisitor3D CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
-  return {m_Lists->limits.ends[run] - m_Lists->limits.starts[run], m_Neighborhood};
+StLine CBresenhamAreaVisitor3D::LineOfRun(std::size_t run) const {
+  return LineBetween(m_Lists->limits.starts[run], m_Lists->limits.ends[run], 3, m_Neighborhood,
+                     true);
 }
 
 void CBresenhamAreaVisitor3D::CountSteps() {
   m_Steps = 0;
   for (std::size_t k = 0; k < m_Lists->limits.Runs(); ++k)
-    m_Steps += static_cast<std::uint64_t>(LineOfRun(k).LastStep() + (m_Border ? 1 : -1));
+    m_Steps += static_cast<std::uint64_t>(LineOfRun(k).steps + (m_Border ? 1 : -1));
 }
 
 void CBresenhamAreaVisitor3D::Reset() {
@@ -104,21 +116,21 @@ void CBresenhamAreaVisitor3D::Reset() {
     m_Status = 2;
     return;
   }
-  CBresenhamVisitor3D line = LineOfRun(0); // may fail, and so comes before any change
+  StLine line = LineOfRun(0); // may fail, and so comes before any change
   m_Later = m_Steps;
   BeginRun(std::move(line), 0);
   m_Actual = m_Lists->limits.starts.front();
   m_Status = 0;
 }
 
-void CBresenhamAreaVisitor3D::BeginRun(CBresenhamVisitor3D&& line, std::size_t run) noexcept {
+void CBresenhamAreaVisitor3D::BeginRun(StLine&& line, std::size_t run) noexcept {
   m_Lists->line = std::move(line);
   m_StartIndex = m_EndIndex = run;
-  m_Next = m_Lists->limits.starts[run];
+  m_Next = m_Lists->line.start;
   m_StepIndex = 0;
-  m_LastStep = m_Lists->line.LastStep();
+  m_LastStep = m_Lists->line.steps;
   if (!m_Border) {
-    m_Next += m_Lists->line.Step(m_StepIndex++);
+    m_Lists->line.Advance(m_Next, m_StepIndex++);
     --m_LastStep;
   }
   m_Later = m_Later - (static_cast<std::uint64_t>(m_LastStep - m_StepIndex) + 1);
@@ -137,21 +149,14 @@ void CBresenhamAreaVisitor3D::BeginNextRun() {
 
 StRun CBresenhamAreaVisitor3D::NextRun() {
   if (!MorePoints()) return {};
-  CBresenhamVisitor3D const& line = m_Lists->line;
-  CTriple<int64> const move = m_StepIndex < m_LastStep ? line.Step(m_StepIndex) : CTriple<int64>();
-  int64 const axis = AxisOfMove(move);
-  StRun run{m_Next, axis < 0 ? 0 : axis, 1};
-  if (axis >= 0) {
-    while (m_StepIndex < m_LastStep && line.Step(m_StepIndex) == move) {
-      m_Next += move;
-      ++m_StepIndex;
-      ++run.length;
-    }
-  }
+  StLineCursor const first = m_Next;
+  StRun run{first.Get(), 0, 1};
+  m_Lists->line.ExtendRun(run, m_Next, m_StepIndex, m_LastStep - m_StepIndex);
+  m_StepIndex += run.length - 1;
   try {
     NextPoint(); // the run's last one
   } catch (...) {
-    m_Next = run.first;
+    m_Next = first;
     m_StepIndex -= run.length - 1;
     throw;
   }

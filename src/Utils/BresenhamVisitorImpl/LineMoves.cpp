@@ -181,19 +181,23 @@ void CBresenhamVisitor2D::FillNabla(int64 a, int64 b) {
     if (length < 0 || length > c_longest)
       RaiseBadParam(ORVA_LOCATION(c_module, "ORVA::Impl::CBresenhamVisitor2D::FillNabla"),
                     CString("length %1 is not in the range 0 to 2147483648").Arg(length));
-  bool const isDiagonal = DiagonalIn();
-  // Either way a second step takes 2 * moves off the value and every move adds 2b, so that the
-  // value is negative until the other axis is due.
-  int64 const moves = isDiagonal ? a : a + b;
-  std::vector<int64> nabla(static_cast<std::size_t>(moves));
-  auto seconds =
-      StStepPattern::Even(static_cast<uint64>(std::min(b, moves)), static_cast<uint64>(moves));
-  int64 value = isDiagonal ? 2 * b - a : b - a;
-  for (int64& entry : nabla) {
+  m_Steps = DiagonalIn() ? a : a + b;
+  m_Other = b;
+  m_Seconds = StStepPattern::Even(static_cast<uint64>(std::min<int64>(b, m_Steps)),
+                                  static_cast<uint64>(m_Steps));
+}
+
+// Every move adds 2b to the value and a second one takes 2 * moves off it, so that it is negative
+// until the other axis is due: from 2b - moves on, which is b - a without diagonals.
+std::vector<int64> CBresenhamVisitor2D::Decisions() const {
+  std::vector<int64> values(static_cast<std::size_t>(LastStep()));
+  StStepPattern seconds = m_Seconds;
+  int64 value = 2 * m_Other - m_Steps;
+  for (int64& entry : values) {
     entry = value;
-    value += 2 * b - (seconds.Advance() ? 2 * moves : 0);
+    value += 2 * m_Other - (seconds.Advance() ? 2 * m_Steps : 0);
   }
-  m_Nabla = std::move(nabla);
+  return values;
 }
 
 void CBresenhamVisitor2D::PrintSteps() const {
@@ -310,13 +314,13 @@ void CBresenhamVisitor3D::ComputeMoves() {
 // Both projections share the driving axis, so step i of each belongs together.
 void CBresenhamVisitor3D::FillFromDrivingAxis(std::vector<CTriple<int64>>& moves,
                                               int64 count) const {
-  auto const second = m_Lists->projections[0].Decisions(),
-             third = m_Lists->projections[1].Decisions();
+  StStepPattern second = m_Lists->projections[0].Seconds(),
+                third = m_Lists->projections[1].Seconds();
   std::array<CTriple<int64>, 4> const real = {ConvertFrom({1, 0, 0}), ConvertFrom({1, 1, 0}),
                                               ConvertFrom({1, 0, 1}), ConvertFrom({1, 1, 1})};
   moves.resize(static_cast<std::size_t>(count));
-  for (std::size_t i = 0; i < moves.size(); ++i)
-    moves[i] = real[std::size_t{second[i] >= 0} + 2 * std::size_t{third[i] >= 0}];
+  for (CTriple<int64>& move : moves)
+    move = real[std::size_t{second.Advance()} + 2 * std::size_t{third.Advance()}];
 }
 
 CTriple<int64> CBresenhamVisitor3D::ConvertFrom(CTriple<int64> m) const {

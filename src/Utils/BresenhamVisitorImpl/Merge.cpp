@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <span>
 
 namespace ORVA::Impl {
 
@@ -45,8 +44,9 @@ constexpr auto PermittedMoves() {
 class CPlane {
 public:
   CPlane(CBresenhamVisitor2D const& line, unsigned first, unsigned second)
-      : m_Decisions(line.Decisions()), m_IsDiagonal(line.Neighborhood() == NEIGHBORHOOD_8),
-        m_FirstDrives(line.IsXMajor()), m_First(first), m_Second(second) {
+      : m_Seconds(line.Seconds()), m_Left(line.LastStep()),
+        m_IsDiagonal(line.Neighborhood() == NEIGHBORHOOD_8), m_FirstDrives(line.IsXMajor()),
+        m_First(first), m_Second(second) {
     LookAhead();
   }
 
@@ -56,18 +56,19 @@ public:
     StAfter const after = m_After[Index(move)];
     if (after.steps == 0 && after.deviation == m_Deviation) return;
     m_Deviation = after.deviation;
-    if (after.steps > m_Decisions.size())
+    if (after.steps > m_Left)
       Raise(ORVA_LOCATION("src/Utils/BresenhamVisitorImpl",
                           "ORVA::Impl::CBresenhamVisitor3D::ComputeMoves"),
             "invalid situation in add case special");
-    m_Decisions = m_Decisions.subspan(after.steps);
+    for (int64 i = 0; i < after.steps; ++i) m_Seconds.Advance();
+    m_Left -= after.steps;
     LookAhead();
   }
 
 private:
   struct StAfter {
     int64 deviation;
-    std::size_t steps; // of the 2D line
+    int64 steps; // of the 2D line
   };
 
   [[nodiscard]] std::size_t Index(unsigned move) const {
@@ -92,11 +93,12 @@ private:
     }
   }
 
-  [[nodiscard]] bool IsSideStep(std::size_t ahead) const {
-    return ahead < m_Decisions.size() && m_Decisions[ahead] >= 0;
+  [[nodiscard]] bool IsSideStep(int64 ahead) const {
+    return ahead < m_Left && m_Seconds.IsStep(ahead);
   }
 
-  std::span<int64 const> m_Decisions; // those still ahead
+  StStepPattern m_Seconds; // of the moves still ahead
+  int64 m_Left;
   bool m_IsDiagonal, m_FirstDrives;
   unsigned m_First, m_Second;
   int64 m_Deviation = 0;

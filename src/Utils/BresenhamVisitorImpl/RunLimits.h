@@ -5,6 +5,7 @@
 #include <pxlib2core/Exception.h>
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <span>
 #include <stdexcept>
@@ -40,16 +41,16 @@ void SampleColumns(std::vector<CTriple<int64>>& list, CTriple<int64> const& star
   AppendLimit(list, extreme);
 }
 
-/// Marks all edges of a closed path and leaves the limits sorted, each once.
-template <class Line, class Area>
-void SignEdges(Area& area, StRunLimits& limits, std::span<CTriple<int64> const> corners,
-               int64 neighborhood, bool border) {
+/// Marks all edges of a closed path; `lineBetween(a, b)` gives the moves of one.
+template <class LineBetween>
+void SignEdges(StRunLimits& limits, std::span<CTriple<int64> const> corners, bool border,
+               LineBetween lineBetween) {
   for (std::size_t i = 0; i + 1 < corners.size(); ++i) {
     CTriple<int64> const &a = corners[i], &b = corners[i + 1];
     if (a.x < b.x) {
-      area.SignEndPoints(a, Line(b - a, neighborhood));
+      SampleColumns(limits.ends, a, lineBetween(a, b), std::greater<>());
     } else if (a.x > b.x) {
-      area.SignStartPoints(a, Line(b - a, neighborhood));
+      SampleColumns(limits.starts, a, lineBetween(a, b), std::less<>());
     } else if (border) {
       AppendLimit(limits.starts, a.y < b.y ? a : b);
       AppendLimit(limits.ends, a.y < b.y ? b : a);

@@ -32,8 +32,14 @@ int64 FirstReached(int64 begin, int64 end, IsReached isReached) {
   return begin;
 }
 
-// An axis rises or falls all along a line, so that what is inside follows one another.
+// An axis rises or falls all along a line, so that what is inside follows one another; where both
+// ends are inside, as they are of most lines, all of it is.
 void Narrow(StPointRange& range, StLineAxis const& axis, int64 extent) {
+  if (range.begin == range.end) return;
+  auto const isInside = [&](int64 moves) {
+    return static_cast<uint64>(PositionAfter(axis, moves)) < static_cast<uint64>(extent);
+  };
+  if (isInside(range.begin) && isInside(range.end - 1)) return;
   bool const isFalling = axis.drift != 0;
   int64 const begin = FirstReached(range.begin, range.end, [&](int64 moves) {
     int64 const position = PositionAfter(axis, moves);

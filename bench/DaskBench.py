@@ -2,8 +2,8 @@
 """Time of seluutils.dask.cooccurrence against chunks, workers and the size of the volume.
 
     . build/venv/bin/activate
-    python bench/dask_bench.py                                  # seconds
-    python bench/dask_bench.py --sides 512 1024 --folder /data  # up to 1024^3, minutes
+    python bench/DaskBench.py                                  # seconds
+    python bench/DaskBench.py --sides 512 1024 --folder /data  # up to 1024^3, minutes
 
 The volume is a memory-mapped file of noise. Each row of the table, in Markdown, is the fastest of some
 runs on worker processes of one thread on this machine; "whole" is texture.cooccurrence in one call.
