@@ -14,9 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // Each may include itself and those before it.
-constexpr std::array<char const*, 10> c_order = {"Commands.h",    "base",    "images", "drawing",
-                                                 "distributions", "texture", "walks",  "samples",
-                                                 "volumes",       "objects"};
+constexpr std::array<char const*, 12> c_order = {
+    "Commands.h", "base",    "images",  "drawing", "distributions", "texture",
+    "walks",      "samples", "volumes", "objects", "Application.h", "describe"};
 
 fs::path const c_root = fs::path(SELU_SOURCE_DIR) / "tools/selu";
 

@@ -39,14 +39,15 @@ void CSharedBuffer::Map() {
       ::mmap(nullptr, m_Mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   bool good = place != MAP_FAILED;
   if (good && m_Bytes > 0)
-    good = ::mmap(place, m_Mapped - page, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED,
+    good = ::mmap(place, m_Mapped - page, PROT_READ | PROT_WRITE,
+                  MAP_FIXED | (m_Descriptor >= 0 ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS),
                   m_Descriptor, 0) != MAP_FAILED;
   if (good) {
     m_Begin = static_cast<std::byte*>(place);
     return;
   }
   if (place != MAP_FAILED) ::munmap(place, m_Mapped);
-  ::close(m_Descriptor);
+  if (m_Descriptor >= 0) ::close(m_Descriptor);
   throw std::bad_alloc();
 }
 

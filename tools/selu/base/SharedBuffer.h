@@ -18,6 +18,9 @@ public:
   explicit CSharedBuffer(std::size_t bytes);
   /// The same memory by its descriptor, which the object then owns, in the other process.
   CSharedBuffer(int descriptor, std::size_t bytes);
+  /// Memory that stays with this process; limits on the sizes of files do not concern it. Throws
+  /// std::bad_alloc.
+  [[nodiscard]] static CSharedBuffer Unshared(std::size_t bytes) { return {-1, bytes}; }
   CSharedBuffer(CSharedBuffer&& other) noexcept;
   CSharedBuffer& operator=(CSharedBuffer&& other) noexcept;
   ~CSharedBuffer();

@@ -73,7 +73,8 @@ CSlabWriter::CSlabWriter(CAtomicFile& file, StHeader const& header, StGrid const
   }
   RefuseBeyondMemory(ImageBytes(header),
                      "the image " + Quoted(file.Target()) + ", which is written in one piece,");
-  m_Gathered.emplace(header, grid);
+  auto const bytes = static_cast<std::size_t>(ImageBytes(header));
+  m_Gathered.emplace(header, grid, std::make_shared<CSharedBuffer>(CSharedBuffer::Unshared(bytes)));
 }
 
 std::string CSlabWriter::Sentence() const {
