@@ -1,5 +1,5 @@
-// The pieces of docs/guide/walks.md about solids and polygons with real corners, each in a function of
-// its own.
+// The pieces of docs/guide/walks.md about solids and polygons with real corners, each in a function
+// of its own.
 
 #include <SeluBase/Neighborhood.h>
 #include <SeluUtils/EllipsoidVisitor.h>
