@@ -21,7 +21,7 @@ static void Profile(CImage const& image) {
   auto const pixels = image.CreateAccess(false).As<std::uint8_t const>();
   CTriple<int64> const from(-20, 0, 3), to(200, 90, 40);
   CBresenhamVisitorSelect line(from, to, 3, NEIGHBORHOOD_26, true);
-  line.SetImageSize(image.Size()); // from here on only what lies inside the image
+  line.SetImageSize(image.Size()); // from here on its first run of points inside the image
   int64 sum = 0;
   for (CTriple<int64> const& p : line) sum += pixels(p);
   std::cout << line.Steps() + 1 << " voxels, their sum " << sum << '\n';
