@@ -225,6 +225,9 @@ TEST_F(SeluBadInput, DicomMayLeaveItsTypesOut) {
 }
 
 TEST_F(SeluBadInput, LyingDicomElementsTakeNoMemory) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "AddressSanitizer takes more addresses than the limit below has";
+#endif
   // Lengths of elements that the file does not have: readers would make room for them.
   auto const whole = test::Dicom({});
   for (std::size_t place = 132; place + 4 < whole.size() - 48; ++place) {
