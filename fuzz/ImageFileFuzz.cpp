@@ -6,6 +6,7 @@
 #include <base/FileBytes.h>
 #include <images/DicomElements.h>
 #include <images/PixelStore.h>
+#include <images/PlainPixels.h>
 #include <images/TextPixels.h>
 
 #include <cstring>
