@@ -134,7 +134,7 @@ requires std::derived_from<Image, IImage> && RunWalker<std::remove_cvref_t<W>>
   if constexpr (std::is_lvalue_reference_v<W>) {
     return CVoxelRange<Voxel, std::remove_reference_t<W>>(std::move(access), walker);
   } else {
-    return COwningVoxelRange<Voxel, W>(std::move(access), std::move(walker));
+    return COwningVoxelRange<Voxel, W>(std::move(access), std::forward<W>(walker));
   }
 }
 

@@ -138,7 +138,7 @@ requires Walker<std::remove_cvref_t<W>>
   if constexpr (std::is_lvalue_reference_v<W>) {
     return CPointRange<std::remove_reference_t<W>>(walker);
   } else {
-    return COwningPointRange<W>(std::move(walker));
+    return COwningPointRange<W>(std::forward<W>(walker));
   }
 }
 
@@ -181,7 +181,7 @@ requires RunWalker<std::remove_cvref_t<W>>
   if constexpr (std::is_lvalue_reference_v<W>) {
     return CRunRange<std::remove_reference_t<W>>(walker);
   } else {
-    return COwningRunRange<W>(std::move(walker));
+    return COwningRunRange<W>(std::forward<W>(walker));
   }
 }
 

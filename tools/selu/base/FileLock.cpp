@@ -55,10 +55,10 @@ void RemoveUnlocked(fs::path const& path) noexcept {
 }
 
 bool IsFirstLook(fs::path const& folder) {
-  static std::mutex s_mutex;
-  static std::set<fs::path> s_seen;
-  std::lock_guard const lock(s_mutex);
-  return s_seen.insert(fs::canonical(folder)).second;
+  static std::mutex mutex;
+  static std::set<fs::path> seen;
+  std::lock_guard const lock(mutex);
+  return seen.insert(fs::canonical(folder)).second;
 }
 
 // The digits at the beginning, taken away; false where there are none.
@@ -95,8 +95,8 @@ bool CFileLock::Holds(fs::path const& path) const noexcept {
 }
 
 fs::path TemporaryName(std::string_view ending) {
-  static std::atomic<int> s_count = 0;
-  return std::string(c_prefix) + std::to_string(::getpid()) + "-" + std::to_string(s_count++) +
+  static std::atomic<int> count = 0;
+  return std::string(c_prefix) + std::to_string(::getpid()) + "-" + std::to_string(count++) +
          std::string(ending);
 }
 

@@ -39,7 +39,7 @@ std::vector<std::string> Names(CLI::Option const& option) {
 StOptionText OptionText(CLI::Option const& option) {
   StOptionText text{Names(option), "", {}, option.get_default_str(), option.get_description()};
   bool const takesValue = option.get_items_expected_max() > 0;
-  std::string const named = option.get_option_text();
+  std::string const& named = option.get_option_text();
   if (takesValue) text.value = named.empty() ? "VALUE" : named;
   if (option.get_positional()) text.value = option.get_name();
   if (takesValue) text.choices = Choices(option);

@@ -100,13 +100,13 @@ void FixFonts(cairo_t* context) {
 
 // Left to begin by itself, the font library tries on without an end where it gets no memory.
 void LoadFonts() {
-  static bool const s_isLoaded = [] {
+  static bool const isLoaded = [] {
     CQuiet const quiet;
     std::unique_ptr<FcConfig, decltype(&FcConfigDestroy)> const fonts(FcInitLoadConfigAndFonts(),
                                                                       FcConfigDestroy);
     return fonts != nullptr && FcConfigSetCurrent(fonts.get()) == FcTrue;
   }();
-  if (!s_isLoaded) throw CAppError("the picture cannot be drawn: the fonts cannot be loaded");
+  if (!isLoaded) throw CAppError("the picture cannot be drawn: the fonts cannot be loaded");
 }
 
 } // namespace
