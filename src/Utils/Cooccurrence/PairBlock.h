@@ -106,10 +106,8 @@ private:
       return _mm_packus_epi16(_mm_srli_epi16(Quad(voxel, 0), 8), _mm_srli_epi16(Quad(voxel, 1), 8));
     } else if constexpr (Bytes == c_levelsFromOne) {
       __m128i const one = _mm_set1_epi16(1);
-      // NOLINTBEGIN(portability-simd-intrinsics): what is here is for SSE2 alone
-      return _mm_packus_epi16(_mm_sub_epi16(Quad(voxel, 0), one),
-                              _mm_sub_epi16(Quad(voxel, 1), one));
-      // NOLINTEND(portability-simd-intrinsics)
+      return _mm_packus_epi16(_mm_subs_epu16(Quad(voxel, 0), one),
+                              _mm_subs_epu16(Quad(voxel, 1), one));
     } else {
       static_assert(Bytes == 4);
       __m128i const first =
