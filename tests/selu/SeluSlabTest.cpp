@@ -276,9 +276,34 @@ TEST_F(SeluSlab, RegionsAreTheSame) {
                 "--symmetric", "--direction", "1,0,-3", "--features", "contrast,corr", "--csv",
                 "r.csv"},
                {"r.csv"}, slab);
-    ExpectSame({"regions", "labels.nrrd", "--intensity", "values.nrrd", "--box", "--range",
-                "0,4000", "--csv", "r.csv"},
+    // Longer than any object: there is no pair, and no slab needs to reach that far.
+    ExpectSame({"regions", "labels.nrrd", "--intensity", "values.nrrd", "--bin-count", "16",
+                "--direction", "0,0,-40", "--csv", "r.csv"},
                {"r.csv"}, slab);
+  }
+}
+
+// Boxes that a slab holds, and some that none does: more than are counted at a time.
+TEST_F(SeluSlab, RegionsByTheirBoxesAreTheSame) {
+  WriteLabels("labels.nrrd");
+  WriteRandom<std::uint16_t>("few.nrrd", "uint16", {20, 18, 24}, 100, 4000);
+  WriteRandom<float>("floats.nrrd", "float", {20, 18, 24}, -300, 300);
+  WriteRandom<std::uint8_t>("flat labels.nrrd", "uint8", {30, 50}, 0, 9);
+  WriteRandom<std::uint8_t>("flat.nrrd", "uint8", {30, 50}, 0, 255);
+  for (std::string const slab : {"1", "1000", "9000", "40000"}) {
+    auto const expectSame = [&](std::string const& labels, std::string const& values,
+                                Arguments const& options) {
+      Arguments arguments = {"regions", labels,   "--intensity", values, "--box",
+                             "-o",      "r.json", "--csv",       "r.csv"};
+      arguments.insert(arguments.end(), options.begin(), options.end());
+      ExpectSame(arguments, {"r.json", "r.csv"}, slab);
+    };
+    expectSame("labels.nrrd", "few.nrrd", {}); // with its warning
+    expectSame("labels.nrrd", "floats.nrrd", {"--range", "-200,250"});
+    for (std::string const direction : {"1,0,-3", "0,-1,2", "0,0,23", "2,0,0", "0,0,24"})
+      expectSame("labels.nrrd", "few.nrrd", {"--range", "0,4000", "--direction", direction});
+    expectSame("flat labels.nrrd", "flat.nrrd", {});
+    expectSame("flat labels.nrrd", "flat.nrrd", {"--direction", "-1,-7"});
   }
 }
 
