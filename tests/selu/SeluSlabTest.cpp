@@ -321,7 +321,23 @@ TEST_F(SeluSlab, MaskAndSynthAreTheSame) {
     for (std::string const kind : {"noise", "layers", "blobs"})
       for (std::string const file : {"s.nrrd", "s.tif", "s.nii", "s.mha"})
         ExpectSame({"synth", kind, "--size", "13,11,9", "--seed", "4", "-o", file}, {file}, slab);
+    // Thinner than what is smoothed, much longer than it, flat, and of one slice.
+    for (std::string const size : {"2,3,4", "3,2,40", "40,30", "13,11,1", "1,1,7"})
+      for (std::string const kind : {"noise", "layers", "blobs"})
+        ExpectSame({"synth", kind, "--size", size, "--seed", "4", "-o", "s.nrrd"}, {"s.nrrd"},
+                   slab);
   }
+}
+
+// Along the slabs, across them and oblique, thinner and thicker than a slab.
+TEST_F(SeluSlab, FibersAreTheSame) {
+  for (std::string const slab : {"1", "1000", "4000"})
+    for (std::string const radius : {"0.4", "2", "9"})
+      for (std::string const orientation :
+           {"isotropic", "fixed", "vmf,kappa=90,theta=90deg,phi=45deg", "vmf,kappa=9,theta=150deg"})
+        ExpectSame({"synth", "fibers", "--size", "25,20,31", "--count", "12", "--radius", radius,
+                    "--orientation", orientation, "--seed", "3", "-o", "f.nrrd"},
+                   {"f.nrrd"}, slab);
 }
 
 TEST_F(SeluSlab, ANumberOfBytesThatIsNoneIsRefused) {
