@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <ranges>
+#include <span>
 #include <vector>
 
 namespace selu {
@@ -77,8 +77,7 @@ public:
 
   [[nodiscard]] int64 Points() const noexcept { return m_Moves + 1; }
   [[nodiscard]] Voxel operator[](int64 i) const noexcept {
-    return {m_From.x + Steps(m_Difference.x, i), m_From.y + Steps(m_Difference.y, i),
-            m_From.z + Z(i)};
+    return {m_From.x + Steps(m_Difference.x, i), m_From.y + Steps(m_Difference.y, i), Z(i)};
   }
   /// The first point from which on z is at least `low` where the line rises, at most `high` where
   /// it falls, and the first one after it beyond the other.
@@ -86,17 +85,9 @@ public:
     int64 first, last;
   };
   [[nodiscard]] StPart Between(int64 low, int64 high) const {
-    auto const places = std::views::iota(int64{0}, Points());
-    auto const before = [&](int64 i) {
-      int64 const z = m_From.z + Z(i);
-      return m_Difference.z >= 0 ? z < low : z > high;
-    };
-    auto const notBeyond = [&](int64 i) {
-      int64 const z = m_From.z + Z(i);
-      return m_Difference.z >= 0 ? z <= high : z >= low;
-    };
-    return {*std::ranges::partition_point(places, before),
-            *std::ranges::partition_point(places, notBeyond)};
+    auto const isBefore = [&](int64 z) { return m_Difference.z >= 0 ? z < low : z > high; };
+    auto const isNotBeyond = [&](int64 z) { return m_Difference.z >= 0 ? z <= high : z >= low; };
+    return {FirstPointNot(isBefore), FirstPointNot(isNotBeyond)};
   }
 
 private:
@@ -107,7 +98,20 @@ private:
     int64 const steps = (2 * std::abs(difference) * i + m_Moves) / (2 * m_Moves);
     return difference < 0 ? -steps : steps;
   }
-  [[nodiscard]] int64 Z(int64 i) const noexcept { return Steps(m_Difference.z, i); }
+  // The first point whose z is not so, where those before it are; else the number of points.
+  template <class IsSo>
+  [[nodiscard]] int64 FirstPointNot(IsSo isSo) const noexcept {
+    int64 low = 0, high = Points();
+    while (low < high) {
+      int64 const middle = low + (high - low) / 2;
+      if (isSo(Z(middle)))
+        low = middle + 1;
+      else
+        high = middle;
+    }
+    return low;
+  }
+  [[nodiscard]] int64 Z(int64 i) const noexcept { return m_From.z + Steps(m_Difference.z, i); }
 
   Voxel m_From, m_Difference;
   int64 m_Moves;
