@@ -4,6 +4,8 @@ Each function gives a :class:`Walk`, an iterator over points as tuples in the or
 axes, so that ``image[p]`` is the voxel at p. :mod:`seluutils.draw` has the same functions with all
 points at once.
 
+Ctrl-C ends the making of points; the building of a polygon, an area or a solid it cannot interrupt.
+
 `shape` is that of an image; what lies outside it is left out. Neighborhoods are named by the number
 of neighbors that a move may lead to: 4, "6.1" (with +-(1, 1)), "6.2" (with +-(1, -1)) and 8 in a
 plane, 6, "14.1", "14.2" and 26 in space.
