@@ -43,15 +43,18 @@ class Family:
     """The fastest time of each contestant of each row, in the order of the benchmark."""
 
     def __init__(self, path):
-        result = json.loads(path.read_text())
-        context = result["context"]
+        context = json.loads(path.read_text())["context"]
         self.compiler = context.get("compiler", "unknown compiler")
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
         self.columns = {}
+        self.read(path)
+
+    def read(self, path):
         # Interleaved runs come in any order.
-        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
+        runs = json.loads(path.read_text())["benchmarks"]
+        for run in sorted(runs, key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
                 self.add(run)
 
@@ -130,7 +133,13 @@ def main():
         parser.error("the files to write to come behind --")
     split = sys.argv.index("--")
     arguments = parser.parse_args(sys.argv[1:split])
-    families = {path.stem: Family(path) for path in arguments.results}
+    families = {}
+    for path in arguments.results:  # Texture.json, then Texture.threads.json with more of its rows
+        name = path.stem.split(".")[0]
+        if name in families:
+            families[name].read(path)
+        else:
+            families[name] = Family(path)
     for file in sys.argv[split + 1:]:
         write(pathlib.Path(file), families, arguments.commit)
 
