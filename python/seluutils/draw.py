@@ -160,6 +160,8 @@ def profile(
     BadParameter
         For a point outside the image, unless those are skipped.
 
+    Examples
+    --------
     >>> image = np.arange(12).reshape(3, 4)
     >>> profile(image, line((0, 0), (2, 3)))
     array([ 0,  5,  6, 11])
@@ -193,6 +195,8 @@ def paint(
     BadParameter
         For a point outside the image, unless those are skipped; nothing is set then.
 
+    Examples
+    --------
     >>> paint(np.zeros((2, 3), np.uint8), line((0, 0), (1, 2)), 7)
     array([[7, 0, 0],
            [0, 7, 7]], dtype=uint8)

@@ -11,7 +11,8 @@ In the files, what stands between
 
 becomes a table of the family's rows whose names match the regular expression (all rows without
 one), below a line that says on what it was measured. The fastest repetition counts. Families
-without a result keep their tables.
+without a result keep their tables. A run of this library may have further columns, such as
+"columns": {"memory": "3 MiB"}, as texts.
 """
 import argparse
 import json
@@ -47,6 +48,7 @@ class Family:
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
+        self.columns = {}
         self.read(path)
 
     def read(self, path):
@@ -68,6 +70,8 @@ class Family:
         items = run.get("items_per_second", 0) * seconds
         if contestant != OURS and contestant not in self.peers:
             self.peers.append(contestant)
+        if "columns" in run:
+            self.columns[row] = run["columns"]
         times = self.rows.setdefault(row, {})
         if contestant not in times or seconds < times[contestant][0]:
             times[contestant] = (seconds, items)
@@ -78,11 +82,14 @@ class Family:
         if not rows:
             raise SystemExit(f"no row matches {pattern!r}; there are {', '.join(self.rows)}")
         peers = [peer for peer in self.peers if any(peer in times for times in rows.values())]
+        more = list(dict.fromkeys(name for row in rows for name in self.columns.get(row, ())))
         lines = [f"{processor()}; {self.compiler}; {self.date}; commit {commit}.", "",
-                 "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers),
-                 "|---|---|" + "---|" * len(peers)]
+                 "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers) +
+                 "".join(f" {name} |" for name in more),
+                 "|---|---|" + "---|" * (len(peers) + len(more))]
         lines += [f"| {row} | {duration(times[OURS])} |" +
-                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers)
+                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers) +
+                  "".join(f" {self.columns.get(row, {}).get(name, '')} |" for name in more)
                   for row, times in rows.items()]
         return "\n".join(lines) + "\n"
 

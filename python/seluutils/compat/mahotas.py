@@ -83,6 +83,8 @@ def haralick(
     ValueError
         For another number of axes, negative values, and where no pair counts.
 
+    Examples
+    --------
     >>> haralick(np.array([[0, 1], [1, 0]]))[:, 1]
     array([1., 0., 1., 0.])
     """

@@ -50,6 +50,8 @@ def draws(
     BadParameter
         As :func:`seluutils.random.draws` does, at once.
 
+    Examples
+    --------
     >>> from seluutils import random
     >>> noise = draws(random.Normal(100, 15), (70, 80, 90), seed=1, chunks=50)
     >>> whole = random.draws(random.Normal(100, 15), (70, 80, 90), seed=1)

@@ -76,6 +76,8 @@ def draws(
         For negative extents, a box that is not in the array, a method that the law does not have, and
         a seed or streams beyond 64 bits.
 
+    Examples
+    --------
     >>> from seluutils.random import Isotropic, Normal
     >>> law = Normal(100, 15)
     >>> whole = draws(law, (70, 80, 90), seed=1)

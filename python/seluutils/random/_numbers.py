@@ -41,6 +41,8 @@ class Numbers(Described):
         SeluError
             Where another thread draws from the source.
 
+        Examples
+        --------
         >>> from seluutils.random import Exponential, Source
         >>> source = Source(1)
         >>> Exponential(0.5).sample(2, source).round(4), Exponential(0.5).sample(1, source).round(4)
@@ -63,6 +65,8 @@ class Numbers(Described):
         NotImplementedError
             For laws that SciPy does not have: PressedDirections and CircleDiameter.
 
+        Examples
+        --------
         >>> from seluutils.random import Gamma
         >>> float(Gamma(2.5, 0.5).to_scipy().mean())
         5.0
@@ -91,6 +95,8 @@ class Uniform(Numbers):
     BadParameter
         Unless both are finite, their difference as well, and low < high.
 
+    Examples
+    --------
     >>> Uniform(5, 6).sample(3, Source(1)).round(4)
     array([5.8116, 5.7471, 5.1002])
     """
@@ -126,6 +132,8 @@ class Normal(Numbers):
     The ziggurat: G. Marsaglia and W. W. Tsang, "The Ziggurat Method for Generating Random
     Variables", Journal of Statistical Software 5 (2000) 8. About 2 ns per number.
 
+    Examples
+    --------
     >>> Normal(10, 2).sample(3, Source(42)).round(4)
     array([12.1618,  9.0938,  7.1377])
     """
@@ -155,6 +163,8 @@ class LogNormal(Numbers):
     BadParameter
         Unless both are finite, and sigma is at least 0.
 
+    Examples
+    --------
     >>> LogNormal(0, 0.5).sample(3, Source(1)).round(4)
     array([1.7325, 1.7175, 0.8869])
     """
@@ -187,6 +197,8 @@ class Exponential(Numbers):
     -----
     The ziggurat, as for :class:`Normal`.
 
+    Examples
+    --------
     >>> Exponential(0.5).sample(3, Source(1)).round(4)
     array([2.1936, 2.26  , 0.7228])
     """
@@ -222,6 +234,8 @@ class Gamma(Numbers):
     G. Marsaglia and W. W. Tsang, "A Simple Method for Generating Gamma Variables", ACM Transactions
     on Mathematical Software 26 (2000) 363-372.
 
+    Examples
+    --------
     >>> Gamma(2.5, 0.5).sample(3, Source(1)).round(4)
     array([8.4413, 3.6647, 3.6674])
     """
@@ -258,6 +272,8 @@ class Poisson(Numbers):
     Transformed Rejection Method for Generating Poisson Random Variables", Insurance: Mathematics and
     Economics 12 (1993) 39-45.
 
+    Examples
+    --------
     >>> Poisson(10).sample(5, Source(1))
     array([13,  5,  7, 15, 10])
     """
@@ -285,6 +301,8 @@ class Rayleigh(Numbers):
     BadParameter
         Unless sigma is finite and above 0.
 
+    Examples
+    --------
     >>> Rayleigh(2).sample(3, Source(1)).round(4)
     array([2.9622, 3.0066, 1.7003])
     """
@@ -315,6 +333,8 @@ class PressedDirections(Numbers):
     BadParameter
         Unless the factor is finite and at least 0.
 
+    Examples
+    --------
     >>> PressedDirections(0.5).sample(3, Source(1)).round(4)
     array([1.1007, 1.744 , 1.6726])
     """
@@ -379,6 +399,8 @@ class Discrete(Numbers):
     Mathematical Software 3 (1977) 253-256; M. D. Vose, IEEE Transactions on Software Engineering 17
     (1991) 972-975.
 
+    Examples
+    --------
     >>> Discrete([0.25, 0.75], [1, 3]).sample(5, Source(1))
     array([0.75, 0.75, 0.25, 0.75, 0.25])
     """
@@ -409,6 +431,8 @@ class Discrete(Numbers):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import Discrete, Source
         >>> Discrete([1, 10], [1, 1]).sample(6, Source(1))
         array([10, 10,  1, 10,  1, 10])

@@ -31,6 +31,8 @@ class Points(Described):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import Ball
         >>> Ball((10, 10, 10), 5).points_xyz(2, Source(1)).round(3)
         array([[12.939, 12.893,  9.358],
@@ -52,6 +54,8 @@ class Box(Points):
     BadParameter
         Unless all numbers are finite, and lower is not above upper.
 
+    Examples
+    --------
     >>> Box((0, 0, 0), (100, 100, 50)).points_xyz(2, Source(1)).round(2)
     array([[10.02, 74.71, 40.58],
            [59.05, 18.47, 37.31]])
@@ -84,6 +88,8 @@ class Ball(Points):
     O. Guedon, S. Mendelson and A. Naor, "A Probabilistic Approach to the Geometry of the l_p^n-Ball",
     Annals of Probability 33 (2005) 480-513. Nothing is rejected.
 
+    Examples
+    --------
     >>> Ball(radius=2).points_xyz(2, Source(1)).round(3)
     array([[ 1.176,  1.157, -0.257],
            [-0.147, -0.722, -1.844]])
@@ -114,6 +120,8 @@ class Sphere(Points):
     -----
     A vector of three normal numbers, scaled to the radius.
 
+    Examples
+    --------
     >>> Sphere().points_xyz(2, Source(1)).round(3)
     array([[ 0.704,  0.693, -0.154],
            [ 0.498, -0.174, -0.85 ]])
@@ -147,6 +155,8 @@ class Disc(Points):
     Two of four coordinates of a uniform point of the sphere in four dimensions, as for
     :class:`Ball`. Nothing is rejected.
 
+    Examples
+    --------
     >>> Disc(radius=10).points_xyz(2, Source(1)).round(2)
     array([[ 6.24,  6.14,  0.  ],
            [ 3.62, -1.26,  0.  ]])

@@ -38,6 +38,8 @@ class Rotations(Described):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import VonMisesFisher
         >>> VonMisesFisher(20).directions_xyz(2, Source(1)).round(3)
         array([[ 0.319, -0.071,  0.945],
@@ -65,6 +67,8 @@ class Rotations(Described):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import Isotropic
         >>> turn = Isotropic().rotations(1, Source(1))[0]
         >>> (turn @ turn.T).round(12) + 0.0
@@ -94,6 +98,8 @@ class Rotations(Described):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import Fixed
         >>> Fixed(theta=np.pi / 2).quaternions(1).round(4) + 0.0
         array([[ 0.7071, -0.7071,  0.    ,  0.    ]])
@@ -122,6 +128,8 @@ class Rotations(Described):
         BadParameter
             For a negative n.
 
+        Examples
+        --------
         >>> from seluutils.random import Fixed
         >>> Fixed(0.1, 0.2, 0.3).euler(1).round(6)
         array([[0.1, 0.2, 0.3]])
@@ -158,6 +166,8 @@ class Rotations(Described):
         ImportError
             Where SciPy is not installed.
 
+        Examples
+        --------
         >>> from seluutils.random import Isotropic
         >>> bool((Isotropic().to_scipy(4).magnitude() <= np.pi).all())
         True
@@ -181,6 +191,8 @@ class Isotropic(Rotations):
     scaled to length 1: M. E. Muller, "A Note on a Method for Generating Points Uniformly on
     n-Dimensional Spheres", Communications of the ACM 2 (1959) 19-20.
 
+    Examples
+    --------
     >>> Isotropic().directions_xyz(2, Source(1)).round(3)
     array([[ 0.704,  0.693, -0.154],
            [ 0.498, -0.174, -0.85 ]])
@@ -216,6 +228,8 @@ class Watson(Rotations):
     G. S. Watson, "Equatorial Distributions on a Sphere", Biometrika 52 (1965) 193-201. By rejection:
     half of the proposals or more are accepted, whatever kappa is.
 
+    Examples
+    --------
     >>> Watson(10, axis_xyz=(0, 0, 1)).directions_xyz(2, Source(1)).round(3)
     array([[ 0.43 , -0.15 ,  0.89 ],
            [ 0.028,  0.325,  0.945]])
@@ -252,6 +266,8 @@ class VonMisesFisher(Rotations):
     R. Fisher, "Dispersion on a Sphere", Proceedings of the Royal Society A 217 (1953) 295-305. Drawn
     is 1 - cosine, an exponential number of at most 2, which keeps its digits for any kappa.
 
+    Examples
+    --------
     >>> d = VonMisesFisher(1e6, mean_xyz=(0, 3, 4)).directions_xyz(100)
     >>> bool((d @ (0, 0.6, 0.8) > 0.999).all())
     True
@@ -289,6 +305,8 @@ class Girdle(Rotations):
     The angular central Gaussian distribution of D. E. Tyler, "Statistical Analysis for the Angular
     Central Gaussian Distribution on the Sphere", Biometrika 74 (1987) 579-589.
 
+    Examples
+    --------
     >>> d = Girdle(100, axis_xyz=(0, 0, 1)).directions_xyz(1000, Source(1))
     >>> bool(np.median(abs(d[:, 2])) < 0.01)
     True
@@ -313,6 +331,8 @@ class Fixed(Rotations):
     SeluError
         For angles that are not finite.
 
+    Examples
+    --------
     >>> Fixed(phi=np.pi / 2).rotations(1)[0].round(6) + 0.0
     array([[ 0.,  1.,  0.],
            [-1.,  0.,  0.],
@@ -344,6 +364,8 @@ class Mixture(Rotations):
     -----
     A uniform number chooses the law, which then draws.
 
+    Examples
+    --------
     >>> fibers = Mixture([VonMisesFisher(50), Isotropic()], [3, 1])
     >>> fibers.rotations(2).shape
     (2, 3, 3)

@@ -38,6 +38,8 @@ class Source(_core.Source):
     xoshiro256++, with a period of 2**256 - 1: D. Blackman and S. Vigna, "Scrambled Linear
     Pseudorandom Number Generators", ACM Transactions on Mathematical Software 47 (2021).
 
+    Examples
+    --------
     >>> Source(42).words(2)
     array([15021278609987233951,  5881210131331364753], dtype=uint64)
     """
@@ -55,6 +57,8 @@ class Source(_core.Source):
         (n,) uint64
             Uniform on all 64-bit numbers. One costs about a nanosecond.
 
+        Examples
+        --------
         >>> Source(1).words(3) >> np.uint64(60)
         array([12, 11,  1], dtype=uint64)
         """
@@ -91,6 +95,8 @@ class Source(_core.Source):
         BadParameter
             For another text; the source is then as it was.
 
+        Examples
+        --------
         >>> source = Source(42, stream=7)
         >>> state = source.save()
         >>> first = source.words(3)
