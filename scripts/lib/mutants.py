@@ -80,7 +80,7 @@ def changes(line):
         yield "step", with_part(*found.span(), "--" if found.group() == "++" else "++")
     if (found := CONDITION.match(code)) and found.group(2).count("(") == found.group(2).count(")"):
         yield "condition", f"{found.group(1)}(!({line[found.start(2):found.end(2)]})){line[found.end(2) + 1:]}"
-    if STATEMENT.match(code):
+    if STATEMENT.match(code) and code.count("(") == code.count(")"):  # not the end of a longer one
         yield "statement", f"{STATEMENT.match(code).group(1)};"
 
 
