@@ -14,6 +14,7 @@ array([[0, 0],
 from __future__ import annotations
 
 import functools
+import inspect
 from typing import Any, Callable, Literal, ParamSpec, TypeVar
 
 import numpy as np
@@ -42,25 +43,98 @@ Image = TypeVar("Image", bound="npt.NDArray[Any]")
 Outside = Literal["error", "skip"]
 
 
-def _all(function: Callable[Arguments, Walk]) -> Callable[Arguments, Points]:
-    """The function of `walk` with all points at once."""
+def _all(function: Callable[Arguments, Walk], example: str) -> Callable[Arguments, Points]:
+    """The function of `walk` with all points at once, and an example of its own."""
 
     @functools.wraps(function, assigned=("__name__", "__qualname__"))
     def points(*args: Arguments.args, **kwargs: Arguments.kwargs) -> Points:
         return function(*args, **kwargs).points()
 
-    points.__doc__ = f"The points of :func:`seluutils.walk.{function.__name__}`: (n, d) int64."
+    says = inspect.getdoc(function) or ""
+    says = says.replace("\nWalk\n    ", "\n(n, d) int64\n    In the order of the walk. ")
+    points.__doc__ = says.partition(">>>")[0] + inspect.cleandoc(example)
     return points
 
 
-line = _all(walk.line)
-polygon = _all(walk.polygon)
-area = _all(walk.area)
-plane = _all(walk.plane)
-solid = _all(walk.solid)
-ellipsoid = _all(walk.ellipsoid)
-window = _all(walk.window)
-sweep = _all(walk.sweep)
+line = _all(
+    walk.line,
+    """
+    >>> image = np.arange(12).reshape(3, 4)
+    >>> image[tuple(line((0, 0), (2, 3)).T)]
+    array([ 0,  5,  6, 11])
+    """,
+)
+polygon = _all(
+    walk.polygon,
+    """
+    A square with a hole, of which the digital border belongs to both:
+
+    >>> image = np.zeros((5, 5), int)
+    >>> square, hole = [(0, 0), (0, 4), (4, 4), (4, 0)], [(1, 1), (1, 3), (3, 3), (3, 1)]
+    >>> paint(image, polygon(square, holes=[hole]), 1)
+    array([[1, 1, 1, 1, 1],
+           [1, 1, 1, 1, 1],
+           [1, 1, 0, 1, 1],
+           [1, 1, 1, 1, 1],
+           [1, 1, 1, 1, 1]])
+    """,
+)
+area = _all(
+    walk.area,
+    """
+    >>> paint(np.zeros((4, 5), int), area([(0, 2), (3, 0), (3, 4)]), 1)
+    array([[0, 0, 1, 0, 0],
+           [0, 1, 1, 1, 0],
+           [0, 1, 1, 1, 0],
+           [1, 1, 1, 1, 1]])
+    """,
+)
+plane = _all(
+    walk.plane,
+    """
+    >>> volume = np.arange(27).reshape(3, 3, 3)
+    >>> profile(volume, plane(volume.shape, normal=(1, 0, 0), distance=1))
+    array([ 9, 10, 11, 12, 13, 14, 15, 16, 17])
+    """,
+)
+solid = _all(
+    walk.solid,
+    """
+    >>> tip, base = (2, 0, 0), [(0, 0, 0), (0, 2, 0), (0, 2, 2), (0, 0, 2)]
+    >>> faces = [(1, 2, 3, 4), (0, 1, 2), (0, 2, 3), (0, 3, 4), (0, 4, 1)]
+    >>> np.bincount(solid([tip, *base], faces)[:, 0])     # voxels in each slice
+    array([9, 4, 1])
+    """,
+)
+ellipsoid = _all(
+    walk.ellipsoid,
+    """
+    >>> ellipsoid((1, 1, 1), (0.5, 1, 1))
+    array([[1, 0, 1],
+           [1, 1, 0],
+           [1, 1, 1],
+           [1, 1, 2],
+           [1, 2, 1]])
+    """,
+)
+window = _all(
+    walk.window,
+    """
+    >>> window((8, 0), (12, 2), shape=(10, 10))
+    array([[8, 0],
+           [8, 1],
+           [9, 0],
+           [9, 1]])
+    """,
+)
+sweep = _all(
+    walk.sweep,
+    """
+    >>> image = np.arange(6).reshape(2, 3)
+    >>> profile(image, sweep(image.shape, (1, 1)))
+    array([0, 4, 3, 1, 5, 2])
+    """,
+)
 
 
 def profile(
@@ -86,6 +160,8 @@ def profile(
     BadParameter
         For a point outside the image, unless those are skipped.
 
+    Examples
+    --------
     >>> image = np.arange(12).reshape(3, 4)
     >>> profile(image, line((0, 0), (2, 3)))
     array([ 0,  5,  6, 11])
@@ -119,6 +195,8 @@ def paint(
     BadParameter
         For a point outside the image, unless those are skipped; nothing is set then.
 
+    Examples
+    --------
     >>> paint(np.zeros((2, 3), np.uint8), line((0, 0), (1, 2)), 7)
     array([[7, 0, 0],
            [0, 7, 7]], dtype=uint8)

@@ -75,6 +75,8 @@ def feature_image(
     SeluError
         For a map without objects, and one whose maximum label is missing or does not fit.
 
+    Examples
+    --------
     >>> cells = {"maximum label": 2, "cell 1": {"volume": 12}, "cell 2": {"volume": 7}}
     >>> feature_image(cells, id_key="cell").column("volume")
     array([ 0., 12.,  7.], dtype=float32)

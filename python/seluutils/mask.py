@@ -42,6 +42,8 @@ def cylinder(
     BadParameter
         For another number of axes, and numbers that are not finite.
 
+    Examples
+    --------
     >>> cylinder((9, 3, 4), center=(1, 1.5), radius=1.2).astype(int)
     array([[0, 1, 1, 0],
            [0, 1, 1, 0],
@@ -77,6 +79,8 @@ def keep_cylinder(
     BadParameter
         As :func:`cylinder`, for a read-only image, and for a value that its dtype does not hold.
 
+    Examples
+    --------
     >>> keep_cylinder(np.full((1, 3, 4), 7), (1, 1.5), 1.2)[0]
     array([[0, 7, 7, 0],
            [0, 7, 7, 0],

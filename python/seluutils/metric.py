@@ -35,6 +35,8 @@ def distance(
     SeluError
         For points of different lengths, and periods of another number of axes.
 
+    Examples
+    --------
     >>> float(distance((1, 1), (4, 5)))
     5.0
     >>> distance((1, 1), [(9, 9), (1, 2)], period=(10, 10)).round(4)
@@ -74,6 +76,8 @@ def neighbor_table(
     BadParameter
         For another number of axes, and a grid too large for memory.
 
+    Examples
+    --------
     >>> neighbor_table(3, 2)[4]
     array([0, 1, 2, 3, 5, 6, 7, 8, 4])
     """

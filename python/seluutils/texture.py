@@ -80,6 +80,8 @@ def offsets(ndim: int, distance: int = 1, *, shell: bool = False) -> npt.NDArray
     (n, ndim) int64
         4 offsets in a plane and 13 in space, in the order of the array's axes.
 
+    Examples
+    --------
     >>> offsets(2).tolist()
     [[0, 1], [1, 1], [1, 0], [-1, 1]]
     """
@@ -121,6 +123,8 @@ def quantize(
     BadParameter
         For arguments that do not go together, and values that are no levels.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> quantize(np.array([[0.0, 9.0], [10.0, np.nan]]), bin_count=2)
     array([[1, 2],
@@ -180,6 +184,8 @@ def cooccurrence(
     BadParameter
         For arguments that do not go together, and values that are no levels.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> cooccurrence(np.array([[0, 1, 1]], np.uint8), (0, 1), levels=2)
     array([[[0, 1],
@@ -247,6 +253,8 @@ def features(
     SeluError
         For the definition "selu" at an offset that leaves no pair.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> image = np.array([[1, 2], [2, 1]], np.uint8)
     >>> features(image, (0, 1), definition="ibsi", names=["contrast", "joint_entr"])
@@ -310,6 +318,8 @@ def matrix_features(
     BadParameter
         For another shape, and for weights that are negative, infinite or NaN.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> matrix_features(np.array([[2, 1], [1, 4]]), names=["contrast"])
     {'contrast': 0.25}
@@ -398,6 +408,8 @@ def feature_maps(
         For arguments that do not go together, windows and levels beyond the limits, and values that
         are no levels.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> image = np.array([[1, 2, 4, 4, 1]], np.uint8)
     >>> feature_maps(image, (1, 3), names=["contrast"], offset=(0, 1))["contrast"]
@@ -466,6 +478,8 @@ def object_features(
     BadParameter
         For labels that are negative or no integers, and as :func:`features`.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> image = np.array([[1, 2, 2, 1]], np.uint8)
     >>> objects = np.array([[7, 7, 9, 9]], np.int32)

@@ -4,6 +4,8 @@ Each function gives a :class:`Walk`, an iterator over points as tuples in the or
 axes, so that ``image[p]`` is the voxel at p. :mod:`seluutils.draw` has the same functions with all
 points at once.
 
+Ctrl-C ends the making of points; the building of a polygon, an area or a solid it cannot interrupt.
+
 `shape` is that of an image; what lies outside it is left out. Neighborhoods are named by the number
 of neighbors that a move may lead to: 4, "6.1" (with +-(1, 1)), "6.2" (with +-(1, -1)) and 8 in a
 plane, 6, "14.1", "14.2" and 26 in space.
@@ -73,6 +75,8 @@ def line(
     BadParameter
         For points of other lengths than 2 or 3, more than 2**31 - 1 apart along an axis.
 
+    Examples
+    --------
     >>> list(line((0, 0), (1, 3)))
     [(0, 0), (0, 1), (1, 2), (1, 3)]
     """
@@ -120,6 +124,8 @@ def polygon(
     BadParameter
         For corners that do not lie in a plane, or too far apart, and a hole outside the outline.
 
+    Examples
+    --------
     >>> len(polygon([(0, 0), (0, 3), (3, 0)]))
     10
     >>> list(polygon([(0.5, 0.5), (0.5, 2.5), (2.5, 0.5)]))
@@ -165,6 +171,8 @@ def area(
     SeluError
         For outlines that it cannot fill.
 
+    Examples
+    --------
     >>> len(area([(0, 0), (0, 3), (3, 3), (3, 0)], border=False))
     4
     """
@@ -201,6 +209,8 @@ def plane(
     BadParameter
         For a normal of zeros and for points in a line.
 
+    Examples
+    --------
     >>> list(plane((2, 2, 2), (1, 1, 0), 1))
     [(1, 0, 0), (1, 0, 1), (0, 1, 0), (0, 1, 1)]
     """
@@ -249,6 +259,8 @@ def solid(
     BadParameter
         For an open surface, faces that are not flat, and corners that there are not.
 
+    Examples
+    --------
     >>> corners = [(0, 0, 0), (0, 0, 3), (0, 3, 0), (3, 0, 0)]
     >>> len(solid(corners, [(0, 1, 2), (0, 1, 3), (0, 2, 3), (1, 2, 3)]))
     20
@@ -289,6 +301,8 @@ def ellipsoid(
     BadParameter
         For numbers that are not finite, and semi-axes that are not above 0.
 
+    Examples
+    --------
     >>> len(ellipsoid((10, 10, 10), 5))
     515
     """
@@ -311,6 +325,8 @@ def window(start: npt.ArrayLike, stop: npt.ArrayLike, *, shape: Shape = None) ->
     Walk
         Empty where a start is not below its stop.
 
+    Examples
+    --------
     >>> list(window((1, 2), (3, 4)))
     [(1, 2), (1, 3), (2, 2), (2, 3)]
     """
@@ -339,6 +355,8 @@ def sweep(shape: Sequence[int], direction: npt.ArrayLike) -> Walk:
     BadParameter
         For a direction of zeros, and integers other than -1, 0 and 1.
 
+    Examples
+    --------
     >>> list(sweep((2, 2), (1, 1)))
     [(0, 0), (1, 1), (1, 0), (0, 1)]
     """

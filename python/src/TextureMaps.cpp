@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Features.h"
+#include "LargeObjects.h"
 #include "Levels.h"
 #include "Watch.h"
 
@@ -15,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -109,8 +111,19 @@ py::array FeatureMaps(py::object const& array, py::object const& sides, py::obje
   return maps;
 }
 
-// Objects that are computed between two looks at the signals.
-constexpr std::size_t c_objects = 16;
+// What is computed between two looks at the signals: at most so many objects, of so many voxels but
+// for a single one.
+constexpr std::size_t c_objects = 256;
+constexpr int64 c_objectVoxels = c_largeObject;
+
+// The end of the objects from `first` on that are computed together.
+std::size_t EndOfBatch(std::span<ORVA::StTextureObject const> objects, std::size_t first) {
+  std::size_t const last = std::min(objects.size(), first + c_objects);
+  int64 left = c_objectVoxels;
+  std::size_t end = first;
+  while (end < last && (end == first || objects[end].voxels <= left)) left -= objects[end++].voxels;
+  return end;
+}
 
 py::tuple ObjectFeatures(py::object const& array, py::object const& labelArray,
                          py::object const& offsets, std::vector<std::string> const& names,
@@ -130,16 +143,20 @@ py::tuple ObjectFeatures(py::object const& array, py::object const& labelArray,
   std::vector<double> values;
   {
     CUnlocked const unlocked;
-    CObjectTexture const texture(levels, labels, std::move(options));
-    std::size_t const n = texture.Objects().size(), m = names.size();
+    CObjectTexture const texture(levels, labels, options);
+    auto const objects = texture.Objects();
+    CLargeObjects const large(levels, labels, objects, options, watch);
+    std::size_t const n = objects.size(), m = names.size();
     watch.Start(static_cast<int64>(n), "");
     values.resize(n * m);
-    for (std::size_t k = 0; k < n; k += c_objects) {
-      std::size_t const end = std::min(n, k + c_objects);
-      texture.Compute(k, end, std::span(values).subspan(k * m, (end - k) * m));
+    for (std::size_t k = 0, end = 0; k < n; k = end) {
+      end = EndOfBatch(objects, k);
+      auto const ofBatch = std::span(values).subspan(k * m, (end - k) * m);
+      if (end - k > 1 || !large.Compute(objects[k].label, ofBatch))
+        texture.Compute(k, end, ofBatch);
       watch.Advance(static_cast<int64>(end - k));
     }
-    for (auto const& object : texture.Objects()) {
+    for (auto const& object : objects) {
       ids.push_back(object.label);
       voxels.push_back(object.voxels);
     }

@@ -11,7 +11,8 @@ In the files, what stands between
 
 becomes a table of the family's rows whose names match the regular expression (all rows without
 one), below a line that says on what it was measured. The fastest repetition counts. Families
-without a result keep their tables.
+without a result keep their tables. A run of this library may have further columns, such as
+"columns": {"memory": "3 MiB"}, as texts.
 """
 import argparse
 import json
@@ -42,14 +43,18 @@ class Family:
     """The fastest time of each contestant of each row, in the order of the benchmark."""
 
     def __init__(self, path):
-        result = json.loads(path.read_text())
-        context = result["context"]
+        context = json.loads(path.read_text())["context"]
         self.compiler = context.get("compiler", "unknown compiler")
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
+        self.columns = {}
+        self.read(path)
+
+    def read(self, path):
         # Interleaved runs come in any order.
-        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
+        runs = json.loads(path.read_text())["benchmarks"]
+        for run in sorted(runs, key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
                 self.add(run)
 
@@ -65,6 +70,8 @@ class Family:
         items = run.get("items_per_second", 0) * seconds
         if contestant != OURS and contestant not in self.peers:
             self.peers.append(contestant)
+        if "columns" in run:
+            self.columns[row] = run["columns"]
         times = self.rows.setdefault(row, {})
         if contestant not in times or seconds < times[contestant][0]:
             times[contestant] = (seconds, items)
@@ -75,11 +82,14 @@ class Family:
         if not rows:
             raise SystemExit(f"no row matches {pattern!r}; there are {', '.join(self.rows)}")
         peers = [peer for peer in self.peers if any(peer in times for times in rows.values())]
+        more = list(dict.fromkeys(name for row in rows for name in self.columns.get(row, ())))
         lines = [f"{processor()}; {self.compiler}; {self.date}; commit {commit}.", "",
-                 "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers),
-                 "|---|---|" + "---|" * len(peers)]
+                 "| what | " + OURS + " |" + "".join(f" / {peer} |" for peer in peers) +
+                 "".join(f" {name} |" for name in more),
+                 "|---|---|" + "---|" * (len(peers) + len(more))]
         lines += [f"| {row} | {duration(times[OURS])} |" +
-                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers)
+                  "".join(f" {ratio(times, peer)} |".replace("  ", " ") for peer in peers) +
+                  "".join(f" {self.columns.get(row, {}).get(name, '')} |" for name in more)
                   for row, times in rows.items()]
         return "\n".join(lines) + "\n"
 
@@ -123,7 +133,13 @@ def main():
         parser.error("the files to write to come behind --")
     split = sys.argv.index("--")
     arguments = parser.parse_args(sys.argv[1:split])
-    families = {path.stem: Family(path) for path in arguments.results}
+    families = {}
+    for path in arguments.results:  # Texture.json, then Texture.threads.json with more of its rows
+        name = path.stem.split(".")[0]
+        if name in families:
+            families[name].read(path)
+        else:
+            families[name] = Family(path)
     for file in sys.argv[split + 1:]:
         write(pathlib.Path(file), families, arguments.commit)
 

@@ -13,6 +13,10 @@ from pathlib import Path
 import seluutils
 
 
+#: Bases whose members a page leaves out.
+NOT_OURS = "object, tuple, BaseException, Exception, RuntimeError, ValueError, pybind11_object"
+
+
 def titled(text, line="="):
     return f"{text}\n{line * len(text)}\n\n"
 
@@ -56,10 +60,11 @@ def main():
             if not inspect.getdoc(value):
                 problems.append(f"{name}.{key} has no docstring")
             kind = "class" if inspect.isclass(value) else "function"
-            extra = "   :members:\n" if kind == "class" else ""
+            extra = f"   :members:\n   :inherited-members: {NOT_OURS}\n" if kind == "class" else ""
             if inspect.isclass(value):
-                for method, body in vars(value).items():
-                    if not method.startswith("_") and inspect.isfunction(body) and not inspect.getdoc(body):
+                for method, _ in inspect.getmembers(value, inspect.isfunction):
+                    # A method that overrides one says what that says.
+                    if not method.startswith("_") and not inspect.getdoc(getattr(value, method)):
                         problems.append(f"{name}.{key}.{method} has no docstring")
             text += f".. auto{kind}:: {name}.{key}\n{extra}\n"
             index += f"- :doc:`{key} <{name}>`: {first_line(value)}\n"

@@ -15,7 +15,7 @@ python_test_packages=(python3 python3-dev python3-numpy pybind11-dev python3-pyt
   python3-skimage python3-scipy python3-dask python3-distributed python3-zarr python3-tqdm
   python3-pandas python3-matplotlib mypy)
 bench_packages=(libbenchmark-dev libboost-random-dev libeigen3-dev libgsl-dev libopencv-core-dev
-  libopencv-imgproc-dev python3 python3-numpy python3-skimage)
+  libopencv-imgproc-dev python3 python3-numpy python3-skimage python3-dask python3-distributed)
 check_packages=(clang clang-format clang-tidy libclang-rt-14-dev)
 
 abi_packages=(abigail-tools xz-utils)

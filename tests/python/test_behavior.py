@@ -37,6 +37,12 @@ LONG = {
         print("started", flush=True)
         texture.feature_maps(image, 63, names=["joint_entr"])
     """,
+    "object": """
+        image = np.broadcast_to(np.arange(1, 257).clip(1, 255).astype(np.uint8), (512, 1024, 256))
+        labels = np.broadcast_to(np.uint8(1), image.shape)
+        print("started", flush=True)
+        texture.object_features(image, labels, distances=list(range(1, 60)))
+    """,
 }
 
 

@@ -163,6 +163,33 @@ def test_haralick_means_zeros_and_the_fourteenth(rng: np.random.Generator) -> No
         mahotas.haralick(np.zeros(3, int))
 
 
+def fourteenth_by_singular_values(counts: np.ndarray) -> float:
+    """The eigenvalues of the rows' correlations as squares of singular values."""
+    used = counts[counts.any(axis=1)][:, counts.any(axis=0)].astype(float)
+    centered = used - used.mean(axis=1, keepdims=True)
+    scaled = centered / np.linalg.norm(centered, axis=1, keepdims=True)
+    return float(np.linalg.svd(scaled, compute_uv=False)[1])
+
+
+@pytest.mark.parametrize("shape", [(20, 30), (8, 9, 10)])
+def test_the_fourteenth_of_each_direction(shape: tuple, rng: np.random.Generator) -> None:
+    image = rng.binomial(8, 0.4, shape).astype(np.uint8) * 2  # odd levels do not occur
+    rows = mahotas.haralick(image, compute_14th_feature=True)
+    for offset, row in zip(mahotas._OFFSETS[image.ndim], rows):
+        counts = texture.cooccurrence(image, offset, levels=256, symmetric=True)[0]
+        assert row[13] == pytest.approx(fourteenth_by_singular_values(counts), rel=1e-9)
+
+
+def test_the_fourteenth_of_few_levels_and_of_rows_of_one_value() -> None:
+    two = mahotas.haralick(np.array([[0, 1, 1], [1, 0, 1]]), compute_14th_feature=True)
+    assert (two[:, 13] == 0).all()
+    every_pair_once = np.array([[0, 1, 2, 0, 0, 1, 1, 2, 2, 0]])
+    flat = mahotas.haralick(np.concatenate([every_pair_once] * 2), compute_14th_feature=True)
+    assert np.isnan(flat[0, 13]) and np.isfinite(flat[:, :13]).all()
+    alike = mahotas._fourteenth(np.array([[2, 1, 1], [2, 1, 1], [2, 1, 1]]) / 12)
+    assert alike == pytest.approx(0, abs=1e-7)
+
+
 def test_haralick_of_one_level() -> None:
     row = mahotas.haralick(np.full((4, 4), 3))[0]
     assert row.tolist() == [1, 0, 1, 0, 1, 6, 0, 0, 0, pytest.approx(0.1875), 0, 0, 0]

@@ -15,7 +15,7 @@ dask = pytest.importorskip("dask")
 zarr = pytest.importorskip("zarr")
 import dask.array as da  # noqa: E402
 
-from seluutils import BadParameter, texture  # noqa: E402
+from seluutils import BadParameter, random, texture  # noqa: E402
 from seluutils import dask as chunked  # noqa: E402
 
 GRAY: list[dict[str, Any]] = [
@@ -204,3 +204,25 @@ def test_a_value_that_is_no_level_is_an_error_wherever_it_lies(offset: tuple[int
             bad[where] = value
             with pytest.raises(BadParameter, match=str(value)):
                 chunked.cooccurrence(bad, offset, levels=levels, chunks=6).compute()
+
+
+@settings(max_examples=40, deadline=None)
+@given(case=st.data())
+def test_draws_do_not_depend_on_the_chunks(case: st.DataObject) -> None:
+    ndim = case.draw(st.integers(1, 3))
+    shape = tuple(case.draw(st.integers(0, [100_000, 300, 70][ndim - 1])) for _ in range(ndim))
+    chunks = tuple(case.draw(st.integers(max(1, n // 3), n + 1)) for n in shape)
+    law = case.draw(st.sampled_from([random.Exponential(2), random.Watson(3), random.Sphere()]))
+    numbers = chunked.draws(law, shape, seed=11, first_stream=4, chunks=chunks)
+    expected = random.draws(law, shape, seed=11, first_stream=4)
+    assert numbers.shape == expected.shape and numbers.dtype == expected.dtype
+    assert np.array_equal(numbers.compute(), expected)
+    again = chunked.draws(law, shape, seed=11, first_stream=4)
+    assert np.array_equal(again.compute(scheduler="threads"), expected)
+
+
+def test_draws_are_checked_at_once() -> None:
+    with pytest.raises(BadParameter, match="euler"):
+        chunked.draws(random.Normal(), 10, seed=1, method="euler")
+    with pytest.raises(BadParameter, match="-3"):
+        chunked.draws(random.Normal(), -3, seed=1)

@@ -17,7 +17,7 @@ distributed = pytest.importorskip("distributed")
 import dask.array as da  # noqa: E402
 
 from seluutils import dask as chunked  # noqa: E402
-from seluutils import texture  # noqa: E402
+from seluutils import random, texture  # noqa: E402
 
 pytestmark = pytest.mark.filterwarnings("ignore:make_current:DeprecationWarning")
 PATIENCE = 120  # seconds until what hangs is a failure
@@ -58,6 +58,22 @@ def test_counts_are_exact_though_a_worker_is_killed(
     assert (tmp_path / "killed").exists()
     assert set(before.values()) != set(after.values())
     assert np.array_equal(counts, texture.cooccurrence(image, offsets))
+
+
+def test_draws_are_the_same_though_a_worker_is_killed(tmp_path: Path) -> None:
+    law, shape = random.Poisson(30), (150, 100, 140)
+    expected = random.draws(law, shape, seed=3)
+    numbers = chunked.draws(law, shape, seed=3, chunks=50)
+    assert numbers.numblocks == (3, 2, 3)
+    with workers() as client:
+        before = client.run(os.getpid)
+        dying = numbers.map_blocks(killing, str(tmp_path), meta=expected[:0])
+        found = client.compute(dying).result(PATIENCE)
+        after = client.run(os.getpid)
+        other = client.compute(numbers.rechunk(70)).result(PATIENCE)
+    assert (tmp_path / "killed").exists()
+    assert set(before.values()) != set(after.values())
+    assert np.array_equal(found, expected) and np.array_equal(other, expected)
 
 
 def test_a_task_that_always_dies_ends_as_an_error() -> None:

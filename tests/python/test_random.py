@@ -196,7 +196,47 @@ def test_a_source_serves_one_thread_at_a_time() -> None:
     assert not errors or "in use by another thread" in str(errors[0])
 
 
+@pytest.mark.parametrize("law", [random.Poisson(7), *ROTATIONS[:2], *POINTS[:2]], ids=repr)
+@pytest.mark.parametrize("shape", [150_000, (300, 300), (70, 1, 90), (2, 3, 65, 2)], ids=repr)
+def test_a_box_of_draws_is_that_of_the_whole(
+    law: object, shape: object, rng: np.random.Generator
+) -> None:
+    whole = random.draws(law, shape, seed=5)
+    extents = (shape,) if isinstance(shape, int) else shape
+    assert whole.shape[: len(extents)] == extents
+    for _ in range(5):
+        ends = np.sort([rng.integers(0, extent + 1, 2) for extent in extents])
+        box = tuple(slice(low, high) for low, high in ends)
+        part = random.draws(law, shape, seed=5, low=ends[:, 0], high=ends[:, 1])
+        assert np.array_equal(part, whole[box])
+
+
+def test_tiles_take_a_stream_each_in_the_order_of_the_array() -> None:
+    law = random.Normal()
+    row = random.draws(law, 70_000, seed=5, first_stream=9)
+    assert np.array_equal(row[:65536], law.sample(65536, random.Source(5, 9)))
+    assert np.array_equal(row[65536:], law.sample(70_000 - 65536, random.Source(5, 10)))
+    assert np.array_equal(row[:1000], random.draws(law, 1000, seed=5, first_stream=9))
+    space = random.draws(law, (65, 64, 70), seed=5)
+    fourth = law.sample(1 * 64 * 6, random.Source(5, 3)).reshape(1, 64, 6)
+    assert np.array_equal(space[64:, :, 64:], fourth)
+    assert len(np.unique(space)) == space.size
+    turned = random.draws(random.Isotropic(), (2, 3), seed=5, method="euler")
+    assert np.array_equal(turned.reshape(6, 3), random.Isotropic().euler(6, random.Source(5)))
+
+
 REFUSED = [  # call, a part of the message
+    (lambda: random.draws(random.Normal(), (3, -1), seed=1), "-1"),
+    (lambda: random.draws(random.Normal(), 2.5, seed=1), "2.5"),
+    (lambda: random.draws(random.Normal(), (), seed=1), "shape"),
+    (lambda: random.draws(random.Normal(), 3, seed=1, low=2, high=4), "4"),
+    (lambda: random.draws(random.Normal(), 3, seed=1, low=(0, 0)), "not in an array"),
+    (lambda: random.draws(random.Normal(), 3, seed=-1), "-1"),
+    (lambda: random.draws(random.Normal(), 3, seed=2**64), "seed"),
+    (lambda: random.draws(random.Normal(), 70_000, seed=1, first_stream=2**64 - 1), "streams"),
+    (lambda: random.draws(random.Normal(), 3, seed=1, method="euler"), "euler"),
+    (lambda: random.draws(random.Ball(), 3, seed=1, method="sample"), "sample"),
+    (lambda: random.draws("normal", 3, seed=1), "normal"),
     (lambda: random.Uniform(2, 1), "not 1"),
     (lambda: random.Uniform(2, 1, exact=False), "."),
     (lambda: random.Normal(0, -1), "-1"),

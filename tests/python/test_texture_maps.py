@@ -153,3 +153,34 @@ def test_labels_of_64_bits_are_taken_where_they_fit(dtype: type) -> None:
             texture.object_features(image, labels)
         with pytest.raises(BadParameter, match="mask must be"):
             texture.quantize(image, mask=labels)
+
+
+@pytest.mark.parametrize("dtype", ["?", "u1", "i1", "u2", "i2", "u4", "i4", "i8"])
+def test_a_large_object_has_the_features_of_its_mask(dtype: str, rng: np.random.Generator) -> None:
+    """From 2**22 voxels on an object is counted in another way."""
+    image = rng.integers(0, 9, (2150, 2100), np.uint8)
+    labels = np.ones(image.shape, dtype)
+    labels[30:90, 40:70] = 0
+    if dtype != "?":
+        labels[5:8, 5:9], labels[2000:, :20] = 2, 3
+    names = ["contrast", "joint_entr", "info_corr1"]
+    given = dict(names=names, levels=8, symmetric=bool(rng.integers(2)))
+    for aggregate in ("mean", "sum"):
+        ours = texture.object_features(image, labels, aggregate=aggregate, **given)
+        for row, number in enumerate(ours["label"]):
+            mask = labels == number
+            alone = texture.features(
+                image, mask=mask, definition="ibsi", aggregate=aggregate, **given
+            )
+            assert {name: ours[name][row] for name in names} == alone
+            assert ours["voxels"][row] == np.count_nonzero(mask)
+
+
+def test_a_large_object_in_one_slice_and_of_300_levels(rng: np.random.Generator) -> None:
+    image = rng.integers(0, 301, (3, 2100, 2050), np.uint16)
+    labels = np.zeros(image.shape, np.uint16)
+    labels[1] = 7
+    ours = texture.object_features(image, labels, levels=300, names=["contrast"])
+    alone = texture.object_features(image[1], labels[1], levels=300, names=["contrast"])
+    assert ours["voxels"] == [2100 * 2050] and ours["label"] == [7]
+    assert ours["contrast"] == pytest.approx(alone["contrast"], rel=1e-12)

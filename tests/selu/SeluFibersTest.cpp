@@ -139,6 +139,14 @@ TEST_F(SeluFibers, WrongArgumentsAreRefusedByName) {
   EXPECT_TRUE(Files().empty());
 }
 
+TEST_F(SeluFibers, SizesBeyondMemoryOrTheDiskAreRefused) {
+  ExpectFailure(Command("1000000,1000000,1000000", "5", "2", "isotropic", "1", "a.nrrd"),
+                "left on its disk");
+  ExpectFailure(Command("1000000,1000000,1000000", "5", "2", "isotropic", "1", "a.nii.gz"),
+                "more than this machine's memory");
+  EXPECT_TRUE(Files().empty());
+}
+
 TEST_F(SeluFibers, CtrlCLeavesNothingBehind) {
   auto const result = Selu(Command("64,64,64", "100000000", "5", "isotropic", "1", "a.nrrd"),
                            {.interruptAfter = 0.4});

@@ -276,9 +276,34 @@ TEST_F(SeluSlab, RegionsAreTheSame) {
                 "--symmetric", "--direction", "1,0,-3", "--features", "contrast,corr", "--csv",
                 "r.csv"},
                {"r.csv"}, slab);
-    ExpectSame({"regions", "labels.nrrd", "--intensity", "values.nrrd", "--box", "--range",
-                "0,4000", "--csv", "r.csv"},
+    // Longer than any object: there is no pair, and no slab needs to reach that far.
+    ExpectSame({"regions", "labels.nrrd", "--intensity", "values.nrrd", "--bin-count", "16",
+                "--direction", "0,0,-40", "--csv", "r.csv"},
                {"r.csv"}, slab);
+  }
+}
+
+// Boxes that a slab holds, and some that none does: more than are counted at a time.
+TEST_F(SeluSlab, RegionsByTheirBoxesAreTheSame) {
+  WriteLabels("labels.nrrd");
+  WriteRandom<std::uint16_t>("few.nrrd", "uint16", {20, 18, 24}, 100, 4000);
+  WriteRandom<float>("floats.nrrd", "float", {20, 18, 24}, -300, 300);
+  WriteRandom<std::uint8_t>("flat labels.nrrd", "uint8", {30, 50}, 0, 9);
+  WriteRandom<std::uint8_t>("flat.nrrd", "uint8", {30, 50}, 0, 255);
+  for (std::string const slab : {"1", "1000", "9000", "40000"}) {
+    auto const expectSame = [&](std::string const& labels, std::string const& values,
+                                Arguments const& options) {
+      Arguments arguments = {"regions", labels,   "--intensity", values, "--box",
+                             "-o",      "r.json", "--csv",       "r.csv"};
+      arguments.insert(arguments.end(), options.begin(), options.end());
+      ExpectSame(arguments, {"r.json", "r.csv"}, slab);
+    };
+    expectSame("labels.nrrd", "few.nrrd", {}); // with its warning
+    expectSame("labels.nrrd", "floats.nrrd", {"--range", "-200,250"});
+    for (std::string const direction : {"1,0,-3", "0,-1,2", "0,0,23", "2,0,0", "0,0,24"})
+      expectSame("labels.nrrd", "few.nrrd", {"--range", "0,4000", "--direction", direction});
+    expectSame("flat labels.nrrd", "flat.nrrd", {});
+    expectSame("flat labels.nrrd", "flat.nrrd", {"--direction", "-1,-7"});
   }
 }
 
@@ -296,7 +321,23 @@ TEST_F(SeluSlab, MaskAndSynthAreTheSame) {
     for (std::string const kind : {"noise", "layers", "blobs"})
       for (std::string const file : {"s.nrrd", "s.tif", "s.nii", "s.mha"})
         ExpectSame({"synth", kind, "--size", "13,11,9", "--seed", "4", "-o", file}, {file}, slab);
+    // Thinner than what is smoothed, much longer than it, flat, and of one slice.
+    for (std::string const size : {"2,3,4", "3,2,40", "40,30", "13,11,1", "1,1,7"})
+      for (std::string const kind : {"noise", "layers", "blobs"})
+        ExpectSame({"synth", kind, "--size", size, "--seed", "4", "-o", "s.nrrd"}, {"s.nrrd"},
+                   slab);
   }
+}
+
+// Along the slabs, across them and oblique, thinner and thicker than a slab.
+TEST_F(SeluSlab, FibersAreTheSame) {
+  for (std::string const slab : {"1", "1000", "4000"})
+    for (std::string const radius : {"0.4", "2", "9"})
+      for (std::string const orientation :
+           {"isotropic", "fixed", "vmf,kappa=90,theta=90deg,phi=45deg", "vmf,kappa=9,theta=150deg"})
+        ExpectSame({"synth", "fibers", "--size", "25,20,31", "--count", "12", "--radius", radius,
+                    "--orientation", orientation, "--seed", "3", "-o", "f.nrrd"},
+                   {"f.nrrd"}, slab);
 }
 
 TEST_F(SeluSlab, ANumberOfBytesThatIsNoneIsRefused) {

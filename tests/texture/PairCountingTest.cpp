@@ -126,6 +126,7 @@ constexpr StPairOptions c_ways[] = {
     {.path = EPairPath::Plain, .twoTablesFrom = 0},
     {.path = EPairPath::Fastest, .batch = 37, .twoTablesFrom = 0},
     {.path = EPairPath::Plain, .batch = 16},
+    {.path = EPairPath::Fastest, .batch = 700},
 };
 
 void ExpectExactlyInEveryWay(StGrayBlock const& block, Triple d, StPairScratch& scratch) {
@@ -219,6 +220,23 @@ TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
 
 // Stretches of equal voxels and of voxels that repeat after 2, 4 or 8, so that runs of equal pairs
 // begin and end at every place, and what only looks like a run stands beside them.
+// Rows are written by whole blocks where other rows follow them: none may read beyond the last row.
+TEST(PairCounting, ShortRowsOfEveryLengthAndNumber) {
+  test::CRandomNumbers random;
+  StPairScratch scratch;
+  Counts counts(c_nCells);
+  for (std::int64_t x = 1; x <= 34; ++x)
+    for (std::int64_t y = 1; y <= 19; ++y)
+      for (int const bytes : {1, 2, 4}) {
+        StImage const image = MakeNoise(c_layouts[0], {x, y, 2}, bytes, random);
+        for (Triple const& d :
+             {Triple{1, 0, 0}, Triple{-1, 1, 0}, Triple{2, -1, 1}, Triple{0, 3, -1}}) {
+          ASSERT_TRUE(CountPairs(image.block, d, AsSpan(counts), scratch));
+          ExpectExactly(counts, image.block, d);
+        }
+      }
+}
+
 TEST(PairCounting, RunsOfEveryLength) {
   test::CRandomNumbers random;
   StPairScratch scratch;

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import math
 from typing import Any
 
 import numpy as np
@@ -43,8 +44,14 @@ def haralick(
     - 10, the difference variance, is by default the variance of the probabilities of the
       differences, all that there are up to the greatest level, whatever differences they belong to;
     - 12, the first measure of information, is not divided where there is one level;
-    - 14 is made of the eigenvalues of the correlations of the matrix' rows, not of Haralick's
-      matrix Q.
+    - 14 is the root of the second greatest eigenvalue of the correlations of the matrix' rows, not
+      of Haralick's matrix Q. It is 0 where two levels or fewer occur, and NaN where a row holds one
+      value throughout, so that it has no correlation.
+
+    The tests compare features 1 to 14 of each direction with formulas of their own. They do not run
+    mahotas, which the tests' system does not package. Two things are so taken over from what is
+    known of that package, and not compared with it: the order of the 13 directions in space, and
+    which matrix feature 14 is made of. Means over the directions do not depend on their order.
 
     Parameters
     ----------
@@ -76,6 +83,8 @@ def haralick(
     ValueError
         For another number of axes, negative values, and where no pair counts.
 
+    Examples
+    --------
     >>> haralick(np.array([[0, 1], [1, 0]]))[:, 1]
     array([1., 0., 1., 0.])
     """
@@ -149,5 +158,7 @@ def _fourteenth(p: Reals) -> float:
     rows = p[occurs][:, occurs]
     if len(rows) <= 2:
         return 0.0
+    if (np.ptp(rows, axis=1) == 0).any():
+        return math.nan
     values = np.linalg.eigvalsh(np.corrcoef(rows))
-    return float(np.sqrt(np.sort(values)[-2]))
+    return math.sqrt(max(0.0, float(values[-2])))  # an eigenvalue of 0 may come out below it

@@ -97,6 +97,8 @@ def glcm_features(
     BadParameter
         For a region without voxels, and other settings than these.
 
+    Examples
+    --------
     >>> image = np.array([[10, 40], [40, 10]], np.int16)
     >>> glcm_features(image, np.ones((2, 2), np.uint8))["Contrast"]
     0.5

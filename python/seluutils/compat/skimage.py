@@ -55,6 +55,8 @@ def graycomatrix(
     SeluError
         For a count above 2**32 - 1, which scikit-image would let wrap around.
 
+    Examples
+    --------
     >>> image = np.array([[0, 0, 1], [2, 2, 1]], np.uint8)
     >>> graycomatrix(image, [1], [0], levels=3)[:, :, 0, 0]
     array([[1, 1, 0],
@@ -99,6 +101,8 @@ def graycoprops(P: npt.NDArray[Any], prop: Property = "contrast") -> npt.NDArray
     ValueError
         As scikit-image does.
 
+    Examples
+    --------
     >>> image = np.array([[0, 0, 1], [2, 2, 1]], np.uint8)
     >>> graycoprops(graycomatrix(image, [1], [0], levels=3))
     array([[0.5]])

@@ -13,6 +13,8 @@ first pass over the volume. Give ``levels`` or ``range`` to do without that pass
 A worker needs memory for about two chunks of each thread, and its tables. A worker that dies is
 replaced by Dask, and its tasks run again; a task that kills every worker ends as an error.
 
+:func:`draws` makes arrays of random numbers that are the same whatever the chunks and the workers.
+
 >>> import numpy as np
 >>> from seluutils import dask
 >>> volume = np.arange(4096, dtype=np.uint8).reshape(16, 16, 16)
@@ -32,7 +34,8 @@ except ImportError as error:
     raise ImportError("seluutils.dask needs the package dask with its arrays") from error
 
 from ._cooccurrence import cooccurrence
+from ._draws import draws
 from ._maps import feature_maps
 from ._objects import object_features
 
-__all__ = ["cooccurrence", "feature_maps", "object_features"]
+__all__ = ["cooccurrence", "draws", "feature_maps", "object_features"]

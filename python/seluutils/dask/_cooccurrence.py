@@ -67,6 +67,8 @@ def cooccurrence(
     BadParameter
         At once for arguments that do not go together, when computed for values that are no levels.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> counts = cooccurrence(np.eye(4, dtype=np.uint8), (1, 1), levels=2, chunks=2)
     >>> counts.compute(scheduler="synchronous")

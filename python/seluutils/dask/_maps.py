@@ -70,6 +70,8 @@ def feature_maps(
     BadParameter
         At once for arguments that do not go together, when computed for values that are no levels.
 
+    Examples
+    --------
     >>> import numpy as np
     >>> image = np.array([[1, 2, 4, 4, 1]], np.uint8)
     >>> maps = feature_maps(image, (1, 3), names=["contrast"], offset=(0, 1), chunks=2)

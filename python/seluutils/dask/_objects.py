@@ -73,6 +73,8 @@ def object_features(
         For arguments that do not go together, labels that are negative or no integers, and values
         that are no levels.
 
+    Examples
+    --------
     >>> import dask, numpy as np
     >>> image = np.array([[1, 2, 2, 1]], np.uint8)
     >>> objects = np.array([[7, 7, 9, 9]], np.int32)

@@ -108,6 +108,29 @@ public:
     if (m_WaitingPairs >= c_nEnough) CountWaiting();
   }
 
+  // Whether so many more pairs may be counted that AddRows need not ask.
+  [[nodiscard]] bool HasRoomForRows() const noexcept {
+    return m_Room >= static_cast<std::int64_t>(c_nEnough) + c_nMostAtOnce;
+  }
+
+  // Takes and adds rows of `n` pairs each, at most c_nMostAtOnce, until there are enough. `row`
+  // moves on; how many it moved is returned. Only whole blocks are written: what the last one of a
+  // row has too much the next row overwrites.
+  template <class RowPair>
+  std::int64_t AddRows(RowPair& row, std::int64_t n, std::int64_t rows, std::int64_t rowStride) {
+    Index* const enough = m_Waiting.data() + c_nEnough;
+    Index* to = Waiting();
+    std::int64_t added = 0;
+    for (; added < rows && to < enough; ++added, to += n) {
+      row.WriteBlocks(n, to);
+      row.a += rowStride;
+      row.b += rowStride;
+    }
+    m_Room -= added * n;
+    Added(added * n);
+    return added;
+  }
+
   // Brings the counts together; false when one needs more than 32 bits.
   [[nodiscard]] bool Finish() {
     CountRest();
@@ -216,6 +239,13 @@ struct StRowPair {
 
   void WriteBlock(Index* to) const noexcept { Block::template Write<Bytes>(a, b, stride, to); }
 
+  // Writes the indices of `n` pairs and what it takes to make whole blocks of them.
+  void WriteBlocks(std::int64_t n, Index* to) const noexcept {
+    StRowPair row = *this;
+    for (; n > 0; n -= c_nBlockPairs, to += c_nBlockPairs, row.Skip(c_nBlockPairs))
+      row.WriteBlock(to);
+  }
+
   // Writes the indices of `n` pairs; of what is more than whole blocks by a last block that
   // overlaps the one before it.
   void Write(std::int64_t n, Index* to) const noexcept {
@@ -250,15 +280,21 @@ struct StPairBox {
   std::byte const* b;
   std::array<std::int64_t, 3> count;
   std::array<std::int64_t, 3> stride;
+  std::int64_t followed = 0; // rows of a plane behind each of which a whole block may be read
 };
 
 template <class Block, int Bytes>
 void CountBox(StPairBox const& box, CPairCounters& counters) {
   for (std::int64_t z = 0; z < box.count[2]; ++z) {
-    for (std::int64_t y = 0; y < box.count[1]; ++y) {
-      std::int64_t const begin = y * box.stride[1] + z * box.stride[2];
-      StRowPair<Block, Bytes> row{box.a + begin, box.b + begin, box.stride[0]};
+    std::int64_t const plane = z * box.stride[2];
+    StRowPair<Block, Bytes> row{box.a + plane, box.b + plane, box.stride[0]};
+    std::int64_t y = 0;
+    while (y < box.followed && counters.HasRoomForRows())
+      y += counters.AddRows(row, box.count[0], box.followed - y, box.stride[1]);
+    for (; y < box.count[1]; ++y) {
       CountRow(row, box.count[0], counters);
+      row.a += box.stride[1];
+      row.b += box.stride[1];
     }
   }
 }
@@ -297,6 +333,17 @@ void JoinRows(StPairBox& box) noexcept {
   }
 }
 
+// The rows of a plane behind which a whole block of pairs may be read: those that are followed,
+// without a gap, by rows of the same plane. Long rows do without.
+std::int64_t FollowedRows(StGrayBlock const& block,
+                          std::array<std::int64_t, 3> const& count) noexcept {
+  bool const withoutGaps = block.stride[0] == block.bytesPerVoxel &&
+                           block.stride[1] == block.extent[0] * block.stride[0];
+  if (!withoutGaps || count[0] > CPairCounters::c_nMostAtOnce) return 0;
+  std::int64_t const behind = (c_nBlockPairs - 2) / block.extent[0] + 1;
+  return std::max(count[1] - behind, std::int64_t{0});
+}
+
 // Along one axis: the first voxel v with both v and v + d inside, and how many there are.
 struct StRange {
   std::int64_t first = 0;
@@ -328,6 +375,7 @@ bool CountPairs(StGrayBlock const& block, std::array<std::int64_t, 3> const& dir
   StPairBox box{
       first, first + Dot(direction, block.stride), {x.count, y.count, z.count}, block.stride};
   JoinRows(box);
+  box.followed = FollowedRows(block, box.count);
   ChooseBoxCounter(block, options.path)(box, counters);
   return counters.Finish();
 }

@@ -1,21 +1,16 @@
 #include "base/Arguments.h"
 
 #include "base/Errors.h"
-#include "base/Memory.h"
 #include "base/Texts.h"
 
 namespace selu {
 
-ORVA::CSize ParseSize(std::string const& text, int bytesPerVoxel) {
+ORVA::CSize ParseSize(std::string const& text) {
   auto const extents = ParseIntegers(text);
   if (!extents || extents->size() < 2 || extents->size() > 3)
     throw CUsageError("--size needs two or three whole numbers nx,ny[,nz], not \"" + text + "\"");
-  double bytes = bytesPerVoxel;
-  for (auto const extent : *extents) {
+  for (auto const extent : *extents)
     if (extent < 1) throw CUsageError("--size needs numbers above 0, not \"" + text + "\"");
-    bytes *= static_cast<double>(extent);
-  }
-  RefuseBeyondMemory(bytes, "an image of " + Joined(*extents, " x ") + " voxels");
   if (extents->size() == 2) return {(*extents)[0], (*extents)[1]};
   return {(*extents)[0], (*extents)[1], (*extents)[2]};
 }

@@ -1,7 +1,7 @@
 // Arguments that several commands take.
 //
 //   ORVA::uint64 const seed = ParseSeed("42");
-//   ORVA::CSize const size = ParseSize("64,64,64", 2);    // at the peak 2 bytes per voxel
+//   ORVA::CSize const size = ParseSize("64,64,64");
 #pragma once
 
 #include <pxlib2core/Types.h>
@@ -13,7 +13,7 @@ namespace selu {
 
 /// Both throw CUsageError for a text that is none.
 [[nodiscard]] ORVA::uint64 ParseSeed(std::string const& text);
-/// Two or three extents; throws CAppError when the image would not fit into memory.
-[[nodiscard]] ORVA::CSize ParseSize(std::string const& text, int bytesPerVoxel);
+/// Two or three extents above 0.
+[[nodiscard]] ORVA::CSize ParseSize(std::string const& text);
 
 } // namespace selu

@@ -48,12 +48,18 @@ unsigned long ChecksumOf(StOpened& opened) {
   return checksum;
 }
 
+// A volume of one slice is read as the flat image that it is.
+bool HasSameExtents(ORVA::CSize const& a, ORVA::CSize const& b) {
+  return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
 // In a process of its own, as readers of what a full disk has cut off may crash.
 bool Holds(fs::path const& path, StHeader const& header, unsigned long checksum) {
   CIsolated reader([&](std::string const&, std::span<std::byte>) {
     StOpened opened = OpenReader(path);
     bool const same = opened.reader->ReadsSlabs() && opened.header.pixel == header.pixel &&
-                      opened.header.size == header.size && ChecksumOf(opened) == checksum;
+                      HasSameExtents(opened.header.size, header.size) &&
+                      ChecksumOf(opened) == checksum;
     return std::string(same ? "same" : "other");
   });
   double const bytes = ImageBytes(header);

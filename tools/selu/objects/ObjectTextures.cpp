@@ -1,8 +1,8 @@
 #include "objects/ObjectTextures.h"
 
-#include "base/Memory.h"
 #include "base/Progress.h"
 #include "base/Threads.h"
+#include "objects/RegionSlabs.h"
 #include "texture/LevelSource.h"
 #include "texture/LevelTexture.h"
 
@@ -23,19 +23,6 @@ using ORVA::CImage;
 using ORVA::CPairCounter;
 using ORVA::CPos;
 using ORVA::int64;
-
-// Along z, in 2D along y.
-int64 LowSlice(StRegion const& region, int dimension) { return region.low[dimension == 3 ? 2 : 1]; }
-int64 HighSlice(StRegion const& region, int dimension) {
-  return region.high[dimension == 3 ? 2 : 1];
-}
-
-// Whether an object begins in the slab's own slices and ends in those that were read: of one slab
-// at most.
-bool IsHere(StRegion const& region, StSlab const& slab, int dimension) {
-  int64 const low = LowSlice(region, dimension), high = HighSlice(region, dimension);
-  return low >= slab.first && low < slab.last && high < slab.to;
-}
 
 // The labels as they are, if they are integers that the counter takes, and nothing else is asked
 // for; else a copy of those that are to be counted here.
@@ -95,23 +82,14 @@ public:
   }
 
 private:
-  // With as much above as the objects reach, where that is not too much.
   [[nodiscard]] std::vector<StSlab> Slabs() const {
     auto const size = m_Labels.Size();
-    int64 const slices = SlicesOf(size);
     constexpr double bytesPerCopiedLabel = 4;
     double const bytes = m_Levels.BytesPerSlice() + m_Labels.BytesPerSlice() +
                          bytesPerCopiedLabel * m_Labels.BytesPerSlice() /
                              static_cast<double>(PixelBytes(m_Labels.Pixel()));
-    int64 longest = 0;
-    for (StRegion const& region : m_Regions)
-      longest = std::max(longest, HighSlice(region, m_Dimension) - LowSlice(region, m_Dimension));
-    auto halo = HaloOf(m_Wanted.options.displacements, m_Dimension);
-    double const room = std::floor(SlabBytes() / bytes / 2);
-    halo.above =
-        std::max(halo.above, static_cast<int64>(std::min({static_cast<double>(longest), room,
-                                                          static_cast<double>(slices)})));
-    return SlabsOf(size, bytes, halo);
+    return SlabsOfRegions(m_Regions, size, bytes,
+                          HaloOf(m_Wanted.options.displacements, m_Dimension));
   }
 
   [[nodiscard]] StRegion const* Find(std::uint32_t label) const {

@@ -6,6 +6,7 @@
 #include "base/Texts.h"
 #include "base/Threads.h"
 #include "images/VolumeSource.h"
+#include "objects/BoxTextures.h"
 #include "objects/ObjectTextures.h"
 #include "objects/RegionFeatures.h"
 #include "objects/Regions.h"
@@ -20,9 +21,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
-#include <functional>
-#include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -33,9 +31,6 @@
 namespace selu {
 namespace {
 
-using ORVA::CImage;
-using ORVA::CSize;
-using ORVA::CValueMap;
 using ORVA::int64;
 
 constexpr std::array<char const*, 3> c_axes = {"x", "y", "z"};
@@ -46,65 +41,14 @@ struct StOptions {
   bool box = false, symmetric = false, noTexture = false, relabel = false;
 };
 
-using Texture = std::vector<double>;
-
-// The texture of each region; nothing for one without pairs.
+// The texture of all regions: so many features each, NaN for a region without pairs.
 struct StTextures {
   std::vector<std::string> names;
-  std::function<std::optional<Texture>(StRegion const& region, std::size_t index)> of;
-};
+  std::vector<double> values;
 
-// The texture inside a box of the image, without regard to which of its voxels are the object's.
-class CBoxTexture {
-public:
-  /// The mean over the directions is taken.
-  CBoxTexture(CImage gray, std::vector<Direction> directions)
-      : m_Gray(std::move(gray)), m_Directions(std::move(directions)) {}
-
-  /// Nothing where the box has no pair of voxels in any of the directions.
-  std::optional<Texture> Measure(StRegion const& region) {
-    CSize const size = BoxSize(region);
-    std::optional<CImage> box;
-    Texture sum(c_featureNames.size());
-    int count = 0;
-    for (Direction direction : m_Directions) {
-      if (PairsOf(size, direction) == 0) continue;
-      if (!box) box.emplace(Box(region, size));
-      CValueMap features;
-      m_Cooccurrence.ComputeFeatures(*box, &direction, &features);
-      for (std::size_t f = 0; f < sum.size(); ++f)
-        sum[f] += features.Entry(c_featureNames[f]).Double();
-      ++count;
-    }
-    if (count == 0) return std::nullopt;
-    for (double& value : sum) value /= count;
-    return sum;
+  [[nodiscard]] std::span<double const> Of(std::size_t region) const {
+    return std::span(values).subspan(region * names.size(), names.size());
   }
-
-private:
-  [[nodiscard]] CSize BoxSize(StRegion const& region) const {
-    auto const extent = [&](std::size_t axis) { return region.high[axis] - region.low[axis] + 1; };
-    return m_Gray.Size().Dim() == 2 ? CSize(extent(0), extent(1))
-                                    : CSize(extent(0), extent(1), extent(2));
-  }
-
-  [[nodiscard]] CImage Box(StRegion const& region, CSize const& size) const {
-    CImage box(m_Gray.Type(), size);
-    auto const from = m_Gray.CreateAccess(false);
-    auto const to = box.CreateAccess(true);
-    auto const bytes = static_cast<std::size_t>(size.x * m_Gray.Type().Bytes());
-    for (int64 z = 0; z < size.z; ++z)
-      for (int64 y = 0; y < size.y; ++y)
-        std::memcpy(to.WritableBase() + y * to.Stride(1) + z * to.Stride(2),
-                    from.Base() + region.low[0] * from.Stride(0) +
-                        (region.low[1] + y) * from.Stride(1) + (region.low[2] + z) * from.Stride(2),
-                    bytes);
-    return box;
-  }
-
-  CImage m_Gray;
-  std::vector<Direction> m_Directions;
-  ORVA::CCooccurrence m_Cooccurrence{"regions", nullptr};
 };
 
 // What is asked of a region beside its extent.
@@ -116,13 +60,11 @@ struct StAsked {
 };
 
 void AddTexture(std::vector<StRegionFeature>& features, std::vector<std::string> const& names,
-                std::optional<Texture> const& texture) {
+                std::span<double const> texture) {
   std::vector<std::size_t> order(names.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::ranges::sort(order, {}, [&](std::size_t f) { return std::string_view(names[f]); });
-  for (std::size_t const f : order)
-    features.push_back({"texture/" + names[f],
-                        texture ? (*texture)[f] : std::numeric_limits<double>::quiet_NaN()});
+  for (std::size_t const f : order) features.push_back({"texture/" + names[f], texture[f]});
 }
 
 // Lengths in the unit of the grid, where the image has one.
@@ -165,9 +107,9 @@ std::vector<StRegionFeature> FeaturesOf(StRegion const& region, std::size_t inde
   if (relabeled) features.push_back({"label", region.label});
   features.push_back({"object", std::to_string(label)});
   AddPhysical(features, region, axes.size(), asked.grid);
-  std::optional<Texture> texture;
-  if (asked.textures != nullptr) texture = asked.textures->of(region, index);
-  bool const tooSmall = asked.textures != nullptr && !texture;
+  std::span<double const> texture;
+  if (asked.textures != nullptr) texture = asked.textures->Of(index);
+  bool const tooSmall = !texture.empty() && std::isnan(texture.front()); // all are then
   features.push_back({"status", std::string(tooSmall ? "too small for texture" : "measured")});
   if (asked.textures != nullptr) AddTexture(features, asked.textures->names, texture);
   features.push_back({"volume [px]", region.voxels});
@@ -235,15 +177,12 @@ StInputs OpenInputs(StOptions const& options) {
   return inputs;
 }
 
-StTextures BoxTextures(StOptions const& options, CRawImage const& intensity) {
-  std::optional<StRange> range;
-  if (!options.levels.range.empty()) range = ParseRange(options.levels.range);
-  auto const boxes = std::make_shared<CBoxTexture>(ToGray(intensity, range, options.intensity),
-                                                   Directions(options, intensity.Size().Dim()));
-  auto const warning = CollapseWarning(intensity, range, options.intensity);
-  if (!warning.empty()) PrintNote("warning: " + warning);
+StTextures BoxTextures(StOptions const& options, CVolumeSource& intensity,
+                       std::vector<StRegion> const& regions) {
+  StBoxTextures wanted{{}, Directions(options, intensity.Size().Dim())};
+  if (!options.levels.range.empty()) wanted.range = ParseRange(options.levels.range);
   return {{c_featureNames.begin(), c_featureNames.end()},
-          [boxes](StRegion const& region, std::size_t) { return boxes->Measure(region); }};
+          MeasureBoxTextures(intensity, regions, wanted)};
 }
 
 // All objects at once, in ascending order of their labels, as the regions come.
@@ -254,18 +193,10 @@ StTextures ObjectTextures(StOptions const& options, StInputs& inputs,
   wanted.options.isSymmetric = options.symmetric;
   for (auto const& d : Directions(options, inputs.labels.Size().Dim()))
     wanted.options.displacements.emplace_back(d.x, d.y, d.z);
-  StTextures result;
-  std::size_t const width = wanted.options.features.size();
-  for (auto const feature : wanted.options.features)
-    result.names.emplace_back(ORVA::FeatureName(feature));
-  auto const values = std::make_shared<std::vector<double>>(
-      MeasureTextures(inputs.labels, *inputs.intensity, regions, wanted));
-  result.of = [values, width](StRegion const&, std::size_t index) -> std::optional<Texture> {
-    auto const begin = values->begin() + static_cast<std::ptrdiff_t>(index * width);
-    if (std::isnan(*begin)) return std::nullopt; // all are, where there is no pair
-    return Texture(begin, begin + static_cast<std::ptrdiff_t>(width));
-  };
-  return result;
+  std::vector<std::string> names;
+  for (auto const feature : wanted.options.features) names.emplace_back(ORVA::FeatureName(feature));
+  auto values = MeasureTextures(inputs.labels, *inputs.intensity, regions, wanted);
+  return {std::move(names), std::move(values)};
 }
 
 void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAtomicFile* csv) {
@@ -275,7 +206,7 @@ void Measure(StOptions const& options, StInputs& inputs, CAtomicFile* json, CAto
                 nullptr};
   StTextures textures;
   if (intensity != nullptr && !options.noTexture) {
-    textures = options.box ? BoxTextures(options, intensity->Whole())
+    textures = options.box ? BoxTextures(options, *intensity, regions)
                            : ObjectTextures(options, inputs, regions);
     asked.textures = &textures;
   }

@@ -1,10 +1,11 @@
 #include "Commands.h"
 #include "base/Arguments.h"
 #include "base/Errors.h"
+#include "base/Memory.h"
 #include "base/Progress.h"
 #include "base/Texts.h"
 #include "distributions/Distributions.h"
-#include "images/ImageFile.h"
+#include "images/SlabWriter.h"
 #include "volumes/FiberVolume.h"
 
 #include <pxlib2core/Random.h>
@@ -39,21 +40,24 @@ double ParseRadius(std::string const& text, ORVA::CSize const& size) {
 }
 
 void Run(StOptions const& options) {
-  constexpr int bytesPerVoxel = 2; // the image, and the check of the written file
   auto const seed = ParseSeed(options.seed);
-  auto const size = ParseSize(options.size, bytesPerVoxel);
+  auto const size = ParseSize(options.size);
   if (size.Dim() != 3)
     throw CUsageError("--size needs three numbers nx,ny,nz for fibers, not \"" + options.size +
                       "\"");
-  auto const count = ParseCount(options.count);
-  double const radius = ParseRadius(options.radius, size);
+  StFibers const fibers{size, ParseCount(options.count), ParseRadius(options.radius, size)};
   StRotations const orientation = MakeRotations(CParameters::FromText(options.orientation));
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
+  CSlabWriter writer(file, {size, EnPixel::UInt8});
+  RefuseBeyondMemory(static_cast<double>(size.x) * static_cast<double>(size.y),
+                     "a slice of the image");
   {
-    CProgressBar bar("making fibers", count);
+    CProgressBar bar("making fibers", FiberSteps(fibers));
     ORVA::CRandom::Obj().Seed(seed);
-    WriteImage(file, MakeFibers(size, count, radius, *orientation.draw, &bar));
+    MakeFibers(
+        fibers, *orientation.draw, [&](auto voxels) { writer.Write(voxels); }, &bar);
+    writer.Finish();
   }
   file.Commit();
 }

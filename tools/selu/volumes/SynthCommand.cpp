@@ -21,23 +21,28 @@ struct StKind {
   char const* text;
   char const* help;
   Maker make;
-  int passes;        // steps of progress per slice
-  int bytesPerVoxel; // of memory, beside what is written at a time
+  int passes;                           // steps of progress per slice
+  double (*memory)(ORVA::CSize const&); // in bytes
 };
+
+double SliceBytes(ORVA::CSize const& size) {
+  return static_cast<double>(size.x) * static_cast<double>(size.y);
+}
+
 constexpr std::array<StKind, 3> c_kinds = {{
     {"noise", "Independent uniform 8-bit gray values",
      R"(Every gray value is as likely as every other, whatever its neighbors: the texture is the same in
 all directions.)",
-     MakeNoise, c_noisePasses, 0},
+     MakeNoise, c_noisePasses, SliceBytes},
     {"blobs", "A continuous random field of 8-bit gray values",
      R"(Noise smoothed over about ten voxels in every direction; mean 128.)", MakeBlobs,
-     c_blobPasses, 4},
+     c_blobPasses, BlobBytes},
     {"layers", "An oblique lamination with noise, 8-bit",
      R"(Layers 8 to 16 voxels thick along their normal (1,1,1), in 2D (1,1): the gray value depends on x +
 y + z alone, but for a little noise. So the texture differs by direction as one can predict: the
 contrast grows with |dx + dy + dz|. It is smallest in the plane of the layers, along 1,-1,0 and
 1,0,-1 and 0,1,-1 (in 2D 1,-1), and largest across them, along 1,1,1 (in 2D 1,1).)",
-     MakeLayers, c_layerPasses, 0},
+     MakeLayers, c_layerPasses, SliceBytes},
 }};
 
 struct StOptions {
@@ -46,12 +51,11 @@ struct StOptions {
 
 void Run(StKind const& kind, StOptions const& options) {
   auto const seed = ParseSeed(options.seed);
-  ORVA::CSize const size = ParseSize(options.size, kind.bytesPerVoxel);
+  ORVA::CSize const size = ParseSize(options.size);
   CheckImageOutput(options.output, ORVA::IMAGE_GREY_8, size.Dim());
   CAtomicFile file(options.output);
   CSlabWriter writer(file, {size, EnPixel::UInt8});
-  RefuseBeyondMemory(static_cast<double>(size.x) * static_cast<double>(size.y),
-                     "a slice of the image");
+  RefuseBeyondMemory(kind.memory(size), "what is made at a time");
   {
     CProgressBar bar(std::string("making ") + kind.name, size.z * kind.passes);
     kind.make(

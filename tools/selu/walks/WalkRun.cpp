@@ -156,7 +156,7 @@ void Prepare(StJob& job) {
   StWalkOptions const& given = job.given;
   CheckTogether(job.kind, given);
   std::optional<ORVA::CSize> size;
-  if (!given.size.empty()) size = ParseSize(given.size, 0);
+  if (!given.size.empty()) size = ParseSize(given.size);
   if (!given.image.empty()) {
     job.opened.emplace(OpenImage(given.image, given.series));
     size = job.size = job.opened->Header().size;
