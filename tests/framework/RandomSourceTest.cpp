@@ -131,6 +131,15 @@ TEST(RandomSource, KeepsItsStreamsFromReleaseToRelease) {
     EXPECT_EQ(CRandomSource(seed, stream).Save(), saved) << seed << ", " << stream;
 }
 
+TEST(RandomSource, SeedBeginsAnewInTheFirstStreamUnlessItNamesAnother) {
+  CRandomSource source(5, 6);
+  source.Seed(42);
+  EXPECT_EQ(source, CRandomSource(42));
+  EXPECT_EQ(source, CRandomSource(42, 0));
+  source.Seed(42, 7);
+  EXPECT_EQ(source, CRandomSource(42, 7));
+}
+
 TEST(RandomSource, ShortFormsTakeTheHighestBitsOfAWord) {
   CRandomSource words(5), source(5);
   for (int i = 0; i < 100; ++i) {

@@ -311,6 +311,14 @@ TEST(PairCounter, The65535LevelsOfA16BitImage) {
   EXPECT_EQ(pairs(2, 1), 0u);
 }
 
+TEST(PairCounter, CellsOfMoreThan32BitsAreExact) {
+  std::vector<std::uint8_t> const row(65537, 1); // stands for all rows
+  CImageView const view(IMAGE_GREY_8, CSize(65537, 65536), row.data(), {1, 0, 0});
+  CPairCounter pairs(1);
+  pairs.Count(CLevelImage(view, 1), {1, 0, 0});
+  EXPECT_EQ(pairs(1, 1), uint64{1} << 32);
+}
+
 TEST(PairCounter, EqualsTheGivenCounterWhereLevelsAreItsOwn) {
   test::CRandomNumbers random;
   auto const picture = MakePicture(random, CSize(30, 20, 6), 255);

@@ -2,6 +2,7 @@
 #include "support/Random.h"
 
 #include "Utils/Cooccurrence/PairCounting.h"
+#include "Utils/Cooccurrence/Strides.h"
 
 #include <gtest/gtest.h>
 
@@ -338,6 +339,16 @@ TEST(PairCounting, NoDirectionCountsTheHistogram) {
   EXPECT_EQ(counts[0x0000], 1U);
   EXPECT_EQ(counts[0xFFFF], 1U);
   EXPECT_EQ(std::accumulate(counts.begin(), counts.end(), 0U), 6U);
+}
+
+TEST(PairCounting, AxesOfOneVoxelAreSortedBehindTheOthers) {
+  std::vector<std::byte> const voxels(200);
+  StGrayBlock block{voxels.data(), {1, 5, 3}, {1, 10, 50}, 1};
+  Triple displacement{0, 2, 1};
+  SortAxes(block, displacement);
+  EXPECT_EQ(block.extent, (Triple{5, 3, 1}));
+  EXPECT_EQ(block.stride, (Triple{10, 50, 1}));
+  EXPECT_EQ(displacement, (Triple{2, 1, 0}));
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -275,6 +275,9 @@ TEST(LineVisitor, LineThatLeavesTheRangeIsRefused) {
                           true);
       },
       "line of 9 voxels from 9223372036854775802 leaves the 64-bit range", c_constructor, c_source);
+  ExpectError<CExBadParam>(
+      [] { CBresenhamVisitor(Point(c_max - 5, 0, 0), CTriple<double>(1, 0, 0), 9, 1, 0, true); },
+      "line of 9 voxels from 9223372036854775802 leaves the 64-bit range", c_constructor, c_source);
 }
 
 TEST(LineVisitor, AxesThatAreNotWalkedMayDifferByAnything) {
