@@ -56,6 +56,7 @@ public:
                         bool border)
       : CBresenhamAreaVisitor(corners, dimension, neighborhood, border) {}
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const {
     switch (static_cast<int64>(m_Dimension)) {
     case 0:

@@ -42,6 +42,7 @@ namespace ORVA {
 /// Copies are deep. One object serves one thread at a time.
 class SELUUTILS_EXPORT CCooccurrence : public CAlgorithm {
 public:
+  /// The number of gray levels, 256.
   static constexpr int64 m_cGreyLevels = 256;
 
   /// The displacements of ComputeMatrixAllDirections, in the order of the output's slices: one of

@@ -84,6 +84,7 @@ public:
   void Rewind() noexcept { Reset(); }
   /// Number of points of a whole walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Total; }
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return m_Total == 0; }
   /// Back to the first point.
   void Reset() noexcept;
@@ -98,7 +99,9 @@ public:
   /// Whether both points lie on one face of the image box.
   [[nodiscard]] bool lineValid(CTriple<double> a, CTriple<double> b) const noexcept;
 
+  /// The normal of the plane.
   [[nodiscard]] CTriple<double> Normal() const noexcept { return m_Normal; }
+  /// The distance in the plane's equation.
   [[nodiscard]] double Distance() const noexcept { return m_Distance; }
 
 private:

@@ -51,6 +51,7 @@ public:
   /// Starts anew in another direction; errors as above.
   void SetDirection(CTriple<double> direction);
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept {
     return m_Index != static_cast<uint64>(m_Length);
   }
@@ -79,6 +80,7 @@ public:
   [[nodiscard]] bool BorderPoint() const noexcept { return m_IsBorder; }
   /// The product of the three extents, modulo 2^64; 0 where the walk has no points.
   [[nodiscard]] uint64 Steps() const noexcept;
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:

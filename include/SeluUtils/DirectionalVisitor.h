@@ -45,6 +45,7 @@ public:
     SetImageSize(CTriple<int64>(size.x, size.y, size.z));
   }
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_Current.Get() != m_End; }
   /// The next point; meaningless where MorePoints is false.
   CTriple<int64> NextPoint() {
@@ -64,6 +65,7 @@ public:
   void Rewind() { SetDirection(m_Direction); }
   /// As for CWindowVisitor.
   [[nodiscard]] uint64 Steps() const noexcept { return CWindowVisitor(m_Low, m_High).Steps(); }
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:

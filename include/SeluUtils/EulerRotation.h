@@ -63,6 +63,7 @@ struct SELUUTILS_EXPORT CEulerRotation {
   /// (phi, theta) in x and y, phi in (-pi, pi], for 0 < theta < pi. The third component is
   /// atan2(M(0,2), M(2,1)), kept because stored results depend on it: it is not psi.
   [[nodiscard]] CTriple<double> getEulerAngles() const;
+  /// The matrix of the rotation.
   [[nodiscard]] CMatrix<double> getRotationMatrix() const { return m_Matrix; }
   /// The transpose of M, 3 x 3.
   [[nodiscard]] CMatrix<double> getInverseRotationMatrix() const;

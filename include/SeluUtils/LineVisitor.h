@@ -63,6 +63,7 @@ public:
   CBresenhamVisitor(CTriple<int64> difference, int64 diagonal)
       : CBresenhamVisitor(Impl::LineUnderMask(difference, diagonal)) {}
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end of the line it stays the last one.
   [[gnu::always_inline]] CTriple<int64> NextPoint() {
@@ -120,7 +121,9 @@ public:
   [[nodiscard]] int64 Steps() const { return LastStep(); }
   /// Whether Steps() is 0.
   [[nodiscard]] bool empty() const { return LastStep() == 0; }
+  /// The dimension, 2 or 3; 0 of a default line.
   [[nodiscard]] int64 Dim() const noexcept { return m_Line.dimension; }
+  /// The code of the neighborhood.
   [[nodiscard]] int64 Neighborhood() const noexcept { return m_Line.neighborhood; }
 
   /// Back to the first point. Without end points each call takes two further points off the walk.
@@ -136,6 +139,7 @@ public:
 
   /// Print the moves of a 3D line, or those of its three projections, to standard output.
   void PrintMoves() const;
+  /// Prints the moves of the three projections of a 3D line to standard output.
   void PrintProjMoves() const;
 
 private:
@@ -218,6 +222,7 @@ public:
     SetImageSize(CTriple<int64>(size.x, size.y, size.z));
   }
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_StepIndex <= m_LastStepBound; }
   /// The next point. Past the end it stays the last one.
   CTriple<int64> NextPoint() {
@@ -259,6 +264,7 @@ public:
   [[nodiscard]] int64 LastStep() const noexcept {
     return m_LastStepBound < 0 ? 0 : static_cast<int64>(m_LastStepBound);
   }
+  /// The same as LastStep: the number of selected moves.
   [[nodiscard]] int64 Steps() const noexcept { return LastStep(); }
   /// Whether no move is selected.
   [[nodiscard]] bool empty() const noexcept { return LastStep() == 0; }

@@ -23,7 +23,9 @@ class SELUUTILS_EXPORT IMatrix {
 public:
   virtual ~IMatrix();
 
+  /// Number of rows.
   [[nodiscard]] virtual uint64 Rows() const = 0;
+  /// Number of columns.
   [[nodiscard]] virtual uint64 Cols() const = 0;
 
   /// Copies the elements one by one. The shape is taken over only where the numbers of rows differ
@@ -43,14 +45,17 @@ public:
   /// Matrix product in place; each sum runs in the order of the inner index.
   virtual IMatrix& operator*=(IMatrix const& other);
   virtual IMatrix& operator*=(T factor);
+  /// Adds the other matrix, element by element.
   virtual IMatrix& operator+=(IMatrix const& other);
   /// Adds the scalar to every element.
   virtual IMatrix& operator+=(T summand);
+  /// Turns rows into columns.
   virtual IMatrix& Transpose();
+  /// Subtracts the other matrix, element by element.
   virtual IMatrix& operator-=(IMatrix const& other);
-  /// Appends the other's rows below, its columns on the right. CExBadParam for more rows or columns
-  /// than 64 bits can count.
+  /// Appends the other's rows below. CExBadParam for more rows than 64 bits can count.
   virtual IMatrix& AddRows(IMatrix const& other);
+  /// Appends the other's columns on the right. CExBadParam for more columns than 64 bits can count.
   virtual IMatrix& AddCols(IMatrix const& other);
 
   /// New shape; elements keep their place in row-major order, so another number of columns

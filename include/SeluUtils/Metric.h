@@ -102,6 +102,7 @@ struct CStatisticsTemplate {
   constexpr CStatisticsTemplate(T firstValue, T secondValue) noexcept
       : first(firstValue), second(secondValue) {}
 
+  /// The two numbers.
   T first = 0, second = 0;
 };
 
@@ -111,10 +112,12 @@ struct CStatisticsTemplate {
 struct CStatistics : CStatisticsTemplate<double> {
   using CStatisticsTemplate<double>::CStatisticsTemplate;
 
+  /// Whether neither number differs by more than 2.2e-16.
   [[nodiscard]] bool operator==(CStatistics other) const noexcept {
     constexpr double epsilon = std::numeric_limits<double>::epsilon();
     return std::abs(first - other.first) <= epsilon && std::abs(second - other.second) <= epsilon;
   }
+  /// Whether a number differs by more than 2.2e-16.
   [[nodiscard]] bool operator!=(CStatistics other) const noexcept { return !(*this == other); }
 };
 

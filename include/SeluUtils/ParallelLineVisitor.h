@@ -39,6 +39,7 @@ public:
   /// Starts anew in another direction; errors as for the constructor.
   void SetDirection(CTriple<double> direction);
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_Lines.MorePoints(); }
   /// CException "No more Points" after the last one.
   CTriple<int64> NextPoint() { return InImage(m_Lines.NextPoint()); }
@@ -53,11 +54,13 @@ public:
   [[nodiscard]] uint64 Remaining() const noexcept { return m_Lines.Remaining(); }
   /// Back to the first point.
   void Rewind() noexcept { m_Lines.Rewind(); }
+  /// Back to the first point.
   void Reset() noexcept { Rewind(); }
   /// Whether the point last handed out began a line or followed a wrap across the border.
   [[nodiscard]] bool BorderPoint() const noexcept { return m_Lines.BorderPoint(); }
   /// Number of points: the product of the three extents, modulo 2^64.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Lines.Steps(); }
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:

@@ -53,6 +53,7 @@ public:
     SetImageSize(CTriple<int64>(size.x, size.y, size.z));
   }
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRow > 0; }
   /// The next point. CException "No more points available" after the last one.
   CTriple<int64> NextPoint() {
@@ -89,6 +90,7 @@ public:
   void Rewind() noexcept { Reset(); }
   /// Number of points of a whole walk; 0 before SetImageSize.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
   /// Back to the first point.
   void Reset() noexcept;

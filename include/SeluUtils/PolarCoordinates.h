@@ -43,9 +43,12 @@ struct SELUUTILS_EXPORT CPolarCoordinates {
 
   /// The unit vector.
   [[nodiscard]] CTriple<double> ConvertToCartesianRepresentation() const;
+  /// The point in Cartesian coordinates.
   operator CTriple<double>() const { return ConvertToCartesianRepresentation(); }
 
+  /// Angle to the z axis in radians.
   double m_fTheta;
+  /// Azimuth in radians, from the x axis towards the y axis.
   double m_fPhi;
 
 private:

@@ -60,6 +60,7 @@ public:
                   std::vector<std::vector<CTriple<int64>>> const& holes, int64 dimension,
                   int64 neighborhood, bool border);
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {

@@ -32,7 +32,9 @@ struct SELUUTILS_EXPORT CQuaternion {
     return {1 - 2 * (yy + zz), 2 * (xy - wz), 2 * (xz + wy), 2 * (xy + wz),    1 - 2 * (xx + zz),
             2 * (yz - wx),     2 * (xz - wy), 2 * (yz + wx), 1 - 2 * (xx + yy)};
   }
+  /// The same rotation as Euler angles and matrix.
   [[nodiscard]] CEulerRotation ToRotation() const;
+  /// The vector turned by the rotation.
   [[nodiscard]] constexpr CTriple<double> Rotate(CTriple<double> const& v) const {
     auto const m = Matrix();
     return {m[0] * v.x + m[1] * v.y + m[2] * v.z, m[3] * v.x + m[4] * v.y + m[5] * v.z,
@@ -47,6 +49,7 @@ struct SELUUTILS_EXPORT CQuaternion {
   }
   friend constexpr bool operator==(CQuaternion const&, CQuaternion const&) = default;
 
+  /// The real part, and the parts along x, y and z.
   double w = 1, x = 0, y = 0, z = 0;
 };
 

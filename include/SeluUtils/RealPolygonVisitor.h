@@ -36,6 +36,7 @@ namespace ORVA {
 /// O(1).
 class SELUUTILS_EXPORT CRealPolygonVisitor : public CRunVisitor {
 public:
+  /// The corners of one outline, in their order.
   using Outline = std::vector<CTriple<double>>;
 
   /// A walk without points.

@@ -13,10 +13,14 @@ namespace ORVA {
 /// The points first, first + e, ..., first + (length - 1) e in the order of a walk, where e is the
 /// unit step along `axis`: 0 x, 1 y, 2 z. A run of length 0 has no points.
 struct StRun {
+  /// The first point.
   CTriple<int64> first;
+  /// The axis along which the points lie one behind the other: 0 is x, 1 is y, 2 is z.
   int64 axis = 0;
+  /// Number of points.
   int64 length = 0;
 
+  /// Whether both have the same points in the same order.
   bool operator==(StRun const&) const = default;
 };
 

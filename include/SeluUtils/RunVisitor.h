@@ -48,6 +48,7 @@ public:
   /// A walk without points.
   CRunVisitor() = default;
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInRun != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
@@ -76,6 +77,7 @@ public:
   [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
   /// Back to the first point.
   void Rewind() noexcept;
+  /// Back to the first point.
   void Reset() noexcept { Rewind(); }
   /// Leaves out for good what lies outside an image of this size, and starts anew. O(runs).
   void SetImageSize(CTriple<int64> size) noexcept;

@@ -50,7 +50,9 @@ namespace ORVA {
 /// or has points in, and 16 bytes for each row of the walk; a point takes O(1).
 class SELUUTILS_EXPORT CSolidVisitor : public CRunVisitor {
 public:
+  /// The indices of three corners.
   using Triangle = std::array<std::uint32_t, 3>;
+  /// The indices of the corners of a face, in their order along its outline.
   using Face = std::vector<std::uint32_t>;
 
   /// A walk without points.

@@ -50,6 +50,7 @@ public:
   /// Starts anew in another direction; errors as for the constructor.
   void SetDirection(CTriple<double> direction);
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_Left != 0; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
@@ -83,9 +84,11 @@ public:
   [[nodiscard]] uint64 Remaining() const noexcept { return m_Left; }
   /// Back to the first point.
   void Rewind() noexcept;
+  /// Back to the first point.
   void Reset() noexcept { Rewind(); }
   /// Number of points: the product of the three extents, modulo 2^64.
   [[nodiscard]] uint64 Steps() const noexcept;
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
 private:

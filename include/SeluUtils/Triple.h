@@ -19,6 +19,7 @@ struct CTriple {
   constexpr CTriple() = default;
   constexpr CTriple(T xValue, T yValue, T zValue) : x(xValue), y(yValue), z(zValue) {}
 
+  /// Adds the other one, component by component.
   constexpr CTriple& operator+=(CTriple const& other) {
     x += other.x;
     y += other.y;
@@ -50,6 +51,7 @@ struct CTriple {
     return out << '(' << a.x << ", " << a.y << ", " << a.z << ')';
   }
 
+  /// Along x, y and z.
   T x{}, y{}, z{};
 };
 

@@ -43,6 +43,7 @@ public:
   /// Starts anew in another direction; errors as for the constructor.
   void SetDirection(CTriple<int64> direction);
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_HasPoints; }
   /// The next point; (0, 0, 0) after the last one.
   CTriple<int64> NextPoint() noexcept {
@@ -65,6 +66,7 @@ public:
   }
   /// Back to the first point.
   void Rewind() noexcept { Start(); }
+  /// Back to the first point.
   void Reset() noexcept { Start(); }
   /// Number of points of a full walk, modulo 2^64.
   [[nodiscard]] uint64 Steps() const noexcept;

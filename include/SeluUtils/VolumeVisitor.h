@@ -58,6 +58,7 @@ public:
                           std::vector<CTriple<int64>>&& endPoints, int64 neighborhood, bool border)
       : CBresenhamVolumeVisitor(startPoints, endPoints, neighborhood, border) {}
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_LeftInSlice != 0; }
   /// The next point, slice by slice in ascending x; (0, 0, 0) after the last one. If the next slice
   /// does not fit into memory the walk stays where it was.
@@ -77,6 +78,7 @@ public:
   void Rewind() { Reset(); }
   /// Number of points of a full walk.
   [[nodiscard]] uint64 Steps() const noexcept { return m_Steps; }
+  /// Whether a full walk has no points.
   [[nodiscard]] bool empty() const noexcept { return m_Steps == 0; }
   /// Back to the first point.
   void Reset();
@@ -88,6 +90,7 @@ public:
   /// Collect the border points of all slices anew, from a path or from pairs, and tidy them;
   /// CountSteps and Reset are to follow.
   void ComputeBorder();
+  /// Collects the border points of all slices anew, from pairs; CountSteps and Reset are to follow.
   void ComputeBorderFromPairs();
   /// Sorts the border points and removes repeated ones; without border the points of the first and
   /// the last slice as well, each time it is called. CountSteps and Reset are to follow.

@@ -87,6 +87,7 @@ private:
 template <class Pixel, RunWalker W>
 class CVoxelRange : public std::ranges::view_base {
 public:
+  /// An input iterator of the range.
   using CIterator = Impl::CVoxelIterator<Pixel, W>;
 
   CVoxelRange(CImageAccess access, W& walker)

@@ -101,6 +101,7 @@ private:
 template <Walker W>
 class CPointRange : public std::ranges::view_base {
 public:
+  /// An input iterator of the range.
   using CIterator =
       Impl::CWalkIterator<W, CTriple<int64>, [](W& walker) { return walker.NextPoint(); }>;
 
@@ -123,6 +124,7 @@ public:
 
   [[nodiscard]] auto begin() { return CPointRange<W>(m_Walker).begin(); }
   [[nodiscard]] std::default_sentinel_t end() const noexcept { return {}; }
+  /// The number of points that are left.
   [[nodiscard]] uint64 size() const requires SizedWalker<W> { return m_Walker.Remaining(); }
 
 private:
@@ -147,6 +149,7 @@ requires Walker<std::remove_cvref_t<W>>
 template <RunWalker W>
 class CRunRange : public std::ranges::view_base {
 public:
+  /// An input iterator of the range.
   using CIterator = Impl::CWalkIterator<W, StRun, [](W& walker) { return walker.NextRun(); }>;
 
   explicit CRunRange(W& walker) noexcept : m_Walker(&walker) {}

@@ -45,6 +45,7 @@ public:
     SetImageSize(CTriple<int64>(size.x, size.y, size.z));
   }
 
+  /// Whether there is a next point.
   [[nodiscard]] bool MorePoints() const noexcept { return m_Current.x != m_End.x || MoreRows(); }
   /// CException after the last point.
   CTriple<int64> NextPoint() {
@@ -89,7 +90,9 @@ public:
   /// Whether Steps() is 0.
   [[nodiscard]] bool empty() const noexcept { return Steps() == 0; }
 
+  /// The lowest corner of the box.
   [[nodiscard]] CTriple<int64> Low() const noexcept { return m_Low; }
+  /// The highest corner of the box, which belongs to it.
   [[nodiscard]] CTriple<int64> High() const noexcept { return m_High; }
 
 private:

@@ -6,12 +6,31 @@ from typing import NamedTuple
 
 
 class Location(NamedTuple):
-    """Where in the library an error was raised."""
+    """Where in the library an error was raised.
+
+    Examples
+    --------
+    >>> from seluutils import random
+    >>> try:
+    ...     random.Poisson(-1)
+    ... except SeluError as error:
+    ...     error.location.function
+    'ORVA::CExactPoisson::CExactPoisson'
+    """
 
     timestamp: str
     source: str
     function: str
     line: int
+
+
+for _name, _says in {
+    "timestamp": "When that part of the library was built: the date and the time of day.",
+    "source": "The source in the library.",
+    "function": "The function's full name.",
+    "line": "The number of the line in the source.",
+}.items():
+    getattr(Location, _name).__doc__ = _says
 
 
 class SeluError(RuntimeError):
@@ -21,6 +40,15 @@ class SeluError(RuntimeError):
     ----------
     location : Location or None
         Where in the library it was raised.
+
+    Examples
+    --------
+    >>> from seluutils import random
+    >>> try:
+    ...     random.Fixed(float("nan"))
+    ... except SeluError as error:
+    ...     print(error)
+    Invalid Parameter! nan or 0 or 0.
     """
 
     location: Location | None
@@ -36,6 +64,8 @@ class SeluError(RuntimeError):
 class BadParameter(SeluError, ValueError):
     """An argument that is refused, before anything is changed.
 
+    Examples
+    --------
     >>> from seluutils import texture
     >>> texture.offsets(4)
     Traceback (most recent call last):

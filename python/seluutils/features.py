@@ -26,7 +26,17 @@ _MODES = {"numbers": 1, "numbers and texts": 2, "all": 0}
 
 
 class FeatureImage(NamedTuple):
-    """The features of objects as an image."""
+    """The features of objects as an image.
+
+    Examples
+    --------
+    >>> cells = {"maximum label": 2, "cell 1": {"kind": "b"}, "cell 2": {"kind": "a"}}
+    >>> image = feature_image(cells, id_key="cell")
+    >>> image.keys, image.types
+    (['cell', 'kind'], ['numeric', 'label'])
+    >>> image.column("kind")
+    ['', 'b', 'a']
+    """
 
     #: (rows, labels) float32: ``pixels[row, label]``; row 0 holds the labels.
     pixels: npt.NDArray[np.float32]
@@ -38,7 +48,29 @@ class FeatureImage(NamedTuple):
     lookup: ValueMap
 
     def column(self, key: str) -> list[Any] | npt.NDArray[np.float32]:
-        """A row's values, by label; texts as texts."""
+        """A row's values, by label.
+
+        Parameters
+        ----------
+        key : str
+            One of `keys`.
+
+        Returns
+        -------
+        (labels,) float32, or list of str
+            Entry k belongs to label k. Texts come as texts.
+
+        Raises
+        ------
+        BadParameter
+            For another key.
+
+        Examples
+        --------
+        >>> cells = {"maximum label": 2, "cell 2": {"volume": 7}}
+        >>> feature_image(cells, id_key="cell").column("volume")
+        array([0., 0., 7.], dtype=float32)
+        """
         if key not in self.keys:
             raise BadParameter(f'there is no feature "{key}"')
         row = self.keys.index(key)
@@ -87,6 +119,25 @@ def feature_image(
 def from_columns(columns: Mapping[str, npt.ArrayLike], *, id_key: str = "object") -> ValueMap:
     """The value map of a table that has the column "label".
 
+    Parameters
+    ----------
+    columns : dict of arrays of one length
+        The integers of "label", and any others: what :func:`seluutils.texture.object_features` gives.
+    id_key : str
+        The word before the labels.
+
+    Returns
+    -------
+    dict
+        "maximum label", "no. of objects", and a map for each row of the table.
+
+    Raises
+    ------
+    BadParameter
+        For a table without labels, and columns of different lengths.
+
+    Examples
+    --------
     >>> table = {"label": [1, 3], "contrast": [0.5, 2.0]}
     >>> from_columns(table)["object 3"]
     {'object': '3', 'status': 'valid', 'contrast': 2.0}
@@ -116,6 +167,26 @@ _COUNTS = {"voxels": "no. of voxels"}
 def to_columns(features: ValueMap, *, id_key: str = "object") -> dict[str, npt.NDArray[Any]]:
     """The objects of a value map as columns, "label" first; ``pandas.DataFrame`` takes them.
 
+    Parameters
+    ----------
+    features : dict
+        The objects' maps under `id_key`, a blank and the label; other entries are left out.
+    id_key : str
+        The word before the labels.
+
+    Returns
+    -------
+    dict of (objects,) arrays
+        A column for each path of a number or text, in ascending order of the labels. What an object
+        does not have is None, in a column of objects.
+
+    Raises
+    ------
+    ValueError
+        For a label that is no integer.
+
+    Examples
+    --------
     >>> cells = {"maximum label": 2, "cell 1": {"volume": 12}, "cell 2": {"volume": 7}}
     >>> to_columns(cells, id_key="cell")
     {'label': array([1, 2]), 'volume': array([12,  7])}
@@ -155,6 +226,29 @@ def paths(
 ) -> list[str]:
     """The paths of a map's leaves, in the order of the keys.
 
+    Parameters
+    ----------
+    features : dict
+        A value map.
+    kind : {"numbers", "numbers and texts", "all"}
+        Which leaves.
+    excluded : sequence of str
+        Paths that are left out, with all that is below them.
+
+    Returns
+    -------
+    list of str
+        Keys joined by "/"; the entries of a list are numbered from 0.
+
+    Raises
+    ------
+    BadParameter
+        For another kind.
+    TypeError
+        For what is no value map.
+
+    Examples
+    --------
     >>> paths({"a": {"b": 1.5}, "c": "text", "d": [True, 2]})
     ['a/b', 'd/0', 'd/1']
     """
@@ -168,6 +262,27 @@ def mean(maps: Sequence[ValueMap], *, excluded: Sequence[str] = ()) -> ValueMap:
 
     What a map has no number for counts as 0.
 
+    Parameters
+    ----------
+    maps : sequence of dict
+        Value maps, at least one.
+    excluded : sequence of str
+        Paths that are left out, with all that is below them.
+
+    Returns
+    -------
+    dict
+        The map of the means, as float.
+
+    Raises
+    ------
+    BadParameter
+        For no maps.
+    TypeError
+        For what is no value map.
+
+    Examples
+    --------
     >>> mean([{"volume": 3, "id": 1}, {"volume": 5, "id": 2}], excluded=["id"])
     {'volume': 4.0}
     """
@@ -177,6 +292,26 @@ def mean(maps: Sequence[ValueMap], *, excluded: Sequence[str] = ()) -> ValueMap:
 def is_object_map(features: ValueMap, prefix: str = "object") -> bool:
     """Whether a map holds the features of objects: counts, and an object with its status and size.
 
+    Parameters
+    ----------
+    features : dict
+        A value map.
+    prefix : str
+        The word before the labels.
+
+    Returns
+    -------
+    bool
+        Whether "maximum label" and "no. of objects" are there, and an object that has "status" and
+        "no. of voxels".
+
+    Raises
+    ------
+    TypeError
+        For what is no value map.
+
+    Examples
+    --------
     >>> is_object_map({"maximum label": 1})
     False
     """

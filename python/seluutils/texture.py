@@ -80,6 +80,11 @@ def offsets(ndim: int, distance: int = 1, *, shell: bool = False) -> npt.NDArray
     (n, ndim) int64
         4 offsets in a plane and 13 in space, in the order of the array's axes.
 
+    Raises
+    ------
+    BadParameter
+        For another number of axes, and a distance below 1.
+
     Examples
     --------
     >>> offsets(2).tolist()

@@ -325,6 +325,11 @@ def window(start: npt.ArrayLike, stop: npt.ArrayLike, *, shape: Shape = None) ->
     Walk
         Empty where a start is not below its stop.
 
+    Raises
+    ------
+    BadParameter
+        For points of other lengths than 2 or 3.
+
     Examples
     --------
     >>> list(window((1, 2), (3, 4)))

@@ -198,7 +198,14 @@ void BindWalk(py::module_& module) {
   py::class_<CWalk>(
       module, "Walk",
       "The points of a walk, one after the other, as tuples in the order of the array's axes.\n\n"
-      "Its length is the number of points still to come. One thread at a time may use it.")
+      "Its length is the number of points still to come. One thread at a time may use it.\n\n"
+      "Examples\n--------\n"
+      ">>> from seluutils import walk\n"
+      ">>> points = walk.line((0, 0), (1, 3))\n"
+      ">>> next(points), len(points)\n"
+      "((0, 0), 3)\n"
+      ">>> points.take(2).tolist(), points.remaining\n"
+      "([[0, 1], [1, 2]], 1)")
       .def("take", &CWalk::Take, py::arg("n"),
            "The next points, n at most, as an (n, d) array of int64.")
       .def("points", &CWalk::All, "All points that are left, as an (n, d) array of int64.")

@@ -189,18 +189,24 @@ class Reference:
                 or name.startswith("@"))
 
     def groups(self, members, owner):
-        """Overloads that share a comment, with the one that has it first."""
+        """Overloads, and variables of one declaration, that share a comment, with the one that has it first."""
         groups = []
         for member in members:
             if member.get("prot") != "public" or self.is_plumbing(member, owner):
                 continue
-            shares = groups and groups[-1][0].findtext("name") == member.findtext("name") \
-                and member.get("kind") == "function" and not self.prose.of(member)
+            first = groups[-1][0] if groups else None
+            shares = first is not None and not self.prose.of(member) and member.get("kind") == first.get("kind") and (
+                (member.get("kind") == "function" and first.findtext("name") == member.findtext("name"))
+                or (member.get("kind") == "variable" and self.place(first) == self.place(member)
+                    and self.prose.of(first)))
             if shares:
                 groups[-1].append(member)
             else:
                 groups.append([member])
         return groups
+
+    def place(self, member):
+        return member.find("location").get("file"), member.find("location").get("line")
 
     def siblings(self, member):
         """The overloads in its class; they share what the first of them says."""

@@ -146,6 +146,15 @@ TEST(ImageView, WritableRefusesVoxelsThatShareAByte) {
   }
 }
 
+TEST(ImageView, SaysWhichVoxelsShareAByte) {
+  std::vector<std::uint16_t> pixels(12);
+  test::ExpectError<CExBadParam>(
+      [&] {
+        CImageView(IMAGE_GREY_16, CSize(4, 3), pixels.data(), {2, 6, 0});
+      },
+      "a writable view of size (4, 3, 1) with strides (2, 6, 0) has voxels that share a byte");
+}
+
 TEST(ImageView, SharedBytesAreFoundWhereverTheyAre) {
   // Against a count of every byte, for all small extents and strides: what overlaps is refused, and
   // what is refused either overlaps or has axes that interleave.

@@ -245,6 +245,36 @@ TEST_F(SeluBadInput, LyingDicomElementsTakeNoMemory) {
   }
 }
 
+// The library that reads MetaImage headers has fields of fixed lengths.
+TEST_F(SeluBadInput, MetaImageNotesBeyondTheirFieldsAreRefused) {
+  struct StCase {
+    std::string key;
+    std::size_t most;
+  };
+  auto const write = [&](std::string const& line) {
+    Write("a.mha", "ObjectType = Image\nNDims = 2\n" + line +
+                       "BinaryData = True\nBinaryDataByteOrderMSB = False\nDimSize = 2 2\n"
+                       "ElementType = MET_UCHAR\nElementDataFile = LOCAL\nabcd");
+  };
+  for (auto const& [key, most] : {StCase{"Comment", 254}, StCase{"Name", 254},
+                                  StCase{"ObjectSubType", 254}, StCase{"scanner", 32767}}) {
+    write(key + " = " + std::string(most, 'n') + "\n");
+    EXPECT_EQ(Selu({"info", "a.mha"}).code, 0) << key;
+    for (std::size_t const length : {most + 1, most + 400, std::size_t{60000}}) {
+      write(key + " = " + std::string(length, 'n') + "\n");
+      ExpectFailure({"info", "a.mha"}, "its header has " + std::to_string(length) +
+                                           " bytes for \"" + key + "\", but selu reads up to " +
+                                           std::to_string(most));
+    }
+  }
+  write(std::string(255, 'k') + " = 1\n");
+  ExpectFailure({"info", "a.mha"}, "its header has a key of 255 bytes");
+  std::string notes;
+  for (int k = 0; k < 9000; ++k) notes += "k" + std::to_string(k) + " = 1\n";
+  write(notes);
+  ExpectFailure({"info", "a.mha"}, "its header is longer than 65536 bytes");
+}
+
 TEST_F(SeluBadInput, ErrorsEchoLittleOfAHeader) {
   std::string const much(3000, 'n');
   Write("a.nhdr", "NRRD0004\ntype: uint8\ndimension: 2\nsizes: 2 2\nencoding: raw\ndata file: " +

@@ -1,4 +1,5 @@
 // selu feature-image: a feature map as an image and as a table.
+#include "support/Random.h"
 #include "support/SeluRun.h"
 
 #include <images/ImageFile.h>
@@ -6,8 +7,11 @@
 #include <nlohmann/json.hpp>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -110,6 +114,68 @@ TEST_F(SeluFeatureImage, TableHasEveryDigit) {
                       "c": 0.1234567890123456, "d": 1e300}})");
   EXPECT_EQ(Output({"feature-image", "f.json", "--csv", "-"}),
             "object,a,b,c,d\n1,16785409,9007199254740991,0.1234567890123456,1e+300\n");
+}
+
+// Objects in any order, each with some of the features: the table against a map of maps.
+TEST_F(SeluFeatureImage, WhatAnObjectDoesNotHaveIsEmptyWhateverTheOrder) {
+  test::CRandomNumbers random;
+  for (std::size_t const count : {1U, 2U, 7U, 60U}) {
+    std::map<std::int64_t, std::map<std::string, std::string>> objects;
+    std::set<std::string> columns;
+    std::string json = R"({"maximum label": 1)";
+    while (objects.size() < count) {
+      auto const label = random.Between(1, 1000);
+      if (objects.contains(label)) continue;
+      auto& features = objects[label];
+      json += ", \"object " + std::to_string(label) + "\": {\"object\": \"\"";
+      for (std::string const feature : {"a", "b", "c", "text"}) {
+        if (random.Between(0, 2) == 0) continue;
+        bool const isText = feature == "text";
+        features[feature] = (isText ? "w" : "") + std::to_string(random.Between(0, 4));
+        std::string const quote = isText ? "\"" : "";
+        json += ", \"" + feature + "\": " + quote + features[feature] + quote;
+        columns.insert(feature);
+      }
+      json += "}";
+    }
+    std::string expected = "object";
+    for (auto const& column : columns) expected += "," + column;
+    for (auto& [label, features] : objects) {
+      expected += "\n" + std::to_string(label);
+      for (auto const& column : columns) expected += "," + features[column];
+    }
+    Write("f.json", json + "}");
+    EXPECT_EQ(Output({"feature-image", "f.json", "--csv", "-"}), expected + "\n");
+  }
+}
+
+TEST_F(SeluFeatureImage, TextsThatMetaImageDoesNotHoldAreRefused) {
+  std::string json = R"({"maximum label": 1)";
+  for (int i = 1; i <= 1000; ++i)
+    json += ", \"object " + std::to_string(i) + "\": {\"name\": \"" + std::string(50, 'n') +
+            std::to_string(i) + "\"}";
+  Write("f.json", json + "}");
+  ExpectFailure({"feature-image", "f.json", "-o", "f.mha"},
+                "cannot write \"f.mha\": MetaImage holds 32767 bytes for \"label-lookup\", but ");
+  EXPECT_EQ(Files(), std::vector<std::string>{"f.json"});
+  EXPECT_EQ(Output({"feature-image", "f.json", "-o", "f.nrrd"}), "");
+}
+
+TEST_F(SeluFeatureImage, FeaturesOfOneObjectEachTakeNoMoreThanThese) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "AddressSanitizer takes more addresses than the limit below has";
+#endif
+  constexpr int count = 12000; // objects and features: 1.1 GiB, were all numbers there
+  std::string json = R"({"maximum label": 1)";
+  for (int i = 1; i <= count; ++i)
+    json += ", \"object " + std::to_string(i) + "\": {\"f" + std::to_string(i) + "\": 1}";
+  Write("f.json", json + "}");
+  auto const result = test::RunProcess(
+      {"/usr/bin/env", "bash", "-c",
+       "ulimit -v 800000; exec \"$0\" feature-image f.json --csv f.csv", SELU_BINARY},
+      {.folder = Folder().string()});
+  EXPECT_EQ(result.code, 0) << result.error;
+  EXPECT_GT(std::filesystem::file_size(Path("f.csv")), std::uintmax_t{count} * count);
 }
 
 TEST_F(SeluFeatureImage, ObjectsMayLieAboveTheMaximum) {

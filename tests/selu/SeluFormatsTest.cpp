@@ -254,6 +254,40 @@ TEST_F(SeluFormats, FloatingPointNumbersAreReadInBothByteOrders) {
   ExpectReadByAll<double>();
 }
 
+TEST_F(SeluFormats, PngKeepsTheGrid) {
+  selu::StGrid grid;
+  grid.spacing = {0.5, 0.25, 1};
+  selu::StGrid spacing = grid;
+  grid.origin = {10, -20, 0.1};
+  grid.direction = {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}};
+  for (auto const& kept : {selu::StGrid(), spacing, grid}) {
+    selu::CAtomicFile file(Path("a.png"));
+    selu::WriteImage(file, selu::CRawImage({ORVA::CSize(4, 3), selu::EnPixel::UInt8}, kept));
+    file.Commit();
+    EXPECT_TRUE(selu::OpenImage(Path("a.png")).Grid() == kept);
+  }
+}
+
+// Texts of others, and such as only look like a grid.
+TEST_F(SeluFormats, PngTextsThatAreNoGridDoNoHarm) {
+  auto const png = Png(Values<std::uint8_t>());
+  auto const end = png.find("IDAT") - 4;
+  auto const with = [&](std::string const& chunks) {
+    Write("a.png", png.substr(0, end) + chunks + png.substr(end));
+    return selu::OpenImage(Path("a.png")).Grid();
+  };
+  std::string const key = std::string("Description") + '\0';
+  for (std::string const text :
+       {"", "{", "{}", "a face", "{\"spacing\":[1,2]}", "{\"spacing\":[0,-1,\"x\"]}",
+        "{\"spacing\":[1,1,1],\"direction\":[[2,0,0]],\"origin\":7}"})
+    EXPECT_TRUE(with(PngChunk("tEXt", key + text)) == selu::StGrid()) << text;
+  EXPECT_TRUE(with(PngChunk("tEXt", "Author" + std::string(1, '\0') + "{\"spacing\":[2,2,2]}")) ==
+              selu::StGrid());
+  std::string many;
+  for (int k = 0; k < 2000; ++k) many += PngChunk("tEXt", key);
+  EXPECT_TRUE(with(many) == selu::StGrid());
+}
+
 TEST_F(SeluFormats, PngOf8And16Bits) {
   Write("8.png", Png(Values<std::uint8_t>()));
   Write("16.png", Png(Values<std::uint16_t>()));

@@ -282,6 +282,39 @@ TEST_F(SeluWalkImage, PlanesKeepTheSpacingOfTheirAxes) {
   EXPECT_EQ(kept.spacing[1], 3);
 }
 
+TEST_F(SeluWalkImage, PlanesAcrossAnAxisKeepTheirPlaceInSpace) {
+  selu::StGrid grid;
+  grid.spacing = {0.5, 0.25, 3};
+  grid.origin = {10, -20, 0.1};
+  grid.direction = {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}};
+  selu::CRawImage const image({CSize(4, 3, 5), selu::EnPixel::UInt8}, grid);
+  selu::CAtomicFile file(Path("a.nrrd"));
+  selu::WriteImage(file, image);
+  file.Commit();
+  // Each pixel of the plane lies where its voxel does.
+  auto const place = [](selu::StGrid const& g, std::array<double, 3> const& index, std::size_t k) {
+    double sum = g.origin[k];
+    for (std::size_t i = 0; i < 3; ++i) sum += g.direction[i][k] * g.spacing[i] * index[i];
+    return sum;
+  };
+  for (auto const& [normal, across] :
+       {std::pair<std::string, std::size_t>{"1,0,0", 0}, {"0,-2,0", 1}, {"0,0,1", 2}}) {
+    EXPECT_EQ(Quiet({"slice", "--normal", normal, "--distance", across == 1 ? "-4" : "2", "--image",
+                     "a.nrrd", "--picture", "plane.png"}),
+              "");
+    auto const plane = selu::OpenImage(Path("plane.png")).Grid();
+    std::size_t const column = across == 0 ? 1 : 0, row = across == 2 ? 1 : 2;
+    std::array<double, 3> voxel = {};
+    voxel[across] = 2, voxel[column] = 3, voxel[row] = 1;
+    for (std::size_t k = 0; k < 3; ++k)
+      EXPECT_NEAR(place(plane, {3, 1, 0}, k), place(grid, voxel, k), 1e-12) << normal;
+  }
+  EXPECT_EQ(Quiet({"slice", "--normal", "1,0,1", "--distance", "2", "--image", "a.nrrd",
+                   "--picture", "plane.png"}),
+            "");
+  EXPECT_EQ(selu::OpenImage(Path("plane.png")).Grid().origin, selu::StGrid().origin);
+}
+
 TEST_F(SeluWalkImage, PlanesAreResampledAlongTheDominantAxis) {
   WriteRamp();
   struct StCase {

@@ -149,6 +149,15 @@ TEST(Aggregation, RefusesWhatDoesNotFit) {
   texture.Count(CLevelImage(image));
   ExpectError<CExBadParam>([&] { texture.Count(CLevelImage(image)); },
                            "slice 0 is counted already");
-  EXPECT_THROW(texture += texture, CExBadParam);
-  EXPECT_THROW(texture += CAggregatedTexture(EnAggregation::Average3D, 4), CExBadParam);
+  ExpectError<CExBadParam>([&] { texture += CAggregatedTexture(texture); },
+                           "slice 0 is counted already");
+  constexpr auto way = EnAggregation::Average2D;
+  for (auto const& other :
+       {CAggregatedTexture(EnAggregation::Average3D, 4), CAggregatedTexture(way, 5),
+        CAggregatedTexture(way, 4, CTextureFeatures({EnTextureFeature::Contrast})),
+        CAggregatedTexture(way, 4, {}, {false, {}}),
+        CAggregatedTexture(way, 4, {}, {true, {{2, 0, 0}}})})
+    ExpectError<CExBadParam>([&] { texture += other; },
+                             "textures of different ways, levels, features or displacements do not "
+                             "add up");
 }

@@ -158,15 +158,33 @@ TEST(CooccurrenceSum, NothingIsCountedWhereADisplacementLeadsOut) {
 }
 
 TEST(CooccurrenceSum, RefusesWhatDoesNotFit) {
+  using test::ExpectError;
   CCooccurrenceSum sum;
   CImage matrix(ORVA::IMAGE_GREY_32, CSize(2, 256, 256)), small(ORVA::IMAGE_GREY_32, CSize(2, 2));
+  CImage const bytes(ORVA::IMAGE_GREY_8, CSize(2, 256, 256));
   EXPECT_THROW(sum.Count(CImage(ORVA::IMAGE_GREY_F, CSize(4, 4)), {1, 0, 0}), ORVA::CExBadParam);
-  EXPECT_THROW((void)sum(256, 0), ORVA::CExBadParam);
-  EXPECT_THROW((void)sum(0, -1), ORVA::CExBadParam);
-  EXPECT_THROW(sum.Write(matrix, 2), ORVA::CExBadParam);
-  EXPECT_THROW(sum.Write(matrix, -1), ORVA::CExBadParam);
-  EXPECT_THROW(sum.Write(small), ORVA::CExBadParam);
+  ExpectError<ORVA::CExBadParam>([&] { (void)sum(256, 0); }, "level 256 is not from 0 to 255");
+  ExpectError<ORVA::CExBadParam>([&] { (void)sum(0, -1); }, "level -1 is not from 0 to 255");
+  ExpectError<ORVA::CExBadParam>([&] { sum.Write(matrix, 2); }, "slice 2 is not from 0 to 1");
+  ExpectError<ORVA::CExBadParam>([&] { sum.Write(matrix, -1); }, "slice -1 is not from 0 to 1");
+  for (CImage other : {small, bytes, CImage(ORVA::IMAGE_GREY_32, CSize(2, 255, 256))})
+    ExpectError<ORVA::CExBadParam>([&] { sum.Write(other); },
+                                   "the output is no IMAGE_GREY_32 of size (n, 256, 256)");
   EXPECT_NO_THROW(sum.Write(matrix, 1));
+}
+
+// Sums doubled until there is no room for more.
+TEST(CooccurrenceSum, HoldsUpTo2To46Pairs) {
+  constexpr char tooMany[] = "there are more than 2^46 pairs";
+  CImage const image(ORVA::IMAGE_GREY_8, CSize(5, 1));
+  CCooccurrenceSum sum;
+  sum.Count(image, {1, 0, 0}); // 4 pairs
+  for (int k = 2; k < 46; ++k) sum += CCooccurrenceSum(sum);
+  EXPECT_EQ(sum.Pairs(), ORVA::uint64{1} << 46U);
+  CCooccurrenceSum const full = sum;
+  test::ExpectError<ORVA::CExBadParam>([&] { sum += full; }, tooMany);
+  test::ExpectError<ORVA::CExBadParam>([&] { sum.Count(image, {1, 0, 0}); }, tooMany);
+  EXPECT_EQ(sum, full);
 }
 
 } // namespace

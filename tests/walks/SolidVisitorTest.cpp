@@ -10,8 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <limits>
+#include <span>
 #include <utility>
+
+#include <sys/mman.h>
 
 namespace {
 
@@ -220,6 +224,19 @@ TEST(SolidVisitor, CornersThatNoFaceNamesMayLieAnywhere) {
   PointList corners = SimplexCorners({}, 2, 2, 2);
   corners.emplace_back(std::numeric_limits<int64>::min(), 0, 0);
   EXPECT_EQ(CSolidVisitor(corners, c_tetrahedron, EnBoundary::Closed).Steps(), 10U);
+}
+
+// Addresses without memory behind them: corners that no face names are not read.
+TEST(SolidVisitor, MoreCornersThan32BitsCountAreRefused) {
+  constexpr std::size_t count = std::size_t{INT32_MAX} + 1, bytes = count * sizeof(CTriple<int64>);
+  void* const addresses =
+      ::mmap(nullptr, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (addresses == MAP_FAILED) GTEST_SKIP() << "no room for 48 GiB of addresses";
+  std::span const corners(static_cast<CTriple<int64> const*>(addresses), count);
+  ExpectError<CExBadParam>([&] { CSolidVisitor solid(corners, Faces(), EnBoundary::Open); },
+                           "2147483648 corners of faces are more than 2147483647",
+                           "ORVA::CSolidVisitor::CSolidVisitor");
+  ::munmap(addresses, bytes);
 }
 
 TEST(SolidVisitor, AssignmentIsWholeOrNotAtAll) {

@@ -28,6 +28,7 @@ public:
   T operator()(Source&) {
     return m_Value;
   }
+  /// Writes the value to every place.
   template <RandomSource Source>
   void Fill(std::span<T> out, Source&) {
     for (T& value : out) value = m_Value;

@@ -26,7 +26,9 @@ public:
   /// the deviation at least 0.
   [[nodiscard]] static CExactLogNormal FromMeanAndDeviation(double mean, double deviation);
 
+  /// The mean of the logarithm.
   [[nodiscard]] double Mu() const noexcept { return m_Mu; }
+  /// The standard deviation of the logarithm.
   [[nodiscard]] double Sigma() const noexcept { return m_Sigma; }
 
 private:

@@ -20,6 +20,7 @@ namespace ORVA {
 /// digits near the axis: CExactGirdleRotation does neither.
 class SELUUTILS_EXPORT CGirdleRotation : public IRotationGenerator {
 public:
+  /// The direction of +z, as an angle to it and an azimuth.
   static constexpr CPolarCoordinates zaxis{0.0, 0.0};
 
   /// Throws CException unless beta is finite and a normal positive number.

@@ -34,7 +34,9 @@ public:
     for (double& angle : out) angle = DrawFrom(reference);
   }
 
+  /// The pressing factor.
   [[nodiscard]] double PressingFactor() const { return m_PressingFactor; }
+  /// The second factor, which takes no part.
   [[nodiscard]] double SecondFactor() const { return m_SecondFactor; }
 
 private:

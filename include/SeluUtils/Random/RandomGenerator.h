@@ -47,6 +47,7 @@ class SELUUTILS_EXPORT IRandomGenerator : public Impl::CRandomBits {
 public:
   virtual ~IRandomGenerator() = default;
   virtual T operator()() const = 0;
+  /// Whether the parameters make sense.
   [[nodiscard]] virtual bool IsValid() const = 0;
 
   /// A draw from the given source: it depends on the source and the parameters alone.

@@ -40,12 +40,14 @@ public:
   CEulerRotation operator()(Source& source) {
     return DrawFrom(source);
   }
+  /// One draw as a unit quaternion.
   template <RandomSource Source>
   [[nodiscard]] CQuaternion Quaternion(Source& source) {
     CQuaternion quaternion;
     FillFrom(std::span(&quaternion, 1), source);
     return quaternion;
   }
+  /// One draw as a direction, the image of the z axis.
   template <RandomSource Source>
   [[nodiscard]] CTriple<double> Direction(Source& source) {
     CTriple<double> direction;

@@ -41,6 +41,7 @@ public:
     for (auto& point : out) point = (*this)(source);
   }
 
+  /// The volume of the box.
   [[nodiscard]] double volume() const {
     return (m_Upper.x - m_Lower.x) * (m_Upper.y - m_Lower.y) * (m_Upper.z - m_Lower.z);
   }

@@ -25,6 +25,7 @@ namespace ORVA {
 /// CExactVonMisesFisher goes on.
 class SELUUTILS_EXPORT CVonMisesFisher : public IRotationGenerator {
 public:
+  /// The direction of +z, as an angle to it and an azimuth.
   static constexpr CPolarCoordinates zaxis{0.0, 0.0};
 
   CVonMisesFisher(double kappa, CPolarCoordinates const& mean) : m_Kappa(kappa), m_Frame(mean) {}
@@ -37,6 +38,7 @@ public:
 
   /// An angle to the mean and an azimuth about it, each from one uniform draw.
   [[nodiscard]] double GenerateTheta(double kappa) const;
+  /// An azimuth about the mean, in radians, from one uniform draw.
   [[nodiscard]] double GeneratePhi() const { return 2 * std::numbers::pi * m_Uniform(); }
 
   /// The same from a given source.
@@ -51,10 +53,12 @@ public:
     auto const [kappa, mean] = Product(kappa1, mean1, kappa2, mean2);
     return (*this)(kappa, mean, source);
   }
+  /// An angle to the mean, in radians, from one uniform draw.
   template <RandomSource Source>
   [[nodiscard]] double GenerateTheta(double kappa, Source& source) const {
     return Theta(kappa, m_Uniform(source));
   }
+  /// An azimuth about the mean, in radians, from one uniform draw.
   template <RandomSource Source>
   [[nodiscard]] double GeneratePhi(Source& source) const {
     return 2 * std::numbers::pi * m_Uniform(source);

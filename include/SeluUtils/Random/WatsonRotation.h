@@ -28,6 +28,7 @@ namespace ORVA {
 /// a kappa that is not finite ends in the rotation's error.
 class SELUUTILS_EXPORT CWatsonRotation : public IRotationGenerator {
 public:
+  /// The direction of +x, as an angle to the z axis and an azimuth.
   static constexpr CPolarCoordinates xaxis{std::numbers::pi / 2, 0.0};
 
   CWatsonRotation(double kappa, CPolarCoordinates const& mean);

@@ -36,6 +36,7 @@ enum class EnAggregation : std::uint8_t {
   Combine3D   ///< 3D_comb: all matrices added
 };
 
+/// All ways of aggregation.
 inline constexpr std::array<EnAggregation, 6> c_aggregations = {
     EnAggregation::Average2D,  EnAggregation::Combine2D, EnAggregation::Average25D,
     EnAggregation::Combine25D, EnAggregation::Average3D, EnAggregation::Combine3D};
@@ -80,11 +81,15 @@ public:
   /// The features, each aggregated, in the order of Features().
   [[nodiscard]] std::vector<double> Values() const;
 
+  /// How matrices and values of several directions become one.
   [[nodiscard]] EnAggregation Way() const noexcept { return m_Way; }
+  /// The number of gray levels.
   [[nodiscard]] int Levels() const noexcept { return m_Levels; }
+  /// The features that are computed, in the order of their values.
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept {
     return m_Features.Features();
   }
+  /// The displacements, in the order of their use.
   [[nodiscard]] std::span<CTriple<int64> const> Displacements() const noexcept {
     return m_Options.displacements;
   }

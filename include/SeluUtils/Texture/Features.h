@@ -116,6 +116,7 @@ constexpr std::array<EnTextureFeature, N> FeaturesFrom(EnTextureFeature first) {
 
 /// IBSI's 25, in the order of the manual, and Haralick's 14, in the order of the paper.
 inline constexpr auto c_ibsiFeatures = Impl::FeaturesFrom<25>(EnTextureFeature::JointMaximum);
+/// The fourteen features of Haralick's paper, in its order.
 inline constexpr auto c_haralickFeatures =
     Impl::FeaturesFrom<14>(EnTextureFeature::HaralickAngularSecondMoment);
 
@@ -131,7 +132,9 @@ FeatureFromName(std::string_view name) noexcept;
 
 /// One occupied cell of a matrix: levels i (row) and j (column) from 1 on, and how many pairs.
 struct StPairCount {
+  /// Levels of the first and of the second voxel.
   int i = 0, j = 0;
+  /// How often the pair occurs.
   uint64 count = 0;
   friend bool operator==(StPairCount const&, StPairCount const&) = default;
 };
@@ -149,6 +152,7 @@ public:
   explicit CTextureFeatures(std::span<EnTextureFeature const> features);
   CTextureFeatures(std::initializer_list<EnTextureFeature> features);
 
+  /// The features that are computed, in the order of their values.
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept { return m_Features; }
   /// Ng of the normalized inverse differences, 0 for the matrix' own n. Throws CExBadParam for a
   /// negative number.
@@ -156,6 +160,7 @@ public:
 
   // The values in the order of Features(); they stay until the next call. Levels from 1 to 65535.
 
+  /// The features of the pairs counted, valid until the next call.
   [[nodiscard]] std::span<double const> Of(CPairCounter const& pairs);
   /// A dense matrix: row i, column j at (i - 1) * levels + j - 1. Throws CExBadParam unless there
   /// are levels^2 counts, and for weights that are negative, infinite or NaN.

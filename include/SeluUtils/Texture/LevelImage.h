@@ -40,13 +40,16 @@ public:
 
   /// n: a voxel has a level from 0 to n.
   [[nodiscard]] int Levels() const noexcept { return m_Levels; }
+  /// The extents, and the dimension.
   [[nodiscard]] CSize const& Size() const noexcept { return m_Size; }
   /// Bytes of one voxel: 1 or 2.
   [[nodiscard]] int BytesPerVoxel() const noexcept { return m_BytesPerVoxel; }
   /// Address of the first voxel, null where there is none; extents in voxels and strides in bytes
   /// along x, y, z. The addresses live as long as this object or a copy of it.
   [[nodiscard]] std::byte const* Base() const noexcept { return m_Access.Base(); }
+  /// Voxels along x, y and z.
   [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_Access.Extents(); }
+  /// Bytes from a voxel to the next along x, y and z.
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Access.Strides(); }
 
   /// The level at a position; throws CExBadParam outside the image. Not for bulk work.

@@ -27,7 +27,9 @@
 
 namespace ORVA {
 
+/// What the texture of objects is made of.
 struct StObjectTextureOptions {
+  /// The features to compute.
   std::vector<EnTextureFeature> features{c_ibsiFeatures.begin(), c_ibsiFeatures.end()};
   bool isSymmetric = true; ///< each pair counts in both orders
   /// The matrices of all displacements added, then the features; otherwise the mean of the features
@@ -38,7 +40,9 @@ struct StObjectTextureOptions {
 
 /// One object: its label and its size.
 struct StTextureObject {
+  /// The object's label.
   std::uint32_t label = 0;
+  /// The number of its voxels.
   int64 voxels = 0;
 };
 
@@ -56,6 +60,7 @@ public:
 
   /// In ascending order of the labels.
   [[nodiscard]] std::span<StTextureObject const> Objects() const noexcept { return m_Objects; }
+  /// The features that are computed, in the order of their values.
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept {
     return m_Options.features;
   }

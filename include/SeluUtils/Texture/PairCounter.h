@@ -54,6 +54,8 @@ public:
   /// The most levels that are counted in a table.
   static constexpr int c_mostDenseLevels = 1023;
 
+  /// How the counts are kept: as a table of all cells, as a list of those that occur, or as the
+  /// number of levels suggests.
   enum class EnForm { Automatic, Dense, Sparse };
 
   /// An empty matrix of `levels` x `levels`. The form may be chosen, for a test, say. CExBadParam
@@ -78,7 +80,9 @@ public:
   /// Sets all counts to 0.
   void Clear() noexcept;
 
+  /// The number of levels: the matrix has that many rows and columns.
   [[nodiscard]] int Levels() const noexcept { return m_Levels; }
+  /// Whether the counts are kept as a table of all cells.
   [[nodiscard]] bool IsDense() const noexcept { return m_IsDense; }
   /// The sum of all counts.
   [[nodiscard]] uint64 Pairs() const noexcept { return m_Pairs; }

@@ -41,9 +41,11 @@ struct SELUUTILS_EXPORT StLevelReport {
 
   /// Voxels of all levels, and those of level 0.
   [[nodiscard]] uint64 Voxels() const noexcept;
+  /// Voxels of level 0.
   [[nodiscard]] uint64 Outside() const noexcept { return histogram.empty() ? 0 : histogram[0]; }
   /// How many of the levels 1 .. n occur, and the greatest that does (0: none).
   [[nodiscard]] int Occurring() const noexcept;
+  /// The greatest of the levels 1 .. n that occurs; 0 where none does.
   [[nodiscard]] int Greatest() const noexcept;
   /// Throws CExBadParam where both have levels, but not equally many.
   StLevelReport& operator+=(StLevelReport const& other);
@@ -51,9 +53,11 @@ struct SELUUTILS_EXPORT StLevelReport {
 
 /// Least and greatest finite value of the voxels within; ranges of parts add up to the whole.
 struct SELUUTILS_EXPORT StValueRange {
+  /// The least and the greatest finite value.
   double low = 0, high = 0;
   uint64 voxels = 0; ///< finite values found; 0: there is no range
 
+  /// Widens this range to hold the other.
   StValueRange& operator+=(StValueRange const& other) noexcept;
 };
 
@@ -75,6 +79,7 @@ struct SELUUTILS_EXPORT StValueRange {
 /// of another size or of floating-point pixels, and for arguments as said below.
 class SELUUTILS_EXPORT CQuantizer {
 public:
+  /// What becomes of values beyond the outermost edges.
   enum class EnBeyond {
     Clamp,  ///< a value beyond the outermost edges gets the nearest level
     Outside ///< it gets level 0

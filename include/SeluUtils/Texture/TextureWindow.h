@@ -36,6 +36,7 @@ enum class EnWindowBorder : std::uint8_t {
 
 /// Rows of a 2D image or slices of a 3D image, from `low` up to but not including `high`.
 struct StRowRange {
+  /// The first row or slice, and the one behind the last.
   int64 low = 0, high = 0;
   friend bool operator==(StRowRange const&, StRowRange const&) = default;
 };
@@ -64,8 +65,11 @@ struct StRowRange {
 /// for other rows, if there is no observer or one that allows for it. Steps of progress are lines.
 class SELUUTILS_EXPORT CTextureWindow : public CAlgorithm {
 public:
+  /// The most voxels of a window.
   static constexpr int64 c_mostVoxels = int64{1} << 20;
+  /// The most levels of an image.
   static constexpr int c_mostLevels = 4096;
+  /// The most that voxels of the window times levels may be.
   static constexpr int64 c_mostVoxelsTimesLevels = int64{1} << 28;
 
   /// A window of 15 x 15, displacement (1, 0, 0), all features of IBSI, matrices as counted,
@@ -85,14 +89,18 @@ public:
   void SetFeatures(std::span<EnTextureFeature const> features);
   /// Whether each pair counts in both orders.
   void SetSymmetric(bool isSymmetric) noexcept { m_IsSymmetric = isSymmetric; }
+  /// Whether windows that the border cuts are computed from what is left of them, or left out.
   void SetBorder(EnWindowBorder border) noexcept { m_Border = border; }
   /// Voxels from one window to the next along each axis, at least 1.
   void SetSteps(CSize const& steps);
   /// Ng of the normalized inverse differences, 0 for the number of levels of the image.
   void SetNormalizingLevels(int levels);
 
+  /// Extents of the window.
   [[nodiscard]] CSize const& Sides() const noexcept { return m_Sides; }
+  /// Voxels from one window to the next along each axis.
   [[nodiscard]] CSize const& Steps() const noexcept { return m_Steps; }
+  /// The features that are computed, in the order of their values.
   [[nodiscard]] std::span<EnTextureFeature const> Features() const noexcept { return m_Features; }
   /// The extents of a map of an image of that size: with clipped windows extent / step, rounded up,
   /// with valid ones (extent - side) / step + 1, rounded down, or 0.

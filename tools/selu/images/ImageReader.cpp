@@ -7,6 +7,7 @@
 #include "images/DicomElements.h"
 #include "images/PixelStore.h"
 #include "images/PlainPixels.h"
+#include "images/PngGrid.h"
 #include "images/SliceFolder.h"
 #include "images/TextPixels.h"
 
@@ -155,7 +156,9 @@ StOpened OpenReader(fs::path const& path) {
   double pixels = 1;
   for (auto const extent : extents) pixels *= static_cast<double>(extent);
   if (plainPixels < pixels) RefuseRead(path, "the file is damaged or cut off");
-  opened.grid = SoundGrid(claim.grid);
+  opened.grid = claim.grid;
+  if (opened.format == EnFormat::Png) ReadPngGrid(path, opened.grid);
+  opened.grid = SoundGrid(opened.grid);
   opened.series = claim.series;
   return opened;
 }

@@ -4,6 +4,7 @@
 #include "base/FileBytes.h"
 #include "base/Texts.h"
 #include "images/ItkImageIo.h"
+#include "images/PixelStore.h"
 
 #include <algorithm>
 #include <array>
@@ -39,6 +40,15 @@ void SetNiftiExtents(std::string& header, std::vector<ORVA::int64> const& extent
 }
 
 } // namespace
+
+void CheckNotes(fs::path const& target, ImageNotes const& notes) {
+  if (FormatForOutput(target) != EnFormat::Meta) return;
+  for (auto const& [key, value] : notes)
+    if (value.size() > c_mostMetaNote)
+      throw CAppError("cannot write " + Quoted(target) + ": MetaImage holds " +
+                      std::to_string(c_mostMetaNote) + " bytes for " + QuotedPart(key) +
+                      ", but there are " + std::to_string(value.size()) + "; use .nrrd or .tif");
+}
 
 void WriteByItk(fs::path const& path, EnFormat format, StPixels const& image,
                 ImageNotes const& notes) {

@@ -11,6 +11,9 @@
 
 namespace selu {
 
+/// Throws CAppError for notes that a file of this name has no room for: long ones of a MetaImage,
+/// whose library would write beyond its fields.
+void CheckNotes(std::filesystem::path const& target, ImageNotes const& notes);
 /// Throws whatever ITK throws.
 void WriteByItk(std::filesystem::path const& path, EnFormat format, StPixels const& image,
                 ImageNotes const& notes);

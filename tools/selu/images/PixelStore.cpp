@@ -88,9 +88,44 @@ ORVA::int64 MetaHeaderSize(std::string_view header, fs::path const& path) {
   return number->front();
 }
 
+// What the library that reads a MetaImage header has room for, of a value and of its key; more
+// would run over its fields.
+constexpr std::size_t c_metaText = 254, c_metaOrientation = 9, c_metaKey = 254;
+constexpr std::array c_metaTexts = {"comment"sv,         "name"sv,          "objecttype"sv,
+                                    "objectsubtype"sv,   "elementtype"sv,   "modality"sv,
+                                    "acquisitiondate"sv, "distanceunits"sv, "transformtype"sv};
+
+std::size_t MetaRoom(std::string_view key) {
+  if (key == "anatomicalorientation") return c_metaOrientation;
+  return std::ranges::find(c_metaTexts, key) == c_metaTexts.end() ? c_mostMetaNote : c_metaText;
+}
+
+void CheckMetaLines(fs::path const& path, std::string_view header) {
+  for (bool isEnded = false; !header.empty() && !isEnded;) {
+    auto const end = std::min(header.find('\n'), header.size());
+    std::string_view const line = header.substr(0, end);
+    header.remove_prefix(std::min(end + 1, header.size()));
+    auto const split = line.find_first_of("=:");
+    if (split == std::string_view::npos) continue;
+    std::string const name = Trimmed(line.substr(0, split)), key = Lower(name);
+    auto const bytes = Trimmed(line.substr(split + 1)).size();
+    auto const room = MetaRoom(key);
+    isEnded = key == "elementdatafile";
+    if (name.size() > c_metaKey)
+      RefuseHeader(path, "its header has a key of " + std::to_string(name.size()) +
+                             " bytes, but selu reads up to " + std::to_string(c_metaKey));
+    if (bytes > room)
+      RefuseHeader(path, "its header has " + std::to_string(bytes) + " bytes for " +
+                             QuotedPart(name) + ", but selu reads up to " + std::to_string(room));
+  }
+}
+
 StPixelStore MetaStore(fs::path const& path, std::string_view header) {
+  CheckMetaLines(path, header);
   auto const packed = FindField(header, '=', {"compresseddata"});
   auto const data = FindField(header, '=', {"elementdatafile"});
+  if (!data && header.size() >= c_headerBytes)
+    RefuseHeader(path, "its header is longer than " + std::to_string(c_headerBytes) + " bytes");
   std::string const answer = packed ? Lower(packed->value) : "false";
   double const ratio = answer == "true" || answer == "1" ? c_deflate : 1;
   bool const local = !data || Lower(data->value) == "local";

@@ -29,6 +29,8 @@ struct StPixelStore {
 
 /// So many of a file's first bytes tell where its pixels are, unless they are packed, too.
 inline constexpr std::size_t c_headerBytes = 1 << 16;
+/// The longest value of a key of one's own that the library of MetaImage reads and writes.
+inline constexpr std::size_t c_mostMetaNote = 32767;
 
 /// From the file's beginning, c_headerBytes of it. The file with the pixels must be a regular one
 /// with something in it, so that no reader waits for a pipe. Throws CAppError.

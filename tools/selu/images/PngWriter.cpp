@@ -1,6 +1,8 @@
 #include "images/PngWriter.h"
 
 #include "base/Texts.h"
+#include "images/GridText.h"
+#include "images/PngGrid.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +45,16 @@ std::string Header(StHeader const& header) {
 
 std::string Scale(std::array<double, 3> const& spacing) {
   return '\1' + Shortest(spacing[0]) + '\0' + Shortest(spacing[1]); // in meters
+}
+
+// Where the pixels are in space, beside the scale.
+std::string Description(StGrid const& grid) {
+  return std::string(c_pngGridKeyword) + '\0' + GridText(grid, {});
+}
+
+bool HasOnlySpacing(StGrid grid) {
+  grid.spacing = StGrid().spacing;
+  return grid == StGrid();
 }
 
 // Packs rows into chunks as they come.
@@ -132,6 +144,7 @@ std::string PngBytes(StPixels const& image) {
   std::string file = "\x89PNG\r\n\x1a\n";
   AppendChunk(file, "IHDR", Header(image.header));
   AppendChunk(file, "sCAL", Scale(image.grid.spacing));
+  if (!HasOnlySpacing(image.grid)) AppendChunk(file, "tEXt", Description(image.grid));
   AppendRows(file, image);
   AppendChunk(file, "IEND", {});
   return file;

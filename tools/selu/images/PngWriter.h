@@ -9,8 +9,8 @@
 
 namespace selu {
 
-/// The file: grayscale of 8 or 16 bits, packed, the spacing as its physical scale. Throws
-/// std::bad_alloc.
+/// The file: grayscale of 8 or 16 bits, packed, the spacing as its physical scale, and what else
+/// the grid has as the text that ReadPngGrid() takes. Throws std::bad_alloc.
 [[nodiscard]] std::string PngBytes(StPixels const& image);
 
 } // namespace selu

@@ -73,6 +73,7 @@ CSlabWriter::CSlabWriter(CAtomicFile& file, StHeader const& header, StGrid const
     : m_File(&file), m_Header(header), m_Grid(grid), m_Notes(std::move(notes)),
       m_Checksum(::crc32_z(0, nullptr, 0)) {
   CheckImageOutput(file.Target(), header.pixel, header.size.Dim());
+  CheckNotes(file.Target(), m_Notes);
   if (!IsGathered(file.Target(), header)) {
     Open();
     return;

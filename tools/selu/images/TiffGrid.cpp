@@ -1,40 +1,16 @@
 #include "images/TiffGrid.h"
 
 #include "base/Texts.h"
-
-#include <nlohmann/json.hpp>
+#include "images/GridText.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <string>
 
 namespace selu {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr double c_inch = 25.4, c_centimeter = 10; // in millimeters
-
-// Numbers of an array, where it is one of so many numbers.
-bool TakeNumbers(Json const& json, std::array<double, 3>& numbers) {
-  if (!json.is_array() || json.size() != numbers.size()) return false;
-  for (std::size_t i = 0; i < numbers.size(); ++i)
-    if (json[i].is_number()) numbers[i] = json[i].get<double>();
-  return true;
-}
-
-bool TakeOwnGrid(std::string_view description, StGrid& grid) {
-  if (!description.starts_with('{')) return false;
-  Json const json = Json::parse(description, nullptr, false);
-  if (!json.is_object() || !json.contains("spacing")) return false;
-  if (!TakeNumbers(json["spacing"], grid.spacing)) return false;
-  if (json.contains("origin")) TakeNumbers(json["origin"], grid.origin);
-  if (!json.contains("direction") || !json["direction"].is_array()) return true;
-  for (std::size_t axis = 0; axis < std::min<std::size_t>(json["direction"].size(), 3); ++axis)
-    TakeNumbers(json["direction"][axis], grid.direction[axis]);
-  return true;
-}
 
 double SpacingOf(CTiffFile const& file, ttag_t tag, bool hasUnit) {
   auto const pixels = static_cast<double>(file.Field<float>(tag, 0));
@@ -67,7 +43,7 @@ StGrid ReadTiffGrid(CTiffFile const& file) {
   char const* text = nullptr;
   bool const described = TIFFGetField(file.Get(), TIFFTAG_IMAGEDESCRIPTION, &text) == 1;
   std::string_view const description = described ? text : "";
-  if (TakeOwnGrid(description, grid)) return grid;
+  if (TakeGrid(description, grid)) return grid;
   bool const hasUnit =
       description.starts_with("ImageJ=") && description.find("\nunit=") != std::string_view::npos;
   grid.spacing[0] = SpacingOf(file, TIFFTAG_XRESOLUTION, hasUnit);
@@ -77,19 +53,13 @@ StGrid ReadTiffGrid(CTiffFile const& file) {
 }
 
 void WriteTiffGrid(CTiffFile const& file, StGrid const& grid, ImageNotes const& notes) {
-  Json description = Json::object();
   if (grid != StGrid()) {
     file.Set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
     file.Set(TIFFTAG_XRESOLUTION, c_centimeter / grid.spacing[0]);
     file.Set(TIFFTAG_YRESOLUTION, c_centimeter / grid.spacing[1]);
-    description["spacing"] = grid.spacing;
-    description["origin"] = grid.origin;
-    description["direction"] = grid.direction;
   }
-  for (auto const& [key, value] : notes) description[key] = value;
-  if (description.empty()) return;
-  std::string const text = description.dump(-1, ' ', true, Json::error_handler_t::replace);
-  file.Set(TIFFTAG_IMAGEDESCRIPTION, text.c_str());
+  std::string const text = GridText(grid, notes);
+  if (!text.empty()) file.Set(TIFFTAG_IMAGEDESCRIPTION, text.c_str());
 }
 
 } // namespace selu

@@ -51,6 +51,7 @@ void WritePixels(fs::path const& path, EnFormat format, StPixels const& image,
 
 void WriteChecked(CAtomicFile& file, StPixels const& image, ImageNotes const& notes) {
   CheckImageOutput(file.Target(), image.header.pixel, image.header.size.Dim());
+  CheckNotes(file.Target(), notes);
   std::string const sentence = "cannot write " + Quoted(file.Target()) + ": the disk may be full";
   EnFormat const format = FormatForOutput(file.Target());
   if (format == EnFormat::Png)

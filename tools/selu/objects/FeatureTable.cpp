@@ -8,13 +8,10 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <numeric>
-#include <optional>
 #include <utility>
 
 namespace selu {
@@ -22,12 +19,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using ORVA::int64;
-
-// A NaN that no computation makes stands for what is not there.
-double Absent() { return std::bit_cast<double>(std::uint64_t{0x7ff8'5e10'0000'0001}); }
-bool IsAbsent(double value) {
-  return std::bit_cast<std::uint64_t>(value) == std::bit_cast<std::uint64_t>(Absent());
-}
 
 // The order of keys: numbers by value, then texts by bytes, part by part of a path.
 bool ComesBefore(std::string_view a, std::string_view b) {
@@ -45,14 +36,6 @@ bool ComesBefore(std::string_view a, std::string_view b) {
   return a.empty() && !b.empty();
 }
 
-template <class T>
-void Reorder(std::vector<T>& values, std::vector<std::size_t> const& order) {
-  std::vector<T> sorted;
-  sorted.reserve(values.size());
-  for (auto const from : order) sorted.push_back(std::move(values[from]));
-  values = std::move(sorted);
-}
-
 } // namespace
 
 std::string FullDigits(double value) {
@@ -61,33 +44,66 @@ std::string FullDigits(double value) {
   return isCount ? std::to_string(static_cast<int64>(value)) : Shortest(value);
 }
 
+void CFeatureTable::StColumn::Append(std::size_t row, double value) {
+  bool const isFirstGap = rows.empty() && row != values.size();
+  if (isFirstGap) {
+    rows.resize(values.size());
+    std::iota(rows.begin(), rows.end(), std::size_t{0});
+  }
+  if (isFirstGap || !rows.empty()) rows.push_back(row);
+  values.push_back(value);
+}
+
+void CFeatureTable::StColumn::MoveTo(std::vector<std::size_t> const& newRows) {
+  std::vector<std::pair<std::size_t, double>> moved;
+  moved.reserve(values.size());
+  for (std::size_t k = 0; k < values.size(); ++k) moved.emplace_back(newRows[Row(k)], values[k]);
+  std::ranges::sort(moved, {}, &std::pair<std::size_t, double>::first);
+  values.clear();
+  rows.clear();
+  for (auto const& [row, value] : moved) Append(row, value);
+}
+
+void CFeatureTable::StColumn::SortTexts(std::size_t objects) {
+  std::vector<std::string> sorted = texts;
+  if (values.size() < objects || !places.contains("")) sorted.emplace_back();
+  std::ranges::sort(sorted);
+  sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+  for (double& value : values) {
+    auto const place = std::ranges::lower_bound(sorted, texts[static_cast<std::size_t>(value)]);
+    value = static_cast<double>(place - sorted.begin());
+  }
+  texts = std::move(sorted);
+  places.clear();
+}
+
 CFeatureTable::StColumn& CFeatureTable::ColumnOf(StFeature const& feature,
                                                  std::string const& name) {
   bool const isText = std::holds_alternative<std::string>(feature.value);
   auto const [known, isNew] = m_Places.try_emplace(feature.path, m_Columns.size());
-  if (isNew) m_Columns.push_back({feature.path, isText, {}, {}, {}});
+  if (isNew) m_Columns.push_back({feature.path, isText, {}, {}, {}, {}});
   StColumn& column = m_Columns[known->second];
   if (column.isText != isText)
     throw CAppError("the entry " + QuotedPart(name + "/" + feature.path) + " is a " +
                     (isText ? "text, but other objects have a number there"
                             : "number, but other objects have a text there"));
-  column.values.resize(m_Labels.size() - 1, Absent());
   return column;
 }
 
 void CFeatureTable::Add(int64 label, std::string const& name,
                         std::vector<StFeature> const& features) {
+  std::size_t const row = m_Labels.size();
   m_Labels.push_back(label);
   for (auto const& feature : features) {
     StColumn& column = ColumnOf(feature, name);
     if (!column.isText) {
-      column.values.push_back(std::get<double>(feature.value));
+      column.Append(row, std::get<double>(feature.value));
       continue;
     }
     auto const& text = std::get<std::string>(feature.value);
     auto const [known, isNew] = column.places.try_emplace(text, column.texts.size());
     if (isNew) column.texts.push_back(text);
-    column.values.push_back(static_cast<double>(known->second));
+    column.Append(row, static_cast<double>(known->second));
   }
 }
 
@@ -95,11 +111,10 @@ void CFeatureTable::SortRows() {
   std::vector<std::size_t> order(m_Labels.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::ranges::sort(order, {}, [&](std::size_t row) { return m_Labels[row]; });
-  Reorder(m_Labels, order);
-  for (auto& column : m_Columns) {
-    column.values.resize(m_Labels.size(), Absent());
-    Reorder(column.values, order);
-  }
+  std::vector<std::size_t> newRows(order.size());
+  for (std::size_t row = 0; row < order.size(); ++row) newRows[order[row]] = row;
+  for (auto& column : m_Columns) column.MoveTo(newRows);
+  std::ranges::sort(m_Labels);
   auto const twice = std::ranges::adjacent_find(m_Labels);
   if (twice != m_Labels.end())
     throw CAppError("the object with the label " + std::to_string(*twice) + " is there twice");
@@ -109,23 +124,8 @@ void CFeatureTable::Finish() {
   if (!std::ranges::is_sorted(m_Labels, std::ranges::less_equal())) SortRows();
   std::ranges::sort(m_Columns,
                     [](auto const& a, auto const& b) { return ComesBefore(a.path, b.path); });
-  for (auto& column : m_Columns) {
-    column.values.resize(m_Labels.size(), Absent());
-    if (!column.isText) continue;
-    std::vector<std::string> sorted = column.texts;
-    bool const isWhole = std::ranges::none_of(column.values, IsAbsent);
-    if (!isWhole || !column.places.contains("")) sorted.emplace_back();
-    std::ranges::sort(sorted);
-    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-    for (double& value : column.values) {
-      if (IsAbsent(value)) continue;
-      auto const place =
-          std::ranges::lower_bound(sorted, column.texts[static_cast<std::size_t>(value)]);
-      value = static_cast<double>(place - sorted.begin());
-    }
-    column.texts = std::move(sorted);
-    column.places.clear();
-  }
+  for (auto& column : m_Columns)
+    if (column.isText) column.SortTexts(m_Labels.size());
 }
 
 bool CFeatureTable::HasFeature(std::string_view path) const {
@@ -134,9 +134,8 @@ bool CFeatureTable::HasFeature(std::string_view path) const {
   });
 }
 
-std::string CFeatureTable::Field(StColumn const& column, std::size_t row) const {
-  double const value = column.values[row];
-  if (IsAbsent(value)) return {};
+std::string CFeatureTable::Field(StColumn const& column, std::size_t k) {
+  double const value = column.values[k];
   return column.isText ? CsvField(column.texts[static_cast<std::size_t>(value)])
                        : FullDigits(value);
 }
@@ -146,9 +145,15 @@ void CFeatureTable::WriteCsv(CAtomicFile& file) const {
   std::string text = CsvField(m_IdKey);
   for (auto const& column : m_Columns) text += "," + CsvField(column.path);
   text += '\n';
+  std::vector<std::size_t> next(m_Columns.size()); // value of each column
   for (std::size_t row = 0; row < m_Labels.size(); ++row) {
     text += std::to_string(m_Labels[row]);
-    for (auto const& column : m_Columns) text += "," + Field(column, row);
+    for (std::size_t c = 0; c < m_Columns.size(); ++c) {
+      text += ',';
+      StColumn const& column = m_Columns[c];
+      bool const isThere = next[c] < column.values.size() && column.Row(next[c]) == row;
+      if (isThere) text += Field(column, next[c]++);
+    }
     text += '\n';
     if (text.size() < block) continue;
     file.Append(text);
@@ -167,9 +172,8 @@ ORVA::CImage CFeatureTable::ToImage(int64 greatest) const {
   for (int64 label = 0; label <= greatest; ++label) pixels[label] = static_cast<float>(label);
   for (auto const& column : m_Columns) {
     pixels += greatest + 1;
-    for (std::size_t row = 0; row < m_Labels.size(); ++row)
-      if (!IsAbsent(column.values[row]))
-        pixels[m_Labels[row]] = static_cast<float>(column.values[row]);
+    for (std::size_t k = 0; k < column.values.size(); ++k)
+      pixels[m_Labels[column.Row(k)]] = static_cast<float>(column.values[k]);
   }
   return image;
 }

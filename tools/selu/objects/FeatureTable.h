@@ -29,7 +29,8 @@ struct StFeature {
   std::variant<double, std::string> value;
 };
 
-/// About 8 bytes per object and feature. All errors are CAppErrors.
+/// Some 8 bytes per feature that an object has, 16 where others before it have none: a table of
+/// which most is empty takes no more than what is in it. All errors are CAppErrors.
 class CFeatureTable {
 public:
   /// Column 0, the labels, is called so.
@@ -60,12 +61,19 @@ private:
     std::string path;
     bool isText = false;
     std::vector<double> values;                          // numbers, or places in `texts`
+    std::vector<std::size_t> rows;                       // of the values; none: 0, 1, 2 ...
     std::vector<std::string> texts;                      // sorted at last, the empty one included
     std::unordered_map<std::string, std::size_t> places; // of the texts
+
+    [[nodiscard]] std::size_t Row(std::size_t k) const { return rows.empty() ? k : rows[k]; }
+    void Append(std::size_t row, double value);
+    /// Gives each value the row that its own one becomes, and puts all in order again.
+    void MoveTo(std::vector<std::size_t> const& newRows);
+    void SortTexts(std::size_t objects);
   };
 
   StColumn& ColumnOf(StFeature const& feature, std::string const& name);
-  [[nodiscard]] std::string Field(StColumn const& column, std::size_t row) const;
+  [[nodiscard]] static std::string Field(StColumn const& column, std::size_t k);
   void SortRows();
 
   std::string m_IdKey;

@@ -42,7 +42,9 @@ struct StWalk {
   AnyWalker walker = {};
   std::vector<std::vector<RealPoint>> ideal = {}; ///< what the walk follows, as chains of lines
   int dominantAxis = 2;                           ///< of a slice: each column along it has a voxel
-  bool isSolid = false;                           ///< its picture has a view of it
+  /// Of a slice across an axis: its place along it.
+  std::optional<ORVA::int64> place = {};
+  bool isSolid = false; ///< its picture has a view of it
 };
 
 /// The walk that was asked for, in an image of this size where there is one. Throws CUsageError for

@@ -90,9 +90,16 @@ ORVA::CSize PlaneSize(StWalk const& walk, ORVA::CSize const& size) {
 }
 
 StGrid PlaneGrid(StWalk const& walk, StGrid const& grid) {
+  auto const across = static_cast<std::size_t>(walk.dominantAxis);
+  std::size_t const column = across == 0 ? 1 : 0, row = across == 2 ? 1 : 2;
   StGrid plane;
-  plane.spacing[0] = grid.spacing[walk.dominantAxis == 0 ? 1 : 0];
-  plane.spacing[1] = grid.spacing[walk.dominantAxis == 2 ? 1 : 2];
+  plane.spacing[0] = grid.spacing[column];
+  plane.spacing[1] = grid.spacing[row];
+  if (!walk.place) return plane;
+  plane.direction = {grid.direction[column], grid.direction[row], grid.direction[across]};
+  double const way = grid.spacing[across] * static_cast<double>(*walk.place);
+  for (std::size_t axis = 0; axis < plane.origin.size(); ++axis)
+    plane.origin[axis] = grid.origin[axis] + grid.direction[across][axis] * way;
   return plane;
 }
 

@@ -26,7 +26,8 @@ void Paint(CRawImage& image, std::span<Point const> points, PixelValue const& va
 
 /// Extents of a slice as an image: the two axes other than the walk's dominant one, in their order.
 [[nodiscard]] ORVA::CSize PlaneSize(StWalk const& walk, ORVA::CSize const& size);
-/// The grid of that image: the spacing of its axes.
+/// The grid of that image: the spacing of its axes and, of a slice across an axis, where it lies in
+/// space. (The pixels of an oblique slice lie on no grid.)
 [[nodiscard]] StGrid PlaneGrid(StWalk const& walk, StGrid const& grid);
 /// The voxels of a slice as seen along its dominant axis, 0 where the plane has none. Unsigned 8
 /// and 16-bit pixels stay as they are; with a range, and for other types, the values become 8 bits:

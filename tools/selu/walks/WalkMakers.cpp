@@ -268,6 +268,12 @@ StWalk MakeSlice(StWalkOptions const& given, MaybeSize const& maybeSize) {
                  .walker = section,
                  .ideal = PlaneOutline(plane.normal, plane.distance, size),
                  .dominantAxis = section.DominantAxis()};
+  auto const& n = plane.normal;
+  bool const isAcross = (n.x != 0) + (n.y != 0) + (n.z != 0) == 1;
+  if (isAcross && section.MorePoints()) {
+    ORVA::CTriple<int64> const point = section.NextPoint();
+    walk.place = walk.dominantAxis == 0 ? point.x : walk.dominantAxis == 1 ? point.y : point.z;
+  }
   if (isLattice) walk.walker = Lattice(plane, code, size);
   return walk;
 }

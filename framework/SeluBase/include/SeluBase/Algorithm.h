@@ -22,7 +22,9 @@ namespace ORVA {
 class SELUBASE_EXPORT IProgressObserver {
 public:
   virtual ~IProgressObserver();
+  /// A piece of work of so many steps begins.
   virtual void Start(int64 steps, char const* text);
+  /// One step is done.
   virtual void Advance();
   /// Called once after Start, also when an error ends the operation (`complete` is false then).
   virtual void Finish(bool complete) noexcept;
@@ -41,8 +43,11 @@ public:
   CAlgorithm& operator=(CAlgorithm&&) noexcept = default;
   ~CAlgorithm() override;
 
+  /// The name given to the constructor.
   [[nodiscard]] std::string const& Name() const noexcept { return m_Name; }
+  /// The name of this instance, as SetInstance gave it.
   [[nodiscard]] std::string const& Instance() const noexcept { return m_Instance; }
+  /// The object that this one belongs to, or null.
   [[nodiscard]] IObject const* Parent() const noexcept { return m_Parent; }
   void SetInstance(char const* name) override;
   /// Keeps a copy of the setup.

@@ -7,6 +7,7 @@ namespace ORVA {
 
 /// The framework's edge treatments.
 struct EEdgeTreatment {
+  /// The edge treatments.
   enum EnEdgeTreatmentId {
     NoEdgeTreatment = 0, ///< nothing is done
     MinusSampling = 1,   ///< only what lies wholly inside counts

@@ -48,14 +48,19 @@ constexpr std::array<int64, N> NeighborOffsets(int64 divisor) {
 
 /// Offsets of a pixel's 8 neighbors in raster order: (-1, -1), (0, -1), (1, -1), (-1, 0), ...
 struct CNeighborhood2dDiffN8 {
+  /// Offset along x of each neighbor.
   static constexpr std::array<int64, 8> dx = Impl::NeighborOffsets<8>(1);
+  /// Offset along y of each neighbor.
   static constexpr std::array<int64, 8> dy = Impl::NeighborOffsets<8>(3);
 };
 
 /// Offsets of a voxel's 26 neighbors in raster order: (-1, -1, -1), (0, -1, -1), ...
 struct CNeighborhood3dDiffN26 {
+  /// Offset along x of each neighbor.
   static constexpr std::array<int64, 26> dx = Impl::NeighborOffsets<26>(1);
+  /// Offset along y of each neighbor.
   static constexpr std::array<int64, 26> dy = Impl::NeighborOffsets<26>(3);
+  /// Offset along z of each neighbor.
   static constexpr std::array<int64, 26> dz = Impl::NeighborOffsets<26>(9);
 };
 

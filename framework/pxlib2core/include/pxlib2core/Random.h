@@ -52,6 +52,7 @@ class CBorrowedStream;
 /// entropy.
 class PXLIB2CORE_EXPORT CRandom {
 public:
+  /// The one source of the process.
   [[nodiscard]] static CRandom& Obj() noexcept { return s_object; }
   CRandom(CRandom const&) = delete;
   CRandom& operator=(CRandom const&) = delete;
@@ -61,7 +62,9 @@ public:
 
   /// 8, 32 or 64 random bits; each takes one step of the stream and its highest bits.
   [[nodiscard]] std::uint8_t Rand8() { return static_cast<std::uint8_t>(Rand64() >> 56); }
+  /// The highest 32 bits of a step.
   [[nodiscard]] std::uint32_t Rand32() { return static_cast<std::uint32_t>(Rand64() >> 32); }
+  /// All bits of a step.
   [[nodiscard]] uint64 Rand64() { return Stream().Next(); }
   /// Fills a buffer: the bytes of successive Rand64 words, lowest byte first; a last part of fewer
   /// than 8 bytes takes the lowest bytes of one more word. A null buffer is refused with
@@ -69,6 +72,7 @@ public:
   void Rand(void* buffer, std::size_t bytes);
   /// 0 to 32767, from a small generator of its own that Seed starts anew as well.
   [[nodiscard]] int Rand15();
+  /// The greatest number of Rand15.
   static constexpr int c_rand15Max = 32767;
 
 private:

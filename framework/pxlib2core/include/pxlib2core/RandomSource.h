@@ -51,6 +51,7 @@ concept RandomSource = std::invocable<Source&> &&
 /// and no call. One source is not for two threads at once; two sources share nothing.
 class PXLIB2CORE_EXPORT CRandomSource {
 public:
+  /// The type of one draw of bits.
   using result_type = uint64;
 
   /// From the operating system's entropy, all 256 bits of the state: different in every run.
@@ -67,9 +68,11 @@ public:
 
   /// 8, 32 or 64 random bits; each takes one word and its highest bits.
   [[nodiscard]] std::uint8_t Rand8() noexcept { return static_cast<std::uint8_t>(Rand64() >> 56); }
+  /// The highest 32 bits of a word.
   [[nodiscard]] std::uint32_t Rand32() noexcept {
     return static_cast<std::uint32_t>(Rand64() >> 32);
   }
+  /// A whole word.
   [[nodiscard]] uint64 Rand64() noexcept { return Impl::NextWord(m_State); }
   /// Fills a buffer: the bytes of successive words, lowest byte first; a last part of fewer than 8
   /// bytes takes the lowest bytes of one more word. A null buffer is refused with CExBadParam
@@ -83,7 +86,9 @@ public:
   void Restore(std::string_view saved);
 
   // What std::uniform_random_bit_generator asks for.
+  /// The least value of a draw of bits, 0.
   [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
+  /// The greatest value of a draw of bits, 2^64 - 1.
   [[nodiscard]] static constexpr uint64 max() noexcept {
     return std::numeric_limits<uint64>::max();
   }
@@ -101,6 +106,7 @@ private:
 /// source a call.
 class CSourceReference {
 public:
+  /// The type of one draw of bits.
   using result_type = uint64;
 
   template <RandomSource Source>
@@ -113,7 +119,9 @@ public:
   uint64 operator()() {
     return m_Next == nullptr ? static_cast<CRandomSource*>(m_Source)->Rand64() : m_Next(m_Source);
   }
+  /// The least value of a draw of bits, 0.
   [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
+  /// The greatest value of a draw of bits, 2^64 - 1.
   [[nodiscard]] static constexpr uint64 max() noexcept {
     return std::numeric_limits<uint64>::max();
   }

@@ -18,6 +18,7 @@ namespace ORVA {
 /// A value: copies go on from where their original stands.
 class PXLIB2CORE_EXPORT CReplaySource {
 public:
+  /// The type of one draw of bits.
   using result_type = uint64;
 
   explicit CReplaySource(std::vector<uint64> words) : m_Words(std::move(words)) {}
@@ -27,10 +28,14 @@ public:
     if (m_Drawn >= m_Words.size()) RaiseNoWord();
     return m_Words[m_Drawn++];
   }
+  /// How many words have been drawn.
   [[nodiscard]] std::size_t Drawn() const noexcept { return m_Drawn; }
+  /// How many words are left.
   [[nodiscard]] std::size_t Remaining() const noexcept { return m_Words.size() - m_Drawn; }
 
+  /// The least value of a draw of bits, 0.
   [[nodiscard]] static constexpr uint64 min() noexcept { return 0; }
+  /// The greatest value of a draw of bits, 2^64 - 1.
   [[nodiscard]] static constexpr uint64 max() noexcept {
     return std::numeric_limits<uint64>::max();
   }

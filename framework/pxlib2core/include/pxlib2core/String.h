@@ -25,6 +25,7 @@ enum class EnEncoding { Utf8, Latin1 };
 /// to two digits: where a digit is to follow %1, write %01.
 class PXLIB2CORE_EXPORT CString {
 public:
+  /// What Find gives where it finds nothing.
   static constexpr std::size_t NPOS = std::string::npos;
 
   CString() = default;
@@ -50,9 +51,13 @@ public:
   /// exponent from 1e-5 up to 1e16. Infinities print as "inf" and "-inf", every NaN as "nan".
   CString& Arg(double number, int precision = -1);
 
+  /// The text as a string of the standard library.
   [[nodiscard]] std::string const& Std() const noexcept { return m_Text; }
+  /// The text, ended by a 0 byte, as long as the string stays as it is.
   [[nodiscard]] char const* c_str() const noexcept { return m_Text.c_str(); }
+  /// The number of bytes.
   [[nodiscard]] std::size_t Size() const noexcept { return m_Text.size(); }
+  /// Whether there is no text.
   [[nodiscard]] bool IsEmpty() const noexcept { return m_Text.empty(); }
   /// Position of the first occurrence at or after `from`, else NPOS.
   [[nodiscard]] std::size_t Find(CString const& text, std::size_t from = 0) const noexcept {

@@ -8,7 +8,9 @@
 
 namespace ORVA {
 
+/// Signed 64-bit integer: coordinates and lengths.
 using int64 = std::int64_t;
+/// Unsigned 64-bit integer: counts and random bits.
 using uint64 = std::uint64_t;
 
 } // namespace ORVA

@@ -88,7 +88,9 @@ struct StReferredObject final : StObject {
 /// assignment, Copy, Move, swap or Meta throws CExBadParam.
 class PXLIB2CORE_EXPORT CValue {
 public:
+  /// The kinds of values.
   enum class EnType { Invalid, Bool, Long, Double, String, Map, Vector, Pointer };
+  /// The kinds of values, numbers and containers taken together.
   enum class EnGenericType { None, Number, Text, Container, Object };
 
   CValue() noexcept; ///< an invalid value
@@ -101,22 +103,31 @@ public:
   CValue& operator=(CValue&& other); // NOLINT(performance-noexcept-move-constructor)
   ~CValue();
 
+  /// The kind of the value.
   [[nodiscard]] EnType Type() const noexcept;
+  /// The kind of the value, numbers and containers taken together.
   [[nodiscard]] EnGenericType GenericType() const noexcept;
   /// Name of the value's class, such as "CValueDouble"; "CValue" for an invalid value.
   [[nodiscard]] char const* TypeName() const noexcept;
+  /// Whether there is a value.
   [[nodiscard]] bool IsValid() const noexcept { return Type() != EnType::Invalid; }
 
+  /// The truth value; CException for a value of another kind.
   bool& Bool();
   [[nodiscard]] bool Bool() const;
+  /// The 32-bit integer; CException for a value of another kind.
   std::int32_t& Long();
   [[nodiscard]] std::int32_t Long() const;
+  /// The floating-point number; CException for a value of another kind.
   double& Double();
   [[nodiscard]] double Double() const;
+  /// The text; CException for a value of another kind.
   CString& String();
   [[nodiscard]] CString const& String() const;
+  /// The map; CException for a value of another kind.
   CValueMap& Map();
   [[nodiscard]] CValueMap const& Map() const;
+  /// The vector; CException for a value of another kind.
   CValueVector& Vector();
   [[nodiscard]] CValueVector const& Vector() const;
   /// The object held, or null when the value holds none or one of another type.
@@ -134,6 +145,7 @@ public:
   CValueMap& Meta();
   [[nodiscard]] CValueMap const& Meta() const noexcept;
 
+  /// A deep copy.
   [[nodiscard]] CValue Clone() const { return *this; }
   /// Takes over a deep copy of the other value; on failure this one is unchanged.
   void Copy(CValue const& other) { *this = other; }
@@ -185,10 +197,12 @@ private:
 
 // The typed leaves add a constructor and no state: a CValue made from one is the same value.
 
+/// A truth value.
 struct CValueBool : CValue {
   explicit CValueBool(bool value = false) : CValue(value) {}
 };
 
+/// An integer of 32 bits.
 struct PXLIB2CORE_EXPORT CValueLong : CValue {
   explicit CValueLong(std::int32_t value = 0) : CValue(value) {}
   /// From a wider number; throws CExBadParam for one that 32 bits cannot hold.
@@ -205,10 +219,12 @@ private:
   [[nodiscard]] static std::int32_t WholePart(double value);
 };
 
+/// A floating-point number of 64 bits.
 struct CValueDouble : CValue {
   explicit CValueDouble(double value = 0) : CValue(value) {}
 };
 
+/// A text.
 struct PXLIB2CORE_EXPORT CValueString : CValue {
   explicit CValueString(CString text = {}) : CValue(std::move(text)) {}
   /// Throws CExBadParam for a null pointer, unless the length is 0.
@@ -217,6 +233,7 @@ struct PXLIB2CORE_EXPORT CValueString : CValue {
 
 /// An object in a value: owned (moved in, copied with the value) or referred to by address.
 struct CValuePointer : CValue {
+  /// A pointer that owns the object, which is destroyed with the last value.
   template <std::copy_constructible T>
   [[nodiscard]] static CValuePointer Own(T object) {
     return CValuePointer(std::make_unique<Impl::StOwnedObject<T>>(std::move(object)));

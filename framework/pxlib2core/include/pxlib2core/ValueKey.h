@@ -38,6 +38,7 @@ public:
     if (!std::in_range<int64>(number)) RaiseTooLarge(static_cast<uint64>(number));
   }
 
+  /// Whether the key is a text, not a number.
   [[nodiscard]] bool IsText() const noexcept { return m_IsText; }
   /// The number; 0 for a text key.
   [[nodiscard]] int64 Number() const noexcept { return m_Number; }

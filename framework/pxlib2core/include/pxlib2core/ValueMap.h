@@ -28,6 +28,7 @@ namespace ORVA {
 /// the map as it was. Cost O(log entries) per part.
 class PXLIB2CORE_EXPORT CValueMap {
 public:
+  /// The keys and values, as the map keeps them.
   using Entries = std::map<CValue_Key, CValue>;
   /// Standard iterator over pairs, with Key() and Value() beside.
   class const_iterator : public Entries::const_iterator {
@@ -57,8 +58,11 @@ public:
 
   [[nodiscard]] const_iterator begin() const noexcept { return m_Entries.begin(); }
   [[nodiscard]] const_iterator end() const noexcept { return m_Entries.end(); }
+  /// The number of entries.
   [[nodiscard]] std::size_t Size() const noexcept { return m_Entries.size(); }
+  /// Whether there is no entry.
   [[nodiscard]] bool IsEmpty() const noexcept { return m_Entries.empty(); }
+  /// All keys in ascending order, numbers before texts.
   [[nodiscard]] std::vector<CValue_Key> Keys() const;
 
   /// The entry. A missing one is created as an invalid value, with the sub-maps on the way, if
@@ -72,6 +76,7 @@ public:
   /// Sets or replaces the entry, makes the sub-maps on the way, and gives the value in its place;
   /// throws as Entry does.
   CValue& SetEntry(CValue_Key const& key, CValue value);
+  /// Whether there is an entry of that key or path.
   [[nodiscard]] bool HasEntry(CValue_Key const& key) const { return Find(key) != nullptr; }
   /// The entry, or null.
   [[nodiscard]] CValue* Find(CValue_Key const& key);
@@ -83,6 +88,7 @@ public:
   void SetEntries(std::vector<std::pair<CValue_Key, CValue>> entries);
   /// Takes the entry out of the map; invalid where there is none.
   CValue Detach(CValue_Key const& key);
+  /// Takes all entries out.
   void Clear() noexcept { m_Entries.clear(); }
 
   /// Whether every entry of this map is in the other with an equal value.

@@ -25,6 +25,7 @@ public:
   CValueVector& operator=(CValueVector&& other) noexcept;
   ~CValueVector() = default;
 
+  /// Adds a value at the end.
   void PushBack(CValue value) { m_Values.push_back(std::move(value)); }
   /// Throws CExBadParam for an index outside 0 .. Size() - 1.
   CValue& Entry(int64 index);
@@ -37,7 +38,9 @@ public:
   /// Takes the entry out; those behind it move up. Throws as Entry does.
   CValue Detach(int64 index);
 
+  /// The number of values.
   [[nodiscard]] std::size_t Size() const noexcept { return m_Values.size(); }
+  /// Whether there is no value.
   [[nodiscard]] bool IsEmpty() const noexcept { return m_Values.empty(); }
   [[nodiscard]] auto begin() const noexcept { return m_Values.begin(); }
   [[nodiscard]] auto end() const noexcept { return m_Values.end(); }

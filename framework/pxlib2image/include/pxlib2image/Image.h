@@ -24,6 +24,7 @@ namespace ORVA {
 /// A pixel type; the constants below are the ones there are.
 class PXLIB2IMAGE_EXPORT CPixelType {
 public:
+  /// The pixel types.
   enum class EnId : std::uint8_t {
     None,
     Bool,
@@ -42,6 +43,7 @@ public:
   constexpr explicit CPixelType(EnId id) : m_Id(id) {
     if (id > EnId::Double) RaiseId(id);
   }
+  /// Which of the types it is.
   [[nodiscard]] constexpr EnId Id() const noexcept { return m_Id; }
   /// Bytes of one pixel; 0 for no type.
   [[nodiscard]] int64 Bytes() const noexcept;
@@ -67,6 +69,7 @@ public:
                                                std::array<int64, 3> const& extents,
                                                std::array<int64, 3> const& strides,
                                                std::shared_ptr<void const> owner = {});
+  /// The same for pixels that are only read.
   [[nodiscard]] static CImageAccess ForReading(CPixelType type, std::byte const* base,
                                                std::array<int64, 3> const& extents,
                                                std::array<int64, 3> const& strides,
@@ -83,10 +86,12 @@ public:
   [[nodiscard]] std::byte* WritableBase() const;
   /// Voxels of the box along axis 0, 1 or 2; throws CExBadParam for another axis.
   [[nodiscard]] int64 Extent(int axis) const { return m_Extent[Index(axis)]; }
+  /// Voxels of the box along x, y and z.
   [[nodiscard]] std::array<int64, 3> const& Extents() const noexcept { return m_Extent; }
   /// Bytes from a voxel to its successor along axis 0, 1 or 2 (all 0 in an empty image); throws
   /// CExBadParam for another axis.
   [[nodiscard]] int64 Stride(int axis) const { return m_Stride[Index(axis)]; }
+  /// Bytes from a voxel to its successor along x, y and z.
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Stride; }
   /// The pixels as numbers of type T: std::uint8_t for IMAGE_BOOL, IMAGE_BINARY_FG and
   /// IMAGE_GREY_8, and what its name says for each other type. A T that is not const writes. Throws
@@ -129,11 +134,15 @@ private:
 /// What the algorithms need of an image.
 class PXLIB2IMAGE_EXPORT IImage {
 public:
+  /// The type of a pixel.
   using CType = CPixelType;
 
   virtual ~IImage();
+  /// The extents, and the dimension.
   [[nodiscard]] virtual CSize Size() const noexcept = 0;
+  /// The pixel type.
   [[nodiscard]] virtual CType Type() const noexcept = 0;
+  /// The meta information that travels with the image.
   [[nodiscard]] virtual CValueMap& Attributes() noexcept = 0;
   [[nodiscard]] virtual CValueMap const& Attributes() const noexcept = 0;
   /// Access to the whole image, for reading or writing.

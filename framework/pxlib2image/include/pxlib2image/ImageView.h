@@ -62,7 +62,9 @@ public:
   [[nodiscard]] CType Type() const noexcept override { return m_Type; }
   [[nodiscard]] CValueMap& Attributes() noexcept override { return m_Attributes; }
   [[nodiscard]] CValueMap const& Attributes() const noexcept override { return m_Attributes; }
+  /// Whether the pixels may be written through the view.
   [[nodiscard]] bool IsWritable() const noexcept { return m_IsWritable; }
+  /// Bytes from a pixel to the next along x, y and z.
   [[nodiscard]] std::array<int64, 3> const& Strides() const noexcept { return m_Strides; }
 
   [[nodiscard]] CImageAccess CreateAccess(bool write) override;

@@ -21,6 +21,7 @@ public:
   constexpr CSize(int64 sizeX, int64 sizeY, int64 sizeZ) noexcept
       : x(sizeX), y(sizeY), z(sizeZ), m_Dim(3) {}
 
+  /// The dimension, 1 to 3.
   [[nodiscard]] constexpr int Dim() const noexcept { return m_Dim; }
   /// Sets the dimension; extents beyond it become 1. Throws CExBadParam unless 1, 2 or 3.
   void SetDim(int dimension);
@@ -29,6 +30,7 @@ public:
 
   friend constexpr bool operator==(CSize const&, CSize const&) noexcept = default;
 
+  /// Along x, y and z.
   int64 x = 0, y = 0, z = 0;
 
 private:
@@ -41,6 +43,7 @@ struct CPos {
   constexpr CPos(int64 posX, int64 posY, int64 posZ = 0) noexcept : x(posX), y(posY), z(posZ) {}
   friend constexpr bool operator==(CPos const&, CPos const&) noexcept = default;
 
+  /// Along x, y and z.
   int64 x = 0, y = 0, z = 0;
 };
 
