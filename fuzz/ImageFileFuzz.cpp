@@ -1,5 +1,6 @@
 // What the application's own parsers make of image files: formats, stores of pixels, gzip streams,
-// elements of DICOM, pixels as text. They refuse in a sentence, or take time as the file is long.
+// elements of DICOM, pixels as text, grids in PNG files. They refuse in a sentence, or take time as
+// the file is long.
 #include "Fuzzing.h"
 
 #include <base/Errors.h>
@@ -7,6 +8,7 @@
 #include <images/DicomElements.h>
 #include <images/PixelStore.h>
 #include <images/PlainPixels.h>
+#include <images/PngGrid.h>
 #include <images/TextPixels.h>
 
 #include <cstring>
@@ -56,6 +58,10 @@ void Look(std::string const& path, fuzz::CInput& input) {
       fuzz::Require(selu::WalkDicomElements(path) >= 0, "elements have a number of pixels");
     });
     return;
+  }
+  if (format == selu::EnFormat::Png) {
+    selu::StGrid grid;
+    selu::ReadPngGrid(path, grid);
   }
   std::vector<ORVA::int64> const extents = {input.Between(1, 300), input.Between(1, 300),
                                             input.Between(1, 20)};

@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   Takes([&] { (void)selu::ParseRealDirection(text, "DIRECTION"); });
   Takes([&] { (void)selu::ParseNeighborhood(text, size % 2 == 0 ? 2 : 3); });
   Takes([&] { (void)selu::ParseSeed(text); });
-  Takes([&] { (void)selu::ParseSize(text, 2); });
+  Takes([&] { (void)selu::ParseSize(text); });
   Takes([&] { CheckParameters(text); });
   for (int pixel = 0; pixel < 10; ++pixel)
     Takes([&] { (void)selu::ParsePixelValue(text, static_cast<selu::EnPixel>(pixel), "--value"); });

@@ -162,7 +162,11 @@ TEST(CooccurrenceSum, RefusesWhatDoesNotFit) {
   CCooccurrenceSum sum;
   CImage matrix(ORVA::IMAGE_GREY_32, CSize(2, 256, 256)), small(ORVA::IMAGE_GREY_32, CSize(2, 2));
   CImage const bytes(ORVA::IMAGE_GREY_8, CSize(2, 256, 256));
-  EXPECT_THROW(sum.Count(CImage(ORVA::IMAGE_GREY_F, CSize(4, 4)), {1, 0, 0}), ORVA::CExBadParam);
+  ExpectError<ORVA::CExBadParam>(
+      [&] {
+        sum.Count(CImage(ORVA::IMAGE_GREY_F, CSize(4, 4)), {1, 0, 0});
+      },
+      "an image of the type IMAGE_GREY_F has no gray levels");
   ExpectError<ORVA::CExBadParam>([&] { (void)sum(256, 0); }, "level 256 is not from 0 to 255");
   ExpectError<ORVA::CExBadParam>([&] { (void)sum(0, -1); }, "level -1 is not from 0 to 255");
   ExpectError<ORVA::CExBadParam>([&] { sum.Write(matrix, 2); }, "slice 2 is not from 0 to 1");
