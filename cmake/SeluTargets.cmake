@@ -19,7 +19,8 @@ endfunction()
 
 # selu_count_lines(TARGET): it writes down which of its lines and branches have run.
 function(selu_count_lines target)
-  target_compile_options(${target} PRIVATE --coverage -fprofile-update=prefer-atomic)
+  target_compile_options(${target} PRIVATE --coverage
+    $<$<NOT:$<STREQUAL:${SELU_COVERAGE},LIBRARIES>>:-fprofile-update=prefer-atomic>) # whose tests have few threads
   target_link_options(${target} PRIVATE --coverage)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "EXECUTABLE")

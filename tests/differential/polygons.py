@@ -8,7 +8,7 @@ from fractions import Fraction
 
 from seluutils import draw
 
-from common import Difference, expect_points, inside, point, size
+from common import expect_points, inside, point, size
 from lines import plane_line
 
 # Of the neighborhoods of space in the coordinate planes: (x, y), (x, z), (y, z).

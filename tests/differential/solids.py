@@ -39,6 +39,11 @@ def fans(corners, faces):
     return [(corners[f[0]], corners[f[k]], corners[f[k + 1]]) for f in faces for k in range(1, len(f) - 1)]
 
 
+def on_segment(a, b, points):
+    beside = np.cross(points - np.array(a), np.subtract(b, a)).any(axis=1)
+    return ~beside & (points >= np.minimum(a, b)).all(axis=1) & (points <= np.maximum(a, b)).all(axis=1)
+
+
 def on_surface(corners, faces, points):
     found = np.zeros(len(points), bool)
     for face in faces:
@@ -46,7 +51,9 @@ def on_surface(corners, faces, points):
         normal = (0, 0, 0)
         for k in range(2, len(ring)):
             normal = normal if any(normal) else cross(*[[b - a for a, b in zip(ring[0], ring[m])] for m in (k - 1, k)])
-        if not any(normal):  # a face in a line; its neighbors have its points
+        if not any(normal):  # a face in a line
+            for a, b in edges_of([ring]):
+                found |= on_segment(a, b, points)
             continue
         level = (points - np.array(ring[0])) @ np.array(normal) == 0
         dominant = dominant_axis(normal)

@@ -1,7 +1,6 @@
 """Value maps and tables against dictionaries of Python's."""
 import struct
 
-import numpy as np
 from seluutils import features
 
 from common import expect

@@ -5,7 +5,7 @@ import math
 import numpy as np
 from seluutils import texture
 
-from common import Difference, expect, expect_close, offset, size
+from common import expect, expect_close, offset, size
 from counting import counts, image_of, mask_of
 from features import Matrix, tolerance_of
 

@@ -312,11 +312,12 @@ TEST(PairCounter, The65535LevelsOfA16BitImage) {
 }
 
 TEST(PairCounter, CellsOfMoreThan32BitsAreExact) {
-  std::vector<std::uint8_t> const row(65537, 1); // stands for all rows
-  CImageView const view(IMAGE_GREY_8, CSize(65537, 65536), row.data(), {1, 0, 0});
-  CPairCounter pairs(1);
-  pairs.Count(CLevelImage(view, 1), {1, 0, 0});
-  EXPECT_EQ(pairs(1, 1), uint64{1} << 32);
+  constexpr int levels = 400; // too many for several tables that would share the pairs
+  std::vector<std::uint16_t> const row(65537, levels); // stands for all rows
+  CImageView const view(IMAGE_GREY_16, CSize(65537, 65536), row.data(), {2, 0, 0});
+  CPairCounter pairs(levels);
+  pairs.Count(CLevelImage(view, levels), {1, 0, 0});
+  EXPECT_EQ(pairs(levels, levels), uint64{1} << 32);
 }
 
 TEST(PairCounter, EqualsTheGivenCounterWhereLevelsAreItsOwn) {

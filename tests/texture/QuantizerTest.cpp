@@ -61,6 +61,17 @@ int LevelOf(Rational const& q, int n) {
 
 } // namespace
 
+TEST(Quantizer, EdgesFarFromZeroKeepTheirLastDigits) {
+  double const least = 0x1p40 + 3; // times the width 1: a multiple of 41 bits
+  auto const quantizer = CQuantizer::BinWidthAtMultiple(1).Fit({least, least + 9.5, 2});
+  EXPECT_EQ(quantizer.Levels(), 10);
+  for (int k = 0; k < 10; ++k) {
+    SCOPED_TRACE(k);
+    EXPECT_EQ(quantizer.Level(least + k), k + 1);
+    EXPECT_EQ(quantizer.Level(std::nextafter(least + k + 1, 0)), k + 1);
+  }
+}
+
 TEST(Quantizer, RangeHasBinsOfEqualWidthAndClosesTheLast) {
   auto const quantizer = CQuantizer::Range(0, 8, 4);
   EXPECT_FALSE(quantizer.NeedsRange());

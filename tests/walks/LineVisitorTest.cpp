@@ -375,6 +375,12 @@ TEST(SelectedLine, WithoutEndPointsSearchesFromTheFromPoint) {
   EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 0, 0}, {2, 1, 0}}));
 }
 
+TEST(SelectedLine, WithoutEndPointsGoesOnWithTheSecondMove) {
+  CBresenhamVisitorSelect line(Point(0, 0, 0), Point(5, 2, 0), 2, NEIGHBORHOOD_8, false);
+  line.SetImageSize(CSize(10, 10));
+  EXPECT_EQ(Walk(line), (PointList{{0, 0, 0}, {1, 1, 0}, {2, 1, 0}, {3, 2, 0}}));
+}
+
 TEST(SelectedLine, IsSelectedOnceAndOnlyRewoundAfterwards) {
   CBresenhamVisitorSelect line(Point(-2, 0, 0), Point(5, 0, 0), 2, NEIGHBORHOOD_8, true);
   line.SetImageSize(CSize(4, 1));
