@@ -43,18 +43,15 @@ class Family:
     """The fastest time of each contestant of each row, in the order of the benchmark."""
 
     def __init__(self, path):
-        context = json.loads(path.read_text())["context"]
+        result = json.loads(path.read_text())
+        context = result["context"]
         self.compiler = context.get("compiler", "unknown compiler")
         self.date = context["date"][:10]
         self.rows = {}
         self.peers = []
         self.columns = {}
-        self.read(path)
-
-    def read(self, path):
         # Interleaved runs come in any order.
-        runs = json.loads(path.read_text())["benchmarks"]
-        for run in sorted(runs, key=lambda run: run["family_index"]):
+        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
                 self.add(run)
 
@@ -133,13 +130,7 @@ def main():
         parser.error("the files to write to come behind --")
     split = sys.argv.index("--")
     arguments = parser.parse_args(sys.argv[1:split])
-    families = {}
-    for path in arguments.results:  # Texture.json, then Texture.threads.json with more of its rows
-        name = path.stem.split(".")[0]
-        if name in families:
-            families[name].read(path)
-        else:
-            families[name] = Family(path)
+    families = {path.stem: Family(path) for path in arguments.results}
     for file in sys.argv[split + 1:]:
         write(pathlib.Path(file), families, arguments.commit)
 
