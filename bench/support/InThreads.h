@@ -1,5 +1,5 @@
-// Work in parts by several threads, in real time, each on a processor of its own: a system may leave
-// short threads on one processor for a while.
+// Work in parts by several threads, in real time, each on a processor of its own: a system may
+// leave short threads on one processor for a while.
 //
 //   double const seconds = bench::SecondsInThreads(2, [&](int part) { ... });
 #pragma once
@@ -13,8 +13,8 @@
 
 namespace bench {
 
-/// Calls work(0) .. work(threads - 1), each in a thread of its own on the processor of its number, as
-/// far as there are so many, and says how long all took.
+/// Calls work(0) .. work(threads - 1), each in a thread of its own on the processor of its number,
+/// as far as there are so many, and says how long all took.
 template <class Work>
 double SecondsInThreads(int threads, Work work) {
   auto const start = std::chrono::steady_clock::now();
