@@ -177,10 +177,12 @@ def measure(name: str, files: Files, given: argparse.Namespace, result: Result) 
     whole = f"{name}, {files.side}^3"
     least = 1 if name == "cooccurrence" else files.side // 4  # smaller chunks take minutes
     chunks = [chunk for chunk in given.chunks if least <= chunk <= files.side]
+    if not chunks:
+        return
     expected = result.take(whole, "in one call", voxels, lambda: function(files, None))
     for workers in given.workers:
         with cluster_of(workers) as client:
-            function(files, min(given.chunks))  # what a process loads once is not of a task
+            function(files, chunks[-1])  # what a process loads once is not of a task
             for chunk in chunks:
                 row = f"{whole}, chunks of {chunk}^3, {workers} worker{'s'[: workers - 1]}"
                 call = lambda: function(files, chunk)  # noqa: E731

@@ -64,7 +64,7 @@ ROWS = {  # row: the contestants, and what is done how often
         "SeluUtils": (lambda: ours.graycomatrix(plane, [1], [0, 0.8, 1.6, 2.4]), 20),
         "scikit-image": (lambda: skimage.feature.graycomatrix(plane, [1], [0, 0.8, 1.6, 2.4]), 20),
     },
-    "two halves of 256^3 noise by two threads": {
+    "two halves of 256^3 noise, 13 directions, by two threads": {
         "SeluUtils": (lambda: at_a_time(count_all, *halves), 3),
         "one after the other": (lambda: [count_all(half) for half in halves], 3),
     },

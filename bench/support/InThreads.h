@@ -4,7 +4,9 @@
 //   double const seconds = bench::SecondsInThreads(2, [&](int part) { ... });
 #pragma once
 
+#include <cerrno>
 #include <chrono>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -25,7 +27,8 @@ double SecondsInThreads(int threads, Work work) {
         cpu_set_t processors;
         CPU_ZERO(&processors);
         CPU_SET(static_cast<unsigned>(part % ::sysconf(_SC_NPROCESSORS_ONLN)), &processors);
-        (void)::sched_setaffinity(0, sizeof processors, &processors);
+        if (::sched_setaffinity(0, sizeof processors, &processors) != 0)
+          throw std::system_error(errno, std::generic_category(), "a thread's processor");
         work(part);
       });
   }

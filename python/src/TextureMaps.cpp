@@ -145,9 +145,9 @@ py::tuple ObjectFeatures(py::object const& array, py::object const& labelArray,
     CUnlocked const unlocked;
     CObjectTexture const texture(levels, labels, options);
     auto const objects = texture.Objects();
-    CLargeObjects const large(levels, labels, objects, options, watch);
     std::size_t const n = objects.size(), m = names.size();
-    watch.Start(static_cast<int64>(n), "");
+    watch.Start(static_cast<int64>(n), ""); // before the first look at large objects, which is told
+    CLargeObjects const large(levels, labels, objects, options, watch);
     values.resize(n * m);
     for (std::size_t k = 0, end = 0; k < n; k = end) {
       end = EndOfBatch(objects, k);

@@ -56,7 +56,8 @@ void* operator new[](std::size_t bytes) { return test::AllocateOrFail(bytes); }
 void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
   return std::malloc(bytes > 0 ? bytes : 1);
 }
-// Not inline: where a compiler inlines these and not the operators new above, it warns of a mismatch.
+// Not inline: where a compiler inlines these and not the operators new above, it warns of a
+// mismatch.
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -200,6 +200,7 @@ std::vector<Triple> NeighborDirections() {
   return all;
 }
 
+// Rows that follow each other without a gap, and padded ones.
 TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
   test::CRandomNumbers random;
   StPairScratch scratch;
@@ -207,7 +208,7 @@ TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
   std::vector<Triple> const directions = NeighborDirections();
   for (int const bytes : {1, 2, 4})
     for (std::int64_t width = 1; width <= 300; ++width) {
-      StImage const image = MakeNoise(c_layouts[2], {width, 3, 2}, bytes, random);
+      StImage const image = MakeNoise(c_layouts[width % 2 + 1], {width, 9, 2}, bytes, random);
       // Every sixth direction, beginning elsewhere at each length.
       for (auto k = static_cast<std::size_t>(width) % 6; k < directions.size(); k += 6) {
         Triple const& d = directions[k];
@@ -219,8 +220,6 @@ TEST(PairCounting, EveryLengthOfRowsInEveryDirection) {
     }
 }
 
-// Stretches of equal voxels and of voxels that repeat after 2, 4 or 8, so that runs of equal pairs
-// begin and end at every place, and what only looks like a run stands beside them.
 // Rows are written by whole blocks where other rows follow them: none may read beyond the last row.
 TEST(PairCounting, ShortRowsOfEveryLengthAndNumber) {
   test::CRandomNumbers random;
@@ -238,6 +237,8 @@ TEST(PairCounting, ShortRowsOfEveryLengthAndNumber) {
       }
 }
 
+// Stretches of equal voxels and of voxels that repeat after 2, 4 or 8, so that runs of equal pairs
+// begin and end at every place, and what only looks like a run stands beside them.
 TEST(PairCounting, RunsOfEveryLength) {
   test::CRandomNumbers random;
   StPairScratch scratch;

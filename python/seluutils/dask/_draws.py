@@ -62,8 +62,8 @@ def draws(
     box = partial(random.draws, law, extents, seed=seed, method=method, first_stream=first_stream)
     sample = box(low=(0,) * len(extents), high=(0,) * len(extents))  # what is wrong is told now
     item = sample.shape[len(extents) :]
-    given = chunks if isinstance(chunks, (tuple, list)) else (chunks,) * len(extents)
-    cut = da.core.normalize_chunks((*given, *item), (*extents, *item), dtype=sample.dtype)
+    cut = da.core.normalize_chunks(chunks, extents, dtype=sample.dtype)
+    cut = (*cut, *((extent,) for extent in item))
     return _drawn(box, extents, cut, sample.dtype)
 
 

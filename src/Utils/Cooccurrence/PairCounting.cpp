@@ -291,10 +291,10 @@ void CountBox(StPairBox const& box, CPairCounters& counters) {
     std::int64_t y = 0;
     while (y < box.followed && counters.HasRoomForRows())
       y += counters.AddRows(row, box.count[0], box.followed - y, box.stride[1]);
-    for (; y < box.count[1]; ++y) {
-      CountRow(row, box.count[0], counters);
-      row.a += box.stride[1];
-      row.b += box.stride[1];
+    for (; y < box.count[1]; ++y) { // no step beyond the last row, whose stride may be any
+      std::int64_t const begin = plane + y * box.stride[1];
+      CountRow(StRowPair<Block, Bytes>{box.a + begin, box.b + begin, box.stride[0]}, box.count[0],
+               counters);
     }
   }
 }

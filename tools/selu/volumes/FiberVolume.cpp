@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -219,7 +220,9 @@ std::vector<StFiber> DrawAll(StFibers const& fibers, CFiberDraws& draw) {
 } // namespace
 
 int64 FiberSteps(StFibers const& fibers) {
-  return fibers.count * static_cast<int64>(SlabsOfFibers(fibers).size());
+  auto const slabs = static_cast<int64>(SlabsOfFibers(fibers).size());
+  constexpr int64 most = std::numeric_limits<int64>::max();
+  return fibers.count > most / slabs ? most : fibers.count * slabs;
 }
 
 void MakeFibers(StFibers const& fibers, FiberGenerator& generator,
