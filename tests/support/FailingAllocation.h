@@ -50,14 +50,13 @@ long FailEveryAllocation(Operation operation, Check check) {
 
 } // namespace test
 
-void* operator new(std::size_t bytes) { return test::AllocateOrFail(bytes); }
-void* operator new[](std::size_t bytes) { return test::AllocateOrFail(bytes); }
+// Not inline: where a compiler inlines one of these and not the other, it warns of a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t bytes) { return test::AllocateOrFail(bytes); }
+[[gnu::noinline]] void* operator new[](std::size_t bytes) { return test::AllocateOrFail(bytes); }
 // What may do without (as std::stable_sort does) always gets it: its failure would not be seen.
-void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
+[[gnu::noinline]] void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
   return std::malloc(bytes > 0 ? bytes : 1);
 }
-// Not inline: where a compiler inlines these and not the operators new above, it warns of a
-// mismatch.
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
