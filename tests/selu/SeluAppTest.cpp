@@ -163,8 +163,9 @@ TEST_F(SeluApp, NothingOfTheBarWhenPiped) {
 
 TEST_F(SeluApp, BarWithTimeLeftOnATerminal) {
   if (!test::HasTerminals()) GTEST_SKIP() << "no terminal is to be had here";
+  // Large enough that it takes several times the 0.1 s after which the bar is drawn again.
   auto const result =
-      Selu({"synth", "blobs", "--size", "200,200,200", "--seed", "1", "-o", "b.nrrd"},
+      Selu({"synth", "blobs", "--size", "350,350,350", "--seed", "1", "-o", "b.nrrd"},
            {.terminal = true});
   EXPECT_EQ(result.code, 0);
   EXPECT_TRUE(result.error.find("making blobs [") != std::string::npos) << result.error;
