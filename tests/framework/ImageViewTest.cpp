@@ -155,7 +155,7 @@ TEST(ImageView, SaysWhichVoxelsShareAByte) {
       "a writable view of size (4, 3, 1) with strides (2, 6, 0) has voxels that share a byte");
 }
 
-TEST(ImageView, SharedBytesAreFoundWhereverTheyAre) {
+TEST(ImageView, FindsSharedBytesAnywhere) {
   // Against a count of every byte, for all small extents and strides: what overlaps is refused, and
   // what is refused either overlaps or has axes that interleave.
   std::vector<std::uint8_t> pixels(512);

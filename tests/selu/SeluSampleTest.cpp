@@ -192,7 +192,7 @@ TEST_F(SeluSample, AnglesAndDirectionBelongToTheMatrix) {
   }
 }
 
-TEST_F(SeluSample, SameSeedSameBytesAndAnotherSeedOthers) {
+TEST_F(SeluSample, TheSeedDecidesTheFile) {
   for (auto const& list : {c_scalars, c_discrete, c_rotations})
     for (auto const& distribution : list) {
       auto const make = [&](std::string const& seed) {

@@ -180,7 +180,7 @@ void SwapBytes(std::span<std::byte> numbers, std::size_t bytes) noexcept {
   if (bytes == 8) swapAll(std::uint64_t{});
 }
 
-void ReadBytesAt(fs::path const& file, std::uint64_t offset, std::span<std::byte> out) {
+void ReadAt(fs::path const& file, std::uint64_t offset, std::span<std::byte> out) {
   int const descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) throw CAppError("cannot read " + Quoted(file) + ": " + SystemText(errno));
   std::size_t done = 0;
@@ -197,7 +197,7 @@ void ReadBytesAt(fs::path const& file, std::uint64_t offset, std::span<std::byte
 }
 
 void ReadPlainPixels(StPlainPixels const& pixels, std::uint64_t first, std::span<std::byte> out) {
-  ReadBytesAt(pixels.file, pixels.offset + first, out);
+  ReadAt(pixels.file, pixels.offset + first, out);
   if (pixels.isSwapped) SwapBytes(out, pixels.bytes);
 }
 

@@ -37,7 +37,7 @@ FindPlainPixels(std::filesystem::path const& path, EnFormat format, std::string_
 void ReadPlainPixels(StPlainPixels const& pixels, std::uint64_t first, std::span<std::byte> out);
 
 /// Reads bytes of a file from a place on; throws CAppError where it ends before.
-void ReadBytesAt(std::filesystem::path const& file, std::uint64_t offset, std::span<std::byte> out);
+void ReadAt(std::filesystem::path const& file, std::uint64_t offset, std::span<std::byte> out);
 
 /// Turns the bytes of each number of so many bytes round.
 void SwapBytes(std::span<std::byte> numbers, std::size_t bytes) noexcept;
